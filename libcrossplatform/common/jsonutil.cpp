@@ -1,0 +1,170 @@
+#include <libcrossplatform/common/jsonutil.h>
+
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include <json/reader.h>
+
+#include <libcrossplatform/common/TextUtil.h>
+#include <libcrossplatform/common/TimeUtil.h>
+#include <libcrossplatform/logging/Assert.h>
+#include <libcrossplatform/logging/Logger.h>
+#include <libcrossplatform/serialization/NumberText.h>
+
+// Documents in the field were written for this reader, which accepts comments and any root value by default; the newer
+// builder refuses some of them. It stays, in this unit alone.
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+#ifndef __clang__
+// g++ 12 takes the storage of an empty boost::optional for a value that is read.
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
+
+namespace Veltra {
+namespace {
+
+constexpr char NAN_TEXT[] = "NaN";
+constexpr char PLUS_INFINITY_TEXT[] = "+inf";
+constexpr char MINUS_INFINITY_TEXT[] = "-inf";
+
+template <class Float>
+Json::Value floatToJson(Float value) {
+  if (std::isnan(value)) return NAN_TEXT;
+  if (value > std::numeric_limits<Float>::max()) return PLUS_INFINITY_TEXT;
+  if (value < -std::numeric_limits<Float>::max()) return MINUS_INFINITY_TEXT;
+  return static_cast<double>(value);
+}
+
+template <class Float>
+boost::optional<Float> floatKindFromJson(const Json::Value& v, const char* key) {
+  const Json::Value* const member = jsonMember(v, key);
+  if (member == nullptr) return boost::none;
+  if (member->isDouble()) return static_cast<Float>(member->asDouble());
+  if (!member->isString()) return boost::none;
+  const std::string text = member->asString();
+  if (text == NAN_TEXT) return std::numeric_limits<Float>::quiet_NaN();
+  if (text == PLUS_INFINITY_TEXT) return std::numeric_limits<Float>::infinity();
+  if (text == MINUS_INFINITY_TEXT) return -std::numeric_limits<Float>::infinity();
+  return boost::none;
+}
+
+/// Whole decimal text of a 64-bit kind. The C conversions skip blanks, saturate, and negate unsigned values; a stored
+/// number does none of that.
+template <class Int>
+boost::optional<Int> decimalText(const Json::Value& value, bool (*convert)(Int&, const char*, int)) {
+  const std::string text = value.asString();
+  const std::size_t sign = std::numeric_limits<Int>::is_signed && text[0] == '-' ? 1 : 0;
+  Int number = 0;
+  if (text.find_first_not_of("0123456789", sign) != std::string::npos) return boost::none;
+  errno = 0;
+  if (!convert(number, text.c_str(), 10) || errno == ERANGE) return boost::none;
+  return number;
+}
+
+}  // namespace
+
+Json::Value toJson(float value) {
+  return floatToJson(value);
+}
+
+Json::Value toJson(double value) {
+  return floatToJson(value);
+}
+
+Json::Value toJson(long long value) {
+  return Dump::int64ToStr(value);
+}
+
+Json::Value toJson(unsigned long long value) {
+  return Dump::int64ToStr(static_cast<long long>(value));
+}
+
+bool parseJson(const std::string& text, Json::Value& out, bool collectComments) {
+  try {
+    Json::Value root;
+    if (!Json::Reader().parse(text, root, collectComments)) return false;
+    out = std::move(root);
+    return true;
+  } catch (const Json::Exception&) {  // thrown beyond 1000 levels of nesting
+    return false;
+  }
+}
+
+const Json::Value* jsonMember(const Json::Value& v, const char* key) {
+  if (key == nullptr || !v.isObject()) return &v;
+  return v.find(key, key + std::strlen(key));
+}
+
+boost::optional<bool> boolFromJson(const Json::Value& v, const char* key) {
+  const Json::Value* const member = jsonMember(v, key);
+  if (member == nullptr || !member->isBool()) return boost::none;
+  return member->asBool();
+}
+
+boost::optional<int> intFromJson(const Json::Value& v, const char* key) {
+  const Json::Value* const member = jsonMember(v, key);
+  if (member == nullptr || !member->isInt()) return boost::none;
+  return member->asInt();
+}
+
+boost::optional<unsigned> uintFromJson(const Json::Value& v, const char* key) {
+  const Json::Value* const member = jsonMember(v, key);
+  if (member == nullptr || !member->isUInt()) return boost::none;
+  return member->asUInt();
+}
+
+boost::optional<int64_t> int64FromJson(const Json::Value& v, const char* key) {
+  const Json::Value* const member = jsonMember(v, key);
+  if (member == nullptr) return boost::none;
+  if (member->isInt64()) return static_cast<int64_t>(member->asInt64());
+  if (member->isString()) return decimalText<int64_t>(*member, strToInt64);
+  return boost::none;
+}
+
+boost::optional<uint64_t> uint64FromJson(const Json::Value& v, const char* key) {
+  const Json::Value* const member = jsonMember(v, key);
+  if (member == nullptr) return boost::none;
+  if (member->isUInt64()) return static_cast<uint64_t>(member->asUInt64());
+  if (member->isString()) return decimalText<uint64_t>(*member, strToUInt64);
+  return boost::none;
+}
+
+boost::optional<float> floatFromJson(const Json::Value& v, const char* key) {
+  return floatKindFromJson<float>(v, key);
+}
+
+boost::optional<double> doubleFromJson(const Json::Value& v, const char* key) {
+  return floatKindFromJson<double>(v, key);
+}
+
+boost::optional<time_t> timeFromJson(const Json::Value& v, const char* key) {
+  const Json::Value* const member = jsonMember(v, key);
+  if (member == nullptr || !member->isString()) return boost::none;
+  bool ok = true;
+  const time_t time = strToSysTime(ok, member->asString().c_str(), 0);
+  if (!ok) return boost::none;
+  return time;
+}
+
+boost::optional<std::string> stringFromJson(const Json::Value& v, const char* key) {
+  const Json::Value* const member = jsonMember(v, key);
+  if (member == nullptr) return boost::none;
+  if (!member->isString() && !member->isDouble() && !member->isBool()) return boost::none;
+  return member->asString();
+}
+
+void logJsonFailure(const char* file, int line, const char* name) {
+  if (file == nullptr) {
+    assertFail("file != nullptr", "libcrossplatform/common/jsonutil", 416);
+    return;
+  }
+  if (name == nullptr) {
+    Logger::log(Logger::FACILITY_COMMON, Logger::SEVERITY_ERROR, "fromJson failed in %s line %d", file, line);
+  } else {
+    Logger::log(Logger::FACILITY_COMMON, Logger::SEVERITY_ERROR, "fromJson failed for %s in %s line %d", name, file,
+                line);
+  }
+}
+
+}  // namespace Veltra

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+
+#include <json/value.h>
+#include <boost/optional.hpp>
+
+#include <libcrossplatform/logging/Export.h>
+
+namespace Veltra {
+
+/// JSON form of a float: a number, or the texts "NaN", "+inf" and "-inf" that ScaledInt uses too.
+VELTRA_EXPORT Json::Value toJson(float value);
+VELTRA_EXPORT Json::Value toJson(double value);
+
+/// JSON form of a 64-bit integer: its decimal text, since JSON numbers lose digits beyond 2^53.
+VELTRA_EXPORT Json::Value toJson(long long value);
+/// The same through the signed conversion: values of 2^63 and above come out as negative text.
+VELTRA_EXPORT Json::Value toJson(unsigned long long value);
+
+/// Parses a document; comments are allowed and kept when asked for.
+/// @return false on any fault, nesting beyond 1000 levels included; `out` is then as it was
+VELTRA_EXPORT bool parseJson(const std::string& text, Json::Value& out, bool collectComments);
+
+/// The value the readers below read: member `key` of the object `v`, or `v` itself when key is null or `v` no object.
+/// @return null when the object has no such member; else a pointer into `v`
+VELTRA_EXPORT const Json::Value* jsonMember(const Json::Value& v, const char* key);
+
+// Typed readers of the value jsonMember finds. Empty when it is missing or of another kind; none throws.
+
+VELTRA_EXPORT boost::optional<bool> boolFromJson(const Json::Value& v, const char* key);  ///< a JSON boolean only
+/// An integral number within the range of the type; a boolean is no number.
+VELTRA_EXPORT boost::optional<int> intFromJson(const Json::Value& v, const char* key);
+VELTRA_EXPORT boost::optional<unsigned> uintFromJson(const Json::Value& v, const char* key);
+/// An integral number within the range of the type, or its whole decimal text.
+VELTRA_EXPORT boost::optional<int64_t> int64FromJson(const Json::Value& v, const char* key);
+VELTRA_EXPORT boost::optional<uint64_t> uint64FromJson(const Json::Value& v, const char* key);
+/// A number, or exactly "NaN", "+inf" or "-inf".
+VELTRA_EXPORT boost::optional<float> floatFromJson(const Json::Value& v, const char* key);
+VELTRA_EXPORT boost::optional<double> doubleFromJson(const Json::Value& v, const char* key);
+/// A string in the form of sysTimeToStr.
+VELTRA_EXPORT boost::optional<time_t> timeFromJson(const Json::Value& v, const char* key);
+/// A string, a number or a boolean, as text.
+VELTRA_EXPORT boost::optional<std::string> stringFromJson(const Json::Value& v, const char* key);
+
+/// Logs "fromJson failed ..." with the position of the reader that gave up.
+/// @param file  path of the unit without its ending; null is reported as an assertion and nothing is logged
+/// @param name  the key that failed, or null for the value itself
+VELTRA_EXPORT void logJsonFailure(const char* file, int line, const char* name);
+
+}  // namespace Veltra
