@@ -51,6 +51,8 @@ install_packages() {
     [[ -t 0 ]] || as_root+=(-n)   # nobody is there to type a password
   fi
   as_root+=(env DEBIAN_FRONTEND=noninteractive apt-get -qq -o DPkg::Lock::Timeout=300 -o Dpkg::Use-Pty=0)
-  "${as_root[@]}" update < /dev/null
-  "${as_root[@]}" install --yes --no-install-recommends $missing < /dev/null > /dev/null
+  # One source out of reach need not matter: what cannot be had fails below.
+  "${as_root[@]}" update < /dev/null || say "Not every package index could be fetched."
+  "${as_root[@]}" install --yes --no-install-recommends $missing < /dev/null > /dev/null ||
+    die "could not install; as root that is: apt-get install --no-install-recommends" $missing
 }
