@@ -1,0 +1,81 @@
+# Sourced by test and check-all: one function a stage, and what runs them.
+
+. "$(dirname -- "${BASH_SOURCE[0]}")/lib.sh"
+cd "$root"
+
+stage_format() {
+  local files
+  mapfile -d '' files < <(git ls-files -z -- '*.h' '*.cpp' '*.c')
+  [[ ${#files[@]} -gt 0 ]] || die "git lists no source file"
+  clang-format-14 --dry-run -Werror "${files[@]}"
+}
+
+# Every text file ends in a newline, and nothing names a directory of somebody's machine.
+stage_text() {
+  local files file bad=0
+  mapfile -d '' files < <(git grep -Ilz -e '')
+  [[ ${#files[@]} -gt 0 ]] || die "git lists no text file"
+  for file in "${files[@]}"; do
+    [[ -z $(tail -c 1 -- "$file") ]] || { say "$file: no newline at the end"; bad=1; }
+  done
+  if git grep -nE '(^|[^[:alnum:]_.-])/(home|root|work|Users)/[[:alnum:]_.-]'; then
+    say "The lines above name a directory of one machine."
+    bad=1
+  fi
+  return $bad
+}
+
+# build_and_test PRESET
+build_and_test() {
+  local log
+  quietly cmake --preset "$1"
+  cmake --build --preset "$1" -j "$jobs" -- --quiet
+  log=build/$1/ctest.log
+  ctest --preset "$1" -j "$jobs" --no-tests=error > "$log" 2>&1 || { cat "$log"; return 1; }
+  sed -n '/ tests passed, /,$p' "$log"
+}
+
+stage_dev() { build_and_test dev; }
+stage_clang() { build_and_test clang; }
+stage_release() { build_and_test release; }
+stage_armhf() {
+  scripts/armhf-sysroot
+  build_and_test armhf
+}
+
+stage_install() { tests/install/run.sh; }
+
+stage_tidy() {
+  quietly cmake --preset dev
+  export -f quietly
+  git ls-files -z -- 'libcrossplatform/*.cpp' 'tools/*.cpp' |
+    xargs -0 -n 1 -P "$jobs" bash -c 'quietly clang-tidy-14 -p build/dev --quiet "$0"'
+}
+
+# run_stages GROUPS STAGES [STAGE...] installs the groups of packages and runs the named stages of STAGES, all of them
+# if none is named. The first that fails ends the run.
+run_stages() {
+  local groups=$1 known=$2 wanted stage status begun
+  shift 2
+  wanted=${*:-$known}
+  for stage in $wanted; do
+    [[ " $known " == *" $stage "* ]] || { say "usage: ${0##*/} [STAGE...]   stages: $known" >&2; exit 2; }
+  done
+  install_packages $groups
+  SECONDS=0
+  for stage in $wanted; do
+    say "== $stage"
+    begun=$SECONDS
+    # In a subshell outside any condition, so that "set -e" holds within the stage.
+    set +e
+    (set -e; "stage_$stage")
+    status=$?
+    set -e
+    if [[ $status != 0 ]]; then
+      say "== $stage FAILED after $((SECONDS - begun)) s"
+      exit 1
+    fi
+    say "== $stage passed in $((SECONDS - begun)) s"
+  done
+  say "== passed: $wanted; $SECONDS s in all"
+}

@@ -1,0 +1,39 @@
+#!/bin/bash
+# run.sh
+# Installs a release build into a scratch prefix, moves the prefix, and uses it as a caller would: one example built by
+# CMake and one by pkg-config, both from copies outside the tree.
+set -euo pipefail
+. "$(dirname -- "$0")/../../scripts/lib.sh"
+
+build=$root/build/install
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+mkdir "$scratch"/{cmake,pkg-config}
+cp "$root"/tests/install/CMakeLists.txt "$root"/examples/save_and_reopen.cpp "$scratch/cmake"
+cp "$root"/examples/walk_sections.cpp "$scratch/pkg-config"
+
+quietly cmake -S "$root" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DVELTRA_EXAMPLES=OFF
+cmake --build "$build" -j "$jobs" -- --quiet
+quietly cmake --install "$build" --prefix "$scratch/made"
+mv "$scratch/made" "$scratch/prefix"
+if grep -rlF -e "$root/libcrossplatform" -e "$build" -e "$scratch/made" "$scratch/prefix"; then
+  die "the installed files above name the place they were built or first installed"
+fi
+
+cd "$scratch/cmake"
+quietly cmake -S . -B build -G Ninja -DCMAKE_PREFIX_PATH="$scratch/prefix"
+cmake --build build -- --quiet
+build/save_and_reopen "$scratch/saved"
+
+cd "$scratch/pkg-config"
+export PKG_CONFIG_PATH=$(dirname "$(find "$scratch/prefix" -name veltracommon.pc)")
+libdir=$(pkg-config --variable=libdir veltracommon)
+c++ -std=c++17 walk_sections.cpp -o walk_sections $(pkg-config --cflags --libs veltracommon) -Wl,-rpath,"$libdir"
+./walk_sections "$scratch/saved"
+
+# Every public header is there with all it includes, and gives a caller no warning.
+(cd "$scratch/prefix/include" && find libcrossplatform -name '*.h' | sort | sed 's/.*/#include <&>/') > headers.cpp
+grep -q . headers.cpp || die "no public header is installed"
+c++ -std=c++17 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror headers.cpp \
+  $(pkg-config --cflags veltracommon)
+say "$(wc -l < headers.cpp) public headers, CMake package and veltracommon.pc work from a moved prefix."
