@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include <libcrossplatform/common/PFileSection.h>
+
+namespace PFile {
+
+/// Reads a container from a caller's buffer, which it borrows; payloads are borrowed from it too, not copied, unless
+/// they are uncompressed. The buffer must outlive reader and sections.
+/// Reading functions return 0, -1 after one error message, or -2 at the end of the data without one.
+class VELTRA_EXPORT MemReader {
+ public:
+  MemReader() = default;
+  MemReader(LogCallback debug, LogCallback warning, LogCallback error);
+  ~MemReader();  ///< close()
+  MemReader(const MemReader&) = delete;
+  MemReader& operator=(const MemReader&) = delete;
+
+  /// Takes a buffer and reads its file header; from then on the recorded length is all there is, bytes behind it are
+  /// ignored.
+  /// @return 0; -1 a buffer is set already, it is null, it does not begin with an intact file header, or the recorded
+  ///         length exceeds it (only then is the buffer let go of at once); -2 its size is 0
+  int open(unsigned char const* buffer, unsigned int size);
+  /// The same, with the recorded length neither compared nor used: for images that were cut short or never closed.
+  int quickOpen(unsigned char const* buffer, unsigned int size);
+  /// Reads the next section header and stops behind it. The magic is not checked; the header's CRC covers it.
+  int getHeader(Header& header);
+  /// The same without moving; -1 also when no buffer is set.
+  int peek(Header& header);
+  /// Reads the next section.
+  /// @param section     receives header and payload
+  /// @param uncompress  true: original bytes, 8 MiB at most, owned by the payload; false: stored bytes, borrowed
+  /// @return 0, also when the data is shorter than the header claims: the header is then consumed and the payload left
+  ///         as it was; -1 no buffer, a wrong CRC-32, bad zlib data, or a size over 2 GiB; -2 end of the data
+  int read(Section& section, bool uncompress);
+  /// Moves past the next section. @return as getHeader(); -1 also when the section ends outside the data
+  int skipNextSection();
+  /// Goes `offset` bytes from `whence`. @return the new index; -1, without moving, outside the data
+  int seek(int offset, StreamPosition whence);
+  void close();
+
+ private:
+  int openImage(unsigned char const* buffer, unsigned int size, char const* method);
+
+  std::unique_ptr<Section> _fileHeader;
+  unsigned char const* _buffer = nullptr;
+  uint32_t _size = 0;
+  uint32_t _index = 0;
+  LogCallback _debug = nullptr;
+  LogCallback _warning = nullptr;
+  LogCallback _error = nullptr;
+};
+
+}  // namespace PFile

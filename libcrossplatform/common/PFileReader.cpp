@@ -1,0 +1,197 @@
+#include <libcrossplatform/common/PFileReader.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <utility>
+
+#include <libcrossplatform/common/internal/PFileLog.h>
+#include <libcrossplatform/common/internal/PFileStdio.h>
+#include <libcrossplatform/serialization/ByteStreamReader.h>
+
+namespace PFile {
+namespace {
+
+constexpr char CLASS_NAME[] = "PFileReader";
+constexpr char SOURCE[] = "libcrossplatform/common/PFileReader";
+
+/// Bytes left of a regular file; nothing for what has no size to compare a claim with.
+std::optional<uint64_t> bytesLeft(std::FILE* stream) {
+  struct stat info {};
+  const off_t at = ftello(stream);
+  if (at < 0 || fstat(fileno(stream), &info) != 0 || !S_ISREG(info.st_mode)) return std::nullopt;
+  return static_cast<uint64_t>(info.st_size > at ? info.st_size - at : 0);
+}
+
+}  // namespace
+
+FileReader::FileReader(LogCallback debug, LogCallback warning, LogCallback error)
+    : _debug(debug), _warning(warning), _error(error) {
+  PFILE_LOG(_debug, "");
+}
+
+FileReader::~FileReader() {
+  PFILE_LOG(_debug, "");
+  close();
+}
+
+int FileReader::open(char const* path) {
+  PFILE_LOG_VALUES(_debug, "PFileReader::open(%s)", path != nullptr ? path : "(null)");
+  if (_stream != nullptr) {
+    PFILE_LOG(_error, "Already have another file open.");
+    return PFILE_FAILED;
+  }
+  if (path == nullptr) {
+    PFILE_LOG(_error, "File Path is NULL.");
+    return PFILE_FAILED;
+  }
+  if (isDirectory(path)) {
+    PFILE_LOG(_error, "Trying to open a directory.");
+    return PFILE_FAILED;
+  }
+  _stream = std::fopen(path, "rb");
+  if (_stream == nullptr) {
+    PFILE_LOG_VALUES(_error, "fopen failed.errno:%d", errno);
+    return PFILE_FAILED;
+  }
+  useLargeBuffer(_stream, _stdioBuffer);
+  _fileHeader = std::make_unique<Section>(_debug, _warning, _error);
+  const int code = read(*_fileHeader, true);
+  if (code != PFILE_OK) return code;
+  if (_fileHeader->header.type != FILE_HEADER_TYPE) {
+    PFILE_LOG(_error, "Missing file header.");
+    return PFILE_FAILED;
+  }
+  return PFILE_OK;
+}
+
+int FileReader::getHeader(Header& header) {
+  PFILE_LOG(_debug, "");
+  if (_stream == nullptr) {
+    PFILE_LOG(_error, "File not open.");
+    return PFILE_FAILED;
+  }
+  uint8_t bytes[Header::BYTES];
+  const std::size_t got = std::fread(bytes, 1, sizeof bytes, _stream);
+  if (got < sizeof bytes) {
+    if (std::feof(_stream) != 0) {
+      PFILE_LOG(_debug, "End of File.");
+      return PFILE_END_OF_DATA;
+    }
+    PFILE_LOG_VALUES(_error, "fread failed when trying to read Header. RC = %d", static_cast<int>(got));
+    return PFILE_FAILED;
+  }
+  Marshal::ByteStreamReader in(bytes, sizeof bytes);
+  const Marshal::StreamOpStatus status = header.deserialize(in);
+  if (status != Marshal::STREAM_OK) {
+    PFILE_LOG_VALUES(_error, "Header deserialization failed.  RC = %d", status);
+    return PFILE_FAILED;
+  }
+  if (!header.verifyHdrCrc()) {
+    PFILE_LOG(_error, "Header failed crc check.");
+    return PFILE_FAILED;
+  }
+  return PFILE_OK;
+}
+
+int FileReader::read(Section& section, bool uncompress) {
+  PFILE_LOG(_debug, "");
+  if (_stream == nullptr) {
+    PFILE_LOG(_error, "File not open.");
+    return PFILE_FAILED;
+  }
+  int code = getHeader(section.header);
+  if (code != PFILE_OK) return code;
+  std::size_t got = 0;
+  if (!readPayload(section, got)) {
+    PFILE_LOG_VALUES(_error, "fread failed when try to read Header. RC = %d", static_cast<int>(got));
+    return PFILE_FAILED;
+  }
+  section.compressed = false;
+  if (!section.verifyDataCrc()) {
+    PFILE_LOG(_error, "Data failed crc check.");
+    return PFILE_FAILED;
+  }
+  if (section.compressable()) {
+    section.compressed = true;
+    if (uncompress) {
+      code = section.uncompressData();
+      if (code != PFILE_OK) return code;
+      // Told to the file header kept from open(), not to the section just read: that one goes on describing its
+      // compressed bytes. During open() both are the same section.
+      if (_fileHeader != nullptr) _fileHeader->header.updateData(section.payload.size(), section.payload.data());
+    }
+  }
+  return PFILE_OK;
+}
+
+bool FileReader::readPayload(Section& section, std::size_t& got) {
+  constexpr uint32_t ALWAYS_BELIEVED = 64 * 1024;
+  const uint32_t claimed = section.header.dataSize;
+  // A larger size is not believed beyond what is left of the file.
+  std::size_t room = claimed;
+  bool inPieces = false;
+  if (claimed > ALWAYS_BELIEVED) {
+    const std::optional<uint64_t> left = bytesLeft(_stream);
+    inPieces = !left;
+    room = inPieces ? ALWAYS_BELIEVED : static_cast<std::size_t>(std::min<uint64_t>(*left, claimed));
+  }
+  std::unique_ptr<unsigned char[]> bytes(new unsigned char[room]);
+  got = std::fread(bytes.get(), 1, room, _stream);
+  while (inPieces && got == room && room < claimed) {
+    const std::size_t larger = room + std::min<std::size_t>(claimed - room, room);
+    std::unique_ptr<unsigned char[]> grown(new unsigned char[larger]);
+    std::memcpy(grown.get(), bytes.get(), room);
+    bytes = std::move(grown);
+    got += std::fread(bytes.get() + room, 1, larger - room, _stream);
+    room = larger;
+  }
+  if (got < claimed) return false;
+  section.payload.set(claimed, bytes.release(), true);
+  return true;
+}
+
+int FileReader::peek(Header& header) {
+  PFILE_LOG(_debug, "");
+  if (_stream == nullptr) {
+    PFILE_LOG(_error, "File not open.");
+    return PFILE_FAILED;
+  }
+  const off_t position = ftello(_stream);
+  if (position < 0) {
+    PFILE_LOG_VALUES(_error, "ftell failed.errno:%d", errno);
+    return PFILE_FAILED;
+  }
+  const int code = getHeader(header);
+  if (code != PFILE_OK) return code;
+  const int sought = fseeko(_stream, position, SEEK_SET);
+  if (sought != 0) PFILE_LOG_VALUES(_error, "fseek failed.errno:%d", errno);
+  return sought;
+}
+
+int FileReader::skipNextSection() {
+  PFILE_LOG(_debug, "");
+  if (_stream == nullptr) {
+    PFILE_LOG(_error, "File not open.");
+    return PFILE_FAILED;
+  }
+  Header header;
+  const int code = getHeader(header);
+  if (code != PFILE_OK) return code;
+  const int sought = fseeko(_stream, static_cast<off_t>(header.dataSize), SEEK_CUR);
+  if (sought != 0) PFILE_LOG_VALUES(_error, "fseek failed.errno:%d", errno);
+  return sought;
+}
+
+int FileReader::close() {
+  PFILE_LOG(_debug, "");
+  _fileHeader.reset();
+  if (_stream == nullptr) return PFILE_OK;
+  const int closed = std::fclose(_stream);
+  _stream = nullptr;
+  if (closed != 0) PFILE_LOG_VALUES(_error, "fclose failed.errno:%d", errno);
+  return closed;
+}
+
+}  // namespace PFile

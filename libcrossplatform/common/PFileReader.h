@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+
+#include <libcrossplatform/common/PFileSection.h>
+
+namespace PFile {
+
+/// Reads a container file section by section. Memory follows the section in hand.
+/// Reading functions return 0, -1 after one error message, or -2 at the end of the file without one; a file cut within
+/// a section header reads as ended. After a failure the position is where the failing call left it.
+class VELTRA_EXPORT FileReader {
+ public:
+  FileReader() = default;
+  FileReader(LogCallback debug, LogCallback warning, LogCallback error);
+  ~FileReader();  ///< close()
+  FileReader(const FileReader&) = delete;
+  FileReader& operator=(const FileReader&) = delete;
+
+  /// Opens a file and reads its file header, whose total length is not compared with the file.
+  /// @return 0; -1 a file is open already, null path, a directory, it could not be opened, or it does not begin with an
+  ///         intact file header; -2 it is empty. Once the file itself was opened it stays open: close() it.
+  int open(char const* path);
+  /// Reads the next section header and stops behind it. The magic is not checked; the header's CRC covers it.
+  int getHeader(Header& header);
+  /// The same without moving; -1 also when not open, or the non-zero result of fseek().
+  int peek(Header& header);
+  /// Reads the next section.
+  /// @param section     receives header and payload; the payload owns its bytes
+  /// @param uncompress  true: original bytes, 8 MiB at most; false: stored bytes, still compressed
+  /// @return 0; -1 not open, a wrong CRC-32, fewer bytes than the header claims, or bad zlib data; -2 end of file
+  int read(Section& section, bool uncompress);
+  /// Moves past the next section without reading its payload, past the end of a file too.
+  /// @return as getHeader(), -1 when not open, or the non-zero result of fseek()
+  int skipNextSection();
+  /// @return 0, also when nothing is open, or the non-zero result of fclose()
+  int close();
+
+ private:
+  bool readPayload(Section& section, std::size_t& got);
+
+  std::unique_ptr<Section> _fileHeader;
+  std::FILE* _stream = nullptr;
+  std::unique_ptr<char[]> _stdioBuffer;
+  LogCallback _debug = nullptr;
+  LogCallback _warning = nullptr;
+  LogCallback _error = nullptr;
+};
+
+}  // namespace PFile

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+
+#include <libcrossplatform/common/PFileWriter.h>
+
+namespace PFile {
+
+/// Saves a container so that a power cut leaves either the old file or the whole new one: everything is written to a
+/// temporary file beside it, synced, renamed into its place, and the directory synced.
+///
+///     PFile::SafeFileWriter file;
+///     if (file.open(path) != 0) ...
+///     file.writer().write(section);
+///     if (file.commit() != 0) ...
+class VELTRA_EXPORT SafeFileWriter {
+ public:
+  SafeFileWriter() = default;
+  SafeFileWriter(LogCallback debug, LogCallback error);
+  ~SafeFileWriter();  ///< without commit(): the temporary file is removed, the old file is as it was
+  SafeFileWriter(const SafeFileWriter&) = delete;
+  SafeFileWriter& operator=(const SafeFileWriter&) = delete;
+
+  /// Creates the temporary file, the path with a random ending.
+  /// @return 0; -1 not committed yet, null path, or the file could not be created or written; errno tells why
+  int open(char const* path);
+  /// Where the sections go. Its failures are not remembered: look at each code before commit().
+  FileWriter& writer() { return _writer; }
+  /// Makes the new file the file.
+  /// @return 0: it is on the disk under its name; -1 nothing open, or a write, sync or rename failed: the old file is
+  /// as
+  ///         it was, unless only the directory could not be synced
+  int commit();
+
+ private:
+  void discard();
+
+  FileWriter _writer;
+  std::string _path;
+  std::string _temporary;  ///< empty when nothing is open
+};
+
+}  // namespace PFile

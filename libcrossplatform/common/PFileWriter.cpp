@@ -1,0 +1,154 @@
+#include <libcrossplatform/common/PFileWriter.h>
+
+#include <unistd.h>
+
+#include <cerrno>
+
+#include <libcrossplatform/common/internal/PFileLog.h>
+#include <libcrossplatform/common/internal/PFileStdio.h>
+#include <libcrossplatform/logging/Assert.h>
+#include <libcrossplatform/serialization/WireBytes.h>
+
+namespace PFile {
+namespace {
+
+constexpr char CLASS_NAME[] = "PFileWriter";
+constexpr char SOURCE[] = "libcrossplatform/common/PFileWriter";
+
+}  // namespace
+
+FileWriter::FileWriter(LogCallback debug, LogCallback error) : _debug(debug), _error(error) {
+  PFILE_LOG(_debug, "");
+}
+
+FileWriter::~FileWriter() {
+  PFILE_LOG(_debug, "");
+  close(false);
+}
+
+int FileWriter::open(char const* path) {
+  PFILE_LOG_VALUES(_debug, "PFileWriter::open(%s)", path != nullptr ? path : "(null)");
+  if (_stream != nullptr) {
+    PFILE_LOG(_error, "Already have another file open.");
+    return PFILE_FAILED;
+  }
+  if (path == nullptr) {
+    PFILE_LOG(_error, "File Path is NULL.");
+    return PFILE_FAILED;
+  }
+  if (isDirectory(path)) {
+    PFILE_LOG(_error, "Trying to open a directory.");
+    return PFILE_FAILED;
+  }
+  _stream = std::fopen(path, "wb");
+  if (_stream == nullptr) {
+    PFILE_LOG_VALUES(_error, "fopen failed.errno:%d", errno);
+    return PFILE_FAILED;
+  }
+  useLargeBuffer(_stream, _stdioBuffer);
+  _fileHeader = std::make_unique<Section>(_debug, _error, _error);
+  // The payload is the running total itself: it reads 20 when it is written behind its header, whose CRC was taken
+  // over the total before. close() mends that, and until then the file does not verify.
+  _fileHeader->set(FILE_HEADER_TYPE, FILE_HEADER_VERSION, 0, _totalBytes.data(),
+                   static_cast<unsigned>(_totalBytes.size()), false, FILE_HEADER_LEVEL);
+  return write(*_fileHeader);
+}
+
+int FileWriter::write(Section& section) {
+  PFILE_LOG(_debug, "");
+  if (_stream == nullptr) {
+    PFILE_LOG(_error, "File not open.");
+    return PFILE_FAILED;
+  }
+  if (section.payload.empty()) {
+    PFILE_LOG_VALUES(_error, "Invalid Section Parameters. pData = %p size = %d",
+                     static_cast<void const*>(section.payload.data()), static_cast<int>(section.payload.size()));
+    return PFILE_FAILED;
+  }
+  if (!section.compressed && section.compressable()) {
+    const int code = section.compressData();
+    if (code != PFILE_OK) return code;
+    section.header.updateData(section.payload.size(), section.payload.data());
+  }
+  if (!append(section.header.bytes().data(), Header::BYTES)) {
+    PFILE_LOG_VALUES(_error, "fwrite failed when writing section header.errno:%d", errno);
+    return PFILE_FAILED;
+  }
+  addToTotal(Header::BYTES, "fileSizeWithHeader >= headerBytes");
+  if (!append(section.payload.data(), section.payload.size())) {
+    PFILE_LOG_VALUES(_error, "fwrite failed when writing section data.errno:%d", errno);
+    return PFILE_FAILED;
+  }
+  addToTotal(section.payload.size(), "fileSizeWithSection >= sectionBytes");
+  return PFILE_OK;
+}
+
+int FileWriter::close(bool sync) {
+  PFILE_LOG(_debug, "");
+  int result = PFILE_OK;
+  if (_stream != nullptr && _fileHeader != nullptr) {
+    result = writeTotal();
+    if (sync && syncToDisk() != PFILE_OK) result = PFILE_FAILED;
+  }
+  if (_stream != nullptr) {
+    const int closed = std::fclose(_stream);
+    _stream = nullptr;
+    if (closed != 0) {
+      PFILE_LOG_VALUES(_error, "fclose failed.errno:%d", errno);
+      result = PFILE_FAILED;
+    }
+  }
+  _fileHeader.reset();
+  return result;
+}
+
+int FileWriter::writeTotal() {
+  int result = PFILE_OK;
+  _fileHeader->header.updateData(static_cast<unsigned>(_totalBytes.size()), _totalBytes.data());
+  // rewind() flushes what is buffered and tells of a failure through errno alone.
+  errno = 0;
+  std::rewind(_stream);
+  if (errno != 0) {
+    PFILE_LOG_VALUES(_error, "fflush failed.errno:%d", errno);
+    result = PFILE_FAILED;
+  }
+  if (!append(_fileHeader->header.bytes().data(), Header::BYTES)) {
+    PFILE_LOG_VALUES(_error, "fwrite failed when writing section header.errno:%d", errno);
+    result = PFILE_FAILED;
+  }
+  if (!append(_totalBytes.data(), static_cast<uint32_t>(_totalBytes.size()))) {
+    PFILE_LOG_VALUES(_error, "fwrite failed when writing section data.errno:%d", errno);
+    result = PFILE_FAILED;
+  }
+  return result;
+}
+
+int FileWriter::syncToDisk() {
+  int result = PFILE_OK;
+  if (std::fflush(_stream) != 0) {
+    PFILE_LOG_VALUES(_error, "fflush failed.errno:%d", errno);
+    result = PFILE_FAILED;
+  }
+  const int descriptor = fileno(_stream);
+  if (descriptor == -1) {
+    PFILE_LOG_VALUES(_error, "fileno failed.errno:%d", errno);
+    return PFILE_FAILED;
+  }
+  if (fsync(descriptor) != 0) {
+    PFILE_LOG_VALUES(_error, "fsync failed.errno:%d", errno);
+    result = PFILE_FAILED;
+  }
+  return result;
+}
+
+bool FileWriter::append(void const* data, uint32_t size) {
+  return std::fwrite(data, 1, size, _stream) == size;
+}
+
+void FileWriter::addToTotal(uint32_t bytes, char const* wrapExpression) {
+  _total += bytes;
+  if (_total < bytes) Veltra::assertFatal(wrapExpression, SOURCE, __LINE__);
+  Marshal::storeLittle32(_totalBytes.data(), _total);
+}
+
+}  // namespace PFile

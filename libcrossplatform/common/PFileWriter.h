@@ -1,0 +1,53 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+
+#include <libcrossplatform/common/PFileSection.h>
+
+namespace PFile {
+
+/// Writes a container file section by section. The file is complete only after close(); until then its file header
+/// does not verify. It is truncated in place: a power cut leaves neither the old file nor the new one. To replace a
+/// file safely use SafeFileWriter.
+class VELTRA_EXPORT FileWriter {
+ public:
+  FileWriter() = default;
+  FileWriter(LogCallback debug, LogCallback error);
+  ~FileWriter();  ///< close(false)
+  FileWriter(const FileWriter&) = delete;
+  FileWriter& operator=(const FileWriter&) = delete;
+
+  /// Creates or truncates the file and writes its file-header section.
+  /// @return 0; -1 a file is open already, null path, a directory, or it could not be opened or written. After a failed
+  ///         write the file is open and wants closing.
+  int open(char const* path);
+  /// Appends a section, compressing it first where its flags ask for it and it is not compressed yet.
+  /// @return 0; -1 not open, no payload bytes, compression failed, or a short write: the file then ends in a torn
+  ///         section
+  int write(Section& section);
+  /// Writes the total length into the file header and closes.
+  /// @param sync  true: the bytes are on the disk when this returns 0
+  /// @return 0, also when nothing is open; -1 something could not be written or synced. The file is closed either way.
+  int close(bool sync);
+
+ private:
+  bool append(void const* data, uint32_t size);
+  int writeTotal();
+  int syncToDisk();
+  void addToTotal(uint32_t bytes, char const* wrapExpression);
+
+  std::unique_ptr<Section> _fileHeader;
+  std::FILE* _stream = nullptr;
+  /// Bytes written. Only the constructor zeroes it: a writer used for a second file counts on from the first, and
+  /// the files in the field that were written so say so.
+  uint32_t _total = 0;
+  std::array<uint8_t, 4> _totalBytes{};  ///< the total as it stands in the file, borrowed by the file header
+  std::unique_ptr<char[]> _stdioBuffer;
+  LogCallback _debug = nullptr;
+  LogCallback _error = nullptr;
+};
+
+}  // namespace PFile

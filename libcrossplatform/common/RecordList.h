@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include <libcrossplatform/logging/Assert.h>
+
+namespace Veltra {
+
+/// The elements of a list record, owned by it, in the order they were added.
+template <class T>
+class RecordList {
+ public:
+  std::size_t size() const { return _elements.size(); }
+  bool empty() const { return _elements.empty(); }
+  /// @param i  below size()
+  T& operator[](std::size_t i) { return *_elements[i]; }
+  const T& operator[](std::size_t i) const { return *_elements[i]; }
+  auto begin() const { return _elements.begin(); }  ///< iterates over std::unique_ptr<T>
+  auto end() const { return _elements.end(); }
+  void clear() { _elements.clear(); }
+
+  /// A 16-bit count and the elements, for the field list of a list whose elements end it with -1 when they fail; those
+  /// read before stay. The count of a longer list is cut to 16 bits, its elements all follow.
+  template <class Fields>
+  void fields16(Fields& f) {
+    auto count = static_cast<uint16_t>(_elements.size());
+    f.u16("count", count);
+    if constexpr (Fields::READING) {
+      for (uint16_t i = 0; i < count && f.ok(); ++i) {
+        auto element = std::make_unique<T>();
+        f.record("element", *element, Marshal::STREAM_WRONG_ELEMENT);
+        if (f.ok()) _elements.push_back(std::move(element));
+      }
+    } else {
+      for (const std::unique_ptr<T>& element : _elements) f.record("element", *element);
+    }
+  }
+
+ protected:
+  RecordList() = default;
+  ~RecordList() = default;
+  RecordList(RecordList&&) noexcept = default;
+  RecordList& operator=(RecordList&&) noexcept = default;
+
+  /// Appends; null is reported as an assertion at the list's own place, and nothing is added.
+  void addChecked(std::unique_ptr<T> p, const char* file, int line) {
+    if (p == nullptr) {
+      assertFail("p != nullptr", file, line);
+      return;
+    }
+    _elements.push_back(std::move(p));
+  }
+
+ private:
+  std::vector<std::unique_ptr<T>> _elements;
+};
+
+}  // namespace Veltra

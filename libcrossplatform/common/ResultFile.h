@@ -1,0 +1,79 @@
+#pragma once
+
+#include <cstdint>
+#include <variant>
+
+#include <boost/optional.hpp>
+
+#include <libcrossplatform/common/PFile.h>
+#include <libcrossplatform/common/ResultSummary.h>
+
+/// A saved test result is a container whose first section behind the file header is the result summary, followed by the
+/// test's data sections.
+namespace Veltra {
+
+/// How reading a result file went.
+enum ResultReaderStatus : int32_t {
+  RESULT_READER_OK = 0,
+  RESULT_READER_WRONG_RESULT_TYPE = 1,
+  RESULT_READER_VERSION_TOO_NEW = 2,
+  RESULT_READER_CORRUPT = 3,
+  RESULT_READER_ERROR = 4,
+};
+
+/// "ok", "wrong result type", "version too new", "corrupt", "error"; empty for any other value.
+VELTRA_EXPORT char const* toString(ResultReaderStatus status);
+
+enum ResultWriterStatus : int32_t {
+  RESULT_WRITER_OK = 0,
+  RESULT_WRITER_ERROR = 1,
+};
+
+/// "ok", "error"; empty for any other value.
+VELTRA_EXPORT char const* toString(ResultWriterStatus status);
+
+/// What a record's code means for a result file: -5 is too new, -6 and -4 to -1 corrupt, any other failure an error.
+/// PFile::streamOpToReaderStatus maps -6 and unknown codes otherwise; both are kept as they are.
+VELTRA_EXPORT ResultReaderStatus streamOpToReaderStatus(Marshal::StreamOpStatus status);
+
+/// Newest content version of a section type that this library reads; empty for a type it does not know. Ask before
+/// reading with `checkAllSections`, which stops the program on an unknown type.
+VELTRA_EXPORT boost::optional<uint16_t> newestKnownVersion(uint16_t sectionType);
+
+/// Reads the summary of a result file.
+/// @param checkAllSections  also read every further section, CRC and all, and compare its version. A section of a type
+///                          that newestKnownVersion() does not know is then the fatal assertion "Invalid section type".
+/// @return 0 `out` is filled; 2 a section, or a record in the summary, is newer than this library reads; 3 a section
+///         failed, or the summary is damaged; 4 the file could not be opened, or its first section is no summary.
+///         Unless 0 `out` may be partly filled.
+VELTRA_EXPORT ResultReaderStatus readResultSummary(ResultSummary& out, char const* path, bool checkAllSections);
+/// The same from a file's bytes. No section version is checked, and a section that cannot be read is 4 here, not 3.
+VELTRA_EXPORT ResultReaderStatus readResultSummary(ResultSummary& out, unsigned char const* buffer, unsigned int size);
+
+/// Reads the result type alone. @return as readResultSummary(); unless 0 `out` is unchanged
+VELTRA_EXPORT ResultReaderStatus readResultType(ResultType& out, char const* path);
+VELTRA_EXPORT ResultReaderStatus readResultType(ResultType& out, unsigned char const* buffer, unsigned int size);
+
+/// Writes records as sections into a container in memory or in a file.
+class VELTRA_EXPORT MemFileWriter {
+ public:
+  /// @param target  borrowed, open
+  explicit MemFileWriter(PFile::MemWriter* target) : _target(target) {}
+  explicit MemFileWriter(PFile::FileWriter* target) : _target(target) {}
+
+  /// Writes a section; the code is the target's own.
+  int write(PFile::Section& section);
+  /// Serialises a record and writes it as a section. Note the order: content version before type.
+  /// @param flags      PFile::SECTION_FLAG_COMPRESS or 0
+  /// @param compLevel  zlib level 0 to 9, not looked at unless compressing
+  /// @return a ResultWriterStatus: 0; 1 the record has no bytes or too many, compression failed, or the target could
+  /// not
+  ///         write it
+  int writeSection(Marshal::ISerializable& record, unsigned short version, unsigned short type,
+                   PFile::SECTION_FLAGS flags, int compLevel);
+
+ private:
+  std::variant<PFile::MemWriter*, PFile::FileWriter*> _target;
+};
+
+}  // namespace Veltra

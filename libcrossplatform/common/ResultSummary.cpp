@@ -1,0 +1,251 @@
+#include <libcrossplatform/common/ResultSummary.h>
+
+#include <ctime>
+
+#include <libcrossplatform/common/TimeUtil.h>
+#include <libcrossplatform/serialization/JsonText.h>
+
+namespace Veltra {
+namespace {
+
+/// Local time as ctime() writes it, newline and all; empty for a time it cannot write.
+std::string localTimeText(long timeStamp) {
+  constexpr std::size_t CTIME_BYTES = 64;  // 26 and a year of more than four digits
+  char text[CTIME_BYTES];
+  const auto time = static_cast<time_t>(timeStamp);
+  return ctime_r(&time, text) != nullptr ? text : "";
+}
+
+bool isSameMeasurement(const DisplayMeas& a, const DisplayMeas& b) {
+  return a.value == b.value && a.type == b.type;
+}
+
+/// Every record's object is wrapped in one member named after its class.
+Json::Value rooted(const char* name, Json::Value object) {
+  Json::Value root(Json::objectValue);
+  root[name] = std::move(object);
+  return root;
+}
+
+template <class List>
+Json::Value itemsOf(const List& list, const Dump::DumpFlags& flags) {
+  Json::Value items(Json::arrayValue);
+  for (const auto& element : list) items.append(element->toJson(flags));
+  return items;
+}
+
+}  // namespace
+
+ResultSummary::ResultSummary(const char* name, ResultType type, long time, Status verdict, const DisplayMeas& len,
+                             const DisplayMeas& room, unsigned int flags, int passed, int passedStar, int failed)
+    : resultType(type),
+      timeStamp(time),
+      status(verdict),
+      length(len),
+      headroom(room),
+      testFlags(flags),
+      numPassTests(passed),
+      numPassStarTests(passedStar),
+      numFailTests(failed) {
+  setResultName(name);
+}
+
+ResultSummary::ResultSummary(const ResultSummary& other) : IDumpSerializable(other), IJsonable(other) {
+  copyMembers(other);
+}
+
+ResultSummary& ResultSummary::operator=(const ResultSummary& other) {
+  copyMembers(other);
+  return *this;
+}
+
+void ResultSummary::copyMembers(const ResultSummary& other) {
+  if (this != &other) resultName = other.resultName;
+  resultType = other.resultType;
+  timeStamp = other.timeStamp;
+  status = other.status;
+  length = other.length;
+  headroom = other.headroom;
+  testFlags = other.testFlags;
+  numPassTests = other.numPassTests;
+  numPassStarTests = other.numPassStarTests;
+  numFailTests = other.numFailTests;
+}
+
+bool ResultSummary::operator==(const ResultSummary& other) const {
+  return resultName == other.resultName && resultType == other.resultType && timeStamp == other.timeStamp &&
+         status == other.status && isSameMeasurement(length, other.length) &&
+         isSameMeasurement(headroom, other.headroom) && testFlags == other.testFlags &&
+         numPassTests == other.numPassTests && numPassStarTests == other.numPassStarTests &&
+         numFailTests == other.numFailTests;
+}
+
+void ResultSummary::setResultName(const char* name) {
+  resultName = name != nullptr ? name : "";
+}
+
+void ResultSummary::clear() {
+  resultName.clear();
+  resultType = RESULT_TYPE_NOT_SET;
+  timeStamp = 0;
+  status = STATUS_NOT_SET;
+  length.clear();
+  headroom.clear();
+  testFlags = 0;
+  numPassTests = 0;
+  numPassStarTests = 0;
+  numFailTests = 0;
+}
+
+template <class Fields>
+void ResultSummary::fields(Fields& f) {
+  f.text("resultName", resultName);
+  f.i8("resultType", resultType);
+  f.i64("timeStamp", timeStamp);
+  f.i8("status", status);
+  f.record("length", length);
+  f.record("headroom", headroom);
+  f.u32("testFlags", testFlags);
+  // One byte on the wire, though held as int: 200 comes back as -56. Result files of other instruments rely on it.
+  f.i8("numPassTests", numPassTests);
+  f.i8("numPassStarTests", numPassStarTests);
+  f.i8("numFailTests", numFailTests);
+}
+
+unsigned ResultSummary::serialize(Marshal::IObjectWriter& out) {
+  return Marshal::writeHeaded(*this, out);
+}
+
+Marshal::StreamOpStatus ResultSummary::deserialize(Marshal::IObjectReader& in) {
+  return Marshal::readHeaded(*this, in);
+}
+
+void ResultSummary::dump(Dump::IFormatter&, const Dump::DumpFlags&) const {
+  // Deliberately nothing: only the lists show themselves.
+}
+
+Json::Value ResultSummary::toJson(const Dump::DumpFlags& flags) const {
+  Json::Value object(Json::objectValue);
+  object["resultName"] = resultName;
+  if (flags.level == Dump::DumpFlags::FULL_LEVEL) {
+    object["resultType"] = toString(resultType);
+    object["timeStamp"] = localTimeText(timeStamp);
+    object["status"] = toString(status);
+    object["length"] = length.toString();
+    object["headroom"] = headroom.toString();
+    Json::Value& tests = object["testFlags"] = Json::Value(Json::arrayValue);
+    for (uint32_t bit = 1; bit != 0; bit <<= 1) {
+      // The array holds signed integers: bit 31 reads -2147483648.
+      if ((testFlags & bit) != 0) tests.append(static_cast<int>(bit));
+    }
+    object["numPassTests"] = numPassTests;
+    object["numPassStarTests"] = numPassStarTests;
+    object["numFailTests"] = numFailTests;
+  }
+  return rooted(JSON_ROOT_NAME, std::move(object));
+}
+
+template <class Fields>
+void ResultSummaryList::fields(Fields& f) {
+  fields16(f);
+}
+
+unsigned ResultSummaryList::serialize(Marshal::IObjectWriter& out) {
+  return Marshal::writeHeaded(*this, out);
+}
+
+Marshal::StreamOpStatus ResultSummaryList::deserialize(Marshal::IObjectReader& in) {
+  return Marshal::readHeaded(*this, in);
+}
+
+void ResultSummaryList::dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const {
+  formatter.text(Dump::styledJson(toJson(flags)).c_str(), flags.level);
+}
+
+Json::Value ResultSummaryList::toJson(const Dump::DumpFlags& flags) const {
+  Json::Value object(Json::objectValue);
+  object["size"] = static_cast<unsigned>(size());
+  if (flags.level == Dump::DumpFlags::FULL_LEVEL) object["items"] = itemsOf(*this, flags);
+  return rooted(JSON_ROOT_NAME, std::move(object));
+}
+
+ResultPathSummary::ResultPathSummary(std::string name, ResultType type, long time, std::string path, unsigned int bytes)
+    : resultName(std::move(name)), resultType(type), timeStamp(time), pathName(std::move(path)), filesize(bytes) {}
+
+std::string ResultPathSummary::getDateTimeString() const {
+  return isoTime(static_cast<time_t>(timeStamp));
+}
+
+void ResultPathSummary::clear() {
+  resultName.clear();
+  resultType = RESULT_TYPE_NOT_SET;
+  timeStamp = 0;
+  pathName.clear();
+  filesize = 0;
+}
+
+template <class Fields>
+void ResultPathSummary::fields(Fields& f) {
+  f.text("resultName", resultName);
+  f.i8("resultType", resultType);
+  f.i64("timeStamp", timeStamp);
+  f.text("pathName", pathName);
+  f.u32("filesize", filesize);
+}
+
+unsigned ResultPathSummary::serialize(Marshal::IObjectWriter& out) {
+  return Marshal::writeInline(*this, out);
+}
+
+Marshal::StreamOpStatus ResultPathSummary::deserialize(Marshal::IObjectReader& in) {
+  return Marshal::readInline(*this, in);
+}
+
+void ResultPathSummary::dump(Dump::IFormatter&, const Dump::DumpFlags&) const {
+  // Deliberately nothing, as for ResultSummary.
+}
+
+Json::Value ResultPathSummary::toJson(const Dump::DumpFlags&) const {
+  Json::Value object(Json::objectValue);
+  object["resultName"] = resultName;
+  object["resultType"] = toString(resultType);
+  object["timeStamp"] = localTimeText(timeStamp);
+  object["pathName"] = pathName;
+  object["filesize"] = filesize;
+  return rooted(JSON_ROOT_NAME, std::move(object));
+}
+
+const ResultPathSummary* ResultPathSummaryList::find(std::string_view name) const {
+  const ResultPathSummary* found = nullptr;
+  // The whole list is walked: of several of one name the last is the current one.
+  for (const std::unique_ptr<ResultPathSummary>& element : *this) {
+    if (element->resultName == name) found = element.get();
+  }
+  return found;
+}
+
+template <class Fields>
+void ResultPathSummaryList::fields(Fields& f) {
+  fields16(f);
+}
+
+unsigned ResultPathSummaryList::serialize(Marshal::IObjectWriter& out) {
+  return Marshal::writeInline(*this, out);
+}
+
+Marshal::StreamOpStatus ResultPathSummaryList::deserialize(Marshal::IObjectReader& in) {
+  return Marshal::readInline(*this, in);
+}
+
+void ResultPathSummaryList::dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const {
+  formatter.text(Dump::styledJson(toJson(flags)).c_str(), flags.level);
+}
+
+Json::Value ResultPathSummaryList::toJson(const Dump::DumpFlags& flags) const {
+  Json::Value object(Json::objectValue);
+  object["size"] = static_cast<unsigned>(size());
+  object["items"] = itemsOf(*this, flags);
+  return rooted(JSON_ROOT_NAME, std::move(object));
+}
+
+}  // namespace Veltra

@@ -1,0 +1,151 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <libcrossplatform/common/DisplayMeas.h>
+#include <libcrossplatform/common/RecordList.h>
+#include <libcrossplatform/common/ResultVocabulary.h>
+#include <libcrossplatform/serialization/IJsonable.h>
+
+namespace Veltra {
+
+/// The small record that stands for one saved test result in result lists.
+/// A plain value: default-constructed cleared, copied freely. On the wire: headed record, docs/format.md#resultsummary.
+class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Dump::IJsonable {
+ public:
+  static constexpr uint8_t CLASS_VERSION = 1;
+  static constexpr uint32_t SERIAL_TYPE_ID = 0x510001;
+  static constexpr const char* JSON_ROOT_NAME = "ResultSummary";
+
+  ResultSummary() { clear(); }
+  ResultSummary(const char* name, ResultType resultType, long timeStamp, Status status, const DisplayMeas& length,
+                const DisplayMeas& headroom, unsigned int testFlags, int numPassTests, int numPassStarTests,
+                int numFailTests);
+  ResultSummary(const ResultSummary& other);
+  ResultSummary& operator=(const ResultSummary& other);
+  void copyMembers(const ResultSummary& other);
+
+  /// Every member equal. Measurements compare their values as ScaledInt does: a summary whose length or headroom is not
+  /// a number equals nothing, itself included.
+  bool operator==(const ResultSummary& other) const;
+  bool operator!=(const ResultSummary& other) const { return !(*this == other); }
+
+  const std::string& getResultName() const { return resultName; }
+  /// @param name  null counts as empty
+  void setResultName(const char* name);
+  void clear();
+
+  unsigned serialize(Marshal::IObjectWriter& out) override;
+  /// @return 0; -3 the name could not be read; header and measurement codes unchanged. On failure: partly filled,
+  /// clear() it.
+  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  /// Writes nothing: a single summary does not show itself in dumps, only lists do.
+  void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
+  /// {"ResultSummary": {...}}; below and above the full level the name alone. The time stamp is local time, as ctime()
+  /// writes it, with its newline. Fatal where ScaledInt::toString() is.
+  Json::Value toJson(const Dump::DumpFlags& flags) const override;
+
+  template <class Fields>
+  void fields(Fields& f);
+
+  ResultType resultType;
+  long timeStamp;  ///< when the result was taken, s since 1970-01-01 UTC
+  Status status;   ///< overall verdict
+  DisplayMeas length;
+  DisplayMeas headroom;
+  unsigned int testFlags;  ///< bit i set: the test with flag value 2^i is contained
+  int numPassTests;        ///< one signed byte on the wire, like the other two counts: 200 comes back as -56
+  int numPassStarTests;
+  int numFailTests;
+  std::string resultName;  ///< as the user sees it
+};
+
+/// Summaries in the order they were added. On the wire: headed record with a 16-bit count, which is not range-checked:
+/// a longer list writes all its elements behind the count modulo 65536.
+class VELTRA_EXPORT ResultSummaryList : public Marshal::IDumpSerializable, public RecordList<ResultSummary> {
+ public:
+  static constexpr uint8_t CLASS_VERSION = 1;
+  static constexpr uint32_t SERIAL_TYPE_ID = 0x510002;
+  static constexpr const char* JSON_ROOT_NAME = "ResultSummaryList";
+
+  /// Appends a summary. Null is reported as an assertion, and nothing is added.
+  void add(std::unique_ptr<ResultSummary> p) { addChecked(std::move(p), "libcrossplatform/common/ResultSummary", 104); }
+
+  unsigned serialize(Marshal::IObjectWriter& out) override;
+  /// @return 0; -1 an element failed: those before it stay; header codes unchanged
+  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  /// The styled text of toJson() with the same flags.
+  void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
+  /// {"ResultSummaryList": {"size": n}}, at the full level with "items".
+  Json::Value toJson(const Dump::DumpFlags& flags) const;
+
+  template <class Fields>
+  void fields(Fields& f);
+};
+
+/// The lighter record for a result held as a file. On the wire: versioned inline record,
+/// docs/format.md#resultpathsummary.
+class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, public Dump::IJsonable {
+ public:
+  static constexpr uint8_t CLASS_VERSION = 1;
+  static constexpr Marshal::StreamOpStatus TOO_NEW_STATUS = Marshal::STREAM_INLINE_TOO_NEW;
+  static constexpr const char* JSON_ROOT_NAME = "ResultPathSummary";
+
+  ResultPathSummary() { clear(); }
+  ResultPathSummary(std::string resultName, ResultType resultType, long timeStamp, std::string pathName,
+                    unsigned int filesize);
+
+  /// The time stamp as UTC in the form 2019-03-04T05:06:07; empty when it cannot be broken down.
+  std::string getDateTimeString() const;
+  void clear();
+
+  unsigned serialize(Marshal::IObjectWriter& out) override;
+  /// @return 0; -3 the stream ran out; -6 version byte above 1, nothing more is read then
+  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  /// Writes nothing, as for ResultSummary.
+  void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
+  /// {"ResultPathSummary": {...}}, all members at every level; the time stamp as in ResultSummary.
+  Json::Value toJson(const Dump::DumpFlags& flags) const override;
+
+  template <class Fields>
+  void fields(Fields& f);
+
+  std::string resultName;
+  ResultType resultType;
+  long timeStamp;  ///< s since 1970-01-01 UTC
+  std::string pathName;
+  unsigned int filesize;  ///< bytes
+};
+
+/// Path summaries in the order they were added. On the wire: versioned inline record with a 16-bit count.
+class VELTRA_EXPORT ResultPathSummaryList : public Marshal::IDumpSerializable,
+                                            public Dump::IJsonable,
+                                            public RecordList<ResultPathSummary> {
+ public:
+  static constexpr uint8_t CLASS_VERSION = 1;
+  static constexpr Marshal::StreamOpStatus TOO_NEW_STATUS = Marshal::STREAM_INLINE_TOO_NEW;
+  static constexpr const char* JSON_ROOT_NAME = "ResultPathSummaryList";
+
+  /// Appends a path summary. Null is reported as an assertion, and nothing is added.
+  void add(std::unique_ptr<ResultPathSummary> p) {
+    addChecked(std::move(p), "libcrossplatform/common/ResultSummary", __LINE__);
+  }
+  /// The last element of that name, null when there is none. Stays the list's.
+  const ResultPathSummary* find(std::string_view name) const;
+
+  unsigned serialize(Marshal::IObjectWriter& out) override;
+  /// @return 0; -1 an element failed: those before it stay; -3 the stream ran out; -6 version byte above 1
+  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
+  /// {"ResultPathSummaryList": {"size": n, "items": [...]}} at every level.
+  Json::Value toJson(const Dump::DumpFlags& flags) const override;
+
+  template <class Fields>
+  void fields(Fields& f);
+};
+
+}  // namespace Veltra

@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <libcrossplatform/serialization/FieldCodec.h>
+
+namespace Veltra {
+
+/// A fixed-point number: a 32-bit raw value and the number of decimals it has. Every measured value of a result is one.
+/// On the wire: versioned inline record, docs/format.md#scaledint.
+class VELTRA_EXPORT ScaledInt : public Marshal::IDumpSerializable {
+ public:
+  static constexpr uint8_t CLASS_VERSION = 1;
+  static constexpr Marshal::StreamOpStatus TOO_NEW_STATUS = Marshal::STREAM_TOO_NEW;
+
+  /// Number of decimals. Records from files may carry a value outside the list: test hasPrintableScale().
+  enum ScaledTo : int32_t {
+    SCALED_TO_TENS = -1,
+    SCALED_TO_ONES = 0,
+    SCALED_TO_TENTHS = 1,
+    SCALED_TO_HUNDREDTHS = 2,
+    SCALED_TO_THOUSANDTHS = 3,
+    SCALED_TO_TENTHOUSANDTHS = 4,
+  };
+
+  // Reserved raw values, next to the limits, where no measured value comes.
+  static constexpr int32_t RAW_NOT_A_NUMBER = -2147483647;  ///< 0x80000001: not set, the default
+  static constexpr int32_t RAW_PLUS_INFINITY = 2147483647;
+  static constexpr int32_t RAW_MINUS_INFINITY = -2147483646;  ///< 0x80000002
+
+  /// Not a number, scale 0.
+  ScaledInt() = default;
+  /// Rounds half away from zero in one step: a fused multiply-add, so it can differ from fromString() in the last
+  /// digit. NaN and infinities become the reserved values; a value too large saturates.
+  ScaledInt(float value, ScaledTo scaledTo);
+  static ScaledInt fromRaw(int32_t raw, ScaledTo scaledTo);
+
+  int32_t getRaw() const { return _raw; }
+  ScaledTo getScaledTo() const { return _scaledTo; }
+  /// 10 to the power of the scale.
+  float scalingValue() const;
+  /// NaN and the infinities for the reserved raw values.
+  float toFloat() const;
+  double toDouble() const;
+  bool isNotANumber() const { return _raw == RAW_NOT_A_NUMBER; }
+  bool isFinite() const { return !isNotANumber() && _raw != RAW_PLUS_INFINITY && _raw != RAW_MINUS_INFINITY; }
+  /// False where toString() would stop the program: a finite value whose scale is none of the list.
+  bool hasPrintableScale() const;
+
+  // Values of different scale are aligned by multiplying the raw value of the coarser one: 32-bit arithmetic that
+  // wraps. Scales more than 5 apart raise the assertion "Unexpected ScaledInt exponent" and are compared unaligned.
+  // Anything compared with not-a-number is false.
+  bool operator==(const ScaledInt& other) const;
+  bool operator!=(const ScaledInt& other) const { return !(*this == other); }
+  bool operator<(const ScaledInt& other) const;
+  bool operator<=(const ScaledInt& other) const;
+  bool operator>(const ScaledInt& other) const;
+  bool operator>=(const ScaledInt& other) const;
+
+  /// The finer of both scales. Not-a-number on the left gives the left operand; on the right alone too.
+  ScaledInt operator+(const ScaledInt& other) const;
+  /// Not-a-number on either side gives that operand. A finite value less an infinity gives that infinity, sign and all.
+  ScaledInt operator-(const ScaledInt& other) const;
+  /// Half the sum, halves rounded away from zero; operands that are no numbers as for operator+.
+  ScaledInt avg(const ScaledInt& other) const;
+
+  /// "NaN", "+inf", "-inf", or the value in fixed notation with as many decimals as the scale. A scale outside the
+  /// list is the fatal assertion "Invalid ScaledInt::scaledTo".
+  std::string toString() const;
+  /// Reads what toString() writes; the scale becomes the number of characters after the first point. "NaN", "+inf"
+  /// and "-inf" leave the scale as it is. @return false, with the value unchanged, when the text begins with no number
+  bool fromString(const std::string& text);
+
+  void clear();
+  unsigned serialize(Marshal::IObjectWriter& out) override;
+  /// @return 0; -3 the stream ran out; -5 version byte above 1, nothing more is read then
+  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
+
+  template <class Fields>
+  void fields(Fields& f) {
+    f.i32("raw", _raw);
+    f.i8("scaledTo", _scaledTo);
+  }
+
+ private:
+  int32_t _raw = RAW_NOT_A_NUMBER;
+  ScaledTo _scaledTo = SCALED_TO_ONES;
+};
+
+/// "tens", "ones", "tenths" and so on; empty outside the list.
+VELTRA_EXPORT const char* toString(ScaledInt::ScaledTo scaledTo);
+
+/// The smaller operand, ties give b; not-a-number on one side gives the other side.
+VELTRA_EXPORT ScaledInt min(const ScaledInt& a, const ScaledInt& b);
+/// The larger operand, ties give a; not-a-number on one side gives the other side.
+VELTRA_EXPORT ScaledInt max(const ScaledInt& a, const ScaledInt& b);
+
+/// Truncates toward zero, saturating at the limits; NaN gives 0.
+VELTRA_EXPORT int32_t saturateToInt32(float value);
+
+}  // namespace Veltra

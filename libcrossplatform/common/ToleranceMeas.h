@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <libcrossplatform/common/DisplayMeas.h>
+#include <libcrossplatform/serialization/IJsonable.h>
+
+namespace Veltra {
+
+/// A measurement with a bound on either side. A NaN tolerance means that there is no bound on that side.
+/// On the wire: versioned inline record, docs/format.md#tolerancemeas.
+class VELTRA_EXPORT ToleranceMeas : public Marshal::IDumpSerializable, public Dump::IJsonable {
+ public:
+  static constexpr uint8_t CLASS_VERSION = 1;
+  static constexpr Marshal::StreamOpStatus TOO_NEW_STATUS = Marshal::STREAM_TOO_NEW;
+
+  /// Not a number, not available, both tolerances NaN.
+  ToleranceMeas();
+  ToleranceMeas(ScaledInt value, DisplayType type, float posTolerance, float negTolerance);
+  void clear();
+
+  /// Raw value, scale and type equal, and each tolerance equal or NaN in both.
+  bool isSameAs(const ToleranceMeas& other) const;
+  /// Derives the type: a number bounded on both sides or on none is a value, without a negative bound less than,
+  /// without a positive one greater than. No number is not available, or not applicable where the negative tolerance
+  /// is 0, which marks it.
+  void calculateDisplayType();
+  DisplayMeas valueToDisplayMeas() const;
+  std::string valueToString() const;
+  /// For example "5.0, +tol = 0.3, -tol = nan".
+  std::string toString() const;
+  /// The raw value negated when negative, a plain integer even where it is reserved: not-a-number becomes plus
+  /// infinity.
+  ToleranceMeas abs() const;
+
+  unsigned serialize(Marshal::IObjectWriter& out) override;
+  /// @return 0; -3 the stream ran out; -5 a version byte above 1, the value's included
+  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
+  /// {"value", "posTolerance", "negTolerance"}, all three as text.
+  Json::Value toJson(const Dump::DumpFlags& flags) const override;
+
+  template <class Fields>
+  void fields(Fields& f) {
+    f.record("value", value);
+    f.i8("type", type);
+    f.f32("posTolerance", posTolerance);
+    f.f32("negTolerance", negTolerance);
+  }
+
+  ScaledInt value;
+  DisplayType type = DISPLAY_TYPE_NOT_AVAILABLE;
+  float posTolerance;
+  float negTolerance;
+};
+
+/// Value `a` less a reference `b`, uncertainties combined in quadrature. A reference that is a bound turns the result
+/// into the opposite bound with its tolerances exchanged; whether `a` is one is not looked at. Where a value is missing
+/// the result is that operand: not available before not applicable, `a` before `b`.
+VELTRA_EXPORT ToleranceMeas subtractWithQuadratureTolerance(const ToleranceMeas& a, const ToleranceMeas& b);
+/// The loss of two parts in a row: values added, the larger tolerance of each side, the type derived anew. A value that
+/// is not a number gives the other operand.
+VELTRA_EXPORT ToleranceMeas addLossToleranceMeas(const ToleranceMeas& a, const ToleranceMeas& b);
+/// The operand with the larger value, ties give b; not-a-number on one side gives the other side.
+VELTRA_EXPORT ToleranceMeas max(const ToleranceMeas& a, const ToleranceMeas& b);
+/// The operand with the smaller value, where a greater-than bound never replaces a definite value and a definite value
+/// always replaces such a bound.
+VELTRA_EXPORT ToleranceMeas minTolerance(const ToleranceMeas& a, const ToleranceMeas& b);
+
+}  // namespace Veltra

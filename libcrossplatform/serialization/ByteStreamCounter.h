@@ -1,0 +1,28 @@
+#pragma once
+
+#include <libcrossplatform/serialization/ByteStreamEncoder.h>
+
+namespace Marshal {
+
+/// A stream that only counts bytes: what a record needs, before a buffer is made for it.
+class ByteStreamCounter final : public ByteStreamEncoder<ByteStreamCounter> {
+ public:
+  /// Bytes counted so far.
+  uint32_t size() const { return _size; }
+
+  uint32_t position() const override { return _size; }
+  bool rewriteUInt32(uint32_t, uint32_t) override { return true; }
+  bool countsOnly() const override { return true; }
+  void skip(uint32_t bytes) override { _size += bytes; }
+
+ private:
+  friend ByteStreamEncoder<ByteStreamCounter>;
+  unsigned append(const void*, uint32_t size) {
+    _size += size;
+    return size;
+  }
+
+  uint32_t _size = 0;
+};
+
+}  // namespace Marshal

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <libcrossplatform/serialization/IObjectReader.h>
+
+namespace Marshal {
+
+/// Reads records from a caller's buffer, which it borrows. The first failed read latches status -3.
+class VELTRA_EXPORT ByteStreamReader final : public IObjectReader {
+ public:
+  /// A null buffer and a size of 0 are fatal assertions: test for them where the bytes come from outside.
+  ByteStreamReader(const uint8_t* p, uint32_t size);
+
+  /// Goes `offset` bytes from `whence`.
+  /// @return false, with the position unchanged, outside 0..size, for an unknown `whence`, and after a failed read
+  bool seek(int offset, StreamPosition whence);
+
+  uint32_t position() const override { return _position; }
+  bool readBool(bool& value) override;
+  bool readUInt8(uint8_t& value) override;
+  bool readInt8(int8_t& value) override;
+  bool readUInt16(uint16_t& value) override;
+  bool readInt16(int16_t& value) override;
+  bool readUInt32(uint32_t& value) override;
+  bool readInt32(int32_t& value) override;
+  bool readUInt64(uint64_t& value) override;
+  bool readInt64(int64_t& value) override;
+  bool readFloat(float& value) override;
+  bool readDouble(double& value) override;
+  bool readBytes(uint8_t* data, uint32_t size) override;
+  bool readString(std::string& value) override;
+  StreamOpStatus status() const override { return _status; }
+  ReadWindow window() override;
+  void advanceTo(const uint8_t* cursor) override { _position = static_cast<uint32_t>(cursor - _data); }
+  bool seekTo(uint32_t position) override;
+
+ private:
+  template <class T>
+  bool get(T& value);
+  bool has(uint32_t size);
+
+  const uint8_t* _data;
+  uint32_t _position = 0;
+  uint32_t _size;
+  StreamOpStatus _status = STREAM_OK;
+};
+
+}  // namespace Marshal

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdint>
+
+namespace Dump {
+
+/// How much of a record a dump or JSON text shows. Records pass it on to the records they hold.
+struct DumpFlags {
+  static constexpr int FULL_LEVEL = 2;  ///< several records show their detail at this level only
+
+  int level = FULL_LEVEL;
+  uint32_t options = 0;  ///< for formatters; no record looks at it
+};
+
+}  // namespace Dump

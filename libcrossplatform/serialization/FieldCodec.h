@@ -1,0 +1,93 @@
+#pragma once
+
+#include <libcrossplatform/serialization/FieldReader.h>
+#include <libcrossplatform/serialization/Header.h>
+
+/// The three shapes of a record on the wire. A record has `template <class Fields> void fields(Fields&)`, its members
+/// in wire order, each named once, and calls one pair of these:
+///
+///   headed            SERIAL_TYPE_ID (combined id), CLASS_VERSION, clear()
+///   versioned inline  CLASS_VERSION, TOO_NEW_STATUS, clear(); where it is nested, its list is walked in place
+///   plain inline      the fields alone
+namespace Marshal {
+
+/// Bytes of a record's field list, without any header.
+template <class Record>
+uint32_t countFields(Record& record) {
+  FieldCounter counter(Record::CLASS_VERSION);
+  record.fields(counter);
+  return counter.total();
+}
+
+template <class Record>
+unsigned writeHeaded(Record& record, IObjectWriter& out) {
+  if (out.countsOnly()) {
+    const uint32_t size = Header::BYTES + countFields(record);
+    out.skip(size);
+    return size;
+  }
+  Header header(Record::SERIAL_TYPE_ID, Record::CLASS_VERSION);
+  // A stream that cannot rewrite gets the right length at once.
+  if (out.position() == IObjectWriter::NO_POSITION) header.setLength(countFields(record));
+  header.serialize(out);
+  {
+    FieldWriter f(Record::CLASS_VERSION, out);
+    record.fields(f);
+  }
+  return header.serializeLength(out);
+}
+
+template <class Record>
+StreamOpStatus readHeaded(Record& record, IObjectReader& in) {
+  Header header;
+  if (const StreamOpStatus s = header.deserialize(in); s != STREAM_OK) return s;
+  if (const StreamOpStatus s = header.check(Record::CLASS_VERSION, Record::SERIAL_TYPE_ID); s != STREAM_OK) return s;
+  record.clear();
+  StreamOpStatus status = STREAM_OK;
+  {
+    FieldReader f(in, header.classVersion());
+    record.fields(f);
+    status = f.status();
+  }
+  return header.checkLength(in, status);
+}
+
+template <class Record>
+unsigned writeInline(Record& record, IObjectWriter& out) {
+  const uint32_t start = out.position();
+  {
+    FieldWriter f(Record::CLASS_VERSION, out);
+    f.put(Record::CLASS_VERSION);
+    record.fields(f);
+  }
+  return out.position() - start;
+}
+
+template <class Record>
+StreamOpStatus readInline(Record& record, IObjectReader& in) {
+  FieldReader f(in, Record::CLASS_VERSION);
+  f.walkInline(record);
+  return f.status();
+}
+
+/// Class version a plain record's fields are walked with: it has none of its own.
+constexpr uint8_t NO_CLASS_VERSION = 0;
+
+template <class Record>
+unsigned writePlain(Record& record, IObjectWriter& out) {
+  const uint32_t start = out.position();
+  {
+    FieldWriter f(NO_CLASS_VERSION, out);
+    record.fields(f);
+  }
+  return out.position() - start;
+}
+
+template <class Record>
+StreamOpStatus readPlain(Record& record, IObjectReader& in) {
+  FieldReader f(in, NO_CLASS_VERSION);
+  record.fields(f);
+  return f.ok() ? f.streamStatus() : f.status();
+}
+
+}  // namespace Marshal

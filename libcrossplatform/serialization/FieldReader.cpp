@@ -1,0 +1,48 @@
+#include <libcrossplatform/serialization/FieldReader.h>
+
+namespace Marshal {
+
+void FieldReader::textSlowly(const char* name, std::string& v) {
+  if (!ok()) return;
+  commit();
+  _stream.beginField(name);
+  const bool done = _stream.readString(v);
+  _window = _stream.window();
+  if (!done) fail(STREAM_SHORT);
+}
+
+bool FieldReader::run(const char* name, uint32_t size, std::string& out) {
+  constexpr uint32_t PIECE = 64 * 1024;
+  if (!ok()) return false;
+  commit();
+  _stream.beginField(name);
+  out.clear();
+  bool done = true;
+  for (uint32_t at = 0; done && at < size;) {
+    const uint32_t piece = std::min(size - at, PIECE);
+    out.resize(at + piece);
+    done = _stream.readBytes(reinterpret_cast<uint8_t*>(&out[at]), piece);
+    at += piece;
+  }
+  _window = _stream.window();
+  if (!done) fail(STREAM_SHORT);
+  return done;
+}
+
+void FieldReader::terminatedText(const char* name, std::string& v) {
+  uint32_t size = 0;
+  std::string bytes;
+  // The length is read as any number is: from an ended stream it stays 0, which is refused like a stored 0.
+  get(name, size);
+  if (size == 0) return fail(STREAM_WRONG_ELEMENT);
+  if (run(name, size, bytes)) v = bytes.c_str();
+}
+
+void FieldReader::countedText(const char* name, std::string& v) {
+  uint32_t size = 0;
+  std::string bytes;
+  if (!get(name, size)) return fail(STREAM_SHORT);
+  if (run(name, size, bytes)) v = std::move(bytes);
+}
+
+}  // namespace Marshal

@@ -1,0 +1,178 @@
+#pragma once
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include <libcrossplatform/serialization/FieldEncoder.h>
+
+namespace Marshal {
+
+/// Walks a record's field list and reads: straight from the stream's window when it offers one, through its operations
+/// otherwise. Keeps the first failed text or record; every later verb then does nothing. A failed fixed-width read is
+/// not kept: it leaves its target as it was and shows in the stream's status.
+class FieldReader {
+ public:
+  static constexpr bool READING = true;
+
+  FieldReader(IObjectReader& stream, uint8_t classVersion)
+      : _stream(stream), _window(stream.window()), _version(classVersion) {}
+  ~FieldReader() { commit(); }
+  FieldReader(const FieldReader&) = delete;
+  FieldReader& operator=(const FieldReader&) = delete;
+
+  uint8_t version() const { return _version; }  ///< class version being read
+  StreamOpStatus status() const { return _status; }
+  bool ok() const { return _status == STREAM_OK; }
+  /// -3 when the stream has failed, whatever the field that found out.
+  StreamOpStatus streamStatus() const {
+    // A stream offers a window only while its status is 0.
+    return _window.cursor == nullptr && _stream.status() != STREAM_OK ? STREAM_SHORT : STREAM_OK;
+  }
+  /// Ends the walk with a code of the record's own; the first one stays.
+  void fail(StreamOpStatus status) {
+    if (!ok()) return;
+    commit();
+    _window = {};
+    _status = status;
+  }
+
+  void boolean(const char* name, bool& v) { get(name, v); }
+  template <class T>
+  VELTRA_ALWAYS_INLINE void u8(const char* name, T& v) {
+    getAs<uint8_t>(name, v);
+  }
+  template <class T>
+  VELTRA_ALWAYS_INLINE void i8(const char* name, T& v) {
+    getAs<int8_t>(name, v);
+  }
+  template <class T>
+  VELTRA_ALWAYS_INLINE void u16(const char* name, T& v) {
+    getAs<uint16_t>(name, v);
+  }
+  template <class T>
+  VELTRA_ALWAYS_INLINE void i16(const char* name, T& v) {
+    getAs<int16_t>(name, v);
+  }
+  template <class T>
+  VELTRA_ALWAYS_INLINE void u32(const char* name, T& v) {
+    getAs<uint32_t>(name, v);
+  }
+  template <class T>
+  VELTRA_ALWAYS_INLINE void i32(const char* name, T& v) {
+    getAs<int32_t>(name, v);
+  }
+  template <class T>
+  VELTRA_ALWAYS_INLINE void i64(const char* name, T& v) {
+    getAs<int64_t>(name, v);
+  }
+  void f32(const char* name, float& v) { get(name, v); }
+  template <class T>
+  void i8ReadAsU8(const char* name, T& v) {
+    getAs<uint8_t>(name, v);
+  }
+
+  /// A `string`; a failed read ends the walk with -3.
+  void text(const char* name, std::string& v) {
+    const std::size_t left = remaining();
+    if (left >= sizeof(uint32_t)) {
+      const auto size = loadBig<uint32_t>(_window.cursor);
+      if (size <= left - sizeof size) {
+        v.assign(reinterpret_cast<const char*>(_window.cursor) + sizeof size, size);
+        _window.cursor += sizeof size + size;
+        return;
+      }
+    }
+    textSlowly(name, v);
+  }
+  /// Text up to the first zero byte of its run. A length of 0 ends the walk with -1, a short run with -3.
+  void terminatedText(const char* name, std::string& v);
+  /// All bytes of its run. A short run ends the walk with -3.
+  void countedText(const char* name, std::string& v);
+  /// `size` bytes, read in pieces: a length from outside never allocates more than 64 KiB ahead of what is there.
+  bool run(const char* name, uint32_t size, std::string& out);
+
+  /// A nested record. Its code ends the walk, or `failure` in its stead.
+  template <class Record>
+  VELTRA_ALWAYS_INLINE void record(const char* name, Record& nested, StreamOpStatus failure = STREAM_OK) {
+    if (!ok()) return;
+    const bool traced = _window.cursor == nullptr;
+    if (traced) _stream.beginRecord(name);
+    if constexpr (IsWalkedInline<Record>::value) {
+      walkInline(nested);
+    } else {
+      commit();
+      const StreamOpStatus s = nested.deserialize(_stream);
+      _window = _stream.window();
+      if (s != STREAM_OK) fail(s);
+    }
+    if (!ok() && failure != STREAM_OK) _status = failure;
+    if (traced) _stream.endRecord();
+  }
+
+  /// A versioned inline record: its version byte, its defaults, its fields.
+  template <class Record>
+  VELTRA_ALWAYS_INLINE void walkInline(Record& nested) {
+    uint8_t version = 0;
+    if (!get("version", version)) return fail(STREAM_SHORT);
+    if (version > Record::CLASS_VERSION) return fail(Record::TOO_NEW_STATUS);
+    nested.clear();
+    nested.fields(*this);
+    if (streamStatus() != STREAM_OK) fail(STREAM_SHORT);
+  }
+
+  template <class T>
+  VELTRA_ALWAYS_INLINE bool get(const char* name, T& v) {
+    if (remaining() < sizeof(T)) {
+      if (!ok()) return false;
+      T value = v;
+      bool done = false;
+      _window = getSlowly(_stream, _window, name, value, done);
+      if (done) v = value;
+      return done;
+    }
+    v = loadBig<T>(_window.cursor);
+    _window.cursor += sizeof(T);
+    return true;
+  }
+
+ private:
+  std::size_t remaining() const { return static_cast<std::size_t>(_window.end - _window.cursor); }
+  void commit() {
+    if (_window.cursor != nullptr) _stream.advanceTo(_window.cursor);
+  }
+
+  template <class Wire, class T>
+  VELTRA_ALWAYS_INLINE void getAs(const char* name, T& v) {
+    Wire wire{};
+    if (get(name, wire)) v = static_cast<T>(wire);
+  }
+
+  // The window goes in and out by value, so that the cursor can stay in a register between two fields.
+  template <class T>
+  __attribute__((noinline, cold)) static ReadWindow getSlowly(IObjectReader& stream, ReadWindow window,
+                                                              const char* name, T& value, bool& done) {
+    if (window.cursor != nullptr) stream.advanceTo(window.cursor);
+    stream.beginField(name);
+    done = readFrom(stream, value);
+    return stream.window();
+  }
+  __attribute__((noinline, cold)) void textSlowly(const char* name, std::string& v);
+
+  static bool readFrom(IObjectReader& stream, bool& v) { return stream.readBool(v); }
+  static bool readFrom(IObjectReader& stream, uint8_t& v) { return stream.readUInt8(v); }
+  static bool readFrom(IObjectReader& stream, int8_t& v) { return stream.readInt8(v); }
+  static bool readFrom(IObjectReader& stream, uint16_t& v) { return stream.readUInt16(v); }
+  static bool readFrom(IObjectReader& stream, int16_t& v) { return stream.readInt16(v); }
+  static bool readFrom(IObjectReader& stream, uint32_t& v) { return stream.readUInt32(v); }
+  static bool readFrom(IObjectReader& stream, int32_t& v) { return stream.readInt32(v); }
+  static bool readFrom(IObjectReader& stream, int64_t& v) { return stream.readInt64(v); }
+  static bool readFrom(IObjectReader& stream, float& v) { return stream.readFloat(v); }
+
+  IObjectReader& _stream;
+  ReadWindow _window;
+  uint8_t _version;
+  StreamOpStatus _status = STREAM_OK;
+};
+
+}  // namespace Marshal

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <libcrossplatform/serialization/ISerializable.h>
+
+namespace Marshal {
+
+/// The 12 bytes before a headed record: what it is, which version of it, how long.
+class VELTRA_EXPORT Header {
+ public:
+  static constexpr uint16_t MARKER = 0xABCD;
+  static constexpr uint8_t FORMAT = 1;
+  static constexpr uint32_t BYTES = 2 + 1 + 1 + 2 + 2 + 4;  // marker, format, class version, system, class, length
+
+  /// For reading: class version and id 0.
+  Header() = default;
+  /// For writing.
+  Header(SerialTypeID id, uint8_t classVersion) : _id(id), _classVersion(classVersion) {}
+  Header(uint32_t combinedId, uint8_t classVersion) : Header(SerialTypeID::fromCombined(combinedId), classVersion) {}
+
+  SerialTypeID serialTypeId() const { return _id; }
+  uint8_t classVersion() const { return _classVersion; }
+  uint32_t length() const { return _length; }  ///< bytes of the record behind the header
+
+  /// Writes the header with the length known so far: 0 unless setLength() was called.
+  unsigned serialize(IObjectWriter& out);
+  /// The length of the body, for a stream that cannot rewrite a word.
+  void setLength(uint32_t length) { _length = length; }
+  /// After the body: puts its length into the header already written, where the stream can rewrite.
+  /// @return length of header and body in bytes
+  unsigned serializeLength(IObjectWriter& out);
+
+  /// @return 0; -3 the stream ran out; -2 another marker, or format 0; -5 a newer header format
+  StreamOpStatus deserialize(IObjectReader& in);
+  /// Compares what was read with what the record can read.
+  /// @return 0; -1 another record's id; -5 a newer class version
+  StreamOpStatus check(uint8_t classVersion, uint32_t combinedId) const;
+  /// @param status  how far the record itself got
+  /// @return `status` if not 0; -3 the stream has failed; -4 the body was not `length()` bytes; else 0. A stream that
+  ///         knows no position skips the comparison.
+  StreamOpStatus checkLength(IObjectReader& in, StreamOpStatus status) const;
+
+  template <class Fields>
+  void fields(Fields& f) {
+    f.u16("marker", _marker);
+    f.u8("format", _format);
+    f.u8("classVersion", _classVersion);
+    f.u16("systemId", _id.systemId);
+    f.u16("classId", _id.classId);
+    f.u32("length", _length);
+  }
+
+ private:
+  SerialTypeID _id;
+  uint32_t _length = 0;
+  uint32_t _bodyAt = IObjectWriter::NO_POSITION;
+  uint16_t _marker = MARKER;
+  uint8_t _format = FORMAT;
+  uint8_t _classVersion = 0;
+};
+
+/// Reads the combined id of the headed record that comes next, without consuming it.
+/// @return 0; -3 the stream ran out or knows no position; otherwise the code of Header::deserialize. On failure `id` is
+///         unchanged.
+VELTRA_EXPORT StreamOpStatus peekHeaderSerialTypeID(IObjectReader& in, uint32_t& id);
+
+}  // namespace Marshal

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <libcrossplatform/logging/Export.h>
+#include <libcrossplatform/serialization/DumpFlags.h>
+#include <libcrossplatform/serialization/IFormatter.h>
+
+namespace Dump {
+
+/// A record that can show itself as text.
+class VELTRA_EXPORT IDumpable {
+ public:
+  virtual void dump(IFormatter& formatter, const DumpFlags& flags) const = 0;
+  virtual ~IDumpable();
+};
+
+}  // namespace Dump

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <libcrossplatform/logging/Export.h>
+#include <libcrossplatform/serialization/IDumpable.h>
+#include <libcrossplatform/serialization/IObjectReader.h>
+#include <libcrossplatform/serialization/IObjectWriter.h>
+
+namespace Marshal {
+
+/// A record that writes itself to a stream and reads itself back.
+class VELTRA_EXPORT ISerializable {
+ public:
+  /// Never changes the record. @return bytes written; 0 from an inline record on a stream that knows no position
+  virtual unsigned serialize(IObjectWriter& out) = 0;
+  /// @return 0, or a negative code (MarshalTypes.h); the record may then be partly filled: clear() or discard it
+  virtual StreamOpStatus deserialize(IObjectReader& in) = 0;
+  virtual ~ISerializable();
+};
+
+/// A record that can also be dumped: most of them.
+class VELTRA_EXPORT IDumpSerializable : public ISerializable, public Dump::IDumpable {
+ public:
+  ~IDumpSerializable() override;
+};
+
+}  // namespace Marshal

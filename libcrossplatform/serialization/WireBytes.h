@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+/// Inlined in every build type: these are the few instructions all encoding and decoding is made of.
+#define VELTRA_ALWAYS_INLINE inline __attribute__((always_inline))
+
+namespace Marshal {
+
+/// The unsigned integer that carries a wire kind's bits.
+template <std::size_t BYTES>
+struct WireBits;
+template <>
+struct WireBits<1> {
+  using Type = uint8_t;
+};
+template <>
+struct WireBits<2> {
+  using Type = uint16_t;
+};
+template <>
+struct WireBits<4> {
+  using Type = uint32_t;
+};
+template <>
+struct WireBits<8> {
+  using Type = uint64_t;
+};
+
+/// Stores a wire kind big-endian: integers in two's complement, floats as IEEE bits, a bool as 0 or 1.
+template <class T>
+VELTRA_ALWAYS_INLINE void storeBig(uint8_t* to, T value) {
+  using Bits = typename WireBits<sizeof(T)>::Type;
+  Bits bits = 0;
+  std::memcpy(&bits, &value, sizeof bits);
+  for (std::size_t i = 0; i < sizeof(T); ++i) {
+    to[i] = static_cast<uint8_t>(bits >> (8 * (sizeof(T) - 1 - i)));
+  }
+}
+
+/// Loads what storeBig() stored. A bool is true for every byte but 0.
+template <class T>
+VELTRA_ALWAYS_INLINE T loadBig(const uint8_t* from) {
+  if constexpr (std::is_same_v<T, bool>) {
+    return *from != 0;
+  } else {
+    using Bits = typename WireBits<sizeof(T)>::Type;
+    Bits bits = 0;
+    for (std::size_t i = 0; i < sizeof(T); ++i) {
+      bits = static_cast<Bits>(bits | static_cast<Bits>(static_cast<Bits>(from[i]) << (8 * (sizeof(T) - 1 - i))));
+    }
+    T value{};
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+  }
+}
+
+/// The little-endian 32-bit words of the container: a compressed payload's original size, a file's total length.
+VELTRA_ALWAYS_INLINE void storeLittle32(uint8_t* to, uint32_t value) {
+  for (int i = 0; i < 4; ++i) to[i] = static_cast<uint8_t>(value >> (8 * i));
+}
+
+VELTRA_ALWAYS_INLINE uint32_t loadLittle32(const uint8_t* from) {
+  uint32_t value = 0;
+  for (int i = 0; i < 4; ++i) value |= static_cast<uint32_t>(from[i]) << (8 * i);
+  return value;
+}
+
+}  // namespace Marshal

@@ -1,0 +1,222 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdarg>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include <libcrossplatform/logging/Assert.h>
+#include <libcrossplatform/logging/Logger.h>
+#include <libcrossplatform/serialization/ByteStreamBuilder.h>
+#include <libcrossplatform/serialization/ByteStreamCounter.h>
+#include <libcrossplatform/serialization/ByteStreamReader.h>
+#include <libcrossplatform/serialization/SimpleFormatter.h>
+
+/// What the tests of all records share: bytes in and out, golden files, captured reports.
+namespace RecordTesting {
+
+using Bytes = std::vector<uint8_t>;
+
+/// A caller's own stream: the pure operations alone, no window, no position. What it writes must be what the library's
+/// builder writes.
+class PlainWriter final : public Marshal::IObjectWriter {
+ public:
+  Bytes bytes;
+
+  unsigned writeBool(bool v) override { return put(v); }
+  unsigned writeUInt8(uint8_t v) override { return put(v); }
+  unsigned writeInt8(int8_t v) override { return put(v); }
+  unsigned writeUInt16(uint16_t v) override { return put(v); }
+  unsigned writeInt16(int16_t v) override { return put(v); }
+  unsigned writeUInt32(uint32_t v) override { return put(v); }
+  unsigned writeInt32(int32_t v) override { return put(v); }
+  unsigned writeInt64(int64_t v) override { return put(v); }
+  unsigned writeFloat(float v) override { return put(v); }
+  unsigned writeBytes(const uint8_t* data, uint32_t size) override {
+    bytes.insert(bytes.end(), data, data + size);
+    return size;
+  }
+  unsigned writeString(const std::string& v) override {
+    put(static_cast<uint32_t>(v.size()));
+    return writeBytes(reinterpret_cast<const uint8_t*>(v.data()), static_cast<uint32_t>(v.size()));
+  }
+
+ private:
+  template <class T>
+  unsigned put(T value) {
+    const std::size_t at = bytes.size();
+    bytes.resize(at + sizeof(T));
+    Marshal::storeBig(&bytes[at], value);
+    return sizeof(T);
+  }
+};
+
+/// The counterpart for reading; forwards to a ByteStreamReader but offers neither window nor position.
+class PlainReader final : public Marshal::IObjectReader {
+ public:
+  explicit PlainReader(const Bytes& bytes) : _in(bytes.data(), static_cast<uint32_t>(bytes.size())) {}
+  uint32_t consumed() const { return _in.position(); }
+
+  bool readBool(bool& v) override { return _in.readBool(v); }
+  bool readUInt8(uint8_t& v) override { return _in.readUInt8(v); }
+  bool readInt8(int8_t& v) override { return _in.readInt8(v); }
+  bool readUInt16(uint16_t& v) override { return _in.readUInt16(v); }
+  bool readInt16(int16_t& v) override { return _in.readInt16(v); }
+  bool readUInt32(uint32_t& v) override { return _in.readUInt32(v); }
+  bool readInt32(int32_t& v) override { return _in.readInt32(v); }
+  bool readInt64(int64_t& v) override { return _in.readInt64(v); }
+  bool readFloat(float& v) override { return _in.readFloat(v); }
+  bool readBytes(uint8_t* data, uint32_t size) override { return _in.readBytes(data, size); }
+  bool readString(std::string& v) override { return _in.readString(v); }
+  Marshal::StreamOpStatus status() const override { return _in.status(); }
+
+ private:
+  Marshal::ByteStreamReader _in;
+};
+
+template <class Record>
+Bytes bytesOf(Record& record) {
+  Marshal::ByteStreamBuilder out(0);
+  record.serialize(out);
+  return Bytes(out.data(), out.data() + out.size());
+}
+
+/// Reads a record from bytes; the code of deserialize(). No bytes at all read as -3, as an ended stream does.
+template <class Record>
+Marshal::StreamOpStatus readFrom(Record& record, const Bytes& bytes) {
+  const uint8_t nothing = 0;
+  Marshal::ByteStreamReader in(bytes.empty() ? &nothing : bytes.data(),
+                               bytes.empty() ? 1 : static_cast<uint32_t>(bytes.size()));
+  if (bytes.empty()) in.seek(0, Marshal::STREAM_FROM_END);
+  return record.deserialize(in);
+}
+
+/// Write, read, write: the same bytes, nothing left over; through every kind of stream.
+template <class Record>
+void expectRoundTrip(Record& record) {
+  const Bytes bytes = bytesOf(record);
+  Marshal::ByteStreamCounter counter;
+  record.serialize(counter);
+  EXPECT_EQ(counter.size(), bytes.size()) << "counted size";
+  PlainWriter plain;
+  record.serialize(plain);
+  EXPECT_EQ(plain.bytes, bytes) << "a stream without a window";
+
+  Record again;
+  Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
+  ASSERT_EQ(again.deserialize(in), 0);
+  EXPECT_EQ(in.position(), bytes.size()) << "bytes left over";
+  EXPECT_EQ(bytesOf(again), bytes);
+
+  Record third;
+  PlainReader plainIn(bytes);
+  ASSERT_EQ(third.deserialize(plainIn), 0);
+  EXPECT_EQ(plainIn.consumed(), bytes.size());
+  EXPECT_EQ(bytesOf(third), bytes);
+}
+
+/// Cut after byte 0 to n-1: a negative code, on every kind of stream. The cut bytes stand alone on the heap, so that
+/// the sanitizer sees a read behind them.
+template <class Record>
+void expectEveryPrefixRefused(Record& record) {
+  const Bytes whole = bytesOf(record);
+  for (std::size_t n = 0; n < whole.size(); ++n) {
+    SCOPED_TRACE("cut after byte " + std::to_string(n));
+    const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(n));
+    Record target;
+    EXPECT_LT(readFrom(target, cut), 0);
+    if (cut.empty()) continue;
+    Record plainTarget;
+    PlainReader plain(cut);
+    EXPECT_LT(plainTarget.deserialize(plain), 0);
+  }
+}
+
+inline std::string dataPath(const std::string& name) {
+  return std::string(VELTRA_SOURCE_DIR "/tests/data/") + name;
+}
+
+inline Bytes fileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  EXPECT_TRUE(in.good()) << "cannot read " << path;
+  return Bytes(std::istreambuf_iterator<char>(in), {});
+}
+
+inline void writeFile(const std::string& path, const Bytes& bytes) {
+  std::ofstream out(path, std::ios::binary);
+  out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  ASSERT_TRUE(out.good()) << "cannot write " << path;
+}
+
+/// The bytes are those of tests/data/good/<name>.bin. UPDATE_GOLDEN=1 in the environment rewrites the file instead: a
+/// change of a golden file is a change of the format.
+inline void expectGoldenBytes(const Bytes& bytes, const std::string& name) {
+  const std::string path = dataPath("good/" + name + ".bin");
+  if (std::getenv("UPDATE_GOLDEN") != nullptr) writeFile(path, bytes);
+  EXPECT_EQ(bytes, fileBytes(path)) << path;
+}
+
+template <class Record>
+void expectGolden(Record& record, const std::string& name) {
+  expectGoldenBytes(bytesOf(record), name);
+}
+
+/// The text a record dumps.
+template <class Record>
+std::string dumpOf(const Record& record, int level = 2) {
+  std::ostringstream out;
+  Dump::SimpleFormatter formatter(out);
+  Dump::DumpFlags flags;
+  flags.level = level;
+  record.dump(formatter, flags);
+  return out.str();
+}
+
+inline Dump::DumpFlags level(int n) {
+  Dump::DumpFlags flags;
+  flags.level = n;
+  return flags;
+}
+
+/// Collects failed assertions as "expression|file|line" while it lives.
+class CapturedAsserts {
+ public:
+  CapturedAsserts() : _previous(Veltra::setAssertHandler(collect)) { reports().clear(); }
+  ~CapturedAsserts() { Veltra::setAssertHandler(_previous); }
+  static std::vector<std::string>& reports() {
+    static std::vector<std::string> list;
+    return list;
+  }
+
+ private:
+  static void collect(const char* expression, const char* file, int line) {
+    reports().push_back(std::string(expression) + "|" + file + "|" + std::to_string(line));
+  }
+  Veltra::AssertHandler _previous;
+};
+
+/// Collects log lines as "facility|severity|text" while it lives.
+class CapturedLog {
+ public:
+  CapturedLog() : _previous(Veltra::Logger::setSink(collect)) { lines().clear(); }
+  ~CapturedLog() { Veltra::Logger::setSink(_previous); }
+  static std::vector<std::string>& lines() {
+    static std::vector<std::string> list;
+    return list;
+  }
+
+ private:
+  static void collect(Veltra::Logger::Facility facility, Veltra::Logger::Severity severity, const char* format,
+                      va_list args) {
+    char text[512];
+    std::vsnprintf(text, sizeof text, format, args);
+    lines().push_back(std::to_string(facility) + "|" + std::to_string(severity) + "|" + text);
+  }
+  Veltra::Logger::Sink _previous;
+};
+
+}  // namespace RecordTesting
