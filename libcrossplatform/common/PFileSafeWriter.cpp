@@ -4,18 +4,35 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
+#include <random>
 
 namespace PFile {
 namespace {
 
-constexpr mode_t ORDINARY_MODE = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
-
-/// The mode the replaced file had, so that saving does not change who may read it.
-mode_t modeOf(const std::string& path) {
-  struct stat info {};
-  return stat(path.c_str(), &info) == 0 ? info.st_mode & 07777 : ORDINARY_MODE;
+/// Creates an empty file beside `path` that no other saving uses, with the mode the replaced file had, so that saving
+/// does not change who may read it.
+bool createTemporary(const std::string& path, std::string& temporary) {
+  constexpr int MOST_TRIES = 100;
+  struct stat replaced {};
+  const bool replaces = stat(path.c_str(), &replaced) == 0;
+  std::random_device random("default");
+  for (int i = 0; i < MOST_TRIES; ++i) {
+    char ending[16];
+    std::snprintf(ending, sizeof ending, ".%08x", static_cast<unsigned>(random()));
+    temporary = path + ending;
+    const int descriptor = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (descriptor >= 0) {
+      const bool ok = !replaces || fchmod(descriptor, replaced.st_mode & 07777) == 0;
+      ::close(descriptor);
+      if (ok) return true;
+      unlink(temporary.c_str());
+      return false;
+    }
+    if (errno != EEXIST) return false;
+  }
+  return false;
 }
 
 int syncDirectoryOf(const std::string& path) {
@@ -38,11 +55,8 @@ SafeFileWriter::~SafeFileWriter() {
 
 int SafeFileWriter::open(char const* path) {
   if (path == nullptr || !_temporary.empty()) return PFILE_FAILED;
-  std::string temporary = std::string(path) + ".XXXXXX";
-  const int descriptor = mkstemp(&temporary[0]);
-  if (descriptor < 0) return PFILE_FAILED;
-  fchmod(descriptor, modeOf(path));
-  ::close(descriptor);
+  std::string temporary;
+  if (!createTemporary(path, temporary)) return PFILE_FAILED;
   _path = path;
   _temporary = temporary;
   return _writer.open(_temporary.c_str());

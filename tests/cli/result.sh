@@ -1,0 +1,55 @@
+# Pack a result, look at it, and see every kind of refusal.
+printf 'trace data\n%.0s' {1..500} > trace.bin
+printf '\001\002\003' > plot.bin
+cat > result.json <<'JSON'
+{"summary": {"resultName": "A-017 \u001b[31m", "resultType": "COPPER", "timeStamp": "2024-01-31T09:15:00Z",
+             "status": "Pass star", "length": "45.2", "headroom": "<1.30", "testFlags": [1, 4, -2147483648],
+             "numPassTests": 12, "numPassStarTests": 1, "numFailTests": -56},
+ "sections": [{"type": "OTDR_END_1_TEST", "version": 12, "payload": "trace.bin", "compress": true},
+              {"type": 777, "version": 3, "payload": "plot.bin"}]}
+JSON
+t veltra pack result.json -o a.vres
+t veltra pack result.json -o a.vres
+t veltra pack result.json -o a.vres --force --level 9 -f json
+t veltra info a.vres
+t veltra info -f jsonl a.vres
+t veltra list a.vres
+input=a.vres t veltra list -f jsonl -
+t veltra show a.vres
+t veltra -f jsonl show a.vres -s 1
+t veltra show a.vres -s 3
+t veltra show a.vres -s 3 -f json
+t veltra show a.vres -s 4
+
+# What is shown can be packed again, to the same bytes.
+veltra show a.vres -f jsonl | sed -E 's/^.*"record":\{"ResultSummary":(.*)\},"storedSize".*$/{"summary":\1}/' > again.json
+t veltra pack again.json -o again.vres
+t cmp <(veltra show again.vres -f jsonl | sed 's/again.vres//') <(veltra show a.vres -f jsonl | sed 's/a.vres//')
+
+# Descriptions that are refused.
+refuse() { printf '%s' "$1" > bad.json; t veltra pack bad.json -o never.vres; }
+refuse '{'
+refuse '[]'
+refuse '{"sections": []}'
+refuse '{"summary": {"resultNam": "x"}}'
+refuse '{"summary": {"resultName": 7}}'
+refuse '{"summary": {"status": "Passed"}}'
+refuse '{"summary": {"timeStamp": "2024-02-30T00:00:00Z"}}'
+refuse '{"summary": {"length": "45.23456"}}'
+refuse '{"summary": {"length": "45m"}}'
+refuse '{"summary": {"headroom": {"relation": "="}}}'
+refuse '{"summary": {"testFlags": [3]}}'
+refuse '{"summary": {"numFailTests": 200}}'
+refuse '{"summary": {}, "sections": [{"type": "NO_SUCH", "version": 1, "payload": "plot.bin"}]}'
+refuse '{"summary": {}, "sections": [{"type": 1, "version": 1, "payload": "plot.bin"}]}'
+refuse '{"summary": {}, "sections": [{"type": 300, "version": 1}]}'
+refuse '{"summary": {}, "sections": [{"type": 300, "version": 1, "payload": "missing.bin"}]}'
+refuse '{"summary": {}, "sections": [{"type": 300, "version": 70000, "payload": "plot.bin"}]}'
+t ls never.vres
+
+# How it is called.
+t veltra --version
+t veltra frobnicate
+t veltra list -f yaml a.vres
+t veltra info no-such-file a.vres
+t veltra list .

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Inspect {
+
+/// The bytes of one input: a file, or standard input for the path "-". What cannot be read at a position, a pipe, is
+/// taken into memory, up to a limit.
+class ByteSource {
+ public:
+  static constexpr uint64_t PIPE_LIMIT = uint64_t{1} << 30;
+
+  ByteSource() = default;
+  ~ByteSource();
+  ByteSource(const ByteSource&) = delete;
+  ByteSource& operator=(const ByteSource&) = delete;
+
+  /// @return false, with `error` saying what is wrong with which input
+  bool open(const std::string& path, std::string& error);
+  const std::string& name() const { return _name; }  ///< the path, or "standard input"
+  uint64_t size() const { return _size; }
+  /// Reads up to `size` bytes at `offset`. @return how many there were; fewer only at the end or after a read error
+  std::size_t readAt(uint64_t offset, void* to, std::size_t size) const;
+
+ private:
+  bool takeIn(std::string& error);
+
+  std::string _name;
+  int _descriptor = -1;
+  uint64_t _size = 0;
+  bool _inMemory = false;
+  std::vector<uint8_t> _bytes;
+};
+
+/// A whole file as text, for descriptions and lists. @return false, with `error` filled, also beyond `limit` bytes
+bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error);
+
+}  // namespace Inspect

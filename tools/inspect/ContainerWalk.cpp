@@ -1,0 +1,247 @@
+#include <tools/inspect/ContainerWalk.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <memory>
+
+#include <fmt/format.h>
+#include <zlib.h>
+
+#include <libcrossplatform/common/EnumText.h>
+#include <libcrossplatform/serialization/ByteStreamReader.h>
+#include <libcrossplatform/serialization/WireBytes.h>
+
+namespace Inspect {
+namespace {
+
+struct CodeRow {
+  FindingCode code;
+  const char* name;
+  const char* meaning;
+};
+constexpr CodeRow CODES[] = {
+    {E01_NEVER_CLOSED, "E01", "never closed"},
+    {E02_NO_FILE_HEADER, "E02", "no file header"},
+    {E03_HEADER_CRC, "E03", "header CRC differs"},
+    {E04_DATA_CRC, "E04", "data CRC differs"},
+    {E05_TRUNCATED, "E05", "truncated"},
+    {E06_LENGTH_DIFFERS, "E06", "recorded length differs"},
+    {E07_INFLATE_FAILED, "E07", "cannot be uncompressed"},
+    {E08_TOO_BIG, "E08", "over 8 MiB uncompressed"},
+    {E09_RECORD, "E09", "record does not decode"},
+    {E10_SCALE_WITHOUT_TEXT, "E10", "measurement scale without a text"},
+    {W01_NEWER_VERSION, "W01", "newer version"},
+    {W02_UNKNOWN_TYPE, "W02", "unknown section type"},
+    {W03_BYTES_BEHIND_END, "W03", "bytes behind the end"},
+    {W04_NEGATIVE_COUNT, "W04", "negative count"},
+    {W05_WRONG_MAGIC, "W05", "wrong magic"},
+};
+
+const CodeRow& rowOf(FindingCode code) {
+  return CODES[code];
+}
+
+std::string hex(uint32_t value) {
+  return fmt::format("0x{:08x}", value);
+}
+
+uint32_t crcOf(const ByteSource& source, uint64_t offset, uint32_t size) {
+  std::array<uint8_t, 64 * 1024> piece;
+  uLong crc = crc32(0, nullptr, 0);
+  while (size > 0) {
+    const std::size_t got = source.readAt(offset, piece.data(), std::min<std::size_t>(size, piece.size()));
+    if (got == 0) break;
+    crc = crc32(crc, piece.data(), static_cast<uInt>(got));
+    offset += got;
+    size -= static_cast<uint32_t>(got);
+  }
+  return static_cast<uint32_t>(crc);
+}
+
+uint32_t crcOfLittle32(uint32_t value) {
+  uint8_t bytes[4];
+  Marshal::storeLittle32(bytes, value);
+  return PFile::crc32Of(bytes, sizeof bytes);
+}
+
+class Walker {
+ public:
+  Walker(const ByteSource& source, WalkDepth depth) : _source(source), _depth(depth) {
+    _report.name = source.name();
+    _report.size = source.size();
+  }
+
+  ContainerReport run() {
+    uint64_t offset = 0;
+    if (_report.size == 0) add(E02_NO_FILE_HEADER, 0, 0, "20 bytes of file header", "an empty file");
+    while (offset < _report.size) {
+      SectionInfo info;
+      info.number = static_cast<int>(_report.sections.size());
+      info.offset = offset;
+      if (!readHeader(info) || !readData(info)) break;
+      offset = info.payloadOffset() + info.header.dataSize;
+    }
+    compareLength();
+    return std::move(_report);
+  }
+
+ private:
+  void add(FindingCode code, uint64_t offset, std::optional<int> section, std::string wanted, std::string found) {
+    _report.findings.push_back({code, offset, section, std::move(wanted), std::move(found)});
+  }
+
+  bool isAtRecordedEnd(uint64_t offset) const { return _report.recordedLength == offset; }
+
+  bool readHeader(SectionInfo& info) {
+    uint8_t bytes[PFile::Header::BYTES];
+    const std::size_t got = _source.readAt(info.offset, bytes, sizeof bytes);
+    // Behind the recorded end anything may follow; compareLength() tells of it.
+    if (got < sizeof bytes) {
+      if (isAtRecordedEnd(info.offset)) return false;
+      add(info.number == 0 ? E02_NO_FILE_HEADER : E05_TRUNCATED, info.offset, info.number,
+          fmt::format("{} bytes of header", sizeof bytes), fmt::format("{} bytes", got));
+      return false;
+    }
+    Marshal::ByteStreamReader in(bytes, sizeof bytes);
+    info.header.deserialize(in);
+    const uint32_t crc = PFile::crc32Of(bytes, PFile::Header::HDR_CRC_BYTES);
+    if (crc != info.header.hdrCrc) {
+      if (isAtRecordedEnd(info.offset)) return false;
+      const bool isContainer = info.number > 0 || info.header.magic == PFile::Header::MAGIC;
+      add(isContainer ? E03_HEADER_CRC : E02_NO_FILE_HEADER, info.offset, info.number,
+          isContainer ? hex(info.header.hdrCrc) : "the letters PF and a valid header CRC",
+          isContainer ? hex(crc) : fmt::format("0x{:04x}", info.header.magic));
+      return false;
+    }
+    if (info.header.magic != PFile::Header::MAGIC) {
+      add(W05_WRONG_MAGIC, info.offset, info.number, fmt::format("0x{:04x}", PFile::Header::MAGIC),
+          fmt::format("0x{:04x}", info.header.magic));
+    }
+    if (info.number == 0 && info.header.type != PFile::FILE_HEADER_TYPE) {
+      add(E02_NO_FILE_HEADER, info.offset, info.number, "a first section of type 1",
+          fmt::format("type {}", info.header.type));
+    }
+    return true;
+  }
+
+  /// @return false when the walk ends here
+  bool readData(SectionInfo& info) {
+    const PFile::Header& header = info.header;
+    const uint64_t left = _report.size - info.payloadOffset();
+    if (header.dataSize > left) {
+      info.verdict = DataVerdict::CUT;
+      add(E05_TRUNCATED, info.payloadOffset(), info.number, fmt::format("{} bytes of data", header.dataSize),
+          fmt::format("{} bytes", left));
+      _report.sections.push_back(info);
+      return false;
+    }
+    uint8_t word[4] = {};
+    const bool hasWord = header.dataSize >= 4 && _source.readAt(info.payloadOffset(), word, 4) == 4;
+    if (hasWord && (header.flags & PFile::SECTION_FLAG_COMPRESS) != 0) {
+      info.originalSize = Marshal::loadLittle32(word);
+    }
+    if (info.number == 0 && header.type == PFile::FILE_HEADER_TYPE && header.dataSize == 4) {
+      checkFileHeader(info, Marshal::loadLittle32(word));
+    } else if (_depth == WalkDepth::HEADERS_AND_CRCS) {
+      checkData(info);
+    }
+    _report.sections.push_back(info);
+    return true;
+  }
+
+  void checkData(SectionInfo& info) {
+    const PFile::Header& header = info.header;
+    const uint32_t crc = crcOf(_source, info.payloadOffset(), header.dataSize);
+    info.verdict = DataVerdict::WRONG;
+    if (header.dataSize == 0) {  // the readers refuse a section without bytes, whatever its CRC
+      add(E04_DATA_CRC, info.payloadOffset(), info.number, "data of at least one byte", "none");
+    } else if (crc != header.dataCrc) {
+      add(E04_DATA_CRC, info.payloadOffset(), info.number, hex(header.dataCrc), hex(crc));
+    } else {
+      info.verdict = DataVerdict::OK;
+    }
+  }
+
+  /// A writer leaves the CRC of the total before its own header until it closes: that is how an unclosed file is known.
+  void checkFileHeader(SectionInfo& info, uint32_t total) {
+    if (info.header.dataCrc != crcOfLittle32(total - PFile::Header::BYTES)) {
+      checkData(info);
+      if (info.verdict == DataVerdict::OK) _report.recordedLength = total;
+      return;
+    }
+    info.verdict = DataVerdict::WRONG;
+    add(E01_NEVER_CLOSED, info.offset, info.number, "the total length of a closed file",
+        fmt::format("{}, which a writer leaves until it closes", total));
+  }
+
+  void compareLength() {
+    if (!_report.recordedLength || *_report.recordedLength == _report.size) return;
+    const bool isLonger = *_report.recordedLength > _report.size;
+    add(isLonger ? E06_LENGTH_DIFFERS : W03_BYTES_BEHIND_END, isLonger ? _report.size : *_report.recordedLength,
+        std::nullopt, fmt::format("{} bytes, as recorded", *_report.recordedLength),
+        fmt::format("{} bytes", _report.size));
+  }
+
+  const ByteSource& _source;
+  WalkDepth _depth;
+  ContainerReport _report;
+};
+
+}  // namespace
+
+const char* toString(FindingCode code) {
+  return rowOf(code).name;
+}
+
+const char* meaningOf(FindingCode code) {
+  return rowOf(code).meaning;
+}
+
+bool ContainerReport::damaged() const {
+  return std::any_of(findings.begin(), findings.end(), [](const Finding& f) { return isDamage(f.code); });
+}
+
+const SectionInfo* ContainerReport::first() const {
+  return sections.size() > 1 ? &sections[1] : nullptr;
+}
+
+ContainerReport walk(const ByteSource& source, WalkDepth depth) {
+  return Walker(source, depth).run();
+}
+
+bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<uint8_t>& bytes, std::string& error) {
+  const PFile::Header& header = info.header;
+  if (header.dataSize > source.size() - info.payloadOffset()) {
+    error =
+        fmt::format("section {}: {} bytes of data are recorded, the file ends before", info.number, header.dataSize);
+    return false;
+  }
+  std::unique_ptr<unsigned char[]> stored(new unsigned char[header.dataSize]);
+  const std::size_t got = source.readAt(info.payloadOffset(), stored.get(), header.dataSize);
+  PFile::Section section;
+  section.header = header;
+  section.payload.set(static_cast<uint32_t>(got), stored.release(), true);
+  if (got != header.dataSize || !section.verifyDataCrc()) {
+    error = fmt::format("section {}: {}", info.number, meaningOf(E04_DATA_CRC));
+    return false;
+  }
+  if (section.compressable()) {
+    section.compressed = true;
+    if (section.uncompressData() != PFile::PFILE_OK) {
+      const bool tooBig = info.originalSize > PFile::Section::MAX_UNCOMPRESSED;
+      error = fmt::format("section {}: {}", info.number, meaningOf(tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED));
+      return false;
+    }
+  }
+  bytes.assign(section.payload.data(), section.payload.data() + section.payload.size());
+  return true;
+}
+
+std::string typeName(uint16_t type) {
+  if (type == PFile::FILE_HEADER_TYPE) return "FILE_HEADER";
+  const char* const name = PFile::sectionIdToString(type);
+  return name != nullptr ? name : std::to_string(type);
+}
+
+}  // namespace Inspect

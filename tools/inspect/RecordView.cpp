@@ -1,0 +1,144 @@
+#include <tools/inspect/RecordView.h>
+
+#include <cmath>
+#include <cstdio>
+
+#include <fmt/format.h>
+
+#include <libcrossplatform/common/TextUtil.h>
+#include <libcrossplatform/common/TimeUtil.h>
+#include <libcrossplatform/serialization/ByteStreamReader.h>
+#include <libcrossplatform/serialization/Header.h>
+
+namespace Inspect {
+namespace {
+
+using Veltra::DisplayMeas;
+using Veltra::ResultSummary;
+using Veltra::ScaledInt;
+
+const char* relationOf(Veltra::DisplayType type) {
+  switch (type) {
+    case Veltra::DISPLAY_TYPE_VALUE:
+      return "=";
+    case Veltra::DISPLAY_TYPE_GREATER_THAN:
+      return ">";
+    case Veltra::DISPLAY_TYPE_LESS_THAN:
+      return "<";
+    case Veltra::DISPLAY_TYPE_NOT_APPLICABLE:
+      return "none";
+    default:
+      return "n/a";
+  }
+}
+
+/// The number nearest to what the decimal text says: the library's own conversions go through single precision.
+Json::Value numberOf(const ScaledInt& value) {
+  const double raw = value.getRaw();
+  const int scale = value.getScaledTo();
+  return scale < 0 ? raw * std::pow(10.0, -scale) : raw / std::pow(10.0, scale);
+}
+
+Json::Value summaryRecord(Marshal::IObjectReader& in, int& status) {
+  ResultSummary summary;
+  status = summary.deserialize(in);
+  return summaryJson(summary);
+}
+
+Json::Value summaryListRecord(Marshal::IObjectReader& in, int& status) {
+  Veltra::ResultSummaryList list;
+  status = list.deserialize(in);
+  Json::Value json(Json::objectValue);
+  Json::Value& object = json[Veltra::ResultSummaryList::JSON_ROOT_NAME];
+  object["size"] = static_cast<unsigned>(list.size());
+  object["items"] = Json::Value(Json::arrayValue);
+  for (const auto& summary : list) object["items"].append(summaryJson(*summary));
+  return json;
+}
+
+/// The records told by their serial type id.
+struct Decoder {
+  uint32_t id;
+  const char* name;
+  Json::Value (*decode)(Marshal::IObjectReader& in, int& status);
+};
+constexpr Decoder DECODERS[] = {
+    {ResultSummary::SERIAL_TYPE_ID, ResultSummary::JSON_ROOT_NAME, summaryRecord},
+    {Veltra::ResultSummaryList::SERIAL_TYPE_ID, Veltra::ResultSummaryList::JSON_ROOT_NAME, summaryListRecord},
+};
+
+}  // namespace
+
+std::string isoUtc(time_t time) {
+  const std::string text = Veltra::isoTime(time);
+  return text.empty() ? text : text + "Z";
+}
+
+bool fromIsoUtc(const std::string& text, time_t& time) {
+  int64_t seconds = 0;
+  if (Veltra::strToInt64(seconds, text.c_str(), 10)) {
+    time = static_cast<time_t>(seconds);
+    return true;
+  }
+  std::tm parts{};
+  int end = 0;
+  if (std::sscanf(text.c_str(), "%4d-%2d-%2dT%2d:%2d:%2dZ%n", &parts.tm_year, &parts.tm_mon, &parts.tm_mday,
+                  &parts.tm_hour, &parts.tm_min, &parts.tm_sec, &end) != 6 ||
+      static_cast<std::size_t>(end) != text.size()) {
+    return false;
+  }
+  parts.tm_year -= 1900;
+  parts.tm_mon -= 1;
+  const time_t read = timegm(&parts);
+  // timegm() takes the 31st of April for the 1st of May: what does not print back was no date.
+  if (isoUtc(read) != text) return false;
+  time = read;
+  return true;
+}
+
+Json::Value measurementJson(const DisplayMeas& measurement) {
+  Json::Value json(Json::objectValue);
+  const char* const relation = relationOf(measurement.type);
+  const bool printable = measurement.value.hasPrintableScale();
+  const bool hasNumber = measurement.type >= Veltra::DISPLAY_TYPE_VALUE &&
+                         measurement.type <= Veltra::DISPLAY_TYPE_LESS_THAN && measurement.value.isFinite() &&
+                         printable;
+  json["relation"] = relation;
+  json["value"] = hasNumber ? numberOf(measurement.value) : Json::Value();
+  json["text"] = printable ? Json::Value(measurement.toString()) : Json::Value();
+  return json;
+}
+
+std::string measurementText(const DisplayMeas& measurement) {
+  return measurement.value.hasPrintableScale() ? measurement.toString() : "-";
+}
+
+Json::Value summaryJson(const ResultSummary& summary) {
+  // The library's JSON without the texts it may not be able to print; they are put in below.
+  ResultSummary rest = summary;
+  rest.length.clear();
+  rest.headroom.clear();
+  Json::Value json = rest.toJson(Dump::DumpFlags());
+  Json::Value& object = json[ResultSummary::JSON_ROOT_NAME];
+  object["timeStamp"] = isoUtc(static_cast<time_t>(summary.timeStamp));
+  object["length"] = measurementJson(summary.length);
+  object["headroom"] = measurementJson(summary.headroom);
+  return json;
+}
+
+DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes) {
+  DecodedRecord record;
+  if (bytes.empty()) return record;
+  Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
+  uint32_t id = 0;
+  if (Marshal::peekHeaderSerialTypeID(in, id) != Marshal::STREAM_OK) return record;
+  for (const Decoder& decoder : DECODERS) {
+    if (decoder.id != id) continue;
+    record.name = decoder.name;
+    record.json = decoder.decode(in, record.status);
+    record.outcome = record.status == Marshal::STREAM_OK ? DecodedRecord::DECODED : DecodedRecord::DAMAGED;
+  }
+  return record;
+}
+
+}  // namespace Inspect

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+
+#include <libcrossplatform/common/DisplayMeas.h>
+#include <libcrossplatform/common/ResultSummary.h>
+
+namespace Inspect {
+
+/// A time as ISO 8601, UTC: 2024-01-31T09:15:00Z; empty for a time that cannot be written.
+std::string isoUtc(time_t time);
+/// Reads the form isoUtc() writes, or whole seconds since 1970.
+bool fromIsoUtc(const std::string& text, time_t& time);
+
+/// {"value": 12.5, "relation": "=", "text": "12.5"}; relation one of "=", ">", "<", "n/a", "none"; value null where
+/// there is no number. A scale without a text gives null for both value and text, where the library would stop.
+Json::Value measurementJson(const Veltra::DisplayMeas& measurement);
+/// The measurement's text for people: "-" for a scale without a text.
+std::string measurementText(const Veltra::DisplayMeas& measurement);
+
+/// A summary as the commands show it: its full JSON with times as ISO 8601 and measurements as objects.
+Json::Value summaryJson(const Veltra::ResultSummary& summary);
+
+/// What decoding a payload gave.
+struct DecodedRecord {
+  enum Outcome {
+    NO_RECORD,  ///< no known record begins here
+    DECODED,
+    DAMAGED,  ///< a known record, which did not decode
+  };
+  Outcome outcome = NO_RECORD;
+  std::string name;  ///< of its class
+  Json::Value json;
+  int status = 0;  ///< code of deserialize(), when damaged
+};
+
+/// Decodes the headed record a payload begins with, told by its serial type id. Never stops the program.
+DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes);
+
+}  // namespace Inspect

@@ -1,0 +1,61 @@
+#include <bitset>
+#include <memory>
+
+#include <fmt/format.h>
+
+#include <tools/inspect/FileSummary.h>
+
+#include "Commands.h"
+
+namespace Command {
+namespace {
+
+void line(const char* name, const std::string& value) {
+  fmt::print("  {:<9} {}\n", name, printable(value));
+}
+
+void printScreen(const Inspect::FileSummary& file) {
+  const Inspect::ContainerReport& report = file.report;
+  fmt::print("{}: {}\n", printable(report.name), file.kind);
+  if (file.hasSummary) {
+    const Veltra::ResultSummary& s = file.summary;
+    line("Result", fmt::format("{} ({})", s.getResultName(), toString(s.resultType)));
+    line("Verdict", toString(s.status));
+    line("Length", Inspect::measurementText(s.length));
+    line("Headroom", Inspect::measurementText(s.headroom));
+    line("Time", Inspect::isoUtc(static_cast<time_t>(s.timeStamp)));
+    line("Tests",
+         fmt::format("{} contained; {} passed, {} passed with a star, {} failed", std::bitset<32>(s.testFlags).count(),
+                     s.numPassTests, s.numPassStarTests, s.numFailTests));
+  }
+  uint64_t stored = 0, original = 0;
+  for (const Inspect::SectionInfo& section : report.sections) {
+    stored += section.header.dataSize;
+    original += section.originalSize.value_or(section.header.dataSize);
+  }
+  line("Sections", fmt::format("{}, {} bytes of data, {} uncompressed", report.sections.size(), stored, original));
+  line("Size", report.recordedLength && *report.recordedLength != report.size
+                   ? fmt::format("{} bytes, {} recorded", report.size, *report.recordedLength)
+                   : fmt::format("{} bytes", report.size));
+  line("State", report.damaged() ? "damaged" : "intact");
+}
+
+int info(const std::vector<std::string>& files, const Options& options) {
+  return answerForFiles(files, options, [&options](const Inspect::ByteSource& source) {
+    const Inspect::FileSummary file = Inspect::summarize(source);
+    if (options.format == FORMAT_TABLE) printScreen(file);
+    const Json::Value json = toJson(file);
+    return FileAnswer{json, {json}, file.report.findings};
+  });
+}
+
+}  // namespace
+
+void addInfo(CLI::App& app, const Options& options, Run& run) {
+  CLI::App* const command = app.add_subcommand("info", "What a file is: result, verdict, measurements, sizes");
+  const auto files = std::make_shared<std::vector<std::string>>();
+  command->add_option("files", *files, "files to look at; - reads standard input")->required()->type_name("FILE...");
+  command->callback([files, &options, &run] { run = [files, &options] { return info(*files, options); }; });
+}
+
+}  // namespace Command

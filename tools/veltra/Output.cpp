@@ -1,0 +1,142 @@
+#include "Output.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <sstream>
+
+#include <fmt/format.h>
+#include <json/writer.h>
+#include <libsmartcols/libsmartcols.h>
+
+namespace Command {
+namespace {
+
+constexpr int JSON_SCHEMA = 1;
+constexpr int NUMBER_DIGITS = 10;  // what a measurement of 32 bits has
+
+std::string jsonText(const Json::Value& value, const char* indentation) {
+  Json::StreamWriterBuilder builder;
+  builder["indentation"] = indentation;
+  builder["precision"] = NUMBER_DIGITS;
+  builder["emitUTF8"] = false;  // names may hold any bytes; JSON may not
+  return Json::writeString(builder, value);
+}
+
+/// Length of the UTF-8 sequence at `at`, 0 when there is none that may be shown.
+std::size_t sequenceLength(const std::string& text, std::size_t at) {
+  const auto byte = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned char lead = byte(at);
+  if (lead < 0x80) return lead >= 0x20 && lead != 0x7F ? 1 : 0;
+  const std::size_t length = lead >= 0xF0 && lead < 0xF5 ? 4 : lead >= 0xE0 && lead < 0xF0 ? 3 : lead >= 0xC2 ? 2 : 0;
+  if (length == 0 || lead >= 0xF5 || length > text.size() - at) return 0;
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((byte(at + i) & 0xC0) != 0x80) return 0;
+  }
+  const bool isControl = lead == 0xC2 && byte(at + 1) < 0xA0;
+  const bool isOverlong = (lead == 0xE0 && byte(at + 1) < 0xA0) || (lead == 0xF0 && byte(at + 1) < 0x90);
+  const bool isSurrogate = lead == 0xED && byte(at + 1) >= 0xA0;
+  return isControl || isOverlong || isSurrogate ? 0 : length;
+}
+
+bool isMeasurement(const Json::Value& value) {
+  return value.isObject() && value.isMember("relation");
+}
+
+std::string scalarText(const Json::Value& value) {
+  if (isMeasurement(value)) return value["text"].isString() ? value["text"].asString() : "-";
+  if (value.isNull()) return "-";
+  if (value.isString()) return printable(value.asString());
+  return jsonText(value, "");
+}
+
+void printIndented(const std::string& name, const Json::Value& value, int depth) {
+  const std::string indent(static_cast<std::size_t>(2 * depth), ' ');
+  const bool isScalar = isMeasurement(value) || !(value.isObject() || value.isArray());
+  const bool isFlat = value.isArray() && std::none_of(value.begin(), value.end(),
+                                                      [](const Json::Value& v) { return v.isObject() || v.isArray(); });
+  if (isScalar || isFlat) {
+    std::string text;
+    if (isScalar) {
+      text = scalarText(value);
+    } else {
+      for (const Json::Value& element : value) text += (text.empty() ? "" : ", ") + scalarText(element);
+    }
+    fmt::print("{}{}: {}\n", indent, name, text);
+    return;
+  }
+  fmt::print("{}{}\n", indent, name);
+  if (value.isObject()) {
+    for (const std::string& key : value.getMemberNames()) printIndented(printable(key), value[key], depth + 1);
+  } else {
+    for (Json::ArrayIndex i = 0; i < value.size(); ++i) printIndented(fmt::format("[{}]", i), value[i], depth + 1);
+  }
+}
+
+}  // namespace
+
+int worse(int a, int b) {
+  constexpr int ORDER[] = {EXIT_COULD_NOT, EXIT_NO, EXIT_DONE};
+  for (const int code : ORDER) {
+    if (a == code || b == code) return code;
+  }
+  return a;
+}
+
+std::string printable(const std::string& text) {
+  std::string shown;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t length = sequenceLength(text, at);
+    if (length == 0) {
+      shown += fmt::format("\\x{:02x}", static_cast<unsigned char>(text[at++]));
+    } else {
+      shown.append(text, at, length);
+      at += length;
+    }
+  }
+  return shown;
+}
+
+void printJson(Json::Value document) {
+  document["schema"] = JSON_SCHEMA;
+  fmt::print("{}\n", jsonText(document, "  "));
+}
+
+void printJsonLine(const Json::Value& value) {
+  fmt::print("{}\n", jsonText(value, ""));
+}
+
+void printAsText(const Json::Value& value) {
+  for (const std::string& key : value.getMemberNames()) printIndented(printable(key), value[key], 0);
+}
+
+void Table::print() const {
+  const std::unique_ptr<libscols_table, void (*)(libscols_table*)> table(scols_new_table(), scols_unref_table);
+  if (table == nullptr) return complain("out of memory");
+  for (const Column& column : _columns) {
+    scols_table_new_column(table.get(), column.name, 0, column.right ? SCOLS_FL_RIGHT : 0);
+  }
+  for (const std::vector<std::string>& row : _rows) {
+    libscols_line* const line = scols_table_new_line(table.get(), nullptr);
+    for (std::size_t i = 0; i < row.size(); ++i) scols_line_set_data(line, i, printable(row[i]).c_str());
+  }
+  scols_print_table(table.get());
+}
+
+void printHexDump(const std::vector<uint8_t>& bytes) {
+  constexpr std::size_t WIDTH = 16;
+  for (std::size_t at = 0; at < bytes.size(); at += WIDTH) {
+    std::string codes, characters;
+    for (std::size_t i = at; i < std::min(at + WIDTH, bytes.size()); ++i) {
+      codes += fmt::format("{:02x}{}", bytes[i], i - at == WIDTH / 2 - 1 ? "  " : " ");
+      characters += bytes[i] >= 0x20 && bytes[i] < 0x7F ? static_cast<char>(bytes[i]) : '.';
+    }
+    fmt::print("{:08x}  {:<50}{}\n", at, codes, characters);
+  }
+}
+
+void complain(const std::string& text) {
+  fmt::print(stderr, "veltra: {}\n", printable(text));
+}
+
+}  // namespace Command
