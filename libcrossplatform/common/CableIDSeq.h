@@ -1,0 +1,87 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <libcrossplatform/common/CIDNumber.h>
+#include <libcrossplatform/common/CIDPattern.h>
+#include <libcrossplatform/logging/Export.h>
+
+/// Hands out the cable IDs of one set, first ID .. last ID, in order, and remembers which are taken.
+///
+/// An ID the user picks by hand, with pruneID or updateNextID, moves the sequence: it goes on behind that ID and starts
+/// again at the lowest free one when it has passed the last. What an ID is and which IDs a set has: CIDPattern.
+///
+/// To store a sequence keep its first ID, its last ID and the taken IDs in the order they were taken; verifyIDSet and
+/// one pruneID for each rebuild it.
+///
+/// A value: default-constructed cleared, moved from cleared. A set of n IDs costs two lists of n + 1 16-bit elements,
+/// 128 KiB at most, and taking an ID costs time proportional to n. Nothing but a failed allocation throws.
+class VELTRA_EXPORT CableIDSeq {
+ public:
+  CableIDSeq() = default;
+  CableIDSeq(const CableIDSeq& other) = default;
+  CableIDSeq(CableIDSeq&& other) noexcept { swap(other); }
+  CableIDSeq& operator=(CableIDSeq other) noexcept {
+    swap(other);
+    return *this;
+  }
+  void swap(CableIDSeq& other) noexcept;
+
+  /// Leaves empty IDs and a set of none.
+  void clear();
+
+  /// Starts a set, with every ID free and the first one next. A pair without letters and digits is a set of no IDs.
+  /// @return false, with the sequence cleared, when the pair makes no set: `first` has more than
+  ///         CIDPattern::MAX_CHARACTERS characters, or CIDPattern::setEnding refuses `last`
+  bool verifyIDSet(const std::string& first, const std::string& last);
+
+  /// Where among the free IDs the next one stands; 0 when none is left.
+  int getNextOrd() const;
+
+  /// The i-th free ID, counted from 0 at the lowest; empty when there are not that many.
+  std::string operator[](int i) const;
+
+  /// The free ID that follows `id`, which must be free and not the last free one. The last free ID has no successor:
+  /// for it the answer is empty while nothing has been taken, later the ID that was the last free one before the
+  /// latest ID was taken.
+  /// @return empty also when no ID is left, or `id` is taken or not in the set
+  std::string calcID(const std::string& id) const;
+
+  /// Makes a free ID the next one.
+  /// @return false, with nothing changed, when `id` is taken or not in the set
+  bool updateNextID(const std::string& id);
+
+  /// Takes an ID. The free ID behind it becomes the next one, or the lowest free one if it was the last.
+  /// @return false, with nothing changed, when `id` is taken or not in the set
+  bool pruneID(const std::string& id);
+
+  /// Takes the next ID as pruneID does.
+  /// @return the ID taken; empty when none is left
+  std::string takeNextID();
+
+  const std::string& getFirstID() const { return firstID_; }
+  const std::string& getLastID() const { return lastID_; }
+  uint32_t getTotal() const { return total_; }  ///< how many IDs the set has
+  uint32_t getUsed() const { return used_; }    ///< how many of them are taken
+
+  /// Whether first ID, last ID and taken IDs are the same. The next IDs and the order of taking may differ.
+  bool operator==(const CableIDSeq& other) const;
+  bool operator!=(const CableIDSeq& other) const { return !(*this == other); }
+
+ private:
+  bool ordinalOf(const std::string& id, uint32_t& ordinal) const;
+  std::string idAt(uint32_t ordinal) const;
+  void take(uint32_t ordinal);
+
+  std::string firstID_;
+  std::string lastID_;
+  CIDPattern pattern_;
+  CIDNumber next_;
+  uint32_t total_ = 0;
+  uint32_t used_ = 0;
+  // Each has total_ + 1 elements, the last of them 32767. For every free ordinal o: freeList_[positionMap_[o]] == o.
+  std::vector<uint16_t> freeList_;     // the free ordinals, ascending; only the first total_ - used_ are valid
+  std::vector<uint16_t> positionMap_;  // by ordinal: its index in freeList_, or 32767 when taken
+};

@@ -1,0 +1,340 @@
+#include <libcrossplatform/common/CIDNumber.h>
+#include <libcrossplatform/common/CIDPattern.h>
+#include <libcrossplatform/common/CableIDSeq.h>
+
+#include <algorithm>
+#include <array>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace std::string_literals;
+using Strings = std::vector<std::string>;
+
+std::string repeated(int n, const std::string& text) {
+  std::string result;
+  while (n-- > 0) result += text;
+  return result;
+}
+
+Strings takeAll(CableIDSeq& sequence) {
+  Strings ids;
+  for (std::string id = sequence.takeNextID(); !id.empty(); id = sequence.takeNextID()) ids.push_back(id);
+  return ids;
+}
+
+CableIDSeq sequenceOf(const std::string& first, const std::string& last, const Strings& taken = {}) {
+  CableIDSeq sequence;
+  EXPECT_TRUE(sequence.verifyIDSet(first, last));
+  for (const std::string& id : taken) EXPECT_TRUE(sequence.pruneID(id)) << id;
+  return sequence;
+}
+
+/// A random set, spelled out position by position: all its IDs in order, without the classes under test.
+Strings randomSet(std::mt19937& random, size_t limit) {
+  const auto pick = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
+  const Strings literals = {"-", " ", "\u00e9", "\0"s, "\xff", "/"};
+  enum { LITERAL, LOWER, UPPER, FIELD };
+  Strings ids;
+  while (ids.size() < 2 || ids.size() > limit) {
+    ids = {""};
+    int kind = LITERAL;
+    for (int parts = 1 + pick(6); parts > 0; --parts) {
+      kind = pick(kind == FIELD ? FIELD : FIELD + 1);  // two fields in a row would be one
+      const int end = kind == FIELD ? std::array<int, 4>{10, 100, 1000, 10000}[random() % 4] : 26;
+      const int from = pick(end);
+      const int to = kind == LITERAL ? from : from + pick(std::min(kind == FIELD ? 12 : 4, end - from));
+      Strings longer;
+      for (const std::string& id : ids) {
+        for (int i = from; i <= to; ++i) {
+          longer.push_back(id + (kind == LITERAL ? literals[static_cast<size_t>(i) % literals.size()]
+                                 : kind == FIELD ? std::to_string(end + i).substr(1)
+                                                 : std::string(1, static_cast<char>((kind == LOWER ? 'a' : 'A') + i))));
+        }
+      }
+      ids = longer;
+    }
+  }
+  return ids;
+}
+
+}  // namespace
+
+TEST(CIDPattern, CountsASetOrRefusesIt) {
+  constexpr int REFUSED = -1;
+  struct Row {
+    std::string first, last;
+    int total;
+  };
+  const Row rows[] = {
+      {"A001", "C120", 360},
+      {"A5", "C7", 9},
+      {"09", "10", 2},
+      {"A0", "Z9", 260},
+      {"00000", "32766", 32767},
+      {"00000", "32767", REFUSED},            // one radix over the limit
+      {"AA000", "ZZ999", REFUSED},            // the product over the limit
+      {"A001", "A001", REFUSED},              // a set of one
+      {"", "", 0},                            // no position: a set of none
+      {"--", "-+", REFUSED},                  // literals differ
+      {"0", "32766", REFUSED},                // widths differ
+      {"a1", "B1", REFUSED},                  // letter case differs
+      {"C1", "A1", REFUSED},                  // a letter falls
+      {"10", "09", REFUSED},                  // a field falls, although its last digit rises
+      {"x1\0a"s, "x2\0b"s, 4},                // a zero byte is a literal
+      {"\u00e91", "\u00e99", 9},              // so is each byte of another character
+      {"0000000000", "4294967298", REFUSED},  // two more than 32 bits hold
+      {repeated(60, "0"), repeated(59, "0") + "9", 10},
+      {repeated(61, "0"), repeated(60, "0") + "9", REFUSED},
+      {repeated(59, "\u20ac") + "1", repeated(59, "\u20ac") + "2", 2},  // 60 characters of 178 bytes
+      {repeated(60, "\u20ac") + "1", repeated(60, "\u20ac") + "2", REFUSED},
+      {repeated(99, "\x80") + "a", repeated(99, "\x80") + "c", 3},  // stray continuation bytes are not counted
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.first + " .. " + row.last);
+    CIDPattern pattern;
+    CIDNumber number;
+    const bool valid = pattern.compile(row.first) && pattern.setEnding(row.last, number);
+    EXPECT_EQ(valid ? static_cast<int>(number.getTotal()) : REFUSED, row.total);
+    CableIDSeq sequence = sequenceOf("a", "b", {"a"});
+    EXPECT_EQ(sequence.verifyIDSet(row.first, row.last), row.total != REFUSED);
+    EXPECT_EQ(sequence.getTotal(), static_cast<uint32_t>(std::max(row.total, 0)));
+    EXPECT_EQ(sequence.getLastID(), row.total == REFUSED ? "" : row.last);
+    EXPECT_EQ(sequence == CableIDSeq(), row.total == REFUSED);  // cleared; a set of none is not that
+  }
+}
+
+TEST(CIDPattern, OrdinalsAndIDsAreOneToOneAndInOrder) {
+  std::mt19937 random(1);
+  for (int round = 0; round < 300; ++round) {
+    const Strings ids = randomSet(random, 2000);
+    SCOPED_TRACE(ids.front() + " .. " + ids.back());
+    CIDPattern pattern;
+    CIDNumber number;
+    ASSERT_TRUE(pattern.compile(ids.front()) && pattern.setEnding(ids.back(), number));
+    ASSERT_EQ(number.getTotal(), ids.size());
+    for (uint32_t ordinal = 0; ordinal < ids.size(); ++ordinal) {
+      ASSERT_TRUE(number.setOrdinal(ordinal));
+      ASSERT_EQ(pattern.toString(number), ids[ordinal]);
+      number.setOrdinal(uint32_t{0});
+      ASSERT_TRUE(pattern.checkOrdinal(ids[ordinal], number) && pattern.setOrdinal(ids[ordinal], number));
+      ASSERT_EQ(number.Ordinal(), ordinal);
+    }
+    EXPECT_FALSE(number.setOrdinal(number.getTotal()));
+    EXPECT_EQ(number.Ordinal(), ids.size() - 1);  // as it was
+    const std::set<std::string> members(ids.begin(), ids.end());
+    EXPECT_EQ(members.size(), ids.size());
+    for (int i = 0; i < 200; ++i) {  // one byte changed: in the set only if it is one of the IDs
+      std::string id = ids[random() % ids.size()];
+      id[random() % id.size()] = static_cast<char>(random() % 4 == 0 ? random() : '0' + random() % 10);
+      ASSERT_EQ(pattern.checkOrdinal(id, number), members.count(id) == 1) << id;
+    }
+  }
+}
+
+TEST(CIDPattern, OffsetsEndBeforeTheFault) {
+  CIDPattern pattern;
+  ASSERT_TRUE(pattern.compile("B-0000000000-b"));
+  const auto delta = [&pattern](const std::string& id) {
+    std::array<uint32_t, 200> offsets{};
+    int n = -1;
+    const bool fits = pattern.computeDelta(id, offsets.data(), n);
+    Strings result = {fits ? "fits" : "fails", std::to_string(n)};
+    for (int i = 0; i < n; ++i) result.push_back(std::to_string(offsets[static_cast<size_t>(i)]));
+    return result;
+  };
+  EXPECT_EQ(delta("C-2684354559-d"), (Strings{"fits", "3", "1", "2684354559", "2"}));
+  EXPECT_EQ(delta("C-2684354560-d"), (Strings{"fails", "1", "1"}));
+  EXPECT_EQ(delta("C-0000000001-a"), (Strings{"fails", "2", "1", "1"}));
+  EXPECT_EQ(delta("A-0000000001-b"), (Strings{"fails", "0"}));
+  EXPECT_EQ(delta("C-1"), (Strings{"fails", "-1"}));  // another length: not even started
+  EXPECT_FALSE(pattern.compile(repeated(61, "a")));
+  EXPECT_EQ(pattern.toString(CIDNumber()), "B-0000000000-b");  // a refused pattern keeps the old one
+  ASSERT_TRUE(pattern.compile(repeated(24, "\u20ac")));
+  EXPECT_EQ(delta(repeated(72, "a")), (Strings{"fails", "-1"}));
+}
+
+TEST(CIDNumber, RefusesWhatDoesNotFit) {
+  CIDNumber number;
+  const uint32_t radices[] = {3, 120};
+  ASSERT_TRUE(number.initialize(radices, 2));
+  const uint32_t tooLarge[] = {1, 120};
+  const uint32_t largest[] = {2, 119};
+  EXPECT_FALSE(number.setOrdinal(tooLarge, 2));
+  EXPECT_EQ(number.Ordinal(), 0u);  // no value is copied before all are tested
+  EXPECT_FALSE(number.setOrdinal(largest, 1));
+  EXPECT_FALSE(number.checkOrdinal(largest, -1));
+  EXPECT_TRUE(number.setOrdinal(largest, 2));
+  EXPECT_EQ(number.Ordinal(), 359u);
+  EXPECT_EQ(number.getValue(2) + number.getValue(-1), 0u);
+
+  for (const std::array<uint32_t, 3>& refused :
+       {std::array<uint32_t, 3>{2, 0, 2}, {2, 32768, 1}, {256, 128, 1}, {2, 0x80000001u, 1}}) {
+    EXPECT_FALSE(number.initialize(refused.data(), 3));
+    EXPECT_EQ(number.getTotal() + number.Ordinal() + static_cast<uint32_t>(number.getCount()), 0u);
+  }
+  EXPECT_TRUE(number.initialize(nullptr, 0));
+  EXPECT_FALSE(number.setOrdinal(uint32_t{0}));
+  EXPECT_TRUE(number.checkOrdinal(nullptr, 0));
+  const CIDNumber moved(std::move(number));
+  EXPECT_EQ(number.Ordinal(), 0u);  // NOLINT: a number moved from is cleared
+}
+
+TEST(CIDPattern, AcceptsNumbersNotMadeForIt) {
+  const auto text = [](const std::string& first, uint32_t ordinal) {
+    CIDPattern pattern;
+    CIDNumber number;
+    const uint32_t radix = 32767;
+    EXPECT_TRUE(pattern.compile(first) && number.initialize(&radix, 1) && number.setOrdinal(ordinal));
+    EXPECT_FALSE(pattern.setOrdinal(first + "1", number));
+    return pattern.toString(number);
+  };
+  EXPECT_EQ(text("95-b", 7), "02-b");  // the carry out of the field is dropped; the missing position stays at its start
+  EXPECT_EQ(text("y1", 3), "|1");      // no wrap at the end of the alphabet
+  EXPECT_EQ(text("--", 5), "--");
+}
+
+TEST(CableIDSeq, WrapsBehindAnIDPickedByHand) {
+  CableIDSeq sequence = sequenceOf("A001", "A005", {"A003"});
+  EXPECT_EQ(sequence.getNextOrd(), 2);
+  EXPECT_EQ(takeAll(sequence), (Strings{"A004", "A005", "A001", "A002"}));
+  EXPECT_EQ(sequence.takeNextID(), "");
+  EXPECT_FALSE(sequence.pruneID("A002") || sequence.updateNextID("A002"));
+  EXPECT_EQ(sequence.getUsed(), 5u);
+
+  sequence = sequenceOf("A001", "A005", {"A002"});
+  EXPECT_FALSE(sequence.updateNextID("A002"));
+  EXPECT_TRUE(sequence.updateNextID("A005"));
+  EXPECT_EQ(sequence.takeNextID(), "A005");
+  EXPECT_EQ(sequence.takeNextID(), "A001");
+}
+
+TEST(CableIDSeq, TheLastFreeIDsSuccessorIsWhatWasLeftBehindIt) {
+  CableIDSeq sequence = sequenceOf("A1", "A4");
+  EXPECT_EQ(sequence.calcID("A3"), "A4");
+  EXPECT_EQ(sequence.calcID("A4"), "");  // the sentinel, while nothing is taken
+  EXPECT_TRUE(sequence.pruneID("A1"));
+  EXPECT_EQ(sequence.calcID("A4"), "A4");  // itself
+  EXPECT_EQ(sequence.calcID("A1"), "");    // taken: the lookup must not leave the list
+  EXPECT_TRUE(sequence.pruneID("A4"));
+  EXPECT_EQ(sequence.calcID("A3"), "A4");  // the one just taken, which was the last
+}
+
+TEST(CableIDSeq, SameTakenIDsAreEqualInWhateverOrderTheyWereTaken) {
+  const CableIDSeq sequence = sequenceOf("A1", "A5", {"A1", "A5"});
+  const CableIDSeq other = sequenceOf("A1", "A5", {"A5", "A1"});
+  EXPECT_NE(sequence.calcID("A4"), other.calcID("A4"));  // what lies behind the free IDs does differ
+  EXPECT_TRUE(sequence == other);
+  EXPECT_TRUE(sequence != sequenceOf("A1", "A5", {"A1", "A4"}));
+  EXPECT_TRUE(sequence != sequenceOf("A1", "A5", {"A1"}));
+  EXPECT_TRUE(sequenceOf("A1", "A4") != sequenceOf("A1", "B2"));  // as many IDs, another last one
+  EXPECT_TRUE(sequenceOf("A3", "D4") != sequenceOf("C1", "D4"));
+}
+
+TEST(CableIDSeq, OfNoIDsAnswersNothing) {
+  for (CableIDSeq sequence : {CableIDSeq(), sequenceOf("", ""), sequenceOf("-", "-")}) {
+    const std::string& id = sequence.getFirstID();
+    EXPECT_FALSE(sequence.pruneID(id) || sequence.updateNextID(id));
+    EXPECT_EQ(sequence.takeNextID() + sequence.calcID(id) + sequence[0], "");
+    EXPECT_EQ(sequence.getNextOrd(), 0);
+  }
+}
+
+TEST(CableIDSeq, VerifiesItsOwnIDsAgain) {
+  CableIDSeq sequence = sequenceOf("A1", "A5", {"A3"});
+  EXPECT_TRUE(sequence.verifyIDSet(sequence.getFirstID(), sequence.getLastID()));
+  EXPECT_EQ(sequence, sequenceOf("A1", "A5"));
+  EXPECT_FALSE(sequence.verifyIDSet(sequence.getLastID(), sequence.getFirstID()));
+  EXPECT_EQ(sequence, CableIDSeq());
+}
+
+TEST(CableIDSeq, HandsOutTheFullSet) {
+  CableIDSeq sequence = sequenceOf("00000", "32766");
+  EXPECT_EQ(sequence.getTotal(), MAX_CABLE_IDS);
+  EXPECT_EQ(sequence[32766], "32766");
+  EXPECT_EQ(sequence[32767], "");
+  EXPECT_EQ(sequence.calcID("32766"), "");
+  EXPECT_TRUE(sequence.pruneID("32766"));
+  const Strings ids = takeAll(sequence);
+  EXPECT_EQ(ids.size(), 32766u);
+  EXPECT_TRUE(std::is_sorted(ids.begin(), ids.end(), std::less_equal<>()));  // every one once
+  EXPECT_EQ(sequence.getNextOrd(), 0);
+}
+
+/// What a sequence is to do, on the list of all its IDs and the set of the free ones.
+struct Model {
+  const Strings& ids;
+  std::set<size_t> free;
+  size_t next = 0;
+  std::string behindLast;  // what a look-up behind the last free ID finds
+
+  explicit Model(const Strings& all) : ids(all) {
+    for (size_t i = 0; i < ids.size(); ++i) free.insert(i);
+  }
+  size_t indexOf(const std::string& id) const {
+    return static_cast<size_t>(std::find(ids.begin(), ids.end(), id) - ids.begin());
+  }
+  bool prune(const std::string& id) {
+    const auto taken = free.find(indexOf(id));
+    if (taken == free.end()) return false;
+    behindLast = ids[*free.rbegin()];
+    const auto successor = free.erase(taken);
+    if (!free.empty()) next = successor != free.end() ? *successor : *free.begin();
+    return true;
+  }
+  bool updateNext(const std::string& id) {
+    const bool isFree = free.count(indexOf(id)) == 1;
+    if (isFree) next = indexOf(id);
+    return isFree;
+  }
+  std::string calc(const std::string& id) const {
+    if (free.count(indexOf(id)) == 0) return "";
+    const auto successor = free.upper_bound(indexOf(id));
+    return successor != free.end() ? ids[*successor] : behindLast;
+  }
+  std::string at(int i) const {
+    return i >= 0 && i < static_cast<int>(free.size()) ? ids[*std::next(free.begin(), i)] : "";
+  }
+  int nextOrd() const { return free.empty() ? 0 : static_cast<int>(std::distance(free.begin(), free.find(next))); }
+};
+
+TEST(CableIDSeq, AgreesWithAModelAndIsRebuiltFromItsIDs) {
+  std::mt19937 random(2);
+  for (int round = 0; round < 3000; ++round) {
+    const Strings ids = randomSet(random, 60);
+    SCOPED_TRACE(ids.front() + " .. " + ids.back() + ", round " + std::to_string(round));
+    Model model(ids);
+    CableIDSeq sequence = sequenceOf(ids.front(), ids.back());
+    Strings taken;
+    for (int i = 0; i < 50; ++i) {
+      std::string id = ids[random() % ids.size()];
+      if (random() % 8 == 0) id[random() % id.size()] = static_cast<char>(random());
+      if (random() % 32 == 0) id.resize(random() % 100, 'A');
+      const auto operation = random() % 4;
+      if (operation == 0) {
+        id = model.free.empty() ? "" : ids[model.next];
+        ASSERT_EQ(sequence.takeNextID(), id);
+        if (model.prune(id)) taken.push_back(id);
+      } else if (operation == 1) {
+        const bool pruned = model.prune(id);
+        ASSERT_EQ(sequence.pruneID(id), pruned) << id;
+        if (pruned) taken.push_back(id);
+      } else if (operation == 2) {
+        ASSERT_EQ(sequence.updateNextID(id), model.updateNext(id)) << id;
+      }
+      ASSERT_EQ(sequence.calcID(id), model.calc(id)) << id;
+      const int index = static_cast<int>(random() % (ids.size() + 2)) - 1;
+      ASSERT_EQ(sequence[index], model.at(index));
+      ASSERT_EQ(sequence.getNextOrd(), model.nextOrd());
+      ASSERT_EQ(sequence.getUsed(), taken.size());
+    }
+    ASSERT_EQ(sequenceOf(ids.front(), ids.back(), taken), sequence);
+    std::shuffle(taken.begin(), taken.end(), random);
+    ASSERT_EQ(sequenceOf(ids.front(), ids.back(), taken), sequence);
+  }
+}
