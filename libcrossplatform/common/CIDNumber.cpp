@@ -8,51 +8,51 @@
 const uint16_t MAX_CABLE_IDS = 32767;
 
 void CIDNumber::swap(CIDNumber& other) noexcept {
-  radices_.swap(other.radices_);
-  values_.swap(other.values_);
-  std::swap(count_, other.count_);
-  std::swap(total_, other.total_);
+  _radices.swap(other._radices);
+  _values.swap(other._values);
+  std::swap(_count, other._count);
+  std::swap(_total, other._total);
 }
 
 void CIDNumber::clear() {
-  radices_.clear();
-  values_.clear();
-  count_ = 0;
-  total_ = 0;
+  _radices.clear();
+  _values.clear();
+  _count = 0;
+  _total = 0;
 }
 
 bool CIDNumber::initialize(const uint32_t radices[], int n) {
   clear();
   if (n < 1) return true;
   const size_t positions = static_cast<size_t>(n);
-  radices_.resize(positions + 1);  // one spare element behind the positions
-  values_.resize(positions + 1);
+  _radices.resize(positions + 1);  // one spare element behind the positions
+  _values.resize(positions + 1);
   uint32_t product = 1;
   for (size_t i = 0; i < positions; ++i) {
     const uint32_t radix = radices[i];
     if (radix == 0 || radix > MAX_CABLE_IDS) return false;
     if (radix * product > MAX_CABLE_IDS) return false;  // cannot wrap: both are at most 32767
     product *= radix;
-    radices_[i] = radix;
-    values_[i] = 0;
+    _radices[i] = radix;
+    _values[i] = 0;
   }
-  count_ = n;
-  total_ = product;
+  _count = n;
+  _total = product;
   return true;
 }
 
 uint32_t CIDNumber::Ordinal() const {
   uint32_t ordinal = 0;
-  for (size_t i = 0; i < static_cast<size_t>(count_); ++i) ordinal = ordinal * radices_[i] + values_[i];
+  for (size_t i = 0; i < static_cast<size_t>(_count); ++i) ordinal = ordinal * _radices[i] + _values[i];
   return ordinal;
 }
 
 bool CIDNumber::setOrdinal(uint32_t ord) {
-  if (ord >= total_) return false;
-  uint32_t weight = total_;
-  for (size_t i = 0; i < static_cast<size_t>(count_); ++i) {
-    weight /= radices_[i];  // exact, and never 0: the total is the product of the radices
-    values_[i] = ord / weight;
+  if (ord >= _total) return false;
+  uint32_t weight = _total;
+  for (size_t i = 0; i < static_cast<size_t>(_count); ++i) {
+    weight /= _radices[i];  // exact, and never 0: the total is the product of the radices
+    _values[i] = ord / weight;
     ord %= weight;
   }
   return true;
@@ -60,14 +60,14 @@ bool CIDNumber::setOrdinal(uint32_t ord) {
 
 bool CIDNumber::setOrdinal(const uint32_t values[], int n) {
   if (!checkOrdinal(values, n)) return false;
-  std::copy_n(values, n, values_.begin());
+  std::copy_n(values, n, _values.begin());
   return true;
 }
 
 bool CIDNumber::checkOrdinal(const uint32_t values[], int n) const {
-  return n == count_ && std::equal(values, values + n, radices_.begin(), std::less<uint32_t>());
+  return n == _count && std::equal(values, values + n, _radices.begin(), std::less<uint32_t>());
 }
 
 uint32_t CIDNumber::getValue(int position) const {
-  return position >= 0 && position < count_ ? values_[static_cast<size_t>(position)] : 0;
+  return position >= 0 && position < _count ? _values[static_cast<size_t>(position)] : 0;
 }

@@ -47,17 +47,17 @@ class VELTRA_EXPORT CIDNumber {
   bool checkOrdinal(const uint32_t values[], int n) const;
 
   /// How many positions the number has.
-  int32_t getCount() const { return count_; }
+  int32_t getCount() const { return _count; }
 
   /// How many IDs the set has, the product of all radices; 0 without positions.
-  uint32_t getTotal() const { return total_; }
+  uint32_t getTotal() const { return _total; }
 
   /// The offset at a position, counted from 0 at the left; 0 where the number has no such position.
   uint32_t getValue(int position) const;
 
  private:
-  std::vector<uint32_t> radices_;  // sized count_ + 1, as values_
-  std::vector<uint32_t> values_;
-  int32_t count_ = 0;
-  uint32_t total_ = 0;
+  std::vector<uint32_t> _radices;  // sized _count + 1, as _values
+  std::vector<uint32_t> _values;
+  int32_t _count = 0;
+  uint32_t _total = 0;
 };

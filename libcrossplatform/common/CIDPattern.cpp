@@ -41,16 +41,16 @@ char letterAbove(uint16_t code, uint32_t value) {
 
 bool CIDPattern::compile(const std::string& first) {
   if (tooLong(first)) return false;
-  codes_.resize(first.size());
-  std::transform(first.begin(), first.end(), codes_.begin(), codeOf);
+  _codes.resize(first.size());
+  std::transform(first.begin(), first.end(), _codes.begin(), codeOf);
   return true;
 }
 
 bool CIDPattern::computeDelta(const std::string& id, uint32_t offsets[], int& n) const {
-  if (id.size() != codes_.size() || tooLong(id)) return false;
+  if (id.size() != _codes.size() || tooLong(id)) return false;
   n = 0;
-  for (size_t i = 0; i < codes_.size();) {
-    const uint16_t code = codes_[i];
+  for (size_t i = 0; i < _codes.size();) {
+    const uint16_t code = _codes[i];
     if (code >= DIGIT) {
       const size_t end = fieldEnd(i);
       uint32_t delta = 0;
@@ -91,10 +91,10 @@ bool CIDPattern::checkOrdinal(const std::string& id, const CIDNumber& num) const
 }
 
 std::string CIDPattern::toString(const CIDNumber& num) const {
-  std::string id(codes_.size(), '\0');
+  std::string id(_codes.size(), '\0');
   int position = 0;
-  for (size_t i = 0; i < codes_.size();) {
-    const uint16_t code = codes_[i];
+  for (size_t i = 0; i < _codes.size();) {
+    const uint16_t code = _codes[i];
     if (code >= DIGIT) {
       const size_t end = fieldEnd(i);
       writeField(i, end, num.getValue(position++), id);
@@ -109,8 +109,8 @@ std::string CIDPattern::toString(const CIDNumber& num) const {
 /// Where the run of digits that starts at `begin` ends.
 size_t CIDPattern::fieldEnd(size_t begin) const {
   const auto isNoDigit = [](uint16_t code) { return code < DIGIT; };
-  const auto from = codes_.begin() + static_cast<std::ptrdiff_t>(begin);
-  return static_cast<size_t>(std::find_if(from, codes_.end(), isNoDigit) - codes_.begin());
+  const auto from = _codes.begin() + static_cast<std::ptrdiff_t>(begin);
+  return static_cast<size_t>(std::find_if(from, _codes.end(), isNoDigit) - _codes.begin());
 }
 
 /// Subtracts the pattern's field from the ID's. False when a byte of the ID is no digit, when its field is the smaller
@@ -121,7 +121,7 @@ bool CIDPattern::fieldDelta(const std::string& id, size_t begin, size_t end, uin
   for (size_t i = end; i-- > begin;) {
     const uint16_t idCode = codeOf(id[i]);
     if (idCode < DIGIT) return false;
-    const int digit = idCode - codes_[i] - borrow;
+    const int digit = idCode - _codes[i] - borrow;
     borrow = digit < 0 ? 1 : 0;
     difference[i - begin] = static_cast<uint8_t>(digit + 10 * borrow);
   }
@@ -139,7 +139,7 @@ bool CIDPattern::fieldDelta(const std::string& id, size_t begin, size_t end, uin
 void CIDPattern::writeField(size_t begin, size_t end, uint32_t value, std::string& id) const {
   uint32_t carry = 0;
   for (size_t i = end; i-- > begin; value /= 10) {
-    const uint32_t sum = codes_[i] - DIGIT + value % 10 + carry;
+    const uint32_t sum = _codes[i] - DIGIT + value % 10 + carry;
     carry = sum > 9 ? 1 : 0;
     id[i] = static_cast<char>('0' + sum - 10 * carry);
   }

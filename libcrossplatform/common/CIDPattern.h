@@ -55,5 +55,5 @@ class VELTRA_EXPORT CIDPattern {
   bool fieldDelta(const std::string& id, size_t begin, size_t end, uint32_t& delta) const;
   void writeField(size_t begin, size_t end, uint32_t value, std::string& id) const;
 
-  std::vector<uint16_t> codes_;  // one for every byte of the first ID: its kind and the letter or digit to start from
+  std::vector<uint16_t> _codes;  // one for every byte of the first ID: its kind and the letter or digit to start from
 };

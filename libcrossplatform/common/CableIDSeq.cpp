@@ -29,14 +29,14 @@ void moveDown(uint16_t* at, const uint16_t* end) {
 }  // namespace
 
 void CableIDSeq::swap(CableIDSeq& other) noexcept {
-  firstID_.swap(other.firstID_);
-  lastID_.swap(other.lastID_);
-  std::swap(pattern_, other.pattern_);
-  next_.swap(other.next_);
-  std::swap(total_, other.total_);
-  std::swap(used_, other.used_);
-  freeList_.swap(other.freeList_);
-  positionMap_.swap(other.positionMap_);
+  _firstID.swap(other._firstID);
+  _lastID.swap(other._lastID);
+  std::swap(_pattern, other._pattern);
+  _next.swap(other._next);
+  std::swap(_total, other._total);
+  std::swap(_used, other._used);
+  _freeList.swap(other._freeList);
+  _positionMap.swap(other._positionMap);
 }
 
 void CableIDSeq::clear() {
@@ -45,95 +45,95 @@ void CableIDSeq::clear() {
 
 bool CableIDSeq::verifyIDSet(const std::string& first, const std::string& last) {
   CableIDSeq fresh;  // built aside: the arguments may be this sequence's own IDs
-  if (!fresh.pattern_.compile(first) || !fresh.pattern_.setEnding(last, fresh.next_)) {
+  if (!fresh._pattern.compile(first) || !fresh._pattern.setEnding(last, fresh._next)) {
     clear();
     return false;
   }
-  fresh.firstID_ = first;
-  fresh.lastID_ = last;
-  fresh.total_ = fresh.next_.getTotal();
-  fresh.freeList_.resize(size_t{fresh.total_} + 1);
-  std::iota(fresh.freeList_.begin(), fresh.freeList_.end(), uint16_t{0});
-  fresh.freeList_.back() = TAKEN;
-  fresh.positionMap_ = fresh.freeList_;
+  fresh._firstID = first;
+  fresh._lastID = last;
+  fresh._total = fresh._next.getTotal();
+  fresh._freeList.resize(size_t{fresh._total} + 1);
+  std::iota(fresh._freeList.begin(), fresh._freeList.end(), uint16_t{0});
+  fresh._freeList.back() = TAKEN;
+  fresh._positionMap = fresh._freeList;
   swap(fresh);
   return true;
 }
 
 int CableIDSeq::getNextOrd() const {
-  const uint32_t ordinal = next_.Ordinal();
-  if (ordinal >= positionMap_.size() || positionMap_[ordinal] == TAKEN) return 0;
-  return positionMap_[ordinal];
+  const uint32_t ordinal = _next.Ordinal();
+  if (ordinal >= _positionMap.size() || _positionMap[ordinal] == TAKEN) return 0;
+  return _positionMap[ordinal];
 }
 
 std::string CableIDSeq::operator[](int i) const {
-  if (i < 0 || static_cast<uint32_t>(i) >= total_ - used_) return std::string();
-  return idAt(freeList_[static_cast<size_t>(i)]);
+  if (i < 0 || static_cast<uint32_t>(i) >= _total - _used) return std::string();
+  return idAt(_freeList[static_cast<size_t>(i)]);
 }
 
 std::string CableIDSeq::calcID(const std::string& id) const {
   uint32_t ordinal = 0;
   if (!ordinalOf(id, ordinal)) return std::string();
-  const uint16_t position = positionMap_[ordinal];
+  const uint16_t position = _positionMap[ordinal];
   if (position == TAKEN) return std::string();  // the element behind it would lie outside the list
   // Behind the last free ID stands the sentinel or what take() left there; it is answered as it is.
-  const uint16_t successor = freeList_[size_t{position} + 1];
+  const uint16_t successor = _freeList[size_t{position} + 1];
   return successor != TAKEN ? idAt(successor) : std::string();
 }
 
 bool CableIDSeq::updateNextID(const std::string& id) {
   uint32_t ordinal = 0;
-  if (!ordinalOf(id, ordinal) || positionMap_[ordinal] == TAKEN) return false;
-  return next_.setOrdinal(ordinal);
+  if (!ordinalOf(id, ordinal) || _positionMap[ordinal] == TAKEN) return false;
+  return _next.setOrdinal(ordinal);
 }
 
 bool CableIDSeq::pruneID(const std::string& id) {
   uint32_t ordinal = 0;
-  if (!ordinalOf(id, ordinal) || positionMap_[ordinal] == TAKEN) return false;
+  if (!ordinalOf(id, ordinal) || _positionMap[ordinal] == TAKEN) return false;
   take(ordinal);
   return true;
 }
 
 std::string CableIDSeq::takeNextID() {
-  if (used_ == total_) return std::string();
-  std::string id = pattern_.toString(next_);
-  take(next_.Ordinal());  // the next ID is always free while any is
+  if (_used == _total) return std::string();
+  std::string id = _pattern.toString(_next);
+  take(_next.Ordinal());  // the next ID is always free while any is
   return id;
 }
 
 bool CableIDSeq::operator==(const CableIDSeq& other) const {
   // The position map settles the valid entries of the free list and the length of it. Those behind them depend on the
   // order of taking and do not count.
-  return firstID_ == other.firstID_ && lastID_ == other.lastID_ && used_ == other.used_ && total_ == other.total_ &&
-         positionMap_ == other.positionMap_;
+  return _firstID == other._firstID && _lastID == other._lastID && _used == other._used && _total == other._total &&
+         _positionMap == other._positionMap;
 }
 
 /// The ordinal of an ID of the set. False for any other ID, and for every ID when none is left.
 bool CableIDSeq::ordinalOf(const std::string& id, uint32_t& ordinal) const {
-  if (used_ == total_) return false;
-  CIDNumber number(next_);
-  if (!pattern_.setOrdinal(id, number)) return false;
+  if (_used == _total) return false;
+  CIDNumber number(_next);
+  if (!_pattern.setOrdinal(id, number)) return false;
   ordinal = number.Ordinal();
   return true;
 }
 
-/// The ID of an ordinal below total_.
+/// The ID of an ordinal below _total.
 std::string CableIDSeq::idAt(uint32_t ordinal) const {
-  CIDNumber number(next_);
+  CIDNumber number(_next);
   number.setOrdinal(ordinal);
-  return pattern_.toString(number);
+  return _pattern.toString(number);
 }
 
 /// Takes a free ordinal and makes its successor the next one.
 void CableIDSeq::take(uint32_t ordinal) {
-  const size_t position = positionMap_[ordinal];
-  positionMap_[ordinal] = TAKEN;
-  moveDown(positionMap_.data() + ordinal + 1, positionMap_.data() + total_);
+  const size_t position = _positionMap[ordinal];
+  _positionMap[ordinal] = TAKEN;
+  moveDown(_positionMap.data() + ordinal + 1, _positionMap.data() + _total);
   // The last free entry keeps its value behind the new end, where calcID finds it.
-  std::copy(freeList_.begin() + static_cast<std::ptrdiff_t>(position) + 1,
-            freeList_.begin() + static_cast<std::ptrdiff_t>(total_ - used_),
-            freeList_.begin() + static_cast<std::ptrdiff_t>(position));
-  ++used_;
-  if (used_ == total_) return;  // the next ID stays the one just taken
-  next_.setOrdinal(position < total_ - used_ ? freeList_[position] : freeList_[0]);
+  std::copy(_freeList.begin() + static_cast<std::ptrdiff_t>(position) + 1,
+            _freeList.begin() + static_cast<std::ptrdiff_t>(_total - _used),
+            _freeList.begin() + static_cast<std::ptrdiff_t>(position));
+  ++_used;
+  if (_used == _total) return;  // the next ID stays the one just taken
+  _next.setOrdinal(position < _total - _used ? _freeList[position] : _freeList[0]);
 }

@@ -61,10 +61,10 @@ class VELTRA_EXPORT CableIDSeq {
   /// @return the ID taken; empty when none is left
   std::string takeNextID();
 
-  const std::string& getFirstID() const { return firstID_; }
-  const std::string& getLastID() const { return lastID_; }
-  uint32_t getTotal() const { return total_; }  ///< how many IDs the set has
-  uint32_t getUsed() const { return used_; }    ///< how many of them are taken
+  const std::string& getFirstID() const { return _firstID; }
+  const std::string& getLastID() const { return _lastID; }
+  uint32_t getTotal() const { return _total; }  ///< how many IDs the set has
+  uint32_t getUsed() const { return _used; }    ///< how many of them are taken
 
   /// Whether first ID, last ID and taken IDs are the same. The next IDs and the order of taking may differ.
   bool operator==(const CableIDSeq& other) const;
@@ -75,13 +75,13 @@ class VELTRA_EXPORT CableIDSeq {
   std::string idAt(uint32_t ordinal) const;
   void take(uint32_t ordinal);
 
-  std::string firstID_;
-  std::string lastID_;
-  CIDPattern pattern_;
-  CIDNumber next_;
-  uint32_t total_ = 0;
-  uint32_t used_ = 0;
-  // Each has total_ + 1 elements, the last of them 32767. For every free ordinal o: freeList_[positionMap_[o]] == o.
-  std::vector<uint16_t> freeList_;     // the free ordinals, ascending; only the first total_ - used_ are valid
-  std::vector<uint16_t> positionMap_;  // by ordinal: its index in freeList_, or 32767 when taken
+  std::string _firstID;
+  std::string _lastID;
+  CIDPattern _pattern;
+  CIDNumber _next;
+  uint32_t _total = 0;
+  uint32_t _used = 0;
+  // Each has _total + 1 elements, the last of them 32767. For every free ordinal o: _freeList[_positionMap[o]] == o.
+  std::vector<uint16_t> _freeList;     // the free ordinals, ascending; only the first _total - _used are valid
+  std::vector<uint16_t> _positionMap;  // by ordinal: its index in _freeList, or 32767 when taken
 };

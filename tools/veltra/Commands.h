@@ -31,5 +31,6 @@ void addPack(CLI::App& app, const Options& options, Run& run);
 void addInfo(CLI::App& app, const Options& options, Run& run);
 void addList(CLI::App& app, const Options& options, Run& run);
 void addShow(CLI::App& app, const Options& options, Run& run);
+void addIds(CLI::App& app, const Options& options, Run& run);
 
 }  // namespace Command

@@ -27,6 +27,7 @@ int runCommand(int argc, char** argv) {
   addInfo(app, options, run);
   addList(app, options, run);
   addShow(app, options, run);
+  addIds(app, options, run);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <libcrossplatform/common/CIDPattern.h>
+
+namespace Inspect {
+
+/// The set of cable IDs from a first to a last one.
+class CableIdSet {
+ public:
+  /// @return false, with `refusal` naming the rule the pair breaks
+  bool build(const std::string& first, const std::string& last, std::string& refusal);
+
+  uint32_t count() const { return _number.getTotal(); }
+  /// @param ordinal  below count()
+  std::string idAt(uint32_t ordinal) const;
+  std::optional<uint32_t> ordinalOf(const std::string& id) const;
+
+ private:
+  CIDPattern _pattern;
+  CIDNumber _number;
+};
+
+/// The next free IDs after those used, in the order of handing out.
+/// @param used     IDs taken so far, in the order they were taken
+/// @param foreign  receives the used IDs that are not of the set, or stand twice
+std::vector<std::string> nextFreeIds(const std::string& first, const std::string& last,
+                                     const std::vector<std::string>& used, uint32_t wanted,
+                                     std::vector<std::string>& foreign);
+
+}  // namespace Inspect

@@ -1,0 +1,177 @@
+#include <algorithm>
+#include <memory>
+#include <sstream>
+
+#include <fmt/format.h>
+
+#include <tools/inspect/ByteSource.h>
+#include <tools/inspect/CableIds.h>
+
+#include "Commands.h"
+
+namespace Command {
+namespace {
+
+constexpr uint64_t MAX_USED_LIST = 16 * 1024 * 1024;
+
+struct Arguments {
+  std::string first;
+  std::string last;
+  bool list = false;
+  uint32_t from = 0;
+  uint32_t count = UINT32_MAX;
+  std::string ordinalOf;
+  uint32_t id = 0;
+  std::vector<std::string> check;
+  uint32_t take = 0;
+  std::string used;
+};
+
+/// Prints IDs one a line, as {"ids": [...]} or as one object a line.
+void printIds(const std::vector<std::string>& ids, const Options& options) {
+  Json::Value json(Json::arrayValue);
+  for (const std::string& id : ids) {
+    Json::Value line(Json::objectValue);
+    line["id"] = id;
+    switch (options.format) {
+      case FORMAT_TABLE:
+        fmt::print("{}\n", printable(id));
+        break;
+      case FORMAT_JSON:
+        json.append(id);
+        break;
+      case FORMAT_JSONL:
+        printJsonLine(line);
+        break;
+    }
+  }
+  if (options.format != FORMAT_JSON) return;
+  Json::Value document(Json::objectValue);
+  document["ids"] = json;
+  printJson(document);
+}
+
+/// Prints one answer: its text, or its JSON.
+int answer(const std::string& text, const Json::Value& json, const Options& options) {
+  switch (options.format) {
+    case FORMAT_TABLE:
+      fmt::print("{}\n", printable(text));
+      break;
+    case FORMAT_JSON:
+      printJson(json);
+      break;
+    case FORMAT_JSONL:
+      printJsonLine(json);
+      break;
+  }
+  return EXIT_DONE;
+}
+
+Json::Value idAndOrdinal(const std::string& id, std::optional<uint32_t> ordinal) {
+  Json::Value json(Json::objectValue);
+  json["id"] = id;
+  json["ordinal"] = ordinal ? Json::Value(*ordinal) : Json::Value();
+  return json;
+}
+
+int ordinalOf(const Inspect::CableIdSet& set, const std::string& id, const Options& options) {
+  const std::optional<uint32_t> ordinal = set.ordinalOf(id);
+  if (ordinal) return answer(std::to_string(*ordinal), idAndOrdinal(id, ordinal), options);
+  complain(fmt::format("{}: not in the set", id));
+  return EXIT_NO;
+}
+
+int idAt(const Inspect::CableIdSet& set, uint32_t ordinal, const Options& options) {
+  if (ordinal < set.count()) {
+    const std::string id = set.idAt(ordinal);
+    return answer(id, idAndOrdinal(id, ordinal), options);
+  }
+  complain(fmt::format("{}: no such ordinal, the set has {} IDs", ordinal, set.count()));
+  return EXIT_NO;
+}
+
+int check(const Inspect::CableIdSet& set, const std::vector<std::string>& ids, const Options& options) {
+  Table table({{"ID"}, {"In set"}, {"Ordinal", true}});
+  Json::Value document(Json::objectValue);
+  int code = EXIT_DONE;
+  for (const std::string& id : ids) {
+    const std::optional<uint32_t> ordinal = set.ordinalOf(id);
+    if (!ordinal) code = EXIT_NO;
+    table.add({id, ordinal ? "yes" : "no", ordinal ? std::to_string(*ordinal) : "-"});
+    document["ids"].append(idAndOrdinal(id, ordinal));
+    if (options.format == FORMAT_JSONL) printJsonLine(idAndOrdinal(id, ordinal));
+  }
+  if (options.format == FORMAT_TABLE) table.print();
+  if (options.format == FORMAT_JSON) printJson(document);
+  return code;
+}
+
+int take(const Arguments& args, const Options& options) {
+  std::vector<std::string> used, foreign;
+  if (!args.used.empty()) {
+    std::string text, error;
+    if (!Inspect::readText(args.used, MAX_USED_LIST, text, error)) {
+      complain(error);
+      return EXIT_COULD_NOT;
+    }
+    std::istringstream lines(text);
+    for (std::string line; std::getline(lines, line);) {
+      if (!line.empty()) used.push_back(line);
+    }
+  }
+  const std::vector<std::string> ids = Inspect::nextFreeIds(args.first, args.last, used, args.take, foreign);
+  for (const std::string& id : foreign) complain(fmt::format("{}: used twice, or not in the set", id));
+  printIds(ids, options);
+  if (ids.size() == args.take) return EXIT_DONE;
+  complain(fmt::format("only {} IDs are free", ids.size()));
+  return EXIT_NO;
+}
+
+int ids(const Arguments& args, const CLI::App& command, const Options& options) {
+  Inspect::CableIdSet set;
+  std::string refusal;
+  if (!set.build(args.first, args.last, refusal)) {
+    complain(fmt::format("{} and {} make no set: {}", args.first, args.last, refusal));
+    return EXIT_NO;
+  }
+  if (command.count("--ordinal") > 0) return ordinalOf(set, args.ordinalOf, options);
+  if (command.count("--id") > 0) return idAt(set, args.id, options);
+  if (command.count("--check") > 0) return check(set, args.check, options);
+  if (command.count("--take") > 0) return take(args, options);
+  if (args.list) {
+    std::vector<std::string> listed;
+    for (uint32_t i = args.from; i < set.count() && listed.size() < args.count; ++i) listed.push_back(set.idAt(i));
+    printIds(listed, options);
+    return EXIT_DONE;
+  }
+  Json::Value json(Json::objectValue);
+  json["first"] = args.first;
+  json["last"] = args.last;
+  json["count"] = set.count();
+  return answer(std::to_string(set.count()), json, options);
+}
+
+}  // namespace
+
+void addIds(CLI::App& app, const Options& options, Run& run) {
+  CLI::App* const command = app.add_subcommand("ids", "Count, list and hand out the cable IDs between two IDs");
+  const auto args = std::make_shared<Arguments>();
+  command->add_option("first", args->first, "the first ID")->required()->type_name("FIRST");
+  command->add_option("last", args->last, "the last ID")->required()->type_name("LAST");
+  CLI::Option_group* const what = command->add_option_group("what", "What to answer; without any, how many IDs");
+  CLI::Option* const list = what->add_flag("--list", args->list, "the IDs, one a line");
+  what->add_option("--ordinal", args->ordinalOf, "the place of an ID, counted from 0")->type_name("ID");
+  what->add_option("--id", args->id, "the ID at a place, counted from 0")->type_name("N");
+  what->add_option("--check", args->check, "whether IDs are in the set")->type_name("ID...")->expected(1, -1);
+  CLI::Option* const taken = what->add_option("--take", args->take, "hand out the next free IDs")->type_name("N");
+  what->require_option(0, 1);
+  command->add_option("--from", args->from, "first place to list")->type_name("N")->needs(list);
+  command->add_option("--count", args->count, "how many to list")->type_name("M")->needs(list);
+  command->add_option("--used", args->used, "IDs used so far, one a line, in the order of use; - reads standard input")
+      ->type_name("FILE")
+      ->needs(taken);
+  command->callback(
+      [args, command, &options, &run] { run = [args, command, &options] { return ids(*args, *command, options); }; });
+}
+
+}  // namespace Command
