@@ -1,4 +1,4 @@
-#include <libcrossplatform/common/CredentialCipher.h>
+#include <libcrossplatform/common/internal/CredentialCipher.h>
 
 #include <algorithm>
 #include <limits>

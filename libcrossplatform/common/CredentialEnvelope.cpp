@@ -1,4 +1,4 @@
-#include <libcrossplatform/common/CredentialEnvelope.h>
+#include <libcrossplatform/common/internal/CredentialEnvelope.h>
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include <libcrossplatform/common/CredentialText.h>
+#include <libcrossplatform/common/internal/CredentialText.h>
 
 #include <algorithm>
 #include <cstdarg>

@@ -7,7 +7,7 @@
 
 #include <pcg_random.hpp>
 
-#include <libcrossplatform/common/CredentialText.h>
+#include <libcrossplatform/common/internal/CredentialText.h>
 
 #include "CredentialKey.h"  // written at configure time, seen by this unit alone
 

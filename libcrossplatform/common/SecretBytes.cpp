@@ -1,4 +1,4 @@
-#include <libcrossplatform/common/SecretBytes.h>
+#include <libcrossplatform/common/internal/SecretBytes.h>
 
 #include <openssl/crypto.h>
 

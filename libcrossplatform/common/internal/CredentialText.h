@@ -5,9 +5,9 @@
 
 #include <gsl/span>
 
-#include <libcrossplatform/common/CredentialCipher.h>
-#include <libcrossplatform/common/CredentialEnvelope.h>
-#include <libcrossplatform/common/SecretBytes.h>
+#include <libcrossplatform/common/internal/CredentialCipher.h>
+#include <libcrossplatform/common/internal/CredentialEnvelope.h>
+#include <libcrossplatform/common/internal/SecretBytes.h>
 
 namespace Veltra {
 

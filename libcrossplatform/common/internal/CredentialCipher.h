@@ -8,7 +8,7 @@
 
 #include <gsl/span>
 
-#include <libcrossplatform/common/SecretBytes.h>
+#include <libcrossplatform/common/internal/SecretBytes.h>
 
 namespace Veltra {
 

@@ -6,7 +6,7 @@
 
 #include <gsl/span>
 
-#include <libcrossplatform/common/SecretBytes.h>
+#include <libcrossplatform/common/internal/SecretBytes.h>
 
 namespace Veltra {
 
