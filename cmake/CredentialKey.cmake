@@ -14,8 +14,8 @@ function(veltra_credential_key source)
     set(key "76656c7472612d646576656c6f706d74")
   elseif(NOT length EQUAL 32 OR NOT key MATCHES "^[0-9A-Fa-f]+$")
     message(FATAL_ERROR
-      "VELTRA_CREDENTIAL_KEY must be exactly 32 hexadecimal digits, the 16 bytes of an AES-128 key; it has ${length} "
-      "characters. See docs/credentials.md.")
+      "VELTRA_CREDENTIAL_KEY must be exactly 32 hexadecimal digits, the 16 bytes of an AES-128 key; leave it empty for "
+      "the development key. See docs/credentials.md.")
   endif()
   string(REGEX REPLACE "(..)" "0x\\1, " VELTRA_CREDENTIAL_KEY_BYTES "${key}")
   string(REGEX REPLACE ", $" "" VELTRA_CREDENTIAL_KEY_BYTES "${VELTRA_CREDENTIAL_KEY_BYTES}")

@@ -220,9 +220,9 @@ TEST(NetworkProfile, RemovingAnyWirelessKeyActivatesTheLowestLeft) {
     EXPECT_EQ(profile.getWirelessKey(k), "");
   }
   EXPECT_FALSE(profile.setActiveKey(1));
-  EXPECT_TRUE(profile.setWirelessKey(4, "key 4"));
-  EXPECT_EQ(profile.getWirelessKeySize(), 4U);
   EXPECT_TRUE(profile.setWirelessKey(2, "key 2"));
+  EXPECT_EQ(profile.getWirelessKeySize(), 4U);
+  EXPECT_TRUE(profile.setWirelessKey(4, "key 4"));
   EXPECT_TRUE(profile.setWirelessKey(3, "key 3"));
   EXPECT_EQ(profile.getActiveKey(), 3U);
   EXPECT_FALSE(profile.setActiveKey(1));

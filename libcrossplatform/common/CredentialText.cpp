@@ -54,7 +54,6 @@ void hexDump(std::ostream& out, gsl::span<const uint8_t> bytes) {
     dump += line + '\n';
   }
   out << dump << std::flush;
-  wipe(dump);
 }
 
 std::string sealCredential(gsl::span<const uint8_t> payload, const CredentialKey& key, const RandomWords& random,
