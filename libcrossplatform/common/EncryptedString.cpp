@@ -32,7 +32,7 @@ uint32_t randomWord() {
 
 std::string encrypt(gsl::span<const uint8_t> payload) {
   try {
-    return Veltra::sealCredential(payload, CREDENTIAL_KEY, randomWord, trace());
+    return Veltra::sealCredential(payload, CREDENTIAL_KEY, &randomWord, trace());
   } catch (const std::exception&) {  // the random device, on the first use in a thread
     return {};
   }
