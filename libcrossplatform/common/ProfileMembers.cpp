@@ -4,8 +4,7 @@
 
 #include <libcrossplatform/common/EncryptedString.h>
 
-namespace Veltra {
-namespace ProfileMembers {
+namespace Veltra::ProfileMembers {
 namespace {
 
 const Json::Value* findOfType(const Json::Value& parent, const char* key, Json::ValueType type) {
@@ -115,5 +114,4 @@ bool setWirelessKey(Json::Value& document, unsigned number, const std::string& k
   return true;
 }
 
-}  // namespace ProfileMembers
-}  // namespace Veltra
+}  // namespace Veltra::ProfileMembers

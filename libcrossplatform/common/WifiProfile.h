@@ -8,6 +8,8 @@
 
 #include <libcrossplatform/logging/Export.h>
 
+// NOLINTBEGIN(readability-identifier-naming): `desc` is the name the tables have had from the start.
+
 /// How a wireless network encrypts. `desc[type]` is the name the stored profile holds, here and below.
 struct Encryption {
   enum Type : uint32_t { NONE, WEP_64, WEP_128, AUTO, TKIP, AES, WEP };
@@ -38,6 +40,8 @@ struct Eap {
                                          "TTLS CHAP",    "TTLS MSCHAP",       "TTLS MSCHAP V2", "TTLS EAP MD5",
                                          "TTLS EAP GTC", "TTLS EAP MSCHAP V2"};
 };
+
+// NOLINTEND(readability-identifier-naming)
 
 /// One wireless network in plain form. Its secrets are readable: call wipeSecrets() once they are no longer needed.
 struct VELTRA_EXPORT WifiProfile {

@@ -10,7 +10,7 @@ namespace Veltra {
 /// Only a regular file is opened: a FIFO, device or directory is refused at once, without blocking on it. A symbolic
 /// link is followed when it belongs to root or to the caller, and refused otherwise.
 
-constexpr std::size_t PROFILE_FILE_MAX_BYTES = 4 * 1024 * 1024;
+constexpr std::size_t PROFILE_FILE_MAX_BYTES = std::size_t{4} * 1024 * 1024;
 
 /// Replaces the content of a file, which is created with mode 0600 when it does not exist.
 /// @return false when it cannot be opened or not every byte could be written; the old content is lost in the second

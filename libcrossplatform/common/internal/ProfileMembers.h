@@ -10,8 +10,7 @@
 ///
 /// The readers never throw: a member that is absent, of another kind, or asked of a parent that is no object reads as
 /// false, 0 or empty. The writers turn a parent that is no object into an empty object first.
-namespace Veltra {
-namespace ProfileMembers {
+namespace Veltra::ProfileMembers {
 
 /// The keys of one interface.
 struct InterfaceKeys {
@@ -96,5 +95,4 @@ std::string wirelessKey(const Json::Value& security, unsigned number);
 /// @return false, nothing changed, for a number outside 1..4 or a key that could not be encrypted
 bool setWirelessKey(Json::Value& document, unsigned number, const std::string& key);
 
-}  // namespace ProfileMembers
-}  // namespace Veltra
+}  // namespace Veltra::ProfileMembers
