@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <libcrossplatform/logging/Export.h>
+
+/// Turns a short secret into printable text for a settings file, and back. The text form hides the secret's length and
+/// protects it with a check value; who holds this library can read it, see docs/credentials.md.
+///
+/// Every operation may run on any thread. None throws, and none logs; diagnostics go to standard output once one of the
+/// flags below is on, and never before.
+class VELTRA_EXPORT EncryptedString {
+ public:
+  EncryptedString() = delete;
+
+  /// The text form of a secret, a different one at each call.
+  /// @return at least 64 characters in lines of 64, no line break at the end; empty when the secret has more than 65535
+  ///         bytes or the system has no random numbers
+  static std::string Encrypt(const std::string& text);
+  static std::string EncryptBlob(const std::vector<uint8_t>& data);
+
+  /// The secret behind a text form.
+  /// @return the secret. A text of up to 60 characters is no text form and comes back as it is: a password stored
+  ///         before secrets were encrypted, or typed in. Empty when a longer text was changed or belongs to another
+  ///         key, to be taken as "no value"; empty as well for the text form of an empty secret
+  static std::string Decrypt(const std::string& text);
+
+  /// As Decrypt, for texts of any length: a short one is no text form and gives nothing.
+  static std::vector<uint8_t> DecryptBlob(const std::string& text);
+
+  /// CRC-32 (polynomial EDB88320, reflected) of `len` bytes, continued from `crc`: 0 starts the common CRC-32, the text
+  /// form starts at FFFFFFFF.
+  static uint32_t crc32(uint32_t crc, const void* data, uint32_t len);
+
+  /// From now on, in the whole process, a refused text prints the reason to standard output.
+  static void debug();
+
+  /// As debug, and every stage is dumped in hexadecimal: secrets become readable on standard output.
+  static void verbose();
+};

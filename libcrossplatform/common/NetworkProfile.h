@@ -1,0 +1,192 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+
+#include <libcrossplatform/common/WifiProfile.h>
+#include <libcrossplatform/logging/Export.h>
+
+/// The network configuration of the instrument: interface, addresses, wireless security and recent networks. It is
+/// itself the JSON document that is stored; every accessor reads or writes a member of it.
+///
+/// Getters never throw: a member that is absent or of another JSON kind than expected reads as false, 0 or empty, and a
+/// document that is no object reads as an empty one. Setters replace what is of another kind. Every setter returns true
+/// when the value is stored; on false the document is as it was, unless said otherwise. Types and key numbers are
+/// checked against their lists, so any 32-bit number may be passed.
+///
+/// Passwords, keys, names and certificates are stored through EncryptedString. A stored secret that does not decrypt
+/// reads as empty; one of more than 65535 bytes is refused by its setter.
+///
+/// An instance shared between threads needs the caller's own lock. Only `save` and `read` lock, among all instances.
+class VELTRA_EXPORT NetworkProfile : public Json::Value {
+ public:
+  /// The file of `save` and `read`.
+  static constexpr const char* FILE_PATH = "/tmp/netprofile.dat";
+  static constexpr std::size_t MAX_DNS = 3;   ///< servers of an interface
+  static constexpr unsigned MAX_RECENT = 10;  ///< recent networks kept
+
+  /// An empty document.
+  NetworkProfile();
+  using Json::Value::operator=;  ///< replaces the document whole
+
+  // The interface in use: either the USB Wi-Fi adapter or the wired one. Switching one off switches the other on.
+
+  bool getWifiEnabled() const;
+  bool getWiredEnabled() const;
+  bool setWifiEnabled(bool enabled = true);
+  bool setWiredEnabled(bool enabled = true);
+
+  // Static IPv4 settings in dotted form and DHCP, for the wired interface and the USB Wi-Fi adapter. Addresses are
+  // refused when invalidIPv4 says so, masks when invalidMask does.
+
+  std::string getInetAddr() const;
+  std::string getMask() const;
+  std::string getBroadcast() const;
+  std::string getGateway() const;
+  bool getDHCP() const;
+  bool setInetAddr(const std::string& text);
+  bool setMask(const std::string& text);
+  bool setBroadcast(const std::string& text);
+  bool setGateway(const std::string& text);
+  bool setDHCP(bool use);
+
+  std::string getUsbWifiInetAddr() const;
+  std::string getUsbWifiMask() const;
+  std::string getUsbWifiBroadcast() const;
+  std::string getUsbWifiGateway() const;
+  bool getUsbWifiDHCP() const;
+  bool setUsbWifiInetAddr(const std::string& text);
+  bool setUsbWifiMask(const std::string& text);
+  bool setUsbWifiBroadcast(const std::string& text);
+  bool setUsbWifiGateway(const std::string& text);
+  bool setUsbWifiDHCP(bool use);
+
+  /// True when the text is no dotted IPv4 address, or one that no interface can have: first octet 0, 127 or 255,
+  /// multicast (224.0.0.0 to 239.255.255.255) or link-local (169.254.0.0/16).
+  static bool invalidIPv4(const std::string& text);
+
+  /// True when the text is no dotted IPv4 mask of ones followed by zeros; 0.0.0.0 and 255.255.255.255 are masks.
+  static bool invalidMask(const std::string& text);
+
+  // DNS servers of either interface, at most MAX_DNS, counted from 0.
+
+  std::string getDNS(std::size_t i) const;  ///< empty beyond the end
+  std::size_t getDNSSize() const;
+  void clearDNS();
+  /// Appends a server. @return false when the list is full or the address invalid
+  bool addDNS(const std::string& text);
+  /// Replaces server i, by an empty text too; one past the last, appends as addDNS.
+  /// @return false beyond that, or when the address is invalid
+  bool setDNS(std::size_t i, const std::string& text);
+
+  std::string getUsbWifiDNS(std::size_t i) const;
+  std::size_t getUsbWifiDNSSize() const;
+  void clearUsbWifiDNS();
+  bool addUsbWifiDNS(const std::string& text);
+  bool setUsbWifiDNS(std::size_t i, const std::string& text);
+
+  // The wireless network and how it is secured.
+
+  std::string getUsbWifiSSID() const;
+  bool setUsbWifiSSID(const std::string& ssid);
+
+  Encryption::Type getEncryption() const;
+  bool setEncryption(uint32_t type);
+
+  UsbWifiSecurity::Type getUsbWifiSecurity() const;
+  /// Stores the security type and moves the encryption to one that suits it: "None" for open; for WEP "WEP-64" unless
+  /// it is "WEP-128" or "WEP"; for WPA "Auto" unless it is "TKIP" or "AES". Enterprise sets a missing EAP to "PEAP
+  /// MD5".
+  bool setUsbWifiSecurity(uint32_t type);
+
+  Eap::Type getEap() const;
+  bool setEap(uint32_t type);
+  bool anyEap() const;  ///< whether an EAP type is stored
+
+  // WEP keys, numbered 1 to 4.
+
+  std::string getWirelessKey(unsigned k) const;
+  std::size_t getWirelessKeySize() const;  ///< places of the stored list, those without a key included
+  void clearWirelessKey();
+  /// Stores key k and makes it the active one. An empty key removes it, and the lowest key that is still set becomes
+  /// active, even when the removed one was not.
+  /// @return false when k is not 1..4, or a key is not valid for the encryption (validWirelessKey)
+  bool setWirelessKey(unsigned k, const std::string& key);
+  uint32_t getActiveKey() const;  ///< 1..4, 0 when none was ever set
+  /// @return false when key k is not set
+  bool setActiveKey(unsigned k);
+
+  /// True for 10 or 26 hexadecimal digits.
+  static bool hexWirelessKey(const std::string& key);
+  /// True for 13 characters or 26 hexadecimal digits when `type` is WEP-128, for 5 characters or 10 hexadecimal digits
+  /// when it is any other.
+  static bool validWirelessKey(uint32_t type, const std::string& key);
+
+  // Credentials.
+
+  std::string getWirelessPassword() const;
+  bool setWirelessPassword(const std::string& password);
+  std::string getUser() const;
+  bool setUser(const std::string& user);
+  std::string getPassword() const;
+  bool setPassword(const std::string& password);
+  std::string getSecurityId() const;
+  bool setSecurityId(const std::string& id);
+  bool getAlternateId() const;
+  bool setAlternateId(bool use);
+
+  std::vector<uint8_t> getCertificate() const;
+  bool setCertificate(const std::vector<uint8_t>& certificate);
+  bool setCertificate(const std::string& certificate);
+  std::vector<uint8_t> getCertificateKey() const;
+  bool setCertificateKey(const std::vector<uint8_t>& key);
+  bool setCertificateKey(const std::string& key);
+  std::string getCertificateName() const;
+  bool setCertificateName(const std::string& name);
+
+  // Recent wireless networks, newest first.
+
+  /// @return false, `out` as it was, when there is no network i
+  bool getWifiProfile(std::size_t i, WifiProfile& out) const;
+  /// Puts a network first. An equal one is replaced; of more than MAX_RECENT the oldest are dropped.
+  /// @return false, nothing changed, when one of its secrets could not be encrypted
+  bool addWifiProfile(const WifiProfile& profile);
+  /// Puts the current wireless settings first.
+  bool addCurrentWifiProfile();
+  bool recentIsEmpty() const;
+  /// Forgets the recent networks, the current network's name and its security.
+  void removeAllStoredWifiData();
+  /// Makes a network the current wireless settings, through the setters above and in their order: name, DHCP, static
+  /// addresses and DNS while DHCP is off, security type, encryption, then what the security type needs.
+  /// @return false at the first setter that refuses; what was set before it stays set. So an empty broadcast address is
+  ///         refused while DHCP is off, and a WEP network whose active key number has no key yet
+  bool setConfigFromWifiProfile(const WifiProfile& profile);
+
+  // The document as a whole.
+
+  /// Writes the document as styled JSON, indented by tabs.
+  void dump(std::ostream& stream) const;
+
+  /// Writes the document to FILE_PATH, or a path of the caller's choice. The file is created with mode 0600.
+  /// @return false when a byte could not be written, or the path is not a regular file. A symbolic link is followed
+  ///         when it belongs to root or the caller
+  bool save() const;
+  bool saveTo(const std::string& path) const;
+
+  /// Replaces the document by the one in FILE_PATH, or a path of the caller's choice. Comments are kept.
+  /// @return false, the document as it was, when the file is missing, not JSON, longer than 4 MiB, or not a file that
+  ///         saveTo would write to
+  bool read();
+  bool readFrom(const std::string& path);
+
+ private:
+  bool setConfigOfSecurity(const WifiProfile& profile);
+
+  static std::mutex _mutex;  // one for the profile file, among all instances
+};

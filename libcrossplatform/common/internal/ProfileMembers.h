@@ -1,0 +1,98 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include <json/value.h>
+
+/// Access to the members of a stored network profile, shared by all who read or write one.
+///
+/// The readers never throw: a member that is absent, of another kind, or asked of a parent that is no object reads as
+/// false, 0 or empty. The writers turn a parent that is no object into an empty object first.
+namespace Veltra::ProfileMembers {
+
+/// The keys of one interface.
+struct InterfaceKeys {
+  const char* inetAddr;
+  const char* mask;
+  const char* broadcast;
+  const char* gateway;
+  const char* useDhcp;
+  const char* dnsList;
+};
+constexpr InterfaceKeys WIRED = {"InetAddr", "Mask", "Broadcast", "Gateway", "Use DHCP", "DNSList"};
+constexpr InterfaceKeys USB_WIFI = {"UsbWifiInetAddr", "UsbWifiMask",     "UsbWifiBroadcast",
+                                    "UsbWifiGateway",  "UsbWifiUse DHCP", "UsbWifiDNSList"};
+constexpr char WIFI_INTERFACE[] = "Wifi Interface";
+constexpr char SSID[] = "WiFi SSID";
+constexpr char RECENT[] = "Recent";
+constexpr char SECURITY[] = "Wireless Security";
+
+// Members of the security object.
+constexpr char SECURITY_TYPE[] = "Security Type";
+constexpr char ENCRYPTION[] = "Encryption";
+constexpr char EAP[] = "EAP";
+constexpr char KEYS[] = "Key";
+constexpr char ACTIVE_KEY[] = "Active Key";
+constexpr char WIRELESS_PASSWORD[] = "Wireless Password";
+constexpr char USER[] = "User";
+constexpr char PASSWORD[] = "Password";
+constexpr char SECURITY_ID[] = "ID";
+constexpr char ALTERNATE_ID[] = "Alternate Id";
+constexpr char CERTIFICATE[] = "Certificate";
+constexpr char CERTIFICATE_KEY[] = "Certificate Key";
+constexpr char CERTIFICATE_NAME[] = "Certificate Name";
+
+constexpr unsigned WIRELESS_KEYS = 4;
+
+/// The member of any kind, a JSON null included; a null pointer when there is none.
+const Json::Value* find(const Json::Value& parent, const char* key);
+
+bool flag(const Json::Value& parent, const char* key);
+uint32_t number(const Json::Value& parent, const char* key);
+std::string text(const Json::Value& parent, const char* key);
+std::string secret(const Json::Value& parent, const char* key);  ///< decrypted
+const Json::Value& array(const Json::Value& parent, const char* key);
+std::string textAt(const Json::Value& array, std::size_t index);  ///< empty beyond the end
+
+/// The position of the stored text in a table of names, 0 when it is none of them.
+template <std::size_t N>
+uint32_t name(const Json::Value& parent, const char* key, const char* const (&names)[N]) {
+  const std::string stored = text(parent, key);
+  for (uint32_t i = 0; i < N; ++i) {
+    if (stored == names[i]) return i;
+  }
+  return 0;
+}
+
+bool set(Json::Value& parent, const char* key, const Json::Value& value);  ///< always true
+void remove(Json::Value& parent, const char* key);
+Json::Value& writableArray(Json::Value& parent, const char* key);
+
+/// @return false, nothing stored, when `type` is no position of the table
+template <std::size_t N>
+bool setName(Json::Value& parent, const char* key, const char* const (&names)[N], uint32_t type) {
+  if (type >= N) return false;
+  return set(parent, key, names[type]);
+}
+
+// The security object of a document: the current settings or one recent network.
+
+const Json::Value& security(const Json::Value& document);
+Json::Value& writableSecurity(Json::Value& document);
+
+/// Stores what EncryptedString made of a secret among the security members.
+/// @return false, nothing changed, when that is empty
+bool setEncrypted(Json::Value& document, const char* key, const std::string& encrypted);
+
+// WEP keys, by number from 1. A number outside 1..4 has no key.
+
+bool wirelessKeyIsSet(const Json::Value& security, unsigned number);
+std::string wirelessKey(const Json::Value& security, unsigned number);
+
+/// Stores a key, or a JSON null for an empty one, in an array of four places at least.
+/// @return false, nothing changed, for a number outside 1..4 or a key that could not be encrypted
+bool setWirelessKey(Json::Value& document, unsigned number, const std::string& key);
+
+}  // namespace Veltra::ProfileMembers

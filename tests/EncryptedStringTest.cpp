@@ -1,0 +1,302 @@
+#include <libcrossplatform/common/EncryptedString.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <numeric>
+#include <set>
+#include <sstream>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <openssl/err.h>
+
+#include <libcrossplatform/common/internal/CredentialText.h>
+
+using namespace Veltra;
+
+namespace {
+
+constexpr CredentialKey TEST_KEY = {{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}};
+
+using Bytes = std::vector<uint8_t>;
+
+Bytes bytesOf(const std::string& text) {
+  return Bytes(text.begin(), text.end());
+}
+
+// A fixed source. Its first word is one that the draw of the offset must not take.
+RandomWords fixedWords() {
+  return [first = true, word = uint32_t{0}]() mutable {
+    if (first) {
+      first = false;
+      return uint32_t{4294967292U};
+    }
+    word = word * 1664525U + 1013904223U;
+    return word;
+  };
+}
+
+std::string seal(const Bytes& payload, const CredentialKey& key = TEST_KEY) {
+  return sealCredential(payload, key, fixedWords(), {});
+}
+
+struct Opened {
+  bool ok;
+  Bytes payload;
+  std::string debug;
+  std::string verbose;
+};
+
+Opened open(const std::string& text, const CredentialKey& key = TEST_KEY) {
+  std::ostringstream debug;
+  std::ostringstream verbose;
+  SecretBytes payload(3);
+  const bool ok = openCredential(text, key, {&debug, &verbose}, payload);
+  return {ok, Bytes(payload.begin(), payload.end()), debug.str(), verbose.str()};
+}
+
+// Text of bytes that were encrypted properly but need not be an envelope.
+std::string sealRaw(const Bytes& plain) {
+  return encodeBase64(encryptCbc(plain, TEST_KEY));
+}
+
+// Zeros with the given offset and length in the header, and a check value that fits.
+Bytes envelopeWith(std::size_t size, uint8_t offset, uint8_t lengthLow, uint8_t lengthHigh) {
+  Bytes envelope(size, 0);
+  envelope[1] = offset;
+  envelope[3] = lengthLow;
+  envelope[4] = lengthHigh;
+  const uint32_t check = EncryptedString::crc32(0xFFFFFFFF, envelope.data(), static_cast<uint32_t>(size - 4));
+  for (std::size_t i = 0; i < 4; ++i) envelope[size - 4 + i] = static_cast<uint8_t>(check >> (24 - 8 * i));
+  return envelope;
+}
+
+}  // namespace
+
+TEST(CredentialEnvelope, DrawsOffsetThenFillerAndPlacesTheFields) {
+  const Bytes expected = {0x47, 0x0a, 0xaa, 0x0b, 0x00, 0x57, 0xa3, 0x81, 0x94, 0xcb, 0x73, 0x65,
+                          0x63, 0x72, 0x65, 0x74, 0x20, 0x70, 0x61, 0x73, 0x73, 0x66, 0x3f, 0x03,
+                          0x43, 0xfb, 0x9c, 0x73, 0x22, 0x57, 0x05, 0x5e, 0x60, 0xfd, 0xa0, 0x9c,
+                          0x2c, 0xfa, 0x90, 0x39, 0x15, 0x98, 0xd0, 0x15, 0x3d, 0xbd, 0x07, 0x9a};
+  const SecretBytes envelope = buildEnvelope(bytesOf("secret pass"), fixedWords());
+  EXPECT_EQ(Bytes(envelope.begin(), envelope.end()), expected);
+}
+
+// Made by another implementation of envelope, AES and base64 from the same random words.
+TEST(CredentialText, MatchesTheKnownText) {
+  const std::string known =
+      "RhBdae9y8NCHX+Y09OSd7pJdOGMcrtzkaPwnU2Fafaf8nuCQd+kvI9uyQ5XCIfJm\nPYmDBiYlzfFeBUUyc0ULhQ==";
+  EXPECT_EQ(seal(bytesOf("secret pass")), known);
+  EXPECT_EQ(open(known).payload, bytesOf("secret pass"));
+}
+
+TEST(CredentialText, LengthsUpToTheLimitComeBack) {
+  struct Row {
+    std::size_t payload;
+    std::size_t envelope;
+  };
+  for (const Row& row : {Row{0, 32}, Row{1, 48}, Row{16, 48}, Row{17, 64}, Row{65535, 65568}}) {
+    SCOPED_TRACE(row.payload);
+    Bytes payload(row.payload);
+    std::iota(payload.begin(), payload.end(), uint8_t{1});
+    EXPECT_EQ(buildEnvelope(payload, fixedWords()).size(), row.envelope);
+    const Opened opened = open(seal(payload));
+    EXPECT_TRUE(opened.ok);
+    EXPECT_EQ(opened.payload, payload);
+  }
+  EXPECT_EQ(seal(Bytes(0)).size(), 64U);
+  EXPECT_EQ(seal(Bytes(65536)), "");
+}
+
+TEST(CredentialText, EveryRefusalSaysWhy) {
+  Bytes wrongCheck = envelopeWith(32, 5, 0, 0);
+  wrongCheck[7] ^= 1;
+  std::ostringstream check;
+  check << std::hex << EncryptedString::crc32(0xFFFFFFFF, wrongCheck.data(), 28);
+  struct Row {
+    const char* name;
+    std::string text;
+    std::string message;
+  };
+  const Row rows[] = {
+      {"no whole block", encodeBase64(Bytes(17, 1)), "EVP_DecryptFinal_ex failed\n"},
+      {"padding only", sealRaw({}), "decyphered plain test is wrong  pl=0 fl=0\n"},
+      {"under a block", sealRaw(Bytes(15)), "decyphered plain test is wrong  pl=0 fl=15\n"},
+      {"check value", sealRaw(wrongCheck), "CRC is wrong  crc=" + check.str() + "\n"},
+      {"offset 4", sealRaw(envelopeWith(32, 4, 0, 0)), "bad header data enoffset=4cypherlen=0p1=32\n"},
+      {"offset 27", sealRaw(envelopeWith(32, 27, 0, 0)), "bad header data enoffset=27cypherlen=0p1=32\n"},
+      {"length by one", sealRaw(envelopeWith(32, 5, 28, 0)), "bad header data enoffset=5cypherlen=28p1=32\n"},
+      {"largest length", sealRaw(envelopeWith(32, 5, 255, 255)), "bad header data enoffset=5cypherlen=65535p1=32\n"},
+      {"offset behind the end", sealRaw(envelopeWith(20, 26, 0, 0)), "bad header data enoffset=26cypherlen=0p1=20\n"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const Opened opened = open(row.text);
+    EXPECT_FALSE(opened.ok);
+    EXPECT_TRUE(opened.payload.empty());
+    EXPECT_EQ(opened.debug, row.message);
+  }
+  EXPECT_EQ(open("=").verbose, "base64 decoded length=0\n");
+  EXPECT_EQ(open("=").debug, "");
+  EXPECT_EQ(ERR_peek_error(), 0U);  // nothing is left for the next reader of OpenSSL's queue
+}
+
+// The length is compared with the room behind the offset, check value included: kept for stored texts.
+TEST(CredentialText, PayloadMayReachIntoTheCheckValue) {
+  EXPECT_EQ(open(sealRaw(envelopeWith(32, 5, 27, 0))).payload.size(), 27U);
+}
+
+TEST(CredentialText, LineBreaksMayStandAnywhereAndNothingElse) {
+  const std::string text = seal(Bytes(63, 'x'));
+  std::string bare = text;
+  bare.erase(std::remove(bare.begin(), bare.end(), '\n'), bare.end());
+  const auto with = [&](std::size_t at, const std::string& inserted) {
+    return bare.substr(0, at) + inserted + bare.substr(at);
+  };
+  const std::string accepted[] = {bare, text + "\n", with(1, "\n\n"), with(7, "\r\n"), "\n" + bare};
+  for (const std::string& good : accepted) EXPECT_TRUE(open(good).ok) << testing::PrintToString(good);
+  const std::string refused[] = {with(64, " "),
+                                 with(64, "\r"),
+                                 with(64, std::string(1, '\0')),
+                                 text + "\r",
+                                 with(4, "===="),
+                                 "AAAA\n" + bare,
+                                 "junk!\n" + text,
+                                 text + "AAAA",
+                                 text.substr(0, 152),
+                                 "-----\n" + bare + "\n-----"};
+  for (const std::string& bad : refused) EXPECT_FALSE(open(bad).ok) << testing::PrintToString(bad);
+
+  // 2 and 1 spare bits before the padding: only zeros are the text of the bytes.
+  EXPECT_EQ(decodeBase64("QQ=="), bytesOf("A"));
+  EXPECT_TRUE(decodeBase64("QR==").empty());
+  EXPECT_TRUE(decodeBase64("QUE").empty());
+}
+
+TEST(CredentialText, ExhaustiveNoCharacterCanBeChanged) {
+  for (const std::size_t size : {0U, 8U, 13U, 63U}) {
+    const std::string text = seal(Bytes(size, 'p'));
+    ASSERT_TRUE(open(text).ok);
+    std::string changed = text;
+    SecretBytes payload;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+      for (int delta = 1; delta < 256; ++delta) {
+        changed[at] = static_cast<char>(text[at] ^ delta);
+        ASSERT_FALSE(openCredential(changed, TEST_KEY, {}, payload)) << size << " bytes, position " << at;
+      }
+      changed[at] = text[at];
+    }
+  }
+}
+
+TEST(CredentialText, AnotherKeyReadsNothing) {
+  CredentialKey other = TEST_KEY;
+  other[15] ^= 1;
+  EXPECT_FALSE(open(seal(bytesOf("secret"), other)).ok);
+}
+
+TEST(CredentialText, HexDumpLayout) {
+  Bytes bytes(35, 0xAB);
+  std::iota(bytes.begin(), bytes.begin() + 16, uint8_t{0x1F});
+  std::fill(bytes.begin() + 32, bytes.end(), uint8_t{'z'});
+  bytes[34] = ' ';
+  std::ostringstream out;
+  hexDump(out, bytes);
+  const std::string gap(8, ' ');
+  EXPECT_EQ(out.str(), "0000  1F 20 21 22 23 24 25 26  27 28 29 2A 2B 2C 2D 2E " + gap + ". !\"#$%&'()*+,-.\n" +
+                           "0010  AB AB AB AB AB AB AB AB  AB AB AB AB AB AB AB AB " + gap + "................\n" +
+                           "0020  7A 7A 20" + std::string(49, ' ') + "zz\n");
+}
+
+TEST(EncryptedString, TextsDifferAndComeBack) {
+  const std::string first = EncryptedString::Encrypt("pass phrase");
+  const std::string second = EncryptedString::Encrypt("pass phrase");
+  EXPECT_NE(first, second);
+  EXPECT_EQ(EncryptedString::Decrypt(first), "pass phrase");
+  EXPECT_EQ(EncryptedString::Decrypt(second), "pass phrase");
+  EXPECT_EQ(EncryptedString::Encrypt("").size(), 64U);
+  EXPECT_EQ(EncryptedString::Decrypt(EncryptedString::Encrypt("")), "");
+
+  const Bytes blob = {0, 255, 0, 10};
+  EXPECT_EQ(EncryptedString::DecryptBlob(EncryptedString::EncryptBlob(blob)), blob);
+  EXPECT_EQ(EncryptedString::EncryptBlob(Bytes(65536)), "");
+  EXPECT_EQ(EncryptedString::Encrypt(std::string(65536, 'a')), "");
+}
+
+TEST(EncryptedString, ShortTextsAreNoCiphertext) {
+  const std::string text = EncryptedString::Encrypt("secret");
+  EXPECT_EQ(EncryptedString::Decrypt(text.substr(0, 60)), text.substr(0, 60));
+  EXPECT_EQ(EncryptedString::Decrypt(text.substr(0, 61)), "");
+  EXPECT_EQ(EncryptedString::Decrypt(std::string(61, 'p')), "");
+  EXPECT_EQ(EncryptedString::Decrypt("typed in"), "typed in");
+  EXPECT_TRUE(EncryptedString::DecryptBlob("typed in").empty());
+  EXPECT_TRUE(EncryptedString::DecryptBlob("").empty());
+}
+
+TEST(EncryptedString, Crc32InvertsOnEntryAndExit) {
+  const char digits[] = "123456789";
+  EXPECT_EQ(EncryptedString::crc32(0, digits, 9), 0xCBF43926U);           // the common CRC-32
+  EXPECT_EQ(EncryptedString::crc32(0xFFFFFFFF, digits, 9), 0xD202D277U);  // the register starts at zero
+  EXPECT_EQ(EncryptedString::crc32(EncryptedString::crc32(0, digits, 4), digits + 4, 5), 0xCBF43926U);
+  EXPECT_EQ(EncryptedString::crc32(7, nullptr, 0), 7U);
+}
+
+TEST(EncryptedString, ThreadsDrawDifferentTexts) {
+  constexpr int THREADS = 8;
+  constexpr int TEXTS = 2000;
+  std::vector<std::vector<std::string>> texts(THREADS);
+  std::vector<std::thread> threads;
+  for (std::vector<std::string>& mine : texts) {
+    threads.emplace_back([&mine] {
+      for (int i = 0; i < TEXTS; ++i) mine.push_back(EncryptedString::Encrypt("same"));
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  std::set<std::string> all;
+  for (const std::vector<std::string>& some : texts) {
+    for (const std::string& text : some) {
+      all.insert(text);
+      ASSERT_EQ(EncryptedString::Decrypt(text), "same");
+    }
+  }
+  EXPECT_EQ(all.size(), static_cast<std::size_t>(THREADS) * TEXTS);
+}
+
+TEST(EncryptedString, SilentUntilAFlagIsOn) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  const std::string text = EncryptedString::Encrypt("secret");
+  EncryptedString::Decrypt(text);
+  EncryptedString::Decrypt(std::string(64, 'A'));
+  EncryptedString::DecryptBlob("?");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+// The flags cannot be switched off again, so they are switched on in a child.
+TEST(EncryptedStringDeathTest, FlagsPrintToStandardOutput) {
+  const auto child = [] {
+    const auto printed = [](const std::string& text) {
+      testing::internal::CaptureStdout();
+      EncryptedString::Decrypt(text);
+      return testing::internal::GetCapturedStdout();
+    };
+    const std::string garbage = seal({}, CredentialKey{{9}});
+    EncryptedString::debug();
+    const std::string reason = printed(garbage);
+    const std::string undecodable = printed(std::string(64, '?'));
+    EncryptedString::verbose();
+    const std::string dumped = printed(garbage);
+    testing::internal::CaptureStdout();
+    EncryptedString::Encrypt("secret");
+    const std::string stages = testing::internal::GetCapturedStdout();
+    std::size_t dumps = 0;
+    for (std::size_t at = 0; (at = stages.find("\n0000  ", at)) != std::string::npos; ++at) ++dumps;
+    const bool good = !reason.empty() && reason.back() == '\n' && undecodable.empty() &&
+                      dumped.compare(0, 6, "0000  ") == 0 && dumped.find(reason) != std::string::npos &&
+                      printed(std::string(64, '?')) == "base64 decoded length=0\n" &&
+                      stages.compare(0, 4, "crc=") == 0 && dumps == 3;
+    std::exit(good ? 0 : 1);
+  };
+  EXPECT_EXIT(child(), testing::ExitedWithCode(0), "");
+}
