@@ -7,6 +7,7 @@
 #include <libcrossplatform/common/internal/ProfileFile.h>
 #include <libcrossplatform/common/internal/ProfileMembers.h>
 #include <libcrossplatform/common/jsonutil.h>
+#include <libcrossplatform/serialization/JsonText.h>
 
 namespace Stored = Veltra::ProfileMembers;
 
@@ -205,7 +206,7 @@ bool NetworkProfile::invalidMask(const std::string& text) {
 }
 
 void NetworkProfile::dump(std::ostream& stream) const {
-  Veltra::writeStyledJson(stream, *this, "\t");
+  Dump::writeStyledJson(stream, *this, "\t");
 }
 
 bool NetworkProfile::save() const {

@@ -6,7 +6,6 @@
 #include <utility>
 
 #include <json/reader.h>
-#include <json/writer.h>
 
 #include <libcrossplatform/common/TextUtil.h>
 #include <libcrossplatform/common/TimeUtil.h>
@@ -15,7 +14,7 @@
 #include <libcrossplatform/serialization/NumberText.h>
 
 // Documents in the field were written for this reader, which accepts comments and any root value by default; the newer
-// builder refuses some of them. It stays, in this unit alone, and so does the writer whose layout those documents have.
+// builder refuses some of them. It stays, in this unit alone.
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 #ifndef __clang__
 // g++ 12 takes the storage of an empty boost::optional for a value that is read.
@@ -90,10 +89,6 @@ bool parseJson(const std::string& text, Json::Value& out, bool collectComments) 
   } catch (const Json::Exception&) {  // thrown beyond 1000 levels of nesting
     return false;
   }
-}
-
-void writeStyledJson(std::ostream& out, const Json::Value& value, const char* indentation) {
-  Json::StyledStreamWriter(indentation).write(out, value);
 }
 
 const Json::Value* jsonMember(const Json::Value& v, const char* key) {

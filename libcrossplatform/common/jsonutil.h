@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <ctime>
-#include <iosfwd>
 #include <string>
 
 #include <json/value.h>
@@ -24,9 +23,6 @@ VELTRA_EXPORT Json::Value toJson(unsigned long long value);
 /// Parses a document; comments are allowed and kept when asked for.
 /// @return false on any fault, nesting beyond 1000 levels included; `out` is then as it was
 VELTRA_EXPORT bool parseJson(const std::string& text, Json::Value& out, bool collectComments);
-
-/// Writes a document in the styled form, comments included, each level indented by `indentation`.
-VELTRA_EXPORT void writeStyledJson(std::ostream& out, const Json::Value& value, const char* indentation);
 
 /// The value the readers below read: member `key` of the object `v`, or `v` itself when key is null or `v` no object.
 /// @return null when the object has no such member; else a pointer into `v`
