@@ -32,5 +32,6 @@ void addInfo(CLI::App& app, const Options& options, Run& run);
 void addList(CLI::App& app, const Options& options, Run& run);
 void addShow(CLI::App& app, const Options& options, Run& run);
 void addIds(CLI::App& app, const Options& options, Run& run);
+void addNetprofile(CLI::App& app, const Options& options, Run& run);
 
 }  // namespace Command

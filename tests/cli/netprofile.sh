@@ -1,0 +1,35 @@
+# The network profile: change settings, see them masked, and every kind of refusal.
+np() { veltra netprofile "$@" --file p.dat; }
+t np show
+t np set address 192.168.1.20
+t np set address 127.0.0.1
+t np set mask 255.0.255.0
+t np set dns2 10.0.0.1
+t np set dns1 10.0.0.1
+t np set dhcp perhaps
+t np set wifi yes
+t np set ssid "Site office"
+t np set security WPA-WPA2-Enterprise
+t np set security WPA3
+t np set passphrase "on the command line"
+printf 'correct horse battery\n' > secret.txt
+input=secret.txt t np set passphrase
+t np set user
+t np set certificate x
+t np set colour blue
+t np set address
+input=secret.txt t np set wep-key1
+t np show
+t np show -f jsonl
+t np show --reveal -f jsonl
+t sh -c 'grep -c "correct horse" p.dat'
+t stat -c %a p.dat
+t np check
+sed -i 's/192.168.1.20/300.1.1.1/; s/"Auto"/"auto"/; s/"Wireless Password" : "./&!/' p.dat
+t np check
+t np check -f jsonl
+echo '[' > p.dat
+t np show
+t np set wifi no
+echo '[]' > p.dat
+t np check

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+
+#include <libcrossplatform/common/NetworkProfile.h>
+
+namespace Inspect {
+
+/// One setting of the network profile, as the command names it. One table serves showing, changing and checking.
+struct ProfileSetting {
+  const char* name;
+  bool secret;
+  const char* wanted;  ///< what a value must be, for refusals; null where a setting is only shown
+  Json::Value (*get)(const NetworkProfile& profile);  ///< null where it is not set
+  bool (*set)(NetworkProfile& profile, const std::string& text);
+};
+
+const std::vector<ProfileSetting>& profileSettings();
+/// Null for an unknown name.
+const ProfileSetting* findProfileSetting(const std::string& name);
+
+/// The settings by name, secrets as "********" unless revealed, and the recent networks.
+Json::Value profileJson(const NetworkProfile& profile, bool reveal);
+
+/// What is wrong with a stored profile: values its own setters would refuse, names outside their lists, secrets that do
+/// not decrypt, members of the wrong kind. One line each; no secret is in them.
+std::vector<std::string> checkProfile(const NetworkProfile& profile);
+
+}  // namespace Inspect

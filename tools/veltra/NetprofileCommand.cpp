@@ -1,0 +1,180 @@
+#include <termios.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <iostream>
+#include <memory>
+
+#include <fmt/format.h>
+
+#include <tools/inspect/ProfileView.h>
+
+#include "Commands.h"
+
+namespace Command {
+namespace {
+
+struct Arguments {
+  std::string file = NetworkProfile::FILE_PATH;
+  bool reveal = false;
+  std::string setting;
+  std::string value;
+};
+
+/// Reads the stored profile. A missing file is an empty profile where that is `allowed`.
+bool readProfile(const std::string& file, bool missingAllowed, NetworkProfile& profile) {
+  if (profile.readFrom(file)) return true;
+  if (access(file.c_str(), F_OK) != 0) {
+    if (errno == ENOENT && missingAllowed) return true;
+    complain(fmt::format("{}: {}", file, std::strerror(errno)));
+    return false;
+  }
+  complain(fmt::format("{}: cannot be read: a regular file of JSON of at most 4 MiB is wanted", file));
+  return false;
+}
+
+int show(const Arguments& args, const Options& options) {
+  NetworkProfile profile;
+  if (!readProfile(args.file, false, profile)) return EXIT_COULD_NOT;
+  const Json::Value json = Inspect::profileJson(profile, args.reveal);
+  if (options.format == FORMAT_JSON) {
+    printJson(json);
+  } else if (options.format == FORMAT_JSONL) {
+    printJsonLine(json);
+  } else {
+    Table table({{"Setting"}, {"Value"}});
+    for (const Inspect::ProfileSetting& setting : Inspect::profileSettings()) {
+      const Json::Value& value = json["settings"][setting.name];
+      table.add({setting.name, value.isBool()   ? (value.asBool() ? "yes" : "no")
+                               : value.isNull() ? "-"
+                                                : value.asString()});
+    }
+    for (const Json::Value& network : json["recent"]) {
+      table.add({"recent", fmt::format("{} ({})", network["ssid"].asString(), network["security"].asString())});
+    }
+    table.print();
+  }
+  return EXIT_DONE;
+}
+
+/// Keeps the terminal from showing what is typed, and gives it back when the user interrupts.
+class EchoOff {
+ public:
+  EchoOff() {
+    tcgetattr(STDIN_FILENO, &shown);
+    termios hidden = shown;
+    hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+    std::signal(SIGINT, giveBack);
+    tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
+  }
+  ~EchoOff() {
+    tcsetattr(STDIN_FILENO, TCSAFLUSH, &shown);
+    std::signal(SIGINT, SIG_DFL);
+  }
+  EchoOff(const EchoOff&) = delete;
+  EchoOff& operator=(const EchoOff&) = delete;
+
+ private:
+  static void giveBack(int signal) {
+    tcsetattr(STDIN_FILENO, TCSAFLUSH, &shown);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+  }
+  static termios shown;
+};
+termios EchoOff::shown{};
+
+/// One line without echo from a terminal, or the first line of what standard input is.
+bool readSecret(const std::string& name, std::string& secret) {
+  if (isatty(STDIN_FILENO) == 0) return static_cast<bool>(std::getline(std::cin, secret));
+  fmt::print(stderr, "{}: ", name);
+  bool ok = false;
+  {
+    const EchoOff echoOff;
+    ok = static_cast<bool>(std::getline(std::cin, secret));
+  }
+  fmt::print(stderr, "\n");
+  return ok;
+}
+
+int usage(const std::string& text) {
+  complain(text);
+  return EXIT_USAGE;
+}
+
+int set(const Arguments& args, bool hasValue) {
+  const Inspect::ProfileSetting* const setting = Inspect::findProfileSetting(args.setting);
+  if (setting == nullptr) return usage(fmt::format("{}: no such setting; show lists them", args.setting));
+  if (setting->set == nullptr) return usage(fmt::format("{}: is only shown", args.setting));
+  if (setting->secret && hasValue) {
+    return usage(fmt::format("{}: a secret is read from a prompt or from standard input, never from the command line",
+                             args.setting));
+  }
+  if (!setting->secret && !hasValue) return usage(fmt::format("{}: a value is wanted", args.setting));
+  NetworkProfile profile;
+  if (!readProfile(args.file, true, profile)) return EXIT_COULD_NOT;
+  std::string value = args.value;
+  if (setting->secret && !readSecret(setting->name, value)) {
+    complain(fmt::format("{}: nothing on standard input", args.setting));
+    return EXIT_COULD_NOT;
+  }
+  const bool taken = setting->set(profile, value);
+  if (!taken) {
+    complain(fmt::format("{}: found {}, wanted {}", args.setting,
+                         setting->secret ? "something else" : "\"" + value + "\"", setting->wanted));
+  }
+  if (setting->secret) explicit_bzero(&value[0], value.size());
+  if (!taken) return EXIT_NO;
+  if (profile.saveTo(args.file)) return EXIT_DONE;
+  complain(fmt::format("{}: cannot be written: {}", args.file, std::strerror(errno)));
+  return EXIT_COULD_NOT;
+}
+
+int check(const Arguments& args, const Options& options) {
+  NetworkProfile profile;
+  if (!readProfile(args.file, false, profile)) return EXIT_COULD_NOT;
+  const std::vector<std::string> found = Inspect::checkProfile(profile);
+  Json::Value json(Json::objectValue);
+  json["file"] = args.file;
+  json["findings"] = Json::Value(Json::arrayValue);
+  for (const std::string& line : found) json["findings"].append(line);
+  switch (options.format) {
+    case FORMAT_TABLE:
+      for (const std::string& line : found) fmt::print("{}\n", printable(line));
+      if (found.empty()) fmt::print("{}: nothing wrong\n", printable(args.file));
+      break;
+    case FORMAT_JSON:
+      printJson(json);
+      break;
+    case FORMAT_JSONL:
+      printJsonLine(json);
+      break;
+  }
+  return found.empty() ? EXIT_DONE : EXIT_NO;
+}
+
+}  // namespace
+
+void addNetprofile(CLI::App& app, const Options& options, Run& run) {
+  CLI::App* const command = app.add_subcommand("netprofile", "Show, change and check the stored network profile");
+  const auto args = std::make_shared<Arguments>();
+  command->require_subcommand(1);
+  command->fallthrough();
+  command->add_option("--file", args->file, "the stored profile")->type_name("F")->capture_default_str();
+
+  CLI::App* const showing = command->add_subcommand("show", "The settings, secrets masked");
+  showing->add_flag("--reveal", args->reveal, "show secrets as they are");
+  showing->callback([args, &options, &run] { run = [args, &options] { return show(*args, options); }; });
+
+  CLI::App* const setting = command->add_subcommand("set", "Change one setting; a secret is read from standard input");
+  setting->add_option("setting", args->setting, "its name, as show prints it")->required()->type_name("NAME");
+  CLI::Option* const value = setting->add_option("value", args->value, "its new value")->type_name("VALUE");
+  setting->callback([args, value, &run] { run = [args, value] { return set(*args, value->count() > 0); }; });
+
+  CLI::App* const checking = command->add_subcommand("check", "Whether the stored values are ones the profile takes");
+  checking->callback([args, &options, &run] { run = [args, &options] { return check(*args, options); }; });
+}
+
+}  // namespace Command
