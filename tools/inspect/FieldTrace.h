@@ -1,0 +1,63 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <json/value.h>
+
+#include <libcrossplatform/serialization/ByteStreamReader.h>
+
+namespace Inspect {
+
+/// One field as a record read it.
+struct TracedField {
+  std::vector<std::string> path;  ///< names of the records around it and its own, elements of a list numbered
+  const char* kind;               ///< wire kind: "u8", "string", "bytes", ...
+  uint32_t offset;
+  uint32_t size;  ///< bytes, a string's length word included
+  Json::Value value;
+};
+
+/// A stream that notes every field it is read for: name, wire kind, place and value. It offers no window, so that the
+/// field lists tell it their names.
+class TracingReader final : public Marshal::IObjectReader {
+ public:
+  /// @param bytes  borrowed; at least one
+  explicit TracingReader(const std::vector<uint8_t>& bytes);
+  const std::vector<TracedField>& trace() const { return _fields; }
+
+  uint32_t position() const override { return _in.position(); }
+  bool seekTo(uint32_t position) override { return _in.seekTo(position); }
+  void beginField(const char* name) override { _name = name; }
+  void beginRecord(const char* name) override;
+  void endRecord() override;
+  bool readBool(bool& v) override;
+  bool readUInt8(uint8_t& v) override;
+  bool readInt8(int8_t& v) override;
+  bool readUInt16(uint16_t& v) override;
+  bool readInt16(int16_t& v) override;
+  bool readUInt32(uint32_t& v) override;
+  bool readInt32(int32_t& v) override;
+  bool readInt64(int64_t& v) override;
+  bool readFloat(float& v) override;
+  bool readBytes(uint8_t* data, uint32_t size) override;
+  bool readString(std::string& v) override;
+  Marshal::StreamOpStatus status() const override { return _in.status(); }
+
+ private:
+  bool note(bool ok, const char* kind, uint32_t start, Json::Value value);
+
+  Marshal::ByteStreamReader _in;
+  std::vector<TracedField> _fields;
+  std::vector<std::string> _path;
+  std::map<std::vector<std::string>, int> _elements;  ///< how many elements each list has begun so far
+  std::string _name;
+};
+
+/// The fields as nested objects, counted texts as one text each; headers and counts are left out.
+Json::Value treeOf(const std::vector<TracedField>& fields);
+
+}  // namespace Inspect
