@@ -13,13 +13,21 @@
 namespace Inspect {
 
 ByteSource::~ByteSource() {
-  if (_descriptor > STDIN_FILENO) close(_descriptor);
+  close();
+}
+
+void ByteSource::close() {
+  if (_descriptor > STDIN_FILENO) ::close(_descriptor);
+  _descriptor = -1;
+  _windowSize = 0;
 }
 
 bool ByteSource::open(const std::string& path, std::string& error) {
+  close();
   const bool isStandardInput = path == "-";
   _name = isStandardInput ? "standard input" : path;
-  _descriptor = isStandardInput ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  // A FIFO among the files of a folder must not hold everything up.
+  _descriptor = isStandardInput ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   struct stat info {};
   if (_descriptor < 0 || fstat(_descriptor, &info) != 0) {
     error = fmt::format("{}: {}", _name, std::strerror(errno));
@@ -29,14 +37,19 @@ bool ByteSource::open(const std::string& path, std::string& error) {
     error = fmt::format("{}: is a directory, a file is wanted", _name);
     return false;
   }
-  if (!S_ISREG(info.st_mode)) return takeIn(error);
+  _inMemory = !S_ISREG(info.st_mode);
+  if (_inMemory) {
+    fcntl(_descriptor, F_SETFL, fcntl(_descriptor, F_GETFL) & ~O_NONBLOCK);  // a pipe may be slow to fill
+    return takeIn(error);
+  }
   _size = static_cast<uint64_t>(info.st_size);
+  _bytes.resize(WINDOW);
   return true;
 }
 
 bool ByteSource::takeIn(std::string& error) {
   constexpr std::size_t PIECE = 64 * 1024;
-  _inMemory = true;
+  _bytes.clear();
   for (;;) {
     const std::size_t at = _bytes.size();
     if (at > PIPE_LIMIT) {
@@ -56,19 +69,44 @@ bool ByteSource::takeIn(std::string& error) {
   return true;
 }
 
-std::size_t ByteSource::readAt(uint64_t offset, void* to, std::size_t size) const {
-  if (offset >= _size) return 0;
-  const auto wanted = static_cast<std::size_t>(std::min<uint64_t>(size, _size - offset));
-  if (_inMemory) {
-    std::memcpy(to, &_bytes[static_cast<std::size_t>(offset)], wanted);
-    return wanted;
-  }
+std::size_t ByteSource::readFile(uint64_t offset, uint8_t* to, std::size_t size) const {
   std::size_t done = 0;
-  while (done < wanted) {
-    const ssize_t got =
-        pread(_descriptor, static_cast<uint8_t*>(to) + done, wanted - done, static_cast<off_t>(offset + done));
+  while (done < size) {
+    const ssize_t got = pread(_descriptor, to + done, size - done, static_cast<off_t>(offset + done));
     if (got == 0 || (got < 0 && errno != EINTR)) break;
     if (got > 0) done += static_cast<std::size_t>(got);
+  }
+  return done;
+}
+
+std::size_t ByteSource::view(uint64_t offset, const uint8_t*& at) const {
+  if (offset >= _size) return 0;
+  if (_inMemory) {
+    at = &_bytes[static_cast<std::size_t>(offset)];
+    return static_cast<std::size_t>(std::min<uint64_t>(WINDOW, _size - offset));
+  }
+  // Most inputs fit the window whole; of the others a header at its end is read again with what follows.
+  const bool isInside = offset >= _windowAt && offset - _windowAt < _windowSize;
+  const std::size_t skipped = isInside ? static_cast<std::size_t>(offset - _windowAt) : 0;
+  const bool reachesEnd = _windowAt + _windowSize >= _size;
+  if (!isInside || (!reachesEnd && _windowSize - skipped < WINDOW / 2)) {
+    _windowAt = offset;
+    _windowSize = readFile(offset, _bytes.data(), static_cast<std::size_t>(std::min<uint64_t>(WINDOW, _size - offset)));
+    at = _bytes.data();
+    return _windowSize;
+  }
+  at = &_bytes[skipped];
+  return _windowSize - skipped;
+}
+
+std::size_t ByteSource::readAt(uint64_t offset, void* to, std::size_t size) const {
+  std::size_t done = 0;
+  while (done < size) {
+    const uint8_t* at = nullptr;
+    const std::size_t got = std::min(view(offset + done, at), size - done);
+    if (got == 0) break;
+    std::memcpy(static_cast<uint8_t*>(to) + done, at, got);
+    done += got;
   }
   return done;
 }

@@ -7,31 +7,39 @@
 namespace Inspect {
 
 /// The bytes of one input: a file, or standard input for the path "-". What cannot be read at a position, a pipe, is
-/// taken into memory, up to a limit.
+/// taken into memory, up to a limit; of a file only a window is held. One object may be used for many inputs in turn.
 class ByteSource {
  public:
   static constexpr uint64_t PIPE_LIMIT = uint64_t{1} << 30;
+  static constexpr std::size_t WINDOW = 128 * 1024;
 
   ByteSource() = default;
   ~ByteSource();
   ByteSource(const ByteSource&) = delete;
   ByteSource& operator=(const ByteSource&) = delete;
 
+  /// Opens an input in place of the one before.
   /// @return false, with `error` saying what is wrong with which input
   bool open(const std::string& path, std::string& error);
   const std::string& name() const { return _name; }  ///< the path, or "standard input"
   uint64_t size() const { return _size; }
   /// Reads up to `size` bytes at `offset`. @return how many there were; fewer only at the end or after a read error
   std::size_t readAt(uint64_t offset, void* to, std::size_t size) const;
+  /// Up to WINDOW bytes at `offset` in place, valid until the next call. @return how many there are from `at` on
+  std::size_t view(uint64_t offset, const uint8_t*& at) const;
 
  private:
+  void close();
   bool takeIn(std::string& error);
+  std::size_t readFile(uint64_t offset, uint8_t* to, std::size_t size) const;
 
   std::string _name;
   int _descriptor = -1;
   uint64_t _size = 0;
   bool _inMemory = false;
-  std::vector<uint8_t> _bytes;
+  mutable std::vector<uint8_t> _bytes;  ///< all there are in memory, or the window of a file
+  mutable uint64_t _windowAt = 0;
+  mutable std::size_t _windowSize = 0;
 };
 
 /// A whole file as text, for descriptions and lists. @return false, with `error` filled, also beyond `limit` bytes

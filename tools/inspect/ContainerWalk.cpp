@@ -1,8 +1,6 @@
 #include <tools/inspect/ContainerWalk.h>
 
 #include <algorithm>
-#include <array>
-#include <cstring>
 #include <memory>
 
 #include <fmt/format.h>
@@ -47,14 +45,14 @@ std::string hex(uint32_t value) {
 }
 
 uint32_t crcOf(const ByteSource& source, uint64_t offset, uint32_t size) {
-  std::array<uint8_t, 64 * 1024> piece;
   uLong crc = crc32(0, nullptr, 0);
   while (size > 0) {
-    const std::size_t got = source.readAt(offset, piece.data(), std::min<std::size_t>(size, piece.size()));
+    const uint8_t* at = nullptr;
+    const auto got = static_cast<uint32_t>(std::min<std::size_t>(source.view(offset, at), size));
     if (got == 0) break;
-    crc = crc32(crc, piece.data(), static_cast<uInt>(got));
+    crc = crc32(crc, at, got);
     offset += got;
-    size -= static_cast<uint32_t>(got);
+    size -= got;
   }
   return static_cast<uint32_t>(crc);
 }

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <libcrossplatform/serialization/ByteStreamReader.h>
+#include <tools/inspect/Doctor.h>
 
 namespace Inspect {
 namespace {
@@ -31,21 +32,10 @@ void readSummary(const ByteSource& source, FileSummary& out) {
   // Damage of the payload itself was found by the walk.
   if (first->verdict != DataVerdict::OK) return;
   std::vector<uint8_t> bytes;
-  std::string error;
-  const auto add = [&](FindingCode code, std::string wanted, std::string found) {
-    out.report.findings.push_back({code, first->payloadOffset(), first->number, std::move(wanted), std::move(found)});
-  };
-  if (!loadPayload(source, *first, bytes, error)) {
-    const bool tooBig = first->originalSize > PFile::Section::MAX_UNCOMPRESSED;
-    return add(tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED, "a zlib stream of at most 8 MiB", error);
-  }
-  int status = Marshal::STREAM_SHORT;
-  if (!bytes.empty()) {
-    Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
-    status = out.summary.deserialize(in);
-  }
-  if (status != Marshal::STREAM_OK) return add(E09_RECORD, "a ResultSummary", fmt::format("code {}", status));
-  out.hasSummary = true;
+  const DecodedRecord record = examineRecord(source, *first, bytes, out.report.findings);
+  if (record.outcome != DecodedRecord::DECODED || record.id != Veltra::ResultSummary::SERIAL_TYPE_ID) return;
+  Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
+  out.hasSummary = out.summary.deserialize(in) == Marshal::STREAM_OK;
 }
 
 }  // namespace

@@ -39,32 +39,43 @@ Json::Value numberOf(const ScaledInt& value) {
   return scale < 0 ? raw * std::pow(10.0, -scale) : raw / std::pow(10.0, scale);
 }
 
-Json::Value summaryRecord(Marshal::IObjectReader& in, int& status) {
-  ResultSummary summary;
-  status = summary.deserialize(in);
-  return summaryJson(summary);
+void noteOddities(const ResultSummary& summary, DecodedRecord& record) {
+  if (!summary.length.value.hasPrintableScale() || !summary.headroom.value.hasPrintableScale()) {
+    record.hasScaleWithoutText = true;
+  }
+  if (summary.numPassTests < 0 || summary.numPassStarTests < 0 || summary.numFailTests < 0) {
+    record.hasNegativeCount = true;
+  }
 }
 
-Json::Value summaryListRecord(Marshal::IObjectReader& in, int& status) {
+void decodeSummary(Marshal::IObjectReader& in, DecodedRecord& record) {
+  ResultSummary summary;
+  record.status = summary.deserialize(in);
+  record.json = summaryJson(summary);
+  noteOddities(summary, record);
+}
+
+void decodeSummaryList(Marshal::IObjectReader& in, DecodedRecord& record) {
   Veltra::ResultSummaryList list;
-  status = list.deserialize(in);
-  Json::Value json(Json::objectValue);
-  Json::Value& object = json[Veltra::ResultSummaryList::JSON_ROOT_NAME];
+  record.status = list.deserialize(in);
+  Json::Value& object = record.json[Veltra::ResultSummaryList::JSON_ROOT_NAME];
   object["size"] = static_cast<unsigned>(list.size());
   object["items"] = Json::Value(Json::arrayValue);
-  for (const auto& summary : list) object["items"].append(summaryJson(*summary));
-  return json;
+  for (const auto& summary : list) {
+    object["items"].append(summaryJson(*summary));
+    noteOddities(*summary, record);
+  }
 }
 
 /// The records told by their serial type id.
 struct Decoder {
   uint32_t id;
   const char* name;
-  Json::Value (*decode)(Marshal::IObjectReader& in, int& status);
+  void (*decode)(Marshal::IObjectReader& in, DecodedRecord& record);
 };
 constexpr Decoder DECODERS[] = {
-    {ResultSummary::SERIAL_TYPE_ID, ResultSummary::JSON_ROOT_NAME, summaryRecord},
-    {Veltra::ResultSummaryList::SERIAL_TYPE_ID, Veltra::ResultSummaryList::JSON_ROOT_NAME, summaryListRecord},
+    {ResultSummary::SERIAL_TYPE_ID, ResultSummary::JSON_ROOT_NAME, decodeSummary},
+    {Veltra::ResultSummaryList::SERIAL_TYPE_ID, Veltra::ResultSummaryList::JSON_ROOT_NAME, decodeSummaryList},
 };
 
 }  // namespace
@@ -130,12 +141,12 @@ DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes) {
   DecodedRecord record;
   if (bytes.empty()) return record;
   Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
-  uint32_t id = 0;
-  if (Marshal::peekHeaderSerialTypeID(in, id) != Marshal::STREAM_OK) return record;
+  if (Marshal::peekHeaderSerialTypeID(in, record.id) != Marshal::STREAM_OK) return record;
   for (const Decoder& decoder : DECODERS) {
-    if (decoder.id != id) continue;
+    if (decoder.id != record.id) continue;
     record.name = decoder.name;
-    record.json = decoder.decode(in, record.status);
+    decoder.decode(in, record);
+    record.used = in.position();
     record.outcome = record.status == Marshal::STREAM_OK ? DecodedRecord::DECODED : DecodedRecord::DAMAGED;
   }
   return record;

@@ -34,12 +34,16 @@ struct DecodedRecord {
     DAMAGED,  ///< a known record, which did not decode
   };
   Outcome outcome = NO_RECORD;
+  uint32_t id = 0;   ///< combined serial type id
   std::string name;  ///< of its class
   Json::Value json;
-  int status = 0;  ///< code of deserialize(), when damaged
+  int status = 0;     ///< code of deserialize()
+  uint32_t used = 0;  ///< bytes the record took
+  bool hasScaleWithoutText = false;
+  bool hasNegativeCount = false;
 };
 
-/// Decodes the headed record a payload begins with, told by its serial type id. Never stops the program.
+/// Decodes the headed record that bytes begin with, told by its serial type id. Never stops the program.
 DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes);
 
 }  // namespace Inspect

@@ -1,0 +1,80 @@
+#include <tools/inspect/Doctor.h>
+
+#include <fmt/format.h>
+
+#include <libcrossplatform/common/ResultFile.h>
+
+namespace Inspect {
+namespace {
+
+/// What a section's header says of its content, before its data is looked at.
+void examineHeader(const SectionInfo& section, std::vector<Finding>& findings) {
+  const PFile::Header& header = section.header;
+  if (section.number == 0) return;
+  const boost::optional<uint16_t> newest = Veltra::newestKnownVersion(header.type);
+  if (newest && header.version > *newest) {
+    findings.push_back({W01_NEWER_VERSION, section.offset, section.number, fmt::format("version {} at most", *newest),
+                        fmt::format("version {}", header.version)});
+  }
+  if (!newest && PFile::sectionIdToString(header.type) == nullptr) {
+    findings.push_back({W02_UNKNOWN_TYPE, section.offset, section.number, "a known section type",
+                        fmt::format("type {}", header.type)});
+  }
+}
+
+}  // namespace
+
+DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section, std::vector<uint8_t>& bytes,
+                            std::vector<Finding>& findings) {
+  DecodedRecord record;
+  std::string error;
+  const auto add = [&](FindingCode code, std::string wanted, std::string found) {
+    findings.push_back({code, section.payloadOffset(), section.number, std::move(wanted), std::move(found)});
+  };
+  if (!loadPayload(source, section, bytes, error)) {
+    const bool tooBig = section.originalSize > PFile::Section::MAX_UNCOMPRESSED;
+    add(tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED,
+        tooBig ? "8388608 bytes at most" : "a zlib stream of the original size",
+        fmt::format("{} bytes claimed", section.originalSize.value_or(0)));
+    return record;
+  }
+  record = decodeRecord(bytes);
+  const bool isSummary = section.header.type == PFile::SECTION_RESULT_SUMMARY;
+  if (record.outcome == DecodedRecord::DAMAGED) {
+    add(E09_RECORD, "a " + record.name, fmt::format("code {}", record.status));
+  } else if (isSummary && record.id != Veltra::ResultSummary::SERIAL_TYPE_ID) {
+    add(E09_RECORD, "a ResultSummary", record.name.empty() ? "no known record" : record.name);
+  }
+  if (record.outcome != DecodedRecord::DECODED) return record;
+  if (record.hasScaleWithoutText) add(E10_SCALE_WITHOUT_TEXT, "a scale from -1 to 4", "another");
+  if (record.hasNegativeCount) add(W04_NEGATIVE_COUNT, "counts of 0 to 127", "a negative one");
+  if (record.used < bytes.size()) {
+    add(W03_BYTES_BEHIND_END, fmt::format("{} bytes of {}", record.used, record.name),
+        fmt::format("{} bytes", bytes.size()));
+  }
+  return record;
+}
+
+ContainerReport examine(const ByteSource& source, Examination examination) {
+  ContainerReport report =
+      walk(source, examination == Examination::QUICK ? WalkDepth::HEADERS : WalkDepth::HEADERS_AND_CRCS);
+  for (const SectionInfo& section : report.sections) {
+    examineHeader(section, report.findings);
+    if (examination != Examination::DEEP || section.number == 0 || section.verdict != DataVerdict::OK) continue;
+    std::vector<uint8_t> bytes;
+    examineRecord(source, section, bytes, report.findings);
+  }
+  return report;
+}
+
+std::string nextCommand(const std::string& file, const Finding& finding) {
+  if (finding.code <= E06_LENGTH_DIFFERS) {
+    return finding.code == E02_NO_FILE_HEADER && finding.section && finding.offset == 0
+               ? fmt::format("veltra recover {} -o NEW, if it was one once", file)
+               : fmt::format("veltra recover {} -o NEW", file);
+  }
+  if (finding.section) return fmt::format("veltra annotate {} -s {}", file, *finding.section);
+  return fmt::format("veltra list {}", file);
+}
+
+}  // namespace Inspect

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <tools/inspect/ContainerWalk.h>
+#include <tools/inspect/RecordView.h>
+
+namespace Inspect {
+
+enum class Examination {
+  QUICK,     ///< headers alone
+  ORDINARY,  ///< and CRCs
+  DEEP,      ///< and every compressed section inflated, every known record decoded
+};
+
+/// Walks a container and says what is wrong with it. Memory follows the largest section.
+ContainerReport examine(const ByteSource& source, Examination examination);
+
+/// Loads an intact section and decodes its record.
+/// @param bytes     receives the payload, uncompressed
+/// @param findings  what is wrong with either is added
+DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section, std::vector<uint8_t>& bytes,
+                            std::vector<Finding>& findings);
+
+/// The command line that helps next with a finding.
+std::string nextCommand(const std::string& file, const Finding& finding);
+
+}  // namespace Inspect
