@@ -13,6 +13,7 @@ damaged longer && echo "more" >> longer.vres && t veltra list longer.vres
 damaged header-crc && patch header-crc.vres 30 ff && t veltra info header-crc.vres
 damaged data-crc && patch data-crc.vres 60 ff && t veltra info data-crc.vres && t veltra show data-crc.vres
 damaged magic && patch magic.vres 0 4747 && t veltra list magic.vres
+damaged other-magic && patch other-magic.vres 24 4747 && header_crc other-magic.vres 24 && t veltra list other-magic.vres
 damaged total && patch total.vres 20 00000000 && t veltra list total.vres
 # As a writer leaves it that never closed: total 20 behind a CRC over 0, as its header says.
 damaged unclosed && patch unclosed.vres 12 2144df1c && patch unclosed.vres 16 58c7e4e3 && patch unclosed.vres 20 14000000 &&

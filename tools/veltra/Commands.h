@@ -26,12 +26,16 @@ struct FileAnswer {
 int answerForFiles(const std::vector<std::string>& files, const Options& options,
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
 
+/// Says so when a file stands where one is to be written and must not be replaced.
+bool refusesToReplace(const std::string& path, bool force);
+
 // Each adds its subcommand to the application and sets `run` when it is chosen.
 void addPack(CLI::App& app, const Options& options, Run& run);
 void addInfo(CLI::App& app, const Options& options, Run& run);
 void addList(CLI::App& app, const Options& options, Run& run);
 void addShow(CLI::App& app, const Options& options, Run& run);
 void addIds(CLI::App& app, const Options& options, Run& run);
+void addRecover(CLI::App& app, const Options& options, Run& run);
 void addNetprofile(CLI::App& app, const Options& options, Run& run);
 
 }  // namespace Command

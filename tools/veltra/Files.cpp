@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstdio>
 
@@ -31,6 +33,13 @@ int answerForFiles(const std::vector<std::string>& files, const Options& options
   }
   if (options.format == FORMAT_JSON) printJson(document);
   return code;
+}
+
+bool refusesToReplace(const std::string& path, bool force) {
+  struct stat info {};
+  if (force || lstat(path.c_str(), &info) != 0) return false;
+  complain(path + ": exists; --force replaces it");
+  return true;
 }
 
 }  // namespace Command

@@ -76,7 +76,7 @@ void printIndented(const std::string& name, const Json::Value& value, int depth)
 }  // namespace
 
 int worse(int a, int b) {
-  constexpr int ORDER[] = {EXIT_COULD_NOT, EXIT_NO, EXIT_DONE};
+  constexpr int ORDER[] = {EXIT_COULD_NOT, EXIT_NO, EXIT_WITH_LOSS, EXIT_DONE};
   for (const int code : ORDER) {
     if (a == code || b == code) return code;
   }

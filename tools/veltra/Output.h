@@ -13,6 +13,7 @@ enum Format { FORMAT_TABLE, FORMAT_JSON, FORMAT_JSONL };
 constexpr int EXIT_DONE = 0;
 constexpr int EXIT_NO = 1;  ///< the answer is no: damage
 constexpr int EXIT_USAGE = 2;
+constexpr int EXIT_WITH_LOSS = 3;  ///< done, with loss or warnings
 constexpr int EXIT_COULD_NOT = 4;  ///< could not be done
 
 /// What every command is given.
@@ -20,7 +21,7 @@ struct Options {
   Format format = FORMAT_TABLE;
 };
 
-/// With many inputs the worst code counts: could not, no, done.
+/// With many inputs the worst code counts: 4, 1, 3, 0.
 int worse(int a, int b);
 
 /// Text from outside as a terminal may show it: control characters and bytes that are no UTF-8 become \xNN.

@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include <memory>
 
 #include <fmt/format.h>
@@ -39,11 +37,7 @@ int pack(const Arguments& args, const Options& options) {
     complain(fmt::format("{}: {}", args.description == "-" ? "standard input" : args.description, error));
     return EXIT_COULD_NOT;
   }
-  struct stat info {};
-  if (!args.force && lstat(args.output.c_str(), &info) == 0) {
-    complain(fmt::format("{}: exists; --force replaces it", args.output));
-    return EXIT_COULD_NOT;
-  }
+  if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
   Inspect::PackedFile packed;
   if (!Inspect::packResult(description, args.output, args.level, packed, error)) {
     complain(error);

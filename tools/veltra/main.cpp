@@ -28,6 +28,7 @@ int runCommand(int argc, char** argv) {
   addList(app, options, run);
   addShow(app, options, run);
   addIds(app, options, run);
+  addRecover(app, options, run);
   addNetprofile(app, options, run);
   try {
     app.parse(argc, argv);

@@ -1,0 +1,107 @@
+#include <memory>
+
+#include <fmt/format.h>
+
+#include <tools/inspect/Doctor.h>
+#include <tools/inspect/FileSummary.h>
+#include <tools/inspect/Recover.h>
+
+#include "Commands.h"
+
+namespace Command {
+namespace {
+
+struct Arguments {
+  std::string file;
+  std::string output;
+  bool force = false;
+};
+
+Json::Value recoveryJson(const Arguments& args, const Inspect::Recovery& recovery) {
+  Json::Value json(Json::objectValue);
+  json["file"] = args.file;
+  json["output"] = args.output;
+  json["wasClosed"] = recovery.wasClosed;
+  json["missing"] = static_cast<Json::UInt64>(recovery.missing);
+  json["kept"] = Json::Value(Json::arrayValue);
+  json["lost"] = Json::Value(Json::arrayValue);
+  for (const Inspect::SectionInfo& section : recovery.kept) json["kept"].append(toJson(section));
+  for (const Inspect::LostRange& lost : recovery.lost) {
+    Json::Value range(Json::objectValue);
+    range["offset"] = static_cast<Json::UInt64>(lost.offset);
+    range["bytes"] = static_cast<Json::UInt64>(lost.bytes);
+    json["lost"].append(range);
+  }
+  return json;
+}
+
+void printText(const Arguments& args, const Inspect::Recovery& recovery) {
+  fmt::print("{}: {} sections kept in {}{}\n", printable(args.file), recovery.kept.size(), printable(args.output),
+             recovery.wasClosed ? "" : ", which is closed now");
+  for (const Inspect::LostRange& lost : recovery.lost) {
+    fmt::print("{}: offset {}: {} bytes lost\n", printable(args.file), lost.offset, lost.bytes);
+  }
+  if (recovery.missing > 0) {
+    fmt::print("{}: {} bytes less than it records\n", printable(args.file), recovery.missing);
+  }
+}
+
+/// Whether the output is as good as it is said to be.
+bool passesDoctor(const std::string& path) {
+  std::string error;
+  Inspect::ByteSource written;
+  if (!written.open(path, error)) {
+    complain(error);
+    return false;
+  }
+  const Inspect::ContainerReport report = examine(written, Inspect::Examination::ORDINARY);
+  for (const Inspect::Finding& finding : report.findings) {
+    if (Inspect::isDamage(finding.code)) complain(describe(path, finding));
+  }
+  return !report.damaged();
+}
+
+int recover(const Arguments& args, const Options& options) {
+  std::string error;
+  Inspect::ByteSource source;
+  if (!source.open(args.file, error)) {
+    complain(error);
+    return EXIT_COULD_NOT;
+  }
+  if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
+  const Inspect::Recovery recovery = findSections(source);
+  if (recovery.kept.empty()) {
+    complain(fmt::format("{}: no intact section in it", source.name()));
+    return EXIT_NO;
+  }
+  if (!writeRecovered(source, recovery, args.output, error)) {
+    complain(error);
+    return EXIT_COULD_NOT;
+  }
+  if (!passesDoctor(args.output)) return EXIT_COULD_NOT;
+  switch (options.format) {
+    case FORMAT_TABLE:
+      printText(args, recovery);
+      break;
+    case FORMAT_JSON:
+      printJson(recoveryJson(args, recovery));
+      break;
+    case FORMAT_JSONL:
+      printJsonLine(recoveryJson(args, recovery));
+      break;
+  }
+  return recovery.lost.empty() && recovery.missing == 0 ? EXIT_DONE : EXIT_WITH_LOSS;
+}
+
+}  // namespace
+
+void addRecover(CLI::App& app, const Options& options, Run& run) {
+  CLI::App* const command = app.add_subcommand("recover", "Save every intact section of a damaged file into a new one");
+  const auto args = std::make_shared<Arguments>();
+  command->add_option("file", args->file, "the damaged file; - reads standard input")->required()->type_name("FILE");
+  command->add_option("-o,--output", args->output, "the file to write")->required()->type_name("NEW");
+  command->add_flag("--force", args->force, "replace an existing file");
+  command->callback([args, &options, &run] { run = [args, &options] { return recover(*args, options); }; });
+}
+
+}  // namespace Command
