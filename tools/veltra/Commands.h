@@ -15,15 +15,24 @@ using Run = std::function<int()>;
 
 /// What a command found out about one file.
 struct FileAnswer {
-  Json::Value json;                ///< the file's element of the JSON document
-  std::vector<Json::Value> lines;  ///< its JSON lines
+  std::string text;               ///< for the table format
+  Json::Value json;               ///< the file's element of the JSON document
+  std::vector<Json::Value> rows;  ///< its JSON lines and CSV rows, flat objects
   std::vector<Inspect::Finding> findings;
 };
 
-/// Asks `answer` about each file and prints what it says: in the table format `answer` itself prints. Findings go to
-/// standard error, after what was printed.
-/// @return 0; 1 a file is damaged; 4 a file could not be read
-int answerForFiles(const std::vector<std::string>& files, const Options& options,
+/// The files meant by paths: with -r every regular file below a directory, in order of name.
+/// @return false, with a complaint, for a path that cannot be looked into; the others are there all the same
+bool filesOf(const std::vector<std::string>& paths, const Options& options, std::vector<std::string>& files);
+
+/// Asks about each file, on several threads, and prints the answers in the order of the files. Nothing is held of a
+/// file once it is printed.
+/// @param columns   of the CSV rows; none where the command has no CSV
+/// @param complain  findings go to standard error; without, the answers themselves tell them
+/// @return the worst of 0; 1 a file is damaged; 3 a file has warnings, where the answers tell findings; 4 a file could
+///         not be read
+int answerForFiles(const std::vector<std::string>& paths, const Options& options,
+                   const std::vector<std::string>& columns, bool complainOfFindings,
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
 
 /// Says so when a file stands where one is to be written and must not be replaced.
@@ -35,6 +44,7 @@ void addInfo(CLI::App& app, const Options& options, Run& run);
 void addList(CLI::App& app, const Options& options, Run& run);
 void addShow(CLI::App& app, const Options& options, Run& run);
 void addIds(CLI::App& app, const Options& options, Run& run);
+void addDoctor(CLI::App& app, const Options& options, Run& run);
 void addRecover(CLI::App& app, const Options& options, Run& run);
 void addNetprofile(CLI::App& app, const Options& options, Run& run);
 

@@ -29,41 +29,21 @@ struct Arguments {
 
 /// Prints IDs one a line, as {"ids": [...]} or as one object a line.
 void printIds(const std::vector<std::string>& ids, const Options& options) {
-  Json::Value json(Json::arrayValue);
+  Document document;
+  document.columns = {"id"};
+  document.json["ids"] = Json::Value(Json::arrayValue);
   for (const std::string& id : ids) {
-    Json::Value line(Json::objectValue);
-    line["id"] = id;
-    switch (options.format) {
-      case FORMAT_TABLE:
-        fmt::print("{}\n", printable(id));
-        break;
-      case FORMAT_JSON:
-        json.append(id);
-        break;
-      case FORMAT_JSONL:
-        printJsonLine(line);
-        break;
-    }
+    document.text += printable(id) + "\n";
+    document.json["ids"].append(id);
+    document.rows.emplace_back(Json::objectValue);
+    document.rows.back()["id"] = id;
   }
-  if (options.format != FORMAT_JSON) return;
-  Json::Value document(Json::objectValue);
-  document["ids"] = json;
-  printJson(document);
+  if (!ids.empty() || options.format != FORMAT_JSONL) printDocument(document, options);
 }
 
 /// Prints one answer: its text, or its JSON.
 int answer(const std::string& text, const Json::Value& json, const Options& options) {
-  switch (options.format) {
-    case FORMAT_TABLE:
-      fmt::print("{}\n", printable(text));
-      break;
-    case FORMAT_JSON:
-      printJson(json);
-      break;
-    case FORMAT_JSONL:
-      printJsonLine(json);
-      break;
-  }
+  printDocument({printable(text) + "\n", json, {}, {}}, options);
   return EXIT_DONE;
 }
 
@@ -92,17 +72,18 @@ int idAt(const Inspect::CableIdSet& set, uint32_t ordinal, const Options& option
 
 int check(const Inspect::CableIdSet& set, const std::vector<std::string>& ids, const Options& options) {
   Table table({{"ID"}, {"In set"}, {"Ordinal", true}});
-  Json::Value document(Json::objectValue);
+  Document document;
+  document.columns = {"id", "ordinal"};
   int code = EXIT_DONE;
   for (const std::string& id : ids) {
     const std::optional<uint32_t> ordinal = set.ordinalOf(id);
     if (!ordinal) code = EXIT_NO;
     table.add({id, ordinal ? "yes" : "no", ordinal ? std::to_string(*ordinal) : "-"});
-    document["ids"].append(idAndOrdinal(id, ordinal));
-    if (options.format == FORMAT_JSONL) printJsonLine(idAndOrdinal(id, ordinal));
+    document.rows.push_back(idAndOrdinal(id, ordinal));
+    document.json["ids"].append(document.rows.back());
   }
-  if (options.format == FORMAT_TABLE) table.print();
-  if (options.format == FORMAT_JSON) printJson(document);
+  document.text = table.text();
+  printDocument(document, options);
   return code;
 }
 

@@ -10,42 +10,46 @@
 namespace Command {
 namespace {
 
-void line(const char* name, const std::string& value) {
-  fmt::print("  {:<9} {}\n", name, printable(value));
+std::string line(const char* name, const std::string& value) {
+  return fmt::format("  {:<9} {}\n", name, printable(value));
 }
 
-void printScreen(const Inspect::FileSummary& file) {
+std::string screen(const Inspect::FileSummary& file) {
   const Inspect::ContainerReport& report = file.report;
-  fmt::print("{}: {}\n", printable(report.name), file.kind);
+  std::string text = fmt::format("{}: {}\n", printable(report.name), file.kind);
   if (file.hasSummary) {
     const Veltra::ResultSummary& s = file.summary;
-    line("Result", fmt::format("{} ({})", s.getResultName(), toString(s.resultType)));
-    line("Verdict", toString(s.status));
-    line("Length", Inspect::measurementText(s.length));
-    line("Headroom", Inspect::measurementText(s.headroom));
-    line("Time", Inspect::isoUtc(static_cast<time_t>(s.timeStamp)));
-    line("Tests",
-         fmt::format("{} contained; {} passed, {} passed with a star, {} failed", std::bitset<32>(s.testFlags).count(),
-                     s.numPassTests, s.numPassStarTests, s.numFailTests));
+    text += line("Result", fmt::format("{} ({})", s.getResultName(), toString(s.resultType)));
+    text += line("Verdict", toString(s.status));
+    text += line("Length", Inspect::measurementText(s.length));
+    text += line("Headroom", Inspect::measurementText(s.headroom));
+    text += line("Time", Inspect::isoUtc(static_cast<time_t>(s.timeStamp)));
+    text += line("Tests",
+                 fmt::format("{} contained; {} passed, {} passed with a star, {} failed",
+                             std::bitset<32>(s.testFlags).count(), s.numPassTests, s.numPassStarTests, s.numFailTests));
   }
   uint64_t stored = 0, original = 0;
   for (const Inspect::SectionInfo& section : report.sections) {
     stored += section.header.dataSize;
     original += section.originalSize.value_or(section.header.dataSize);
   }
-  line("Sections", fmt::format("{}, {} bytes of data, {} uncompressed", report.sections.size(), stored, original));
-  line("Size", report.recordedLength && *report.recordedLength != report.size
-                   ? fmt::format("{} bytes, {} recorded", report.size, *report.recordedLength)
-                   : fmt::format("{} bytes", report.size));
-  line("State", report.damaged() ? "damaged" : "intact");
+  text +=
+      line("Sections", fmt::format("{}, {} bytes of data, {} uncompressed", report.sections.size(), stored, original));
+  text += line("Size", report.recordedLength && *report.recordedLength != report.size
+                           ? fmt::format("{} bytes, {} recorded", report.size, *report.recordedLength)
+                           : fmt::format("{} bytes", report.size));
+  return text + line("State", report.damaged() ? "damaged" : "intact");
 }
 
 int info(const std::vector<std::string>& files, const Options& options) {
-  return answerForFiles(files, options, [&options](const Inspect::ByteSource& source) {
+  return answerForFiles(files, options, {}, true, [&options](const Inspect::ByteSource& source) {
     const Inspect::FileSummary file = Inspect::summarize(source);
-    if (options.format == FORMAT_TABLE) printScreen(file);
-    const Json::Value json = toJson(file);
-    return FileAnswer{json, {json}, file.report.findings};
+    FileAnswer answer;
+    if (options.format == FORMAT_TABLE) answer.text = screen(file);
+    answer.json = toJson(file);
+    answer.rows = {answer.json};
+    answer.findings = file.report.findings;
+    return answer;
   });
 }
 

@@ -9,7 +9,7 @@
 namespace Command {
 namespace {
 
-void printTable(const Inspect::ContainerReport& report) {
+std::string tableOf(const Inspect::ContainerReport& report) {
   Table table({{"No", true},
                {"Offset", true},
                {"Type", true},
@@ -26,24 +26,25 @@ void printTable(const Inspect::ContainerReport& report) {
                std::to_string(header.dataSize), std::to_string(section.originalSize.value_or(header.dataSize)),
                toString(section.verdict)});
   }
-  table.print();
+  return table.text();
 }
 
 int list(const std::vector<std::string>& files, const Options& options) {
-  return answerForFiles(files, options, [&](const Inspect::ByteSource& source) {
+  const std::vector<std::string> columns = {"file",    "number",     "offset",       "type",       "name",
+                                            "version", "storedSize", "originalSize", "compressed", "crc"};
+  const bool several = files.size() > 1 || options.recursive;
+  return answerForFiles(files, options, columns, true, [&](const Inspect::ByteSource& source) {
     const Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS);
-    if (options.format == FORMAT_TABLE) {
-      if (files.size() > 1) fmt::print("{}:\n", printable(report.name));
-      printTable(report);
-    }
     FileAnswer answer;
+    if (several) answer.text = printable(report.name) + ":\n";
+    if (options.format == FORMAT_TABLE) answer.text += tableOf(report);
     answer.findings = report.findings;
     answer.json["file"] = report.name;
     answer.json["sections"] = Json::Value(Json::arrayValue);
     for (const Inspect::SectionInfo& section : report.sections) {
-      answer.lines.push_back(toJson(section));
-      answer.json["sections"].append(answer.lines.back());
-      answer.lines.back()["file"] = report.name;
+      answer.rows.push_back(toJson(section));
+      answer.json["sections"].append(answer.rows.back());
+      answer.rows.back()["file"] = report.name;
     }
     return answer;
   });

@@ -39,23 +39,16 @@ int show(const Arguments& args, const Options& options) {
   NetworkProfile profile;
   if (!readProfile(args.file, false, profile)) return EXIT_COULD_NOT;
   const Json::Value json = Inspect::profileJson(profile, args.reveal);
-  if (options.format == FORMAT_JSON) {
-    printJson(json);
-  } else if (options.format == FORMAT_JSONL) {
-    printJsonLine(json);
-  } else {
-    Table table({{"Setting"}, {"Value"}});
-    for (const Inspect::ProfileSetting& setting : Inspect::profileSettings()) {
-      const Json::Value& value = json["settings"][setting.name];
-      table.add({setting.name, value.isBool()   ? (value.asBool() ? "yes" : "no")
-                               : value.isNull() ? "-"
-                                                : value.asString()});
-    }
-    for (const Json::Value& network : json["recent"]) {
-      table.add({"recent", fmt::format("{} ({})", network["ssid"].asString(), network["security"].asString())});
-    }
-    table.print();
+  Table table({{"Setting"}, {"Value"}});
+  for (const Inspect::ProfileSetting& setting : Inspect::profileSettings()) {
+    const Json::Value& value = json["settings"][setting.name];
+    const std::string text = value.isBool() ? (value.asBool() ? "yes" : "no") : value.isNull() ? "-" : value.asString();
+    table.add({setting.name, text});
   }
+  for (const Json::Value& network : json["recent"]) {
+    table.add({"recent", fmt::format("{} ({})", network["ssid"].asString(), network["security"].asString())});
+  }
+  printDocument({table.text(), json, {}, {}}, options);
   return EXIT_DONE;
 }
 
@@ -136,22 +129,15 @@ int check(const Arguments& args, const Options& options) {
   NetworkProfile profile;
   if (!readProfile(args.file, false, profile)) return EXIT_COULD_NOT;
   const std::vector<std::string> found = Inspect::checkProfile(profile);
-  Json::Value json(Json::objectValue);
-  json["file"] = args.file;
-  json["findings"] = Json::Value(Json::arrayValue);
-  for (const std::string& line : found) json["findings"].append(line);
-  switch (options.format) {
-    case FORMAT_TABLE:
-      for (const std::string& line : found) fmt::print("{}\n", printable(line));
-      if (found.empty()) fmt::print("{}: nothing wrong\n", printable(args.file));
-      break;
-    case FORMAT_JSON:
-      printJson(json);
-      break;
-    case FORMAT_JSONL:
-      printJsonLine(json);
-      break;
+  Document document;
+  document.json["file"] = args.file;
+  document.json["findings"] = Json::Value(Json::arrayValue);
+  for (const std::string& line : found) {
+    document.json["findings"].append(line);
+    document.text += printable(line) + "\n";
   }
+  if (found.empty()) document.text = printable(args.file) + ": nothing wrong\n";
+  printDocument(document, options);
   return found.empty() ? EXIT_DONE : EXIT_NO;
 }
 

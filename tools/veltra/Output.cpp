@@ -2,26 +2,26 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
-#include <sstream>
+#include <new>
 
 #include <fmt/format.h>
 #include <json/writer.h>
 #include <libsmartcols/libsmartcols.h>
 
 namespace Command {
-namespace {
-
-constexpr int JSON_SCHEMA = 1;
-constexpr int NUMBER_DIGITS = 10;  // what a measurement of 32 bits has
 
 std::string jsonText(const Json::Value& value, const char* indentation) {
+  constexpr int NUMBER_DIGITS = 10;  // what a measurement of 32 bits has
   Json::StreamWriterBuilder builder;
   builder["indentation"] = indentation;
   builder["precision"] = NUMBER_DIGITS;
   builder["emitUTF8"] = false;  // names may hold any bytes; JSON may not
   return Json::writeString(builder, value);
 }
+
+namespace {
 
 /// Length of the UTF-8 sequence at `at`, 0 when there is none that may be shown.
 std::size_t sequenceLength(const std::string& text, std::size_t at) {
@@ -50,7 +50,7 @@ std::string scalarText(const Json::Value& value) {
   return jsonText(value, "");
 }
 
-void printIndented(const std::string& name, const Json::Value& value, int depth) {
+void appendIndented(const std::string& name, const Json::Value& value, int depth, std::string& out) {
   const std::string indent(static_cast<std::size_t>(2 * depth), ' ');
   const bool isScalar = isMeasurement(value) || !(value.isObject() || value.isArray());
   const bool isFlat = value.isArray() && std::none_of(value.begin(), value.end(),
@@ -62,14 +62,15 @@ void printIndented(const std::string& name, const Json::Value& value, int depth)
     } else {
       for (const Json::Value& element : value) text += (text.empty() ? "" : ", ") + scalarText(element);
     }
-    fmt::print("{}{}: {}\n", indent, name, text);
+    out += fmt::format("{}{}: {}\n", indent, name, text);
     return;
   }
-  fmt::print("{}{}\n", indent, name);
+  out += fmt::format("{}{}\n", indent, name);
   if (value.isObject()) {
-    for (const std::string& key : value.getMemberNames()) printIndented(printable(key), value[key], depth + 1);
+    for (const std::string& key : value.getMemberNames()) appendIndented(printable(key), value[key], depth + 1, out);
   } else {
-    for (Json::ArrayIndex i = 0; i < value.size(); ++i) printIndented(fmt::format("[{}]", i), value[i], depth + 1);
+    for (Json::ArrayIndex i = 0; i < value.size(); ++i)
+      appendIndented(fmt::format("[{}]", i), value[i], depth + 1, out);
   }
 }
 
@@ -98,7 +99,7 @@ std::string printable(const std::string& text) {
 }
 
 void printJson(Json::Value document) {
-  document["schema"] = JSON_SCHEMA;
+  document["schema"] = SCHEMA;
   fmt::print("{}\n", jsonText(document, "  "));
 }
 
@@ -106,13 +107,57 @@ void printJsonLine(const Json::Value& value) {
   fmt::print("{}\n", jsonText(value, ""));
 }
 
-void printAsText(const Json::Value& value) {
-  for (const std::string& key : value.getMemberNames()) printIndented(printable(key), value[key], 0);
+void printCsvHeader(const std::vector<std::string>& columns) {
+  fmt::print("{}\n", fmt::join(columns, ","));
 }
 
-void Table::print() const {
+void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns) {
+  std::string line;
+  for (const std::string& column : columns) {
+    const Json::Value& value = row[column];
+    std::string cell = value.isString() ? value.asString() : value.isNull() ? "" : jsonText(value, "");
+    if (cell.find_first_of(",\"\r\n") != std::string::npos) {
+      std::string quoted;
+      for (const char c : cell) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+      cell = "\"" + quoted + "\"";
+    }
+    line += (&column == &columns.front() ? "" : ",") + cell;
+  }
+  fmt::print("{}\n", line);
+}
+
+void printDocument(const Document& document, const Options& options) {
+  const std::vector<Json::Value> rows = document.rows.empty() ? std::vector<Json::Value>{document.json} : document.rows;
+  switch (options.format) {
+    case FORMAT_TABLE:
+      fmt::print("{}", document.text);
+      break;
+    case FORMAT_JSON:
+      printJson(document.json);
+      break;
+    case FORMAT_JSONL:
+      std::for_each(rows.begin(), rows.end(), printJsonLine);
+      break;
+    case FORMAT_CSV: {
+      const std::vector<std::string> columns =
+          document.columns.empty() ? rows.front().getMemberNames() : document.columns;
+      printCsvHeader(columns);
+      for (const Json::Value& row : rows) printCsvRow(row, columns);
+      break;
+    }
+  }
+}
+
+std::string indentedText(const Json::Value& object) {
+  std::string text;
+  for (const std::string& key : object.getMemberNames()) appendIndented(printable(key), object[key], 0, text);
+  return text;
+}
+
+std::string Table::text() const {
   const std::unique_ptr<libscols_table, void (*)(libscols_table*)> table(scols_new_table(), scols_unref_table);
-  if (table == nullptr) return complain("out of memory");
+  char* printed = nullptr;
+  if (table == nullptr) throw std::bad_alloc();
   for (const Column& column : _columns) {
     scols_table_new_column(table.get(), column.name, 0, column.right ? SCOLS_FL_RIGHT : 0);
   }
@@ -120,19 +165,23 @@ void Table::print() const {
     libscols_line* const line = scols_table_new_line(table.get(), nullptr);
     for (std::size_t i = 0; i < row.size(); ++i) scols_line_set_data(line, i, printable(row[i]).c_str());
   }
-  scols_print_table(table.get());
+  if (scols_print_table_to_string(table.get(), &printed) != 0) throw std::bad_alloc();
+  const std::unique_ptr<char, void (*)(void*)> owned(printed, std::free);
+  return _rows.empty() ? std::string() : std::string(printed) + "\n";
 }
 
-void printHexDump(const std::vector<uint8_t>& bytes) {
+std::string hexDump(const std::vector<uint8_t>& bytes) {
   constexpr std::size_t WIDTH = 16;
+  std::string text;
   for (std::size_t at = 0; at < bytes.size(); at += WIDTH) {
     std::string codes, characters;
     for (std::size_t i = at; i < std::min(at + WIDTH, bytes.size()); ++i) {
       codes += fmt::format("{:02x}{}", bytes[i], i - at == WIDTH / 2 - 1 ? "  " : " ");
       characters += bytes[i] >= 0x20 && bytes[i] < 0x7F ? static_cast<char>(bytes[i]) : '.';
     }
-    fmt::print("{:08x}  {:<50}{}\n", at, codes, characters);
+    text += fmt::format("{:08x}  {:<50}{}\n", at, codes, characters);
   }
+  return text;
 }
 
 void complain(const std::string& text) {

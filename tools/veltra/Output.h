@@ -7,7 +7,9 @@
 
 namespace Command {
 
-enum Format { FORMAT_TABLE, FORMAT_JSON, FORMAT_JSONL };
+enum Format { FORMAT_TABLE, FORMAT_JSON, FORMAT_JSONL, FORMAT_CSV };
+
+constexpr int SCHEMA = 1;  ///< of the JSON documents
 
 // Exit codes.
 constexpr int EXIT_DONE = 0;
@@ -19,6 +21,9 @@ constexpr int EXIT_COULD_NOT = 4;  ///< could not be done
 /// What every command is given.
 struct Options {
   Format format = FORMAT_TABLE;
+  bool quiet = false;      ///< no findings on standard error: the exit code tells
+  bool recursive = false;  ///< look into directories
+  unsigned jobs = 0;       ///< threads for many files; 0 is one a core
 };
 
 /// With many inputs the worst code counts: 4, 1, 3, 0.
@@ -27,12 +32,26 @@ int worse(int a, int b);
 /// Text from outside as a terminal may show it: control characters and bytes that are no UTF-8 become \xNN.
 std::string printable(const std::string& text);
 
+/// A value as styled JSON, or on one line with an empty indentation.
+std::string jsonText(const Json::Value& value, const char* indentation);
 /// Prints a document with its "schema" member, styled.
 void printJson(Json::Value document);
 /// Prints one value on a line of its own.
 void printJsonLine(const Json::Value& value);
-/// Prints a JSON value as indented `name: value` lines; a measurement as its text.
-void printAsText(const Json::Value& value);
+/// Prints the members of a flat object as one CSV row (RFC 4180); what is missing or null is empty.
+void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns);
+void printCsvHeader(const std::vector<std::string>& columns);
+/// One answer in all formats.
+struct Document {
+  std::string text;                  ///< for the table format
+  Json::Value json;                  ///< an object
+  std::vector<Json::Value> rows;     ///< JSON lines and CSV rows; none stands for the object itself
+  std::vector<std::string> columns;  ///< of the CSV; none stands for the members of the first row
+};
+void printDocument(const Document& document, const Options& options);
+
+/// An object as indented `name: value` lines; a measurement as its text.
+std::string indentedText(const Json::Value& object);
 
 /// Rows under column names, aligned; numbers to the right.
 class Table {
@@ -43,7 +62,7 @@ class Table {
   };
   explicit Table(std::vector<Column> columns) : _columns(std::move(columns)) {}
   void add(std::vector<std::string> cells) { _rows.push_back(std::move(cells)); }
-  void print() const;
+  std::string text() const;
 
  private:
   std::vector<Column> _columns;
@@ -51,7 +70,7 @@ class Table {
 };
 
 /// Sixteen bytes a line: offset, hexadecimal, characters.
-void printHexDump(const std::vector<uint8_t>& bytes);
+std::string hexDump(const std::vector<uint8_t>& bytes);
 
 /// One line on standard error, after the command's name.
 void complain(const std::string& text);

@@ -47,17 +47,8 @@ int pack(const Arguments& args, const Options& options) {
   json["file"] = args.output;
   json["bytes"] = static_cast<Json::UInt64>(packed.bytes);
   json["sections"] = packed.sections;
-  switch (options.format) {
-    case FORMAT_TABLE:
-      fmt::print("{}: {} sections, {} bytes\n", args.output, packed.sections, packed.bytes);
-      break;
-    case FORMAT_JSON:
-      printJson(json);
-      break;
-    case FORMAT_JSONL:
-      printJsonLine(json);
-      break;
-  }
+  printDocument({fmt::format("{}: {} sections, {} bytes\n", args.output, packed.sections, packed.bytes), json, {}, {}},
+                options);
   return EXIT_DONE;
 }
 

@@ -35,15 +35,15 @@ Json::Value recoveryJson(const Arguments& args, const Inspect::Recovery& recover
   return json;
 }
 
-void printText(const Arguments& args, const Inspect::Recovery& recovery) {
-  fmt::print("{}: {} sections kept in {}{}\n", printable(args.file), recovery.kept.size(), printable(args.output),
-             recovery.wasClosed ? "" : ", which is closed now");
+std::string textOf(const Arguments& args, const Inspect::Recovery& recovery) {
+  const std::string file = printable(args.file);
+  std::string text = fmt::format("{}: {} sections kept in {}{}\n", file, recovery.kept.size(), printable(args.output),
+                                 recovery.wasClosed ? "" : ", which is closed now");
   for (const Inspect::LostRange& lost : recovery.lost) {
-    fmt::print("{}: offset {}: {} bytes lost\n", printable(args.file), lost.offset, lost.bytes);
+    text += fmt::format("{}: offset {}: {} bytes lost\n", file, lost.offset, lost.bytes);
   }
-  if (recovery.missing > 0) {
-    fmt::print("{}: {} bytes less than it records\n", printable(args.file), recovery.missing);
-  }
+  if (recovery.missing > 0) text += fmt::format("{}: {} bytes less than it records\n", file, recovery.missing);
+  return text;
 }
 
 /// Whether the output is as good as it is said to be.
@@ -79,17 +79,7 @@ int recover(const Arguments& args, const Options& options) {
     return EXIT_COULD_NOT;
   }
   if (!passesDoctor(args.output)) return EXIT_COULD_NOT;
-  switch (options.format) {
-    case FORMAT_TABLE:
-      printText(args, recovery);
-      break;
-    case FORMAT_JSON:
-      printJson(recoveryJson(args, recovery));
-      break;
-    case FORMAT_JSONL:
-      printJsonLine(recoveryJson(args, recovery));
-      break;
-  }
+  printDocument({textOf(args, recovery), recoveryJson(args, recovery), {}, {}}, options);
   return recovery.lost.empty() && recovery.missing == 0 ? EXIT_DONE : EXIT_WITH_LOSS;
 }
 

@@ -42,23 +42,16 @@ int show(const Arguments& args, const Options& options) {
   }
   const Inspect::DecodedRecord record = Inspect::decodeRecord(bytes);
   const bool decoded = record.outcome == Inspect::DecodedRecord::DECODED;
+  Document document;
   if (options.format == FORMAT_TABLE) {
-    if (decoded) {
-      printAsText(record.json);
-    } else {
-      printHexDump(bytes);
-    }
+    document.text = decoded ? indentedText(record.json) : hexDump(bytes);
   } else {
-    Json::Value json = toJson(section);
-    json["file"] = source.name();
-    json["record"] = decoded ? record.json : Json::Value();
-    if (!decoded) json["hex"] = hexText(bytes);
-    if (options.format == FORMAT_JSON) {
-      printJson(json);
-    } else {
-      printJsonLine(json);
-    }
+    document.json = toJson(section);
+    document.json["file"] = source.name();
+    document.json["record"] = decoded ? record.json : Json::Value();
+    if (!decoded) document.json["hex"] = hexText(bytes);
   }
+  printDocument(document, options);
   if (record.outcome != Inspect::DecodedRecord::DAMAGED) return EXIT_DONE;
   complain(fmt::format("{}: section {}: the {} in it does not decode (code {})", source.name(), section.number,
                        record.name, record.status));

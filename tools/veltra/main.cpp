@@ -19,15 +19,20 @@ int runCommand(int argc, char** argv) {
   app.set_version_flag("--version", "veltra " VELTRA_VERSION_TEXT);
   app.require_subcommand(1);
   app.fallthrough();
-  const std::map<std::string, Format> formats{{"table", FORMAT_TABLE}, {"json", FORMAT_JSON}, {"jsonl", FORMAT_JSONL}};
-  app.add_option("-f,--format", options.format, "table, json or jsonl")
+  const std::map<std::string, Format> formats{
+      {"table", FORMAT_TABLE}, {"json", FORMAT_JSON}, {"jsonl", FORMAT_JSONL}, {"csv", FORMAT_CSV}};
+  app.add_option("-f,--format", options.format, "table, json, jsonl or csv")
       ->transform(CLI::Transformer(formats))
       ->type_name("FORMAT");
+  app.add_flag("-q,--quiet", options.quiet, "no findings in words: the exit code tells");
+  app.add_flag("-r,--recursive", options.recursive, "look into directories");
+  app.add_option("-j,--jobs", options.jobs, "threads for many files, one a core unless given")->type_name("N");
   addPack(app, options, run);
   addInfo(app, options, run);
   addList(app, options, run);
   addShow(app, options, run);
   addIds(app, options, run);
+  addDoctor(app, options, run);
   addRecover(app, options, run);
   addNetprofile(app, options, run);
   try {

@@ -1,0 +1,38 @@
+# What doctor finds, at each depth, in each format, in whole folders.
+printf 'trace data\n%.0s' {1..50} > trace.bin
+printf '%s' '{"summary": {"resultName": "B-1", "resultType": "FIBER", "status": "Fail", "length": "12.5"},
+ "sections": [{"type": 300, "version": 12, "payload": "trace.bin", "compress": true},
+              {"type": 301, "version": 3, "payload": "trace.bin"}]}' > result.json
+mkdir -p lot/sub
+veltra pack result.json -o lot/whole.vres > /dev/null
+damaged() { cp lot/whole.vres "lot/sub/$1.vres"; file=lot/sub/$1.vres; }
+data_crc() { # FILE OFFSET SIZE: makes the data CRC of the section at OFFSET right again, and its header's
+  local crc
+  crc=$(tail -c +$(($2 + 21)) "$1" | head -c "$3" | gzip -c | tail -c 8 | head -c 4 | od -An -tx1 | tr -d ' ')
+  patch "$1" $(($2 + 12)) "${crc:6:2}${crc:4:2}${crc:2:2}${crc:0:2}"
+  header_crc "$1" "$2"
+}
+
+damaged e01-unclosed && patch "$file" 12 2144df1c && patch "$file" 16 58c7e4e3 && patch "$file" 20 14000000
+damaged e02-not-one && patch "$file" 0 00
+damaged e03-header && patch "$file" 30 ff
+damaged e04-data && patch "$file" 60 ff
+damaged e05-cut && truncate -s 400 "$file"
+damaged e06-short && truncate -s 145 "$file"
+damaged e07-inflate && patch "$file" 120 ffff && data_crc "$file" 96 29
+damaged e08-too-big && patch "$file" 116 01008000 && data_crc "$file" 96 29
+damaged e09-record && patch "$file" 50 77 && data_crc "$file" 24 52
+damaged e10-scale && patch "$file" 79 09 && data_crc "$file" 24 52
+damaged w01-newer && patch "$file" 101 0d && header_crc "$file" 96
+damaged w02-type && patch "$file" 98 7777 && header_crc "$file" 96
+damaged w03-behind && echo more >> "$file"
+damaged w04-count && patch "$file" 95 80 && data_crc "$file" 24 52
+damaged w05-magic && patch "$file" 24 4747 && header_crc "$file" 24
+
+t veltra doctor lot/whole.vres
+t veltra doctor -r lot --deep
+t veltra doctor -r lot --quick -f csv -j 1
+t veltra doctor lot/sub/w01-newer.vres
+t veltra doctor lot/sub/e04-data.vres lot/sub/w03-behind.vres -f jsonl
+t veltra doctor -q lot/sub/e04-data.vres
+t veltra doctor lot/sub/w03-behind.vres missing.vres lot -f json
