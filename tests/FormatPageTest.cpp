@@ -1,0 +1,60 @@
+#include <libcrossplatform/common/ResultFile.h>
+
+#include <sstream>
+
+#include "RecordTesting.h"
+
+using namespace RecordTesting;
+using namespace Veltra;
+
+namespace {
+
+/// The bytes of the fenced block "hex <name>" of docs/format.md; "#" begins a remark.
+Bytes bytesOnPage(const std::string& name) {
+  std::ifstream page(VELTRA_SOURCE_DIR "/docs/format.md");
+  std::string line;
+  while (std::getline(page, line) && line != "```hex " + name) {
+  }
+  Bytes bytes;
+  while (std::getline(page, line) && line != "```") {
+    std::istringstream digits(line.substr(0, line.find('#')));
+    for (unsigned byte = 0; digits >> std::hex >> byte;) bytes.push_back(static_cast<uint8_t>(byte));
+    EXPECT_TRUE(digits.eof()) << line;
+  }
+  return bytes;
+}
+
+}  // namespace
+
+TEST(FormatPage, SmallestFileOpensAndIsWhatAWriterWrites) {
+  const Bytes file = bytesOnPage("smallest-file");
+  ASSERT_EQ(file.size(), 24u);
+  PFile::MemReader reader;
+  PFile::Section section;
+  EXPECT_EQ(reader.open(file.data(), 24), PFile::PFILE_OK);
+  EXPECT_EQ(reader.read(section, true), PFile::PFILE_END_OF_DATA);
+
+  Bytes written(24);
+  PFile::MemWriter writer;
+  EXPECT_EQ(writer.open(written.data(), 24), PFile::PFILE_OK);
+  EXPECT_EQ(writer.close(), PFile::PFILE_OK);
+  EXPECT_EQ(written, file);
+}
+
+TEST(FormatPage, ResultFileReadsAsItsRemarksSay) {
+  const Bytes file = bytesOnPage("result-file");
+  PFile::MemReader reader;
+  EXPECT_EQ(reader.open(file.data(), static_cast<unsigned>(file.size())), PFile::PFILE_OK) << "total length";
+  ResultSummary summary;
+  ASSERT_EQ(readResultSummary(summary, file.data(), static_cast<unsigned>(file.size())), RESULT_READER_OK);
+  EXPECT_EQ(summary.resultName, "A-017");
+  EXPECT_EQ(summary.resultType, RESULT_TYPE_COPPER);
+  EXPECT_EQ(summary.timeStamp, 1706692500);
+  EXPECT_EQ(summary.status, STATUS_PASS_STAR);
+  EXPECT_EQ(summary.length.toString(), "45.2");
+  EXPECT_EQ(summary.headroom.toString(), "< 1.3");
+  EXPECT_EQ(summary.testFlags, 0x80000001u);
+  EXPECT_EQ(summary.numPassTests, 12);
+  EXPECT_EQ(summary.numPassStarTests, 1);
+  EXPECT_EQ(summary.numFailTests, 0);
+}
