@@ -46,7 +46,7 @@ const char* toString(LengthRoundedTo roundedTo) {
   const char* const name = textOf(ROUNDED_TO_TEXTS, roundedTo, nullptr);
   if (name != nullptr) return name;
   assertFail("Invalid length rounded to", "libcrossplatform/common/Length", 30);
-  return toString(LENGTH_ROUNDED_TO_HUNDREDS);
+  return textOf(ROUNDED_TO_TEXTS, LENGTH_ROUNDED_TO_HUNDREDS);
 }
 
 float displayLengthMeters(float meters, LengthRoundedTo roundedTo) {
