@@ -39,33 +39,15 @@ TEST(FolderMetadata, Wire) {
   expectEveryPrefixRefused(folder);
 }
 
-TEST(FolderMetadata, TextOfLengthZeroIsRefusedThoughTheEmptyTextIsWritten) {
-  FolderMetadata unnamed("", "/results", false);
-  const Bytes good = bytesOf(unnamed);
-  EXPECT_EQ(Bytes(good.begin(), good.begin() + 5), (Bytes{0, 0, 0, 1, 0}));
-  FolderMetadata read("old", "old", true);
-  EXPECT_EQ(readFrom(read, good), 0);
-  EXPECT_EQ(read._name, "");
-  EXPECT_EQ(readFrom(read, {0, 0, 0, 0, 1}), -1);
-  EXPECT_EQ(readFrom(read, {0, 0, 0, 2, 'x', 0, 0, 0, 0, 0, 1}), -1);
-  EXPECT_EQ(read._name, "x");
-}
-
-TEST(FolderMetadata, TextEndsAtItsFirstZeroByte) {
+TEST(FolderMetadata, LengthZeroIsRefusedAndATextEndsAtItsFirstZeroByte) {
   FolderMetadata read;
   EXPECT_EQ(readFrom(read, {0, 0, 0, 3, 'a', 0, 'b', 0, 0, 0, 2, 'c', 'd', 7}), 0);
   EXPECT_EQ(read._name, "a");
   EXPECT_EQ(read._dirPath, "cd") << "a terminator that is missing is not asked for";
   EXPECT_TRUE(read._hasSubdir);
-}
-
-TEST(FolderMetadata, LengthFromOutsideIsNotBelieved) {
-  const Bytes huge = {0xFF, 0xFF, 0xFF, 0xFF, 'a', 'b'};
-  FolderMetadata folder;
-  EXPECT_EQ(readFrom(folder, huge), -3);
-  FolderMetadataList list = sampleList();
-  EXPECT_EQ(readFrom(list, listBytes(65535, huge)), -1);
-  EXPECT_TRUE(list.empty());
+  EXPECT_EQ(readFrom(read, {0, 0, 0, 0, 1}), -1);
+  EXPECT_EQ(readFrom(read, {0, 0, 0, 2, 'x', 0, 0, 0, 0, 0, 1}), -1);
+  EXPECT_EQ(readFrom(read, {0xFF, 0xFF, 0xFF, 0xFF, 'a', 'b'}), -3) << "a length from outside is not believed";
 }
 
 TEST(FolderMetadataList, ElementCodeIsNotLookedAtOnlyAFailedStreamEndsTheList) {

@@ -35,28 +35,19 @@ TEST(OtdrSpan, Wire) {
 }
 
 TEST(OtdrSpan, EveryFailedReadLeavesTheSpanAsItWas) {
-  OtdrSpan s = span("1.0", "2.0");
-  const Bytes before = bytesOf(s);
   OtdrSpan other = span("3.0", "4.0");
   const Bytes good = bytesOf(other);
-  struct Row {
-    const char* name;
-    std::size_t at;
-    uint8_t value;
-    Marshal::StreamOpStatus status;
-  };
-  const Row rows[] = {
-      {"class id", 7, 0x16, -1},         {"class version", 3, 2, -5}, {"version of the start", 12, 2, -5},
-      {"version of the end", 18, 2, -5}, {"length", 11, 13, -4},      {"marker", 0, 0, -2}};
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.name);
+  OtdrSpan s = span("1.0", "2.0");
+  const Bytes before = bytesOf(s);
+  for (std::size_t at = 0; at < good.size(); ++at) {
+    SCOPED_TRACE(at);
+    EXPECT_EQ(readFrom(s, Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(at))), -3);
     Bytes bad = good;
-    bad[row.at] = row.value;
-    EXPECT_EQ(readFrom(s, bad), row.status);
-    EXPECT_EQ(bytesOf(s), before);
-  }
-  for (std::size_t n = 12; n < good.size(); ++n) {
-    EXPECT_EQ(readFrom(s, Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(n))), -3) << n;
+    bad[at] ^= 0x40;
+    // Marker, format, class version, ids, length, then the version bytes of both ends.
+    const Marshal::StreamOpStatus status = at < 2 ? -2 : at < 4 ? -5 : at < 8 ? -1 : at < 12 ? -4 : -5;
+    if (at > 12 && at != 18) continue;
+    EXPECT_EQ(readFrom(s, bad), status);
     EXPECT_EQ(bytesOf(s), before);
   }
   EXPECT_EQ(readFrom(s, good), 0);
@@ -82,8 +73,7 @@ TEST(OtdrSpan, JsonOfAnyShape) {
 
   OtdrSpan s;
   EXPECT_TRUE(s.fromJsonString("// a comment\n" + document.toStyledString()));
-  EXPECT_EQ(s.spanStart.toString(), "-12.5");
-  EXPECT_EQ(s.spanEnd.toString(), "+inf");
+  EXPECT_EQ(s.toJson(level(2)), document);
 }
 
 TEST(OtdrSpan, LogsTheKeyThatFailedButNoOtherClass) {
