@@ -197,6 +197,8 @@ TEST(EquipmentInformation, JsonOfAnyShape) {
   for (const char* key : TIME_KEYS) places.push_back({key, JSON_NONE});
   expectJsonShapes(before, document, JSON_NONE, places, readRoot);
 
+  expectJsonRead(before, "EquipmentInformation", false, readRoot);  // is not taken for its own "_className"
+
   // Without the member it names, the value itself is read: here one that is no record.
   Json::Value wrapped;
   wrapped["equipment"] = document;
