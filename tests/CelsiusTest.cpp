@@ -8,7 +8,7 @@ using namespace RecordTesting;
 using namespace Veltra;
 
 TEST(Celsius, Wire) {
-  Celsius c(-21.5f);
+  Celsius c(-2.56f);
   expectRoundTrip(c);
   expectEveryPrefixRefused(c);
   expectGolden(c, "celsius");
