@@ -14,6 +14,7 @@
 #include <libcrossplatform/serialization/ByteStreamBuilder.h>
 #include <libcrossplatform/serialization/ByteStreamCounter.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
+#include <libcrossplatform/serialization/DumpFlags.h>
 #include <libcrossplatform/serialization/SimpleFormatter.h>
 
 /// What the tests of all records share: bytes in and out, golden files, captured reports.

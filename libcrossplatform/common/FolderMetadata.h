@@ -1,0 +1,69 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <libcrossplatform/serialization/FieldCodec.h>
+
+namespace Veltra {
+
+/// One folder of stored results. A plain value; default no name, no path, no sub-folders.
+/// On the wire: plain inline record, docs/format.md#foldermetadata; it is only written inside a list.
+class VELTRA_EXPORT FolderMetadata : public Marshal::IDumpSerializable {
+ public:
+  FolderMetadata() = default;
+  FolderMetadata(std::string name, std::string dirPath, bool hasSubdir);
+
+  unsigned serialize(Marshal::IObjectWriter& out) override;
+  /// @return 0; -1 a text of length 0; -3 the stream ran out. On failure: partly filled, discard it.
+  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  /// At the full level "_name", "_dirPath" and "_hasSubdir", an empty text as "NULL"; else the name alone, as text.
+  void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
+
+  template <class Fields>
+  void fields(Fields& f);
+
+  // Texts end at their first zero byte when they are read.
+  std::string _name;
+  std::string _dirPath;
+  bool _hasSubdir = false;
+};
+
+/// The folders of a listing, in its order. On the wire: headed record with a 16-bit count, which is not range-checked:
+/// a longer list writes all its elements behind the count modulo 65536. docs/format.md#foldermetadatalist.
+class VELTRA_EXPORT FolderMetadataList : public Marshal::IDumpSerializable {
+ public:
+  static constexpr uint8_t CLASS_VERSION = 1;
+  static constexpr uint32_t SERIAL_TYPE_ID = 0x510006;
+
+  std::size_t size() const { return _folders.size(); }
+  bool empty() const { return _folders.empty(); }
+  /// @param i  below size()
+  FolderMetadata& operator[](std::size_t i) { return _folders[i]; }
+  const FolderMetadata& operator[](std::size_t i) const { return _folders[i]; }
+  auto begin() const { return _folders.begin(); }
+  auto end() const { return _folders.end(); }
+  void add(FolderMetadata folder) { _folders.push_back(std::move(folder)); }
+  void clear() { _folders.clear(); }
+
+  unsigned serialize(Marshal::IObjectWriter& out) override;
+  /// @return 0; -1 the stream ran out inside an element, those before it stay; -3 it ran out before the first; header
+  ///         codes unchanged. The list is emptied first, whatever comes.
+  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  /// A group of the folders' own dumps.
+  void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
+
+  template <class Fields>
+  void fields(Fields& f);
+
+ private:
+  std::vector<FolderMetadata> _folders;
+};
+
+/// True for the name of a custom object, which is no folder: first and last character are "*". The name "*" is one too.
+/// @param name  null counts as empty, which is none
+VELTRA_EXPORT bool isCustomObject(const char* name);
+
+}  // namespace Veltra

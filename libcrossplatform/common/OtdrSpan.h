@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <libcrossplatform/common/ScaledInt.h>
+#include <libcrossplatform/serialization/IJsonable.h>
+
+namespace FibDbus {
+
+/// The part of an OTDR trace that is selected for analysis: where along the fibre it starts and ends. Travels between
+/// the OTDR services. A plain value; default both ends not a number.
+/// On the wire: headed record, docs/format.md#otdrspan.
+class VELTRA_EXPORT OtdrSpan : public Marshal::ISerializable, public Dump::IJsonable {
+ public:
+  static constexpr uint8_t CLASS_VERSION = 1;
+  static constexpr uint32_t SERIAL_TYPE_ID = 0x410015;
+
+  void clear();
+
+  unsigned serialize(Marshal::IObjectWriter& out) override;
+  /// @return 0; -3 the stream ran out; -5 a version byte of either end above 1; header codes unchanged. The span
+  /// changes
+  ///         only on success.
+  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  /// A flat object: "_className", "_classVersion", "spanStart" and "spanEnd", the ends as text. Fatal where
+  /// Veltra::ScaledInt::toString() is: an end read from outside may have any scale.
+  Json::Value toJson(const Dump::DumpFlags& flags) const override;
+
+  /// Reads the object toJson() writes: member `key` of the object `value`, or `value` itself when key is null or
+  /// `value` no object. "_classVersion" is not looked at.
+  /// @return false, the span unchanged: no object, or another "_className" (neither is logged); a missing "_className";
+  ///         an end that is missing or begins with no number
+  bool fromJson(const Json::Value& value, const char* key);
+  /// Reads the same from a document. @return false, unchanged, when it cannot be parsed or read
+  bool fromJsonString(const std::string& text);
+
+  template <class Fields>
+  void fields(Fields& f);
+
+  Veltra::ScaledInt spanStart;
+  Veltra::ScaledInt spanEnd;
+};
+
+}  // namespace FibDbus

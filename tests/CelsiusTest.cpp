@@ -1,0 +1,77 @@
+#include <libcrossplatform/common/Celsius.h>
+
+#include <cmath>
+
+#include "JsonShapes.h"
+
+using namespace RecordTesting;
+using namespace Veltra;
+
+TEST(Celsius, Wire) {
+  Celsius c(-2.56f);
+  expectRoundTrip(c);
+  expectEveryPrefixRefused(c);
+  expectGolden(c, "celsius");
+  EXPECT_EQ(readFrom(c, {0x12}), -3);
+  EXPECT_TRUE(std::isnan(c.degrees)) << "a failed read clears";
+}
+
+TEST(Celsius, ScalesRoundsAndSaturates) {
+  struct Row {
+    float degrees;
+    int scaled;
+  };
+  const Row rows[] = {{0.125f, 13},       {-0.125f, -13},    {-0.001f, 0},        {327.66f, 32766},
+                      {327.67f, 32767},   {400.0f, 32767},   {INFINITY, 32767},   {-327.66f, -32766},
+                      {-327.68f, -32767}, {-400.0f, -32767}, {-INFINITY, -32767}, {NAN, -32768}};
+  for (const Row& row : rows) EXPECT_EQ(Celsius(row.degrees).getScaled(), row.scaled) << row.degrees;
+  EXPECT_TRUE(Celsius() == Celsius()) << "not set equals not set";
+  EXPECT_TRUE(Celsius(20.001f) == Celsius(20.004f)) << "the same hundredth";
+  EXPECT_TRUE(Celsius() != Celsius(0.0f));
+}
+
+TEST(Celsius, EveryScaledValueComesBackTimesTheFloatHundredth) {
+  Celsius c;
+  for (int scaled = -32767; scaled <= 32767; ++scaled) {
+    c.setFromScaled(static_cast<int16_t>(scaled));
+    ASSERT_EQ(c.degrees, static_cast<float>(scaled) * 0.01f);
+    ASSERT_EQ(c.getScaled(), scaled);
+  }
+  c.setFromScaled(-32768);
+  EXPECT_TRUE(std::isnan(c.degrees));
+}
+
+TEST(Celsius, TextForms) {
+  struct Row {
+    float degrees;
+    const char* text;
+  };
+  for (const Row& row :
+       {Row{21.5f, "21.50"}, Row{-0.125f, "-0.13"}, Row{INFINITY, "+inf"}, Row{-INFINITY, "-inf"}, Row{NAN, "NaN"}}) {
+    const Celsius c(row.degrees);
+    EXPECT_EQ(dumpOf(c), std::string("celsius : ") + row.text + "\n");
+    EXPECT_EQ(c.toJson(level(0)), row.text);
+    Celsius read(1.0f);
+    EXPECT_TRUE(read.fromJsonString("/* comment */ " + Dump::toJsonString(c)));
+    EXPECT_TRUE(read == c) << row.text;
+  }
+}
+
+TEST(Celsius, JsonOfAnyShape) {
+  const CapturedLog log;
+  const Celsius before(3.0f);
+  const auto keyed = [](Celsius& c, const Json::Value& v) { return c.fromJson(v, "celsius"); };
+  const auto plain = [](Celsius& c, const Json::Value& v) { return c.fromJson(v, nullptr); };
+  Json::Value document;
+  document["celsius"] = "21.50";
+  expectJsonShapes(before, document, JSON_NONE, {{"celsius", JSON_NONE}}, keyed);
+  expectJsonShapes(before, "21.50", JSON_NONE, {}, plain);
+  expectJsonRead(before, "21.50", false, keyed);  // with a key an object is needed
+  expectBrokenJsonTextRefused(before, [](Celsius& c, const std::string& text) { return c.fromJsonString(text); });
+
+  Celsius c = before;
+  log.lines().clear();
+  EXPECT_FALSE(c.fromJson(static_cast<const Json::Value*>(nullptr), "celsius"));
+  EXPECT_TRUE(std::isnan(c.degrees)) << "a null pointer clears, unlike other failures";
+  EXPECT_EQ(log.lines().size(), 1u);
+}

@@ -1,0 +1,107 @@
+#include <libcrossplatform/common/FolderMetadata.h>
+
+#include <type_traits>
+
+#include "RecordTesting.h"
+
+using namespace RecordTesting;
+using namespace Veltra;
+
+namespace {
+
+FolderMetadataList sampleList() {
+  FolderMetadataList list;
+  list.add({"Site 4", "/results/Site 4", true});
+  list.add({"", "", false});
+  return list;
+}
+
+/// A list record of `count` elements around the given bytes.
+Bytes listBytes(uint16_t count, const Bytes& elements) {
+  FolderMetadataList none;
+  Bytes bytes = bytesOf(none);
+  Marshal::storeBig(&bytes[12], count);
+  bytes.insert(bytes.end(), elements.begin(), elements.end());
+  Marshal::storeBig(&bytes[8], static_cast<uint32_t>(bytes.size() - 12));
+  return bytes;
+}
+
+}  // namespace
+
+TEST(FolderMetadata, Wire) {
+  static_assert(std::is_nothrow_move_constructible_v<FolderMetadata>);
+  FolderMetadataList list = sampleList();
+  expectRoundTrip(list);
+  expectEveryPrefixRefused(list);
+  expectGolden(list, "folder_metadata_list_v1");
+  FolderMetadata folder("Site 4", "/results", true);
+  expectRoundTrip(folder);
+  expectEveryPrefixRefused(folder);
+}
+
+TEST(FolderMetadata, LengthZeroIsRefusedAndATextEndsAtItsFirstZeroByte) {
+  FolderMetadata read;
+  EXPECT_EQ(readFrom(read, {0, 0, 0, 3, 'a', 0, 'b', 0, 0, 0, 2, 'c', 'd', 7}), 0);
+  EXPECT_EQ(read._name, "a");
+  EXPECT_EQ(read._dirPath, "cd") << "a terminator that is missing is not asked for";
+  EXPECT_TRUE(read._hasSubdir);
+  EXPECT_EQ(readFrom(read, {0, 0, 0, 0, 1}), -1);
+  EXPECT_EQ(readFrom(read, {0, 0, 0, 2, 'x', 0, 0, 0, 0, 0, 1}), -1);
+  EXPECT_EQ(readFrom(read, {0xFF, 0xFF, 0xFF, 0xFF, 'a', 'b'}), -3) << "a length from outside is not believed";
+}
+
+TEST(FolderMetadataList, ElementCodeIsNotLookedAtOnlyAFailedStreamEndsTheList) {
+  // The first element ends at a name of length 0; the next four bytes are then the second one's name length.
+  FolderMetadata whole("b", "/b", true);
+  Bytes elements = {0, 0, 0, 0};
+  const Bytes second = bytesOf(whole);
+  elements.insert(elements.end(), second.begin(), second.end());
+  FolderMetadataList list;
+  EXPECT_EQ(readFrom(list, listBytes(2, elements)), 0);
+  ASSERT_EQ(list.size(), 2u);
+  EXPECT_EQ(list[0]._name, "");
+  EXPECT_EQ(list[1]._name, "b");
+
+  Bytes cut = listBytes(2, elements);
+  cut.pop_back();
+  EXPECT_EQ(readFrom(list, cut), -1) << "not the -3 of other records";
+  EXPECT_EQ(list.size(), 1u) << "those before it stay";
+  EXPECT_EQ(readFrom(list, listBytes(1, elements)), -4);
+}
+
+TEST(FolderMetadataList, IsEmptiedBeforeItsHeaderIsRead) {
+  FolderMetadataList list = sampleList();
+  EXPECT_EQ(readFrom(list, {0xAB}), -3);
+  EXPECT_TRUE(list.empty());
+  list = sampleList();
+  Bytes cut = bytesOf(list);
+  cut.resize(13);
+  EXPECT_EQ(readFrom(list, cut), -3) << "inside the count";
+  EXPECT_TRUE(list.empty());
+}
+
+TEST(FolderMetadataList, CountIsCutTo16BitsAndEveryElementWritten) {
+  FolderMetadataList list;
+  for (int i = 0; i < 65537; ++i) list.add({});
+  const Bytes bytes = bytesOf(list);
+  EXPECT_EQ(bytes.size(), 12u + 2u + 65537u * 11u);
+  EXPECT_EQ(readFrom(list, bytes), -4);
+  EXPECT_EQ(list.size(), 1u);
+}
+
+TEST(FolderMetadataList, Dumps) {
+  const FolderMetadataList list = sampleList();
+  EXPECT_EQ(dumpOf(list),
+            "FolderMetadataList {\n"
+            "  _name: Site 4\n  _dirPath: /results/Site 4\n  _hasSubdir: true\n"
+            "  _name: NULL\n  _dirPath: NULL\n  _hasSubdir: false\n"
+            "}\n");
+  for (const int other : {0, 1, 3}) EXPECT_EQ(dumpOf(list[0], other), "Site 4") << other;
+  EXPECT_EQ(dumpOf(list[1], 1), "") << "the name as it is, not NULL";
+}
+
+TEST(FolderMetadata, CustomObjectsAreNamesBetweenAsterisks) {
+  for (const char* name : {"*", "**", "*a*", "* *"}) EXPECT_TRUE(isCustomObject(name)) << name;
+  for (const char* name : {"", "a", "*a", "a*", "a*a"}) EXPECT_FALSE(isCustomObject(name)) << name;
+  EXPECT_FALSE(isCustomObject(nullptr));
+}

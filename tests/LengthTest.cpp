@@ -1,0 +1,61 @@
+#include <libcrossplatform/common/Length.h>
+
+#include <cmath>
+
+#include "RecordTesting.h"
+
+using namespace RecordTesting;
+using namespace Veltra;
+
+TEST(Length, NamesEveryPrecisionAndFallsBackWithAnAssertion) {
+  const char* const names[] = {"LENGTH_ROUNDED_TO_HUNDREDS", "LENGTH_ROUNDED_TO_TENS", "LENGTH_ROUNDED_TO_ONES",
+                               "LENGTH_ROUNDED_TO_TENTHS", "LENGTH_ROUNDED_TO_HUNDREDTHS"};
+  const std::vector<std::string> invalid = {"Invalid length rounded to|libcrossplatform/common/Length|30"};
+  const CapturedAsserts asserts;
+  for (int n = -10; n <= 10; ++n) {
+    const bool valid = n >= -2 && n <= 2;
+    asserts.reports().clear();
+    EXPECT_STREQ(toString(static_cast<LengthRoundedTo>(n)), names[valid ? n + 2 : 0]);
+    EXPECT_EQ(asserts.reports(), valid ? std::vector<std::string>() : invalid);
+  }
+}
+
+TEST(Length, RoundsHalfAwayFromZeroAtEveryPrecision) {
+  struct Row {
+    float meters;
+    int decimals;
+    float inMeters;
+    int digits;
+    float inFeet;
+    int feetDigits;
+  };
+  const Row rows[] = {
+      {12.345f, 1, 12.3f, 3, 40.5f, 3},
+      {-12.35f, 1, -12.4f, 3, -40.5f, 3},
+      {1234.0f, -2, 1200.0f, 2, 4000.0f, 2},
+      {2.5f, 0, 3.0f, 1, 8.0f, 1},
+      {-2.5f, 0, -3.0f, 1, -8.0f, 1},
+      {1.0f, 0, 1.0f, 1, 3.0f, 1},
+      {15.0f, -1, 20.0f, 1, 50.0f, 1},
+      {99.96f, 1, 100.0f, 4, 328.0f, 4},
+      {49.0f, -2, 0.0f, 1, 200.0f, 1},
+      {0.125f, 2, 0.13f, 2, 0.41f, 2},
+      {INFINITY, 0, INFINITY, 10, INFINITY, 10},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(std::to_string(row.meters) + " to " + std::to_string(row.decimals));
+    const auto r = static_cast<LengthRoundedTo>(row.decimals);
+    EXPECT_FLOAT_EQ(displayLengthMeters(row.meters, r), row.inMeters);
+    EXPECT_FLOAT_EQ(displayLengthFeet(row.meters, r), row.inFeet);
+    EXPECT_EQ(getMetersNumSigDigits(row.meters, r), row.digits);
+    EXPECT_EQ(getFeetNumSigDigits(row.meters, r), row.feetDigits);
+  }
+  EXPECT_EQ(getMetersNumSigDigits(NAN, LENGTH_ROUNDED_TO_ONES), 1);
+}
+
+TEST(Length, ProductAndHalfAreOneRoundingStep) {
+  const float length = 4.99999952f;  // a tenth of it plus a half is just below 1, but rounds to 1 in two steps
+  ASSERT_EQ(std::floor(length * 0.1f + 0.5f), 1.0f) << "not the example it was chosen to be";
+  EXPECT_EQ(displayLengthMeters(length, LENGTH_ROUNDED_TO_TENS), 0.0f);
+  EXPECT_EQ(displayLengthMeters(-length, LENGTH_ROUNDED_TO_TENS), 0.0f);
+}
