@@ -14,9 +14,6 @@ Json::Value floatValue(float v) {
 
 }  // namespace
 
-TracingReader::TracingReader(const std::vector<uint8_t>& bytes)
-    : _in(bytes.data(), static_cast<uint32_t>(bytes.size())) {}
-
 void TracingReader::beginRecord(const char* name) {
   std::string segment = name;
   if (segment == ELEMENT) segment += "[" + std::to_string(_elements[_path]++) + "]";

@@ -8,7 +8,7 @@
 
 #include <json/value.h>
 
-#include <libcrossplatform/serialization/ByteStreamReader.h>
+#include <libcrossplatform/serialization/IObjectReader.h>
 
 namespace Inspect {
 
@@ -25,8 +25,8 @@ struct TracedField {
 /// field lists tell it their names.
 class TracingReader final : public Marshal::IObjectReader {
  public:
-  /// @param bytes  borrowed; at least one
-  explicit TracingReader(const std::vector<uint8_t>& bytes);
+  /// @param in  borrowed; what is read is read from it
+  explicit TracingReader(Marshal::IObjectReader& in) : _in(in) {}
   const std::vector<TracedField>& trace() const { return _fields; }
 
   uint32_t position() const override { return _in.position(); }
@@ -50,7 +50,7 @@ class TracingReader final : public Marshal::IObjectReader {
  private:
   bool note(bool ok, const char* kind, uint32_t start, Json::Value value);
 
-  Marshal::ByteStreamReader _in;
+  Marshal::IObjectReader& _in;
   std::vector<TracedField> _fields;
   std::vector<std::string> _path;
   std::map<std::vector<std::string>, int> _elements;  ///< how many elements each list has begun so far

@@ -5,10 +5,14 @@
 
 #include <fmt/format.h>
 
+#include <libcrossplatform/common/EquipmentInformation.h>
+#include <libcrossplatform/common/FolderMetadata.h>
+#include <libcrossplatform/common/OtdrSpan.h>
 #include <libcrossplatform/common/TextUtil.h>
 #include <libcrossplatform/common/TimeUtil.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/Header.h>
+#include <tools/inspect/FieldTrace.h>
 
 namespace Inspect {
 namespace {
@@ -67,6 +71,40 @@ void decodeSummaryList(Marshal::IObjectReader& in, DecodedRecord& record) {
   }
 }
 
+/// A record whose own full JSON is what is shown.
+template <class Record>
+void decodeJsonable(Marshal::IObjectReader& in, DecodedRecord& record) {
+  Record decoded;
+  record.status = decoded.deserialize(in);
+  record.json = decoded.toJson(Dump::DumpFlags());
+}
+
+void decodeEquipment(Marshal::IObjectReader& in, DecodedRecord& record) {
+  Veltra::EquipmentInformation equipment;
+  record.status = equipment.deserialize(in);
+  record.json[record.name] = equipment.toJson(Dump::DumpFlags());
+  Json::Value& object = record.json[record.name];
+  object["moduleCalibrationTime"] = isoUtc(static_cast<time_t>(equipment.getModuleCalibrationTime()));
+  object["moduleFirstUseDate"] = isoUtc(static_cast<time_t>(equipment.getModuleFirstUseDate()));
+  object["liaCalibrationTime"] = isoUtc(static_cast<time_t>(equipment.getLiaCalibrationTime()));
+}
+
+/// A record without a JSON form: its fields by their names.
+template <class Record>
+void decodeByNames(Marshal::IObjectReader& in, DecodedRecord& record) {
+  Record decoded;
+  TracingReader tracing(in);
+  record.status = decoded.deserialize(tracing);
+  record.json[record.name] = treeOf(tracing.trace());
+}
+
+void decodeSpan(Marshal::IObjectReader& in, DecodedRecord& record) {
+  FibDbus::OtdrSpan span;
+  record.status = span.deserialize(in);
+  record.hasScaleWithoutText = !span.spanStart.hasPrintableScale() || !span.spanEnd.hasPrintableScale();
+  if (!record.hasScaleWithoutText) record.json[record.name] = span.toJson(Dump::DumpFlags());
+}
+
 /// The records told by their serial type id.
 struct Decoder {
   uint32_t id;
@@ -76,6 +114,9 @@ struct Decoder {
 constexpr Decoder DECODERS[] = {
     {ResultSummary::SERIAL_TYPE_ID, ResultSummary::JSON_ROOT_NAME, decodeSummary},
     {Veltra::ResultSummaryList::SERIAL_TYPE_ID, Veltra::ResultSummaryList::JSON_ROOT_NAME, decodeSummaryList},
+    {Veltra::EquipmentInformation::SERIAL_TYPE_ID, "EquipmentInformation", decodeEquipment},
+    {Veltra::FolderMetadataList::SERIAL_TYPE_ID, "FolderMetadataList", decodeByNames<Veltra::FolderMetadataList>},
+    {FibDbus::OtdrSpan::SERIAL_TYPE_ID, "OtdrSpan", decodeSpan},
 };
 
 }  // namespace

@@ -12,6 +12,7 @@ namespace {
 struct Arguments {
   std::string file;
   int section = 1;
+  bool bareRecord = false;
 };
 
 std::string hexText(const std::vector<uint8_t>& bytes) {
@@ -20,7 +21,32 @@ std::string hexText(const std::vector<uint8_t>& bytes) {
   return text;
 }
 
-int show(const Arguments& args, const Options& options) {
+/// Prints a decoded record, or the bytes that are none.
+/// @param where  what the record is in, for the complaint and the JSON
+int showRecord(const std::vector<uint8_t>& bytes, Json::Value json, const std::string& where, const Options& options) {
+  const Inspect::DecodedRecord record = Inspect::decodeRecord(bytes);
+  const bool decoded = record.outcome == Inspect::DecodedRecord::DECODED && !record.json.isNull();
+  json["record"] = decoded ? record.json : Json::Value();
+  if (!decoded) json["hex"] = hexText(bytes);
+  printDocument({decoded ? indentedText(record.json) : hexDump(bytes), json, {}, {}}, options);
+  if (record.outcome != Inspect::DecodedRecord::DAMAGED) return EXIT_DONE;
+  complain(fmt::format("{}: the {} in it does not decode (code {})", where, record.name, record.status));
+  return EXIT_NO;
+}
+
+int showBareRecord(const std::string& file, const Options& options) {
+  constexpr uint64_t MAX_RECORD = 64 * 1024 * 1024;
+  std::string text, error;
+  if (!Inspect::readText(file, MAX_RECORD, text, error)) {
+    complain(error);
+    return EXIT_COULD_NOT;
+  }
+  Json::Value json(Json::objectValue);
+  json["file"] = file;
+  return showRecord(std::vector<uint8_t>(text.begin(), text.end()), json, file, options);
+}
+
+int showSection(const Arguments& args, const Options& options) {
   std::string error;
   Inspect::ByteSource source;
   if (!source.open(args.file, error)) {
@@ -40,22 +66,9 @@ int show(const Arguments& args, const Options& options) {
     complain(fmt::format("{}: {}", source.name(), error));
     return EXIT_NO;
   }
-  const Inspect::DecodedRecord record = Inspect::decodeRecord(bytes);
-  const bool decoded = record.outcome == Inspect::DecodedRecord::DECODED;
-  Document document;
-  if (options.format == FORMAT_TABLE) {
-    document.text = decoded ? indentedText(record.json) : hexDump(bytes);
-  } else {
-    document.json = toJson(section);
-    document.json["file"] = source.name();
-    document.json["record"] = decoded ? record.json : Json::Value();
-    if (!decoded) document.json["hex"] = hexText(bytes);
-  }
-  printDocument(document, options);
-  if (record.outcome != Inspect::DecodedRecord::DAMAGED) return EXIT_DONE;
-  complain(fmt::format("{}: section {}: the {} in it does not decode (code {})", source.name(), section.number,
-                       record.name, record.status));
-  return EXIT_NO;
+  Json::Value json = toJson(section);
+  json["file"] = source.name();
+  return showRecord(bytes, json, fmt::format("{}: section {}", source.name(), section.number), options);
 }
 
 }  // namespace
@@ -65,7 +78,12 @@ void addShow(CLI::App& app, const Options& options, Run& run) {
   const auto args = std::make_shared<Arguments>();
   command->add_option("file", args->file, "the file; - reads standard input")->required()->type_name("FILE");
   command->add_option("-s,--section", args->section, "number of the section as list shows it")->capture_default_str();
-  command->callback([args, &options, &run] { run = [args, &options] { return show(*args, options); }; });
+  command->add_flag("--record", args->bareRecord, "the file is a record by itself, without a container");
+  command->callback([args, &options, &run] {
+    run = [args, &options] {
+      return args->bareRecord ? showBareRecord(args->file, options) : showSection(*args, options);
+    };
+  });
 }
 
 }  // namespace Command
