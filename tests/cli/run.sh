@@ -9,6 +9,7 @@ scratch=$(mktemp -d)
 trap 'rm -rf -- "$scratch"' EXIT
 cd "$scratch" || exit 1
 export TZ=UTC LC_ALL=C.UTF-8
+data=$(dirname -- "$script")/../data
 
 veltra() { "$veltra" "$@"; }
 

@@ -6,11 +6,18 @@
 namespace Inspect {
 namespace {
 
-constexpr char ELEMENT[] = "element";  // what list records call each of theirs
-
-Json::Value floatValue(float v) {
+template <class T>
+Json::Value jsonOf(const T& v) {
+  return v;
+}
+Json::Value jsonOf(int64_t v) {
+  return static_cast<Json::Int64>(v);
+}
+Json::Value jsonOf(float v) {
   return std::isfinite(v) ? Json::Value(static_cast<double>(v)) : Json::Value();
 }
+
+constexpr char ELEMENT[] = "element";  // what list records call each of theirs
 
 }  // namespace
 
@@ -24,68 +31,56 @@ void TracingReader::endRecord() {
   if (!_path.empty()) _path.pop_back();
 }
 
-bool TracingReader::note(bool ok, const char* kind, uint32_t start, Json::Value value) {
-  if (!ok) return false;
-  std::vector<std::string> path = _path;
-  path.push_back(_name);
-  _fields.push_back({std::move(path), kind, start, _in.position() - start, std::move(value)});
+template <class T>
+bool TracingReader::noted(bool (Marshal::IObjectReader::*read)(T&), T& v, const char* kind) {
+  const uint32_t start = position();
+  if (!(_in.*read)(v)) return false;
+  note(kind, start, jsonOf(v));
   return true;
 }
 
+void TracingReader::note(const char* kind, uint32_t start, Json::Value value) {
+  std::vector<std::string> path = _path;
+  path.push_back(_name);
+  _fields.push_back({std::move(path), kind, start, _in.position() - start, std::move(value)});
+}
+
 bool TracingReader::readBool(bool& v) {
-  const uint32_t start = position();
-  return note(_in.readBool(v), "bool", start, v);
+  return noted(&IObjectReader::readBool, v, "bool");
 }
-
 bool TracingReader::readUInt8(uint8_t& v) {
-  const uint32_t start = position();
-  return note(_in.readUInt8(v), "u8", start, v);
+  return noted(&IObjectReader::readUInt8, v, "u8");
 }
-
 bool TracingReader::readInt8(int8_t& v) {
-  const uint32_t start = position();
-  return note(_in.readInt8(v), "i8", start, v);
+  return noted(&IObjectReader::readInt8, v, "i8");
 }
-
 bool TracingReader::readUInt16(uint16_t& v) {
-  const uint32_t start = position();
-  return note(_in.readUInt16(v), "u16", start, v);
+  return noted(&IObjectReader::readUInt16, v, "u16");
 }
-
 bool TracingReader::readInt16(int16_t& v) {
-  const uint32_t start = position();
-  return note(_in.readInt16(v), "i16", start, v);
+  return noted(&IObjectReader::readInt16, v, "i16");
 }
-
 bool TracingReader::readUInt32(uint32_t& v) {
-  const uint32_t start = position();
-  return note(_in.readUInt32(v), "u32", start, v);
+  return noted(&IObjectReader::readUInt32, v, "u32");
 }
-
 bool TracingReader::readInt32(int32_t& v) {
-  const uint32_t start = position();
-  return note(_in.readInt32(v), "i32", start, v);
+  return noted(&IObjectReader::readInt32, v, "i32");
 }
-
 bool TracingReader::readInt64(int64_t& v) {
-  const uint32_t start = position();
-  return note(_in.readInt64(v), "i64", start, static_cast<Json::Int64>(v));
+  return noted(&IObjectReader::readInt64, v, "i64");
 }
-
 bool TracingReader::readFloat(float& v) {
-  const uint32_t start = position();
-  return note(_in.readFloat(v), "float", start, floatValue(v));
+  return noted(&IObjectReader::readFloat, v, "float");
+}
+bool TracingReader::readString(std::string& v) {
+  return noted(&IObjectReader::readString, v, "string");
 }
 
 bool TracingReader::readBytes(uint8_t* data, uint32_t size) {
   const uint32_t start = position();
   if (!_in.readBytes(data, size)) return false;
-  return note(true, "bytes", start, std::string(reinterpret_cast<const char*>(data), size));
-}
-
-bool TracingReader::readString(std::string& v) {
-  const uint32_t start = position();
-  return note(_in.readString(v), "string", start, v);
+  note("bytes", start, std::string(reinterpret_cast<const char*>(data), size));
+  return true;
 }
 
 Json::Value treeOf(const std::vector<TracedField>& fields) {

@@ -48,7 +48,9 @@ class TracingReader final : public Marshal::IObjectReader {
   Marshal::StreamOpStatus status() const override { return _in.status(); }
 
  private:
-  bool note(bool ok, const char* kind, uint32_t start, Json::Value value);
+  template <class T>
+  bool noted(bool (Marshal::IObjectReader::*read)(T&), T& v, const char* kind);
+  void note(const char* kind, uint32_t start, Json::Value value);
 
   Marshal::IObjectReader& _in;
   std::vector<TracedField> _fields;

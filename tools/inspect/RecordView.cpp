@@ -178,7 +178,7 @@ Json::Value summaryJson(const ResultSummary& summary) {
   return json;
 }
 
-DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes) {
+DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<TracedField>* trace) {
   DecodedRecord record;
   if (bytes.empty()) return record;
   Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
@@ -186,11 +186,19 @@ DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes) {
   for (const Decoder& decoder : DECODERS) {
     if (decoder.id != record.id) continue;
     record.name = decoder.name;
-    decoder.decode(in, record);
+    TracingReader tracing(in);
+    decoder.decode(trace != nullptr ? static_cast<Marshal::IObjectReader&>(tracing) : in, record);
+    if (trace != nullptr) *trace = tracing.trace();
     record.used = in.position();
     record.outcome = record.status == Marshal::STREAM_OK ? DecodedRecord::DECODED : DecodedRecord::DAMAGED;
   }
   return record;
+}
+
+std::vector<std::pair<uint32_t, std::string>> knownRecords() {
+  std::vector<std::pair<uint32_t, std::string>> records;
+  for (const Decoder& decoder : DECODERS) records.emplace_back(decoder.id, decoder.name);
+  return records;
 }
 
 }  // namespace Inspect

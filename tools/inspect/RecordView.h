@@ -3,12 +3,14 @@
 #include <cstdint>
 #include <ctime>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <json/value.h>
 
 #include <libcrossplatform/common/DisplayMeas.h>
 #include <libcrossplatform/common/ResultSummary.h>
+#include <tools/inspect/FieldTrace.h>
 
 namespace Inspect {
 
@@ -44,6 +46,10 @@ struct DecodedRecord {
 };
 
 /// Decodes the headed record that bytes begin with, told by its serial type id. Never stops the program.
-DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes);
+/// @param trace  null, or receives every field that was read
+DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<TracedField>* trace = nullptr);
+
+/// The records that are decoded: combined id and class name.
+std::vector<std::pair<uint32_t, std::string>> knownRecords();
 
 }  // namespace Inspect

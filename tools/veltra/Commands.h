@@ -5,6 +5,7 @@
 #include <CLI/CLI.hpp>
 
 #include <tools/inspect/ContainerWalk.h>
+#include <tools/inspect/ResultRows.h>
 
 #include "Output.h"
 
@@ -35,6 +36,10 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
                    const std::vector<std::string>& columns, bool complainOfFindings,
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
 
+/// Reads the summary of each result file, in the order of their IDs. Findings go to standard error.
+/// @return as answerForFiles()
+int readResults(const std::vector<std::string>& paths, const Options& options, std::vector<Inspect::ResultRow>& rows);
+
 /// Says so when a file stands where one is to be written and must not be replaced.
 bool refusesToReplace(const std::string& path, bool force);
 
@@ -44,6 +49,11 @@ void addInfo(CLI::App& app, const Options& options, Run& run);
 void addList(CLI::App& app, const Options& options, Run& run);
 void addShow(CLI::App& app, const Options& options, Run& run);
 void addIds(CLI::App& app, const Options& options, Run& run);
+void addAnnotate(CLI::App& app, const Options& options, Run& run);
+void addDiff(CLI::App& app, const Options& options, Run& run);
+void addExtract(CLI::App& app, const Options& options, Run& run);
+void addSummary(CLI::App& app, const Options& options, Run& run);
+void addTypes(CLI::App& app, const Options& options, Run& run);
 void addDoctor(CLI::App& app, const Options& options, Run& run);
 void addRecover(CLI::App& app, const Options& options, Run& run);
 void addNetprofile(CLI::App& app, const Options& options, Run& run);

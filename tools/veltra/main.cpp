@@ -32,6 +32,11 @@ int runCommand(int argc, char** argv) {
   addList(app, options, run);
   addShow(app, options, run);
   addIds(app, options, run);
+  addSummary(app, options, run);
+  addAnnotate(app, options, run);
+  addExtract(app, options, run);
+  addDiff(app, options, run);
+  addTypes(app, options, run);
   addDoctor(app, options, run);
   addRecover(app, options, run);
   addNetprofile(app, options, run);

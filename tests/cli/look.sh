@@ -1,0 +1,34 @@
+# Closer looks: summary, annotate, extract, diff, types.
+printf 'trace data\n%.0s' {1..5} > trace.bin
+mkdir -p job/sub
+result() { # FILE NAME STATUS TIME
+  printf '{"summary": {"resultName": "%s", "resultType": "COPPER", "status": "%s", "timeStamp": %s, "length": "12.50",
+   "headroom": "> 3"}, "sections": [{"type": 300, "version": 12, "payload": "trace.bin", "compress": true}]}' "$2" "$3" "$4" |
+    veltra pack - --payloads . -o "$1" > /dev/null
+}
+result job/1.vres A10 Pass 100
+result job/2.vres A2 Fail 200
+result job/sub/3.vres A9 "Pass star" 300
+result job/sub/4.vres A9 Pass 400
+result job/5.vres B1 Pass 500
+echo "no container" > job/notes.txt
+t veltra summary -r job --expect A08..A10
+t veltra summary job/1.vres job/2.vres job/sub/3.vres job/5.vres --expect A1..A2
+rm job/notes.txt
+t veltra summary -r job -f csv
+t veltra summary -r job -f jsonl --expect A08..A10 -q
+t veltra summary job/1.vres --expect A2..A1
+t veltra annotate job/1.vres
+t veltra annotate job/1.vres -s 0 -f csv
+t veltra extract job/1.vres -s 2
+t veltra extract job/1.vres -s 2 --raw -o raw.bin
+t stat -c %s raw.bin
+t veltra extract job/1.vres -s 2 -o raw.bin
+t veltra extract job/1.vres -s 9
+t veltra diff job/1.vres job/1.vres
+t veltra diff job/1.vres job/2.vres
+t veltra diff job/1.vres job/2.vres -f jsonl
+t veltra types 200
+t veltra types 0x510003
+t veltra types "OLTS Set Reference Wizard" -f jsonl
+t veltra types nothing

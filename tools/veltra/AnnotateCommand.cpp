@@ -1,0 +1,154 @@
+#include <memory>
+
+#include <fmt/format.h>
+
+#include <libcrossplatform/serialization/ByteStreamReader.h>
+#include <tools/inspect/FieldTrace.h>
+#include <tools/inspect/FileSummary.h>
+
+#include "Commands.h"
+
+namespace Command {
+namespace {
+
+struct Arguments {
+  std::string file;
+  int section = -1;
+};
+
+std::string valueText(const Json::Value& value) {
+  if (value.isString()) return "\"" + printable(value.asString()) + "\"";
+  return value.isNull() ? "-" : jsonText(value, "");
+}
+
+/// Collects rows of offset, bytes, kind, field and value.
+class Annotation {
+ public:
+  /// @param base  what field offsets count from in the file
+  void add(const std::vector<Inspect::TracedField>& fields, const std::vector<uint8_t>& bytes, uint64_t base,
+           const std::string& prefix) {
+    for (const Inspect::TracedField& field : fields) {
+      add(base + field.offset, bytes, field.offset, field.size, field.kind,
+          prefix + fmt::format("{}", fmt::join(field.path, ".")), field.value);
+    }
+  }
+  void add(uint64_t offset, const std::vector<uint8_t>& bytes, std::size_t at, std::size_t size, const char* kind,
+           const std::string& name, const Json::Value& value) {
+    constexpr std::size_t BYTES_A_LINE = 16;
+    Json::Value row(Json::objectValue);
+    std::string hex;
+    for (std::size_t i = 0; i < size; ++i) {
+      if (i > 0 && i % BYTES_A_LINE == 0) hex += "\n";
+      hex += fmt::format("{}{:02x}", i % BYTES_A_LINE == 0 ? "" : " ", bytes[at + i]);
+    }
+    std::size_t line = 0, begin = 0;
+    do {  // a long field goes on below its first line
+      const std::size_t end = std::min(hex.find('\n', begin), hex.size());
+      _table.add({std::to_string(offset + line * BYTES_A_LINE), hex.substr(begin, end - begin), line == 0 ? kind : "",
+                  line == 0 ? name : "", line == 0 ? valueText(value) : ""});
+      begin = end + 1;
+      ++line;
+    } while (begin < hex.size());
+    row["offset"] = static_cast<Json::UInt64>(offset);
+    row["size"] = static_cast<Json::UInt64>(size);
+    row["kind"] = kind;
+    row["field"] = name;
+    row["value"] = value;
+    _document.rows.push_back(row);
+    _document.json["fields"].append(row);
+  }
+  /// A stretch that is not taken apart.
+  void addUntaken(uint64_t offset, uint64_t size, const std::string& name) {
+    _table.add({std::to_string(offset), fmt::format("({} bytes)", size), "", name, ""});
+    Json::Value row(Json::objectValue);
+    row["offset"] = static_cast<Json::UInt64>(offset);
+    row["size"] = static_cast<Json::UInt64>(size);
+    row["kind"] = "data";
+    row["field"] = name;
+    row["value"] = Json::Value();
+    _document.rows.push_back(row);
+    _document.json["fields"].append(row);
+  }
+  Document& document() {
+    _document.text = _table.text();
+    _document.columns = {"offset", "size", "kind", "field", "value"};
+    return _document;
+  }
+
+ private:
+  Table _table{{{"Offset", true}, {"Bytes"}, {"Kind"}, {"Field"}, {"Value"}}};
+  Document _document;
+};
+
+void annotateHeader(const Inspect::ByteSource& source, const Inspect::SectionInfo& section, Annotation& out) {
+  std::vector<uint8_t> bytes(PFile::Header::BYTES);
+  source.readAt(section.offset, bytes.data(), bytes.size());
+  Marshal::ByteStreamReader in(bytes.data(), PFile::Header::BYTES);
+  Inspect::TracingReader tracing(in);
+  PFile::Header header;
+  header.deserialize(tracing);
+  out.add(tracing.trace(), bytes, section.offset, fmt::format("section[{}].", section.number));
+}
+
+void annotatePayload(const Inspect::ByteSource& source, const Inspect::SectionInfo& section, Annotation& out) {
+  const std::string prefix = fmt::format("section[{}].data.", section.number);
+  const uint64_t present = std::min<uint64_t>(section.header.dataSize, source.size() - section.payloadOffset());
+  std::vector<uint8_t> bytes;
+  std::string error;
+  if (!loadPayload(source, section, bytes, error)) {
+    return out.addUntaken(section.payloadOffset(), present, prefix + error);
+  }
+  if (section.number == 0 && bytes.size() == 4) {
+    const uint32_t total = Marshal::loadLittle32(bytes.data());
+    return out.add(section.payloadOffset(), bytes, 0, 4, "u32le", prefix + "totalLength", total);
+  }
+  const bool isCompressed = section.originalSize.has_value();
+  if (isCompressed) {
+    std::vector<uint8_t> word(4);
+    source.readAt(section.payloadOffset(), word.data(), word.size());
+    out.add(section.payloadOffset(), word, 0, 4, "u32le", prefix + "originalSize", *section.originalSize);
+    out.addUntaken(section.payloadOffset() + 4, present - 4, prefix + "zlibStream");
+  }
+  std::vector<Inspect::TracedField> trace;
+  const Inspect::DecodedRecord record = decodeRecord(bytes, &trace);
+  // Fields of a compressed record are counted from the beginning of its uncompressed bytes.
+  const uint64_t base = isCompressed ? 0 : section.payloadOffset();
+  out.add(trace, bytes, base, prefix + (record.name.empty() ? "" : record.name + "."));
+  const std::size_t taken = trace.empty() ? 0 : trace.back().offset + trace.back().size;
+  if (taken < bytes.size() && !(isCompressed && trace.empty())) {
+    out.addUntaken(base + taken, bytes.size() - taken, prefix + "rest");
+  }
+}
+
+int annotate(const Arguments& args, const Options& options) {
+  std::string error;
+  Inspect::ByteSource source;
+  if (!source.open(args.file, error)) {
+    complain(error);
+    return EXIT_COULD_NOT;
+  }
+  const Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS);
+  Annotation out;
+  for (const Inspect::SectionInfo& section : report.sections) {
+    if (args.section >= 0 && section.number != args.section) continue;
+    annotateHeader(source, section, out);
+    annotatePayload(source, section, out);
+  }
+  printDocument(out.document(), options);
+  for (const Inspect::Finding& finding : report.findings) {
+    if (!options.quiet) complain(describe(source.name(), finding));
+  }
+  return report.damaged() ? EXIT_NO : EXIT_DONE;
+}
+
+}  // namespace
+
+void addAnnotate(CLI::App& app, const Options& options, Run& run) {
+  CLI::App* const command = app.add_subcommand("annotate", "Every byte of headers and records beside its field");
+  const auto args = std::make_shared<Arguments>();
+  command->add_option("file", args->file, "the file; - reads standard input")->required()->type_name("FILE");
+  command->add_option("-s,--section", args->section, "one section alone, as list numbers them")->type_name("N");
+  command->callback([args, &options, &run] { run = [args, &options] { return annotate(*args, options); }; });
+}
+
+}  // namespace Command

@@ -1,0 +1,116 @@
+#include <map>
+#include <memory>
+#include <mutex>
+
+#include <fmt/format.h>
+
+#include <tools/inspect/ResultRows.h>
+
+#include "Commands.h"
+
+namespace Command {
+namespace {
+
+struct Arguments {
+  std::vector<std::string> paths;
+  std::string expected;
+};
+
+std::string tableOf(const std::vector<Inspect::ResultRow>& rows) {
+  Table table({{"ID"},
+               {"Type"},
+               {"Verdict"},
+               {"Length", true},
+               {"Headroom", true},
+               {"Time"},
+               {"Passed", true},
+               {"Star", true},
+               {"Failed", true},
+               {"File"}});
+  for (const Inspect::ResultRow& row : rows) {
+    const Veltra::ResultSummary& s = row.summary;
+    table.add({s.resultName, toString(s.resultType), toString(s.status), Inspect::measurementText(s.length),
+               Inspect::measurementText(s.headroom), Inspect::isoUtc(static_cast<time_t>(s.timeStamp)),
+               std::to_string(s.numPassTests), std::to_string(s.numPassStarTests), std::to_string(s.numFailTests),
+               row.file});
+  }
+  return table.text();
+}
+
+std::string listText(const char* what, const std::vector<std::string>& ids) {
+  std::string text;
+  for (const std::string& id : ids) text += " " + printable(id);
+  return ids.empty() ? "" : fmt::format("{} ({}):{}\n", what, ids.size(), text);
+}
+
+Json::Value listJson(const std::vector<std::string>& ids) {
+  Json::Value json(Json::arrayValue);
+  for (const std::string& id : ids) json.append(id);
+  return json;
+}
+
+int summary(const Arguments& args, const Options& options) {
+  Inspect::CableIdSet expected;
+  std::string error;
+  const bool hasExpected = !args.expected.empty();
+  if (hasExpected && !parseExpected(args.expected, expected, error)) {
+    complain(error);
+    return EXIT_USAGE;
+  }
+  std::vector<Inspect::ResultRow> rows;
+  int code = readResults(args.paths, options, rows);
+  Document document;
+  document.columns = Inspect::rowColumns();
+  document.text = tableOf(rows);
+  document.json["results"] = Json::Value(Json::arrayValue);
+  for (const Inspect::ResultRow& row : rows) {
+    document.rows.push_back(toJson(row));
+    document.json["results"].append(document.rows.back());
+  }
+  if (hasExpected) {
+    const Inspect::Coverage coverage = coverageOf(rows, expected);
+    const std::string lists = listText("Missing", coverage.missing) + listText("Tested twice", coverage.twice) +
+                              listText("Foreign", coverage.foreign);
+    document.text += lists.empty() ? "All expected IDs were tested once.\n" : lists;
+    document.json["missing"] = listJson(coverage.missing);
+    document.json["twice"] = listJson(coverage.twice);
+    document.json["foreign"] = listJson(coverage.foreign);
+    const bool isWhole = options.format == FORMAT_TABLE || options.format == FORMAT_JSON;
+    if (!isWhole && !options.quiet && !lists.empty()) complain(lists.substr(0, lists.size() - 1));
+    if (!coverage.missing.empty() || !coverage.foreign.empty()) code = worse(code, EXIT_NO);
+    if (!coverage.twice.empty()) code = worse(code, EXIT_WITH_LOSS);
+  }
+  if (!rows.empty() || options.format != FORMAT_JSONL) printDocument(document, options);
+  return code;
+}
+
+}  // namespace
+
+int readResults(const std::vector<std::string>& paths, const Options& options, std::vector<Inspect::ResultRow>& rows) {
+  Options silent = options;
+  silent.format = FORMAT_TABLE;  // the answers have no text: nothing is printed but findings
+  std::mutex mutex;
+  const int code = answerForFiles(paths, silent, {}, true, [&](const Inspect::ByteSource& source) {
+    const Inspect::FileSummary file = Inspect::summarize(source);
+    if (file.hasSummary) {
+      const std::lock_guard<std::mutex> lock(mutex);
+      rows.push_back({source.name(), file.summary});
+    }
+    FileAnswer answer;
+    answer.findings = file.report.findings;
+    return answer;
+  });
+  sortRows(rows);
+  return code;
+}
+
+void addSummary(CLI::App& app, const Options& options, Run& run) {
+  CLI::App* const command = app.add_subcommand("summary", "One row for each result, in the order of their IDs");
+  const auto args = std::make_shared<Arguments>();
+  command->add_option("paths", args->paths, "result files, or directories with -r")->required()->type_name("PATH...");
+  command->add_option("--expect", args->expected, "the IDs of the job: which are missing, doubled or foreign")
+      ->type_name("FIRST..LAST");
+  command->callback([args, &options, &run] { run = [args, &options] { return summary(*args, options); }; });
+}
+
+}  // namespace Command

@@ -1,0 +1,93 @@
+#include <cstdlib>
+#include <memory>
+
+#include <fmt/format.h>
+
+#include <libcrossplatform/common/ResultFile.h>
+#include <libcrossplatform/serialization/MarshalTypes.h>
+#include <tools/inspect/RecordView.h>
+
+#include "Commands.h"
+
+namespace Command {
+namespace {
+
+struct Row {
+  std::string kind;
+  uint32_t id;
+  std::string name;
+  std::string more;
+};
+
+void addSections(std::vector<Row>& rows) {
+  for (uint32_t id = 0; id <= UINT16_MAX; ++id) {
+    const auto type = static_cast<uint16_t>(id);
+    const char* const name = PFile::sectionIdToString(type);
+    const boost::optional<uint16_t> newest = Veltra::newestKnownVersion(type);
+    if (name == nullptr && !newest) continue;
+    rows.push_back({"section", id, name != nullptr ? name : "-", newest ? fmt::format("version {}", *newest) : "-"});
+  }
+}
+
+void addRecords(std::vector<Row>& rows) {
+  for (const auto& [id, name] : Inspect::knownRecords()) {
+    const std::string logName = Marshal::veltraCommonIdToString(id);
+    rows.push_back({"record", id, name, logName.empty() ? "-" : "in logs " + logName});
+  }
+}
+
+template <class E>
+void addTexts(const char* kind, uint32_t most, std::vector<Row>& rows) {
+  for (uint32_t value = 0; value <= most; ++value) {
+    const std::string text = toString(static_cast<E>(value));
+    if (!text.empty()) rows.push_back({kind, value, text, "-"});
+  }
+}
+
+int types(const std::string& wanted, const Options& options) {
+  std::vector<Row> rows;
+  addSections(rows);
+  addRecords(rows);
+  addTexts<Veltra::Status>("Status", 255, rows);
+  addTexts<Veltra::ResultType>("ResultType", 255, rows);
+  addTexts<Veltra::CableEnd>("CableEnd", 255, rows);
+  addTexts<Veltra::TestType>("TestType", 255, rows);
+  addTexts<Veltra::TestMergeFlags>("TestMergeFlags", 1023, rows);
+  char* end = nullptr;
+  const unsigned long id = std::strtoul(wanted.c_str(), &end, 0);
+  const bool byId = !wanted.empty() && *end == '\0';
+  Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}});
+  Document document;
+  document.columns = {"kind", "id", "name", "more"};
+  for (const Row& row : rows) {
+    if (!wanted.empty() && !(byId ? row.id == id : row.name == wanted)) continue;
+    table.add({row.kind, row.kind == "record" ? fmt::format("0x{:06x}", row.id) : std::to_string(row.id), row.name,
+               row.more});
+    Json::Value json(Json::objectValue);
+    json["kind"] = row.kind;
+    json["id"] = row.id;
+    json["name"] = row.name == "-" ? Json::Value() : Json::Value(row.name);
+    json["more"] = row.more == "-" ? Json::Value() : Json::Value(row.more);
+    document.rows.push_back(json);
+    document.json["types"].append(json);
+  }
+  if (document.rows.empty()) {
+    complain(wanted + ": no such id or name");
+    return EXIT_NO;
+  }
+  document.text = table.text();
+  printDocument(document, options);
+  return EXIT_DONE;
+}
+
+}  // namespace
+
+void addTypes(CLI::App& app, const Options& options, Run& run) {
+  CLI::App* const command =
+      app.add_subcommand("types", "Section types, records and the texts of the result vocabulary");
+  const auto wanted = std::make_shared<std::string>();
+  command->add_option("id", *wanted, "one number, decimal or 0x hexadecimal, or one name")->type_name("ID");
+  command->callback([wanted, &options, &run] { run = [wanted, &options] { return types(*wanted, options); }; });
+}
+
+}  // namespace Command
