@@ -22,7 +22,7 @@ class VELTRA_EXPORT IObjectReader {
  public:
   static constexpr uint32_t NO_POSITION = 0xFFFFFFFF;
 
-  virtual ~IObjectReader();
+  virtual ~IObjectReader() = default;
   /// Bytes read so far; NO_POSITION for a stream that does not know: lengths are then not compared, and a type id
   /// cannot be peeked at.
   virtual uint32_t position() const;
