@@ -45,7 +45,7 @@ class VELTRA_EXPORT IObjectReader {
   virtual bool seekTo(uint32_t position);
   /// Told the name of the field about to be read. Only a stream without a window hears it: tracing needs none.
   virtual void beginField(const char* name);
-  /// Told that a nested record begins, and that it ends.
+  /// The same for a nested record, or a record's header, that begins, and for its end.
   virtual void beginRecord(const char* name);
   virtual void endRecord();
   // The rest of the order up to readBool().
