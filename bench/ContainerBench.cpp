@@ -347,15 +347,13 @@ void summaryLimit(benchmark::State& state) {
 }
 BENCHMARK(summaryLimit)->Name("open and read summary/limit")->Unit(benchmark::kMicrosecond);
 
-/// The same through stdio with its buffer of 64 KiB.
+/// The same through stdio.
 void summaryStdio(benchmark::State& state) {
   const ResultFile file;
   unsigned char bytes[SUMMARY_FILE_BYTES];
-  std::vector<char> stdioBuffer(STDIO_BYTES);
   const AllocationCounter allocs(state);
   for (auto _ : state) {
     std::FILE* const stream = std::fopen(file.path(), "rb");
-    std::setvbuf(stream, stdioBuffer.data(), _IOFBF, STDIO_BYTES);
     const bool done = std::fread(bytes, 1, sizeof bytes, stream) == sizeof bytes;
     std::fclose(stream);
     if (!done || !isIntact(bytes)) state.SkipWithError("not read");
