@@ -37,10 +37,6 @@ void merge(DisplayMeas& merged, const DisplayMeas& other, ScaledInt (*pick)(cons
 
 }  // namespace
 
-void DisplayMeas::clear() {
-  *this = DisplayMeas();
-}
-
 std::string DisplayMeas::toString() const {
   switch (type) {
     case DISPLAY_TYPE_NOT_AVAILABLE:

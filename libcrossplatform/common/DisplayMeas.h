@@ -26,7 +26,10 @@ class VELTRA_EXPORT DisplayMeas : public Marshal::IDumpSerializable {
   DisplayMeas() = default;
   DisplayMeas(const ScaledInt& v, DisplayType t) : value(v), type(t) {}
 
-  void clear();
+  void clear() {
+    value.clear();
+    type = DISPLAY_TYPE_NOT_AVAILABLE;
+  }
   /// The text of the type; empty for a type outside the list. Fatal where ScaledInt::toString() is.
   std::string toString() const;
   /// Reads "", "N/A", "---", a value, or ">" or "<" and a value.

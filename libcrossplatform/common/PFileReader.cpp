@@ -37,6 +37,10 @@ FileReader::~FileReader() {
 }
 
 int FileReader::open(char const* path) {
+  return open(path, LARGE_BUFFER_BYTES);
+}
+
+int FileReader::open(char const* path, std::size_t readAhead) {
   PFILE_LOG_VALUES(_debug, "PFileReader::open(%s)", path != nullptr ? path : "(null)");
   if (_stream != nullptr) {
     PFILE_LOG(_error, "Already have another file open.");
@@ -55,7 +59,7 @@ int FileReader::open(char const* path) {
     PFILE_LOG_VALUES(_error, "fopen failed.errno:%d", errno);
     return PFILE_FAILED;
   }
-  useLargeBuffer(_stream, _stdioBuffer);
+  useBuffer(_stream, _stdioBuffer, readAhead);
   _fileHeader = std::make_unique<Section>(_debug, _warning, _error);
   const int code = read(*_fileHeader, true);
   if (code != PFILE_OK) return code;

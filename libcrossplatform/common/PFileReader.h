@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -23,6 +24,8 @@ class VELTRA_EXPORT FileReader {
   /// @return 0; -1 a file is open already, null path, a directory, it could not be opened, or it does not begin with an
   ///         intact file header; -2 it is empty. Once the file itself was opened it stays open: close() it.
   int open(char const* path);
+  /// The same, reading `readAhead` bytes at a time in place of 64 KiB: little is faster for the first sections alone.
+  int open(char const* path, std::size_t readAhead);
   /// Reads the next section header and stops behind it. The magic is not checked; the header's CRC covers it.
   int getHeader(Header& header);
   /// The same without moving; -1 also when not open, or the non-zero result of fseek().

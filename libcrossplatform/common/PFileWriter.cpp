@@ -45,7 +45,7 @@ int FileWriter::open(char const* path) {
     PFILE_LOG_VALUES(_error, "fopen failed.errno:%d", errno);
     return PFILE_FAILED;
   }
-  useLargeBuffer(_stream, _stdioBuffer);
+  useBuffer(_stream, _stdioBuffer, LARGE_BUFFER_BYTES);
   _fileHeader = std::make_unique<Section>(_debug, _error, _error);
   // The payload is the running total itself: it reads 20 when it is written behind its header, whose CRC was taken
   // over the total before. close() mends that, and until then the file does not verify.

@@ -212,10 +212,6 @@ bool ScaledInt::fromString(const std::string& text) {
   return true;
 }
 
-void ScaledInt::clear() {
-  *this = ScaledInt();
-}
-
 unsigned ScaledInt::serialize(Marshal::IObjectWriter& out) {
   return Marshal::writeInline(*this, out);
 }

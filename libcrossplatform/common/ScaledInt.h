@@ -72,7 +72,10 @@ class VELTRA_EXPORT ScaledInt : public Marshal::IDumpSerializable {
   /// and "-inf" leave the scale as it is. @return false, with the value unchanged, when the text begins with no number
   bool fromString(const std::string& text);
 
-  void clear();
+  void clear() {
+    _raw = RAW_NOT_A_NUMBER;
+    _scaledTo = SCALED_TO_ONES;
+  }
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the stream ran out; -5 version byte above 1, nothing more is read then
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;

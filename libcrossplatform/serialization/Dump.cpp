@@ -4,8 +4,6 @@
 
 namespace Dump {
 
-IDumpable::~IDumpable() = default;
-IJsonable::~IJsonable() = default;
 IFormatter::~IFormatter() = default;
 
 void IFormatter::text(const char*, int) {}

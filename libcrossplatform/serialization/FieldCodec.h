@@ -11,6 +11,9 @@
 ///   plain inline      the fields alone
 namespace Marshal {
 
+/// Class version that headers and plain records are walked with: they have none of their own.
+constexpr uint8_t NO_CLASS_VERSION = 0;
+
 /// Bytes of a record's field list, without any header.
 template <class Record>
 uint32_t countFields(Record& record) {
@@ -21,17 +24,18 @@ uint32_t countFields(Record& record) {
 
 template <class Record>
 unsigned writeHeaded(Record& record, IObjectWriter& out) {
-  if (out.countsOnly()) {
-    const uint32_t size = Header::BYTES + countFields(record);
-    out.skip(size);
-    return size;
-  }
   Header header(Record::SERIAL_TYPE_ID, Record::CLASS_VERSION);
+  const uint32_t start = out.position();
   // A stream that cannot rewrite gets the right length at once.
-  if (out.position() == IObjectWriter::NO_POSITION) header.setLength(countFields(record));
-  header.serialize(out);
+  if (start == IObjectWriter::NO_POSITION) header.setLength(countFields(record));
   {
     FieldWriter f(Record::CLASS_VERSION, out);
+    if (!f.hasWindow() && out.countsOnly()) {
+      const uint32_t size = Header::BYTES + countFields(record);
+      out.skip(size);
+      return size;
+    }
+    header.write(f, start);
     record.fields(f);
   }
   return header.serializeLength(out);
@@ -40,12 +44,14 @@ unsigned writeHeaded(Record& record, IObjectWriter& out) {
 template <class Record>
 StreamOpStatus readHeaded(Record& record, IObjectReader& in) {
   Header header;
-  if (const StreamOpStatus s = header.deserialize(in); s != STREAM_OK) return s;
-  if (const StreamOpStatus s = header.check(Record::CLASS_VERSION, Record::SERIAL_TYPE_ID); s != STREAM_OK) return s;
-  record.clear();
+  const uint32_t start = in.position();
   StreamOpStatus status = STREAM_OK;
   {
-    FieldReader f(in, header.classVersion());
+    FieldReader f(in, NO_CLASS_VERSION);
+    if (const StreamOpStatus s = header.read(f, start); s != STREAM_OK) return s;
+    if (const StreamOpStatus s = header.check(Record::CLASS_VERSION, Record::SERIAL_TYPE_ID); s != STREAM_OK) return s;
+    record.clear();
+    f.setVersion(header.classVersion());
     record.fields(f);
     status = f.status();
   }
@@ -69,9 +75,6 @@ StreamOpStatus readInline(Record& record, IObjectReader& in) {
   f.walkInline(record);
   return f.status();
 }
-
-/// Class version a plain record's fields are walked with: it has none of its own.
-constexpr uint8_t NO_CLASS_VERSION = 0;
 
 template <class Record>
 unsigned writePlain(Record& record, IObjectWriter& out) {

@@ -23,6 +23,8 @@ class StreamOut {
   StreamOut(const StreamOut&) = delete;
   StreamOut& operator=(const StreamOut&) = delete;
 
+  bool hasWindow() const { return _window.cursor != nullptr; }
+
   template <class T>
   VELTRA_ALWAYS_INLINE void put(T value) {
     if (static_cast<std::size_t>(_window.end - _window.cursor) < sizeof(T)) {

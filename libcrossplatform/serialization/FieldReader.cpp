@@ -2,13 +2,12 @@
 
 namespace Marshal {
 
-void FieldReader::textSlowly(const char* name, std::string& v) {
-  if (!ok()) return;
-  commit();
-  _stream.beginField(name);
-  const bool done = _stream.readString(v);
-  _window = _stream.window();
-  if (!done) fail(STREAM_SHORT);
+ReadWindow FieldReader::textSlowly(IObjectReader& stream, ReadWindow window, const char* name, std::string& v,
+                                   bool& done) {
+  if (window.cursor != nullptr) stream.advanceTo(window.cursor);
+  stream.beginField(name);
+  done = stream.readString(v);
+  return stream.window();
 }
 
 bool FieldReader::run(const char* name, uint32_t size, std::string& out) {

@@ -22,6 +22,7 @@ class FieldReader {
   FieldReader& operator=(const FieldReader&) = delete;
 
   uint8_t version() const { return _version; }  ///< class version being read
+  void setVersion(uint8_t classVersion) { _version = classVersion; }
   StreamOpStatus status() const { return _status; }
   bool ok() const { return _status == STREAM_OK; }
   /// -3 when the stream has failed, whatever the field that found out.
@@ -32,8 +33,7 @@ class FieldReader {
   /// Ends the walk with a code of the record's own; the first one stays.
   void fail(StreamOpStatus status) {
     if (!ok()) return;
-    commit();
-    _window = {};
+    _window = closed(_stream, _window);
     _status = status;
   }
 
@@ -83,7 +83,10 @@ class FieldReader {
         return;
       }
     }
-    textSlowly(name, v);
+    if (!ok()) return;
+    bool done = false;
+    _window = textSlowly(_stream, _window, name, v, done);
+    if (!done) fail(STREAM_SHORT);
   }
   /// Text up to the first zero byte of its run. A length of 0 ends the walk with -1, a short run with -3.
   void terminatedText(const char* name, std::string& v);
@@ -107,6 +110,15 @@ class FieldReader {
       if (s != STREAM_OK) fail(s);
     }
     if (!ok() && failure != STREAM_OK) _status = failure;
+    if (traced) _stream.endRecord();
+  }
+
+  /// Fields under a name of their own, without a version.
+  template <class Group>
+  VELTRA_ALWAYS_INLINE void group(const char* name, Group& nested) {
+    const bool traced = _window.cursor == nullptr;
+    if (traced) _stream.beginRecord(name);
+    nested.fields(*this);
     if (traced) _stream.endRecord();
   }
 
@@ -148,7 +160,8 @@ class FieldReader {
     if (get(name, wire)) v = static_cast<T>(wire);
   }
 
-  // The window goes in and out by value, so that the cursor can stay in a register between two fields.
+  // The window goes in and out by value, and nothing here takes the walker's own address, so that the cursor can stay
+  // in a register between two fields.
   template <class T>
   __attribute__((noinline, cold)) static ReadWindow getSlowly(IObjectReader& stream, ReadWindow window,
                                                               const char* name, T& value, bool& done) {
@@ -157,7 +170,12 @@ class FieldReader {
     done = readFrom(stream, value);
     return stream.window();
   }
-  __attribute__((noinline, cold)) void textSlowly(const char* name, std::string& v);
+  __attribute__((noinline, cold)) static ReadWindow closed(IObjectReader& stream, ReadWindow window) {
+    if (window.cursor != nullptr) stream.advanceTo(window.cursor);
+    return {};
+  }
+  __attribute__((noinline, cold)) static ReadWindow textSlowly(IObjectReader& stream, ReadWindow window,
+                                                               const char* name, std::string& v, bool& done);
 
   static bool readFrom(IObjectReader& stream, bool& v) { return stream.readBool(v); }
   static bool readFrom(IObjectReader& stream, uint8_t& v) { return stream.readUInt8(v); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <libcrossplatform/serialization/ISerializable.h>
+#include <libcrossplatform/serialization/WireBytes.h>
 
 namespace Marshal {
 
@@ -27,17 +28,49 @@ class VELTRA_EXPORT Header {
   void setLength(uint32_t length) { _length = length; }
   /// After the body: puts its length into the header already written, where the stream can rewrite.
   /// @return length of header and body in bytes
-  unsigned serializeLength(IObjectWriter& out);
+  unsigned serializeLength(IObjectWriter& out) {
+    if (_bodyAt != IObjectWriter::NO_POSITION) {
+      _length = out.position() - _bodyAt;
+      out.rewriteUInt32(_bodyAt - static_cast<uint32_t>(sizeof _length), _length);
+    }
+    return BYTES + _length;
+  }
 
   /// @return 0; -3 the stream ran out; -2 another marker, or format 0; -5 a newer header format
   StreamOpStatus deserialize(IObjectReader& in);
   /// Compares what was read with what the record can read.
   /// @return 0; -1 another record's id; -5 a newer class version
-  StreamOpStatus check(uint8_t classVersion, uint32_t combinedId) const;
+  StreamOpStatus check(uint8_t classVersion, uint32_t combinedId) const {
+    // One half after the other: joined, the load would wait for both of the stores just made.
+    const SerialTypeID wanted = SerialTypeID::fromCombined(combinedId);
+    if (_id.systemId != wanted.systemId || _id.classId != wanted.classId) return STREAM_WRONG_ELEMENT;
+    return _classVersion > classVersion ? STREAM_TOO_NEW : STREAM_OK;
+  }
   /// @param status  how far the record itself got
   /// @return `status` if not 0; -3 the stream has failed; -4 the body was not `length()` bytes; else 0. A stream that
   ///         knows no position skips the comparison.
-  StreamOpStatus checkLength(IObjectReader& in, StreamOpStatus status) const;
+  StreamOpStatus checkLength(IObjectReader& in, StreamOpStatus status) const {
+    if (status != STREAM_OK) return status;
+    if (in.status() != STREAM_OK) return STREAM_SHORT;
+    if (_bodyAt == IObjectReader::NO_POSITION) return STREAM_OK;
+    return in.position() - _bodyAt == _length ? STREAM_OK : STREAM_WRONG_LENGTH;
+  }
+
+  /// serialize() and deserialize() through the walker that goes on to the body.
+  /// @param at  position of the header in the stream, if it knows one
+  template <class Fields>
+  VELTRA_ALWAYS_INLINE void write(Fields& f, uint32_t at) {
+    fields(f);
+    setBodyBehind(at);
+  }
+  template <class Fields>
+  VELTRA_ALWAYS_INLINE StreamOpStatus read(Fields& f, uint32_t at) {
+    f.group("header", *this);
+    if (f.streamStatus() != STREAM_OK) return STREAM_SHORT;
+    setBodyBehind(at);
+    if (_marker != MARKER || _format == 0) return STREAM_NOT_A_HEADER;
+    return _format > FORMAT ? STREAM_TOO_NEW : STREAM_OK;
+  }
 
   template <class Fields>
   void fields(Fields& f) {
@@ -50,6 +83,8 @@ class VELTRA_EXPORT Header {
   }
 
  private:
+  void setBodyBehind(uint32_t at) { _bodyAt = at == IObjectWriter::NO_POSITION ? at : at + BYTES; }
+
   SerialTypeID _id;
   uint32_t _length = 0;
   uint32_t _bodyAt = IObjectWriter::NO_POSITION;

@@ -10,7 +10,7 @@ namespace Dump {
 class VELTRA_EXPORT IDumpable {
  public:
   virtual void dump(IFormatter& formatter, const DumpFlags& flags) const = 0;
-  virtual ~IDumpable();
+  virtual ~IDumpable() = default;
 };
 
 }  // namespace Dump

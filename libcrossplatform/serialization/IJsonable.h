@@ -13,7 +13,7 @@ namespace Dump {
 class VELTRA_EXPORT IJsonable {
  public:
   virtual Json::Value toJson(const DumpFlags& flags) const = 0;
-  virtual ~IJsonable();
+  virtual ~IJsonable() = default;
 };
 
 /// A record's JSON as text: styled, ending in a newline, or one line without one.

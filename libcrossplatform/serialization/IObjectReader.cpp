@@ -4,8 +4,6 @@
 
 namespace Marshal {
 
-IObjectReader::~IObjectReader() = default;
-
 uint32_t IObjectReader::position() const {
   return NO_POSITION;
 }

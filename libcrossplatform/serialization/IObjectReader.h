@@ -22,7 +22,7 @@ class VELTRA_EXPORT IObjectReader {
  public:
   static constexpr uint32_t NO_POSITION = 0xFFFFFFFF;
 
-  virtual ~IObjectReader();
+  virtual ~IObjectReader() = default;
   /// Bytes read so far; NO_POSITION for a stream that does not know: lengths are then not compared, and a type id
   /// cannot be peeked at.
   virtual uint32_t position() const;
@@ -45,7 +45,7 @@ class VELTRA_EXPORT IObjectReader {
   virtual bool seekTo(uint32_t position);
   /// Told the name of the field about to be read. Only a stream without a window hears it: tracing needs none.
   virtual void beginField(const char* name);
-  /// Told that a nested record begins, and that it ends.
+  /// The same for a nested record, or a record's header, that begins, and for its end.
   virtual void beginRecord(const char* name);
   virtual void endRecord();
   // The rest of the order up to readBool().

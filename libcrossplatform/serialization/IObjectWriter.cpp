@@ -4,8 +4,6 @@
 
 namespace Marshal {
 
-IObjectWriter::~IObjectWriter() = default;
-
 uint32_t IObjectWriter::position() const {
   return NO_POSITION;
 }

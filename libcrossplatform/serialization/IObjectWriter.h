@@ -21,7 +21,7 @@ class VELTRA_EXPORT IObjectWriter {
  public:
   static constexpr uint32_t NO_POSITION = 0xFFFFFFFF;
 
-  virtual ~IObjectWriter();
+  virtual ~IObjectWriter() = default;
   virtual unsigned writeBool(bool value) = 0;
   /// Bytes written so far by a stream that can rewrite a word; NO_POSITION by one that cannot.
   virtual uint32_t position() const;

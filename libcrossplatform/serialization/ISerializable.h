@@ -14,13 +14,13 @@ class VELTRA_EXPORT ISerializable {
   virtual unsigned serialize(IObjectWriter& out) = 0;
   /// @return 0, or a negative code (MarshalTypes.h); the record may then be partly filled: clear() or discard it
   virtual StreamOpStatus deserialize(IObjectReader& in) = 0;
-  virtual ~ISerializable();
+  virtual ~ISerializable() = default;
 };
 
 /// A record that can also be dumped: most of them.
 class VELTRA_EXPORT IDumpSerializable : public ISerializable, public Dump::IDumpable {
  public:
-  ~IDumpSerializable() override;
+  ~IDumpSerializable() override = default;
 };
 
 }  // namespace Marshal

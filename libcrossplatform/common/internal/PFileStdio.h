@@ -7,12 +7,13 @@
 
 namespace PFile {
 
-/// Gives a stream a buffer of 64 KiB: at 256 B to 4 KiB a section it takes 0.78 of the time of the default one. The
-/// buffer must outlive the stream.
-inline void useLargeBuffer(std::FILE* stream, std::unique_ptr<char[]>& buffer) {
-  constexpr std::size_t BUFFER_BYTES = 64 * 1024;
-  if (buffer == nullptr) buffer.reset(new char[BUFFER_BYTES]);
-  std::setvbuf(stream, buffer.get(), _IOFBF, BUFFER_BYTES);
+/// At 256 B to 4 KiB a section a buffer of this size takes 0.78 of the time of the default one.
+constexpr std::size_t LARGE_BUFFER_BYTES = 64 * 1024;
+
+/// Gives a stream a buffer, which must outlive it.
+inline void useBuffer(std::FILE* stream, std::unique_ptr<char[]>& buffer, std::size_t bytes) {
+  buffer.reset(new char[bytes]);
+  std::setvbuf(stream, buffer.get(), _IOFBF, bytes);
 }
 
 inline bool isDirectory(char const* path) {

@@ -1,8 +1,0 @@
-#include <libcrossplatform/serialization/ISerializable.h>
-
-namespace Marshal {
-
-ISerializable::~ISerializable() = default;
-IDumpSerializable::~IDumpSerializable() = default;
-
-}  // namespace Marshal
