@@ -22,7 +22,7 @@ void walkJson(Members& m, Record& s) {
   m.choice("language", s.language, fromLanguageString);
   m.choice("lengthUnits", s.lengthUnits, fromLengthUnitsString);
   m.choice("numericFormat", s.numericFormat, fromNumericFormatString);
-  // Read and dropped: documents of older instruments have it, the record has no such member.
+  // Read and dropped: documents have it, the record has no such member and never writes it.
   m.dropped("resultStorageLocation", fromResultStorageLocationString);
   m.choice("backlightTimeout", s.backlightTimeout, fromBacklightTimeoutString);
   m.choice("powerLineFrequency", s.powerLineFrequency, fromPowerLineFrequencyString);
