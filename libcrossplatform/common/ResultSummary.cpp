@@ -3,6 +3,7 @@
 #include <ctime>
 
 #include <libcrossplatform/common/TimeUtil.h>
+#include <libcrossplatform/common/jsonutil.h>
 #include <libcrossplatform/serialization/JsonText.h>
 
 namespace Veltra {
@@ -18,13 +19,6 @@ std::string localTimeText(long timeStamp) {
 
 bool isSameMeasurement(const DisplayMeas& a, const DisplayMeas& b) {
   return a.value == b.value && a.type == b.type;
-}
-
-/// Every record's object is wrapped in one member named after its class.
-Json::Value rooted(const char* name, Json::Value object) {
-  Json::Value root(Json::objectValue);
-  root[name] = std::move(object);
-  return root;
 }
 
 template <class List>
@@ -143,7 +137,7 @@ Json::Value ResultSummary::toJson(const Dump::DumpFlags& flags) const {
     object["numPassStarTests"] = numPassStarTests;
     object["numFailTests"] = numFailTests;
   }
-  return rooted(JSON_ROOT_NAME, std::move(object));
+  return rootedJson(JSON_ROOT_NAME, std::move(object));
 }
 
 template <class Fields>
@@ -167,7 +161,7 @@ Json::Value ResultSummaryList::toJson(const Dump::DumpFlags& flags) const {
   Json::Value object(Json::objectValue);
   object["size"] = static_cast<unsigned>(size());
   if (flags.level == Dump::DumpFlags::FULL_LEVEL) object["items"] = itemsOf(*this, flags);
-  return rooted(JSON_ROOT_NAME, std::move(object));
+  return rootedJson(JSON_ROOT_NAME, std::move(object));
 }
 
 ResultPathSummary::ResultPathSummary(std::string name, ResultType type, long time, std::string path, unsigned int bytes)
@@ -213,7 +207,7 @@ Json::Value ResultPathSummary::toJson(const Dump::DumpFlags&) const {
   object["timeStamp"] = localTimeText(timeStamp);
   object["pathName"] = pathName;
   object["filesize"] = filesize;
-  return rooted(JSON_ROOT_NAME, std::move(object));
+  return rootedJson(JSON_ROOT_NAME, std::move(object));
 }
 
 const ResultPathSummary* ResultPathSummaryList::find(std::string_view name) const {
@@ -246,7 +240,7 @@ Json::Value ResultPathSummaryList::toJson(const Dump::DumpFlags& flags) const {
   Json::Value object(Json::objectValue);
   object["size"] = static_cast<unsigned>(size());
   object["items"] = itemsOf(*this, flags);
-  return rooted(JSON_ROOT_NAME, std::move(object));
+  return rootedJson(JSON_ROOT_NAME, std::move(object));
 }
 
 }  // namespace Veltra

@@ -154,6 +154,36 @@ boost::optional<std::string> stringFromJson(const Json::Value& v, const char* ke
   return member->asString();
 }
 
+bool convertJson(const Json::Value& v, bool& out) {
+  if (!v.isConvertibleTo(Json::booleanValue)) return false;
+  out = v.asBool();
+  return true;
+}
+
+bool convertJson(const Json::Value& v, int& out) {
+  if (!v.isConvertibleTo(Json::intValue)) return false;
+  out = v.asInt();
+  return true;
+}
+
+bool convertJson(const Json::Value& v, unsigned& out) {
+  if (!v.isConvertibleTo(Json::uintValue)) return false;
+  out = v.asUInt();
+  return true;
+}
+
+bool convertJson(const Json::Value& v, std::string& out) {
+  if (!v.isConvertibleTo(Json::stringValue)) return false;
+  out = v.asString();
+  return true;
+}
+
+Json::Value rootedJson(const char* name, Json::Value value) {
+  Json::Value root(Json::objectValue);
+  root[name] = std::move(value);
+  return root;
+}
+
 void logJsonFailure(const char* file, int line, const char* name) {
   if (file == nullptr) {
     assertFail("file != nullptr", "libcrossplatform/common/jsonutil", 416);

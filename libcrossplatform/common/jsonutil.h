@@ -45,6 +45,17 @@ VELTRA_EXPORT boost::optional<time_t> timeFromJson(const Json::Value& v, const c
 /// A string, a number or a boolean, as text.
 VELTRA_EXPORT boost::optional<std::string> stringFromJson(const Json::Value& v, const char* key);
 
+// JsonCpp's own conversions, for the records whose documents were written for them: a null is false, 0 or empty, a
+// number or a boolean is also text, but text is no number. False, with `out` unchanged, where JsonCpp would throw.
+
+VELTRA_EXPORT bool convertJson(const Json::Value& v, bool& out);
+VELTRA_EXPORT bool convertJson(const Json::Value& v, int& out);       ///< a fraction is cut off
+VELTRA_EXPORT bool convertJson(const Json::Value& v, unsigned& out);  ///< likewise
+VELTRA_EXPORT bool convertJson(const Json::Value& v, std::string& out);
+
+/// An object of one member: how a record's JSON stands under its root name.
+VELTRA_EXPORT Json::Value rootedJson(const char* name, Json::Value value);
+
 /// Logs "fromJson failed ..." with the position of the reader that gave up.
 /// @param file  path of the unit without its ending; null is reported as an assertion and nothing is logged
 /// @param name  the key that failed, or null for the value itself

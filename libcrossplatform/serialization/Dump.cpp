@@ -27,4 +27,8 @@ std::string toJsonString(const IJsonable& record) {
   return toJsonString(record, DumpFlags(), true);
 }
 
+void dumpAsJson(const IJsonable& record, IFormatter& formatter, const DumpFlags& flags) {
+  formatter.text(toJsonString(record, flags, true).c_str(), flags.level);
+}
+
 }  // namespace Dump

@@ -9,6 +9,8 @@
 
 namespace Dump {
 
+class IFormatter;
+
 /// A record that can render itself as a JSON value.
 class VELTRA_EXPORT IJsonable {
  public:
@@ -20,5 +22,8 @@ class VELTRA_EXPORT IJsonable {
 VELTRA_EXPORT std::string toJsonString(const IJsonable& record, const DumpFlags& flags, bool styled);
 /// The same at the full level, styled.
 VELTRA_EXPORT std::string toJsonString(const IJsonable& record);
+
+/// For the dump() of a record that shows itself as its JSON: the styled text of toJson(flags), handed over whole.
+VELTRA_EXPORT void dumpAsJson(const IJsonable& record, IFormatter& formatter, const DumpFlags& flags);
 
 }  // namespace Dump

@@ -1,0 +1,138 @@
+#include <libcrossplatform/common/DatabaseDescriptor.h>
+
+#include <algorithm>
+#include <utility>
+
+#include <libcrossplatform/common/jsonutil.h>
+#include <libcrossplatform/logging/Assert.h>
+#include <libcrossplatform/serialization/FieldCodec.h>
+
+namespace Veltra {
+namespace {
+
+constexpr char SOURCE[] = "libcrossplatform/common/DatabaseDescriptor";
+
+/// A counted zero-terminated string of its own kind: limited, and everything before its last byte is the path.
+void readPath(Marshal::FieldReader& f, std::string& path) {
+  constexpr char NAME[] = "filePath";
+  uint32_t size = 0;
+  std::string temp;
+  if (!f.get(NAME, size)) return f.fail(Marshal::STREAM_SHORT);
+  if (size == 0 || size > DatabaseDescriptor::MAX_PATH_LENGTH) return f.fail(Marshal::STREAM_WRONG_ELEMENT);
+  if (!f.run(NAME, size, temp)) return;
+  if (temp[temp.length() - 1] != '\0') assertFatal("temp[temp.length() - 1] == '\\0'", SOURCE, __LINE__);
+  temp.pop_back();
+  path = std::move(temp);
+}
+
+DatabaseDescriptor* firstOfType(const DatabaseDescriptorList& list, DATABASE_TYPE type) {
+  const auto found = std::find_if(list.begin(), list.end(), [type](const auto& d) { return d->dbType == type; });
+  return found != list.end() ? found->get() : nullptr;
+}
+
+}  // namespace
+
+DatabaseDescriptor::DatabaseDescriptor(const DatabaseVersion& databaseVersion, DATABASE_TYPE type, std::string path,
+                                       std::string minReqFirmware)
+    : version(databaseVersion),
+      dbType(type),
+      filePath(std::move(path)),
+      minReqFirmwareVersion(std::move(minReqFirmware)) {}
+
+bool DatabaseDescriptor::operator==(const DatabaseDescriptor& other) const {
+  return version == other.version && dbType == other.dbType && filePath == other.filePath &&
+         minReqFirmwareVersion == other.minReqFirmwareVersion;
+}
+
+template <class Fields>
+void DatabaseDescriptor::fields(Fields& f) {
+  f.record("version", version);
+  f.i32("dbType", dbType);
+  if constexpr (Fields::READING) {
+    readPath(f, filePath);
+  } else {
+    f.terminatedText("filePath", filePath);
+  }
+  f.text("minReqFirmwareVersion", minReqFirmwareVersion);
+}
+
+unsigned DatabaseDescriptor::serialize(Marshal::IObjectWriter& out) {
+  return Marshal::writePlain(*this, out);
+}
+
+Marshal::StreamOpStatus DatabaseDescriptor::deserialize(Marshal::IObjectReader& in) {
+  return Marshal::readPlain(*this, in);
+}
+
+void DatabaseDescriptor::dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const {
+  Dump::dumpAsJson(*this, formatter, flags);
+}
+
+Json::Value DatabaseDescriptor::toJson(const Dump::DumpFlags& flags) const {
+  Json::Value object = version.toJson(flags);
+  object["dbType"] = static_cast<int>(dbType);
+  object["filePath"] = filePath;
+  object["minReqFirmwareVersion"] = minReqFirmwareVersion;
+  return rootedJson(JSON_ROOT_NAME, std::move(object));
+}
+
+DatabaseDescriptorList::DatabaseDescriptorList(const DatabaseDescriptorList& other)
+    : ISerializable(other), IDumpable(other), IJsonable(other) {
+  for (const std::unique_ptr<DatabaseDescriptor>& d : other) add(std::make_unique<DatabaseDescriptor>(*d));
+}
+
+DatabaseDescriptorList& DatabaseDescriptorList::operator=(const DatabaseDescriptorList& other) {
+  return *this = DatabaseDescriptorList(other);
+}
+
+bool DatabaseDescriptorList::operator==(const DatabaseDescriptorList& other) const {
+  return std::equal(begin(), end(), other.begin(), other.end(), [](const auto& a, const auto& b) { return *a == *b; });
+}
+
+DatabaseDescriptor* DatabaseDescriptorList::getDatabaseDescriptor(DATABASE_TYPE type) {
+  return firstOfType(*this, type);
+}
+
+const DatabaseDescriptor* DatabaseDescriptorList::getDatabaseDescriptor(DATABASE_TYPE type) const {
+  return firstOfType(*this, type);
+}
+
+template <class Fields>
+void DatabaseDescriptorList::fields(Fields& f) {
+  auto count = static_cast<uint32_t>(size());
+  f.u32("count", count);
+  if constexpr (Fields::READING) {
+    if (f.streamStatus() != Marshal::STREAM_OK) return f.fail(Marshal::STREAM_SHORT);
+    // No package is without a database: an empty list can be written, but not read back.
+    if (count == 0 || count > MAX_ENTRIES) return f.fail(Marshal::STREAM_WRONG_ELEMENT);
+    for (uint32_t i = 0; i < count && f.ok(); ++i) {
+      auto descriptor = std::make_unique<DatabaseDescriptor>();
+      f.record("descriptor", *descriptor);
+      if (f.ok()) add(std::move(descriptor));
+    }
+  } else {
+    for (const std::unique_ptr<DatabaseDescriptor>& d : *this) f.record("descriptor", *d);
+  }
+}
+
+unsigned DatabaseDescriptorList::serialize(Marshal::IObjectWriter& out) {
+  return Marshal::writeHeaded(*this, out);
+}
+
+Marshal::StreamOpStatus DatabaseDescriptorList::deserialize(Marshal::IObjectReader& in) {
+  const Marshal::StreamOpStatus status = Marshal::readHeaded(*this, in);
+  if (status != Marshal::STREAM_OK) clear();
+  return status;
+}
+
+void DatabaseDescriptorList::dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const {
+  Dump::dumpAsJson(*this, formatter, flags);
+}
+
+Json::Value DatabaseDescriptorList::toJson(const Dump::DumpFlags& flags) const {
+  Json::Value descriptors(Json::arrayValue);
+  for (const std::unique_ptr<DatabaseDescriptor>& d : *this) descriptors.append(d->toJson(flags));
+  return rootedJson(JSON_ROOT_NAME, std::move(descriptors));
+}
+
+}  // namespace Veltra

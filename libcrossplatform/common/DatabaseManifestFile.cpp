@@ -1,0 +1,40 @@
+#include <libcrossplatform/common/DatabaseManifestFile.h>
+
+#include <libcrossplatform/common/PFileReader.h>
+#include <libcrossplatform/common/PFileWriter.h>
+#include <libcrossplatform/serialization/ByteStreamBuilder.h>
+#include <libcrossplatform/serialization/ByteStreamReader.h>
+
+namespace Veltra {
+
+int writeManifestFile(DatabasePackageManifest& manifest, uint16_t sectionType, char const* path) {
+  Marshal::ByteStreamBuilder bytes;
+  manifest.serialize(bytes);
+  if (bytes.failed()) return PFile::PFILE_FAILED;
+
+  PFile::Section section;
+  section.set(sectionType, MANIFEST_SECTION_VERSION, 0, bytes.data(), bytes.size(), false, 0);
+  PFile::FileWriter file;
+  // Each step is taken whatever became of the one before: what can be written is, and the file is closed.
+  const int opened = file.open(path);
+  const int written = file.write(section);
+  const int closed = file.close(false);
+  const bool done = opened == PFile::PFILE_OK && written == PFile::PFILE_OK && closed == PFile::PFILE_OK;
+  return done ? PFile::PFILE_OK : PFile::PFILE_FAILED;
+}
+
+PFile::PFileReaderStatus readManifestFile(DatabasePackageManifest& manifest, char const* path) {
+  PFile::FileReader file;
+  if (file.open(path) != PFile::PFILE_OK) return PFile::READER_ERROR_OPENING_FILE;
+
+  PFile::Section section;
+  if (file.read(section, true) != PFile::PFILE_OK) return PFile::READER_WRONG_FILE_TYPE;
+  const uint16_t type = section.header.type;
+  if (type != PFile::SECTION_LIMIT_MANIFEST && type != PFile::SECTION_CABLE_MANIFEST) {
+    return PFile::READER_WRONG_FILE_TYPE;
+  }
+  Marshal::ByteStreamReader in(section.payload.data(), section.payload.size());
+  return PFile::streamOpToReaderStatus(manifest.deserialize(in));
+}
+
+}  // namespace Veltra

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <libcrossplatform/common/ProjectId.h>
+#include <libcrossplatform/common/Settings.h>
+
+namespace Veltra {
+
+/// What is set up for the project in work: where results go, how they are numbered, how they are synchronised.
+/// A plain value. On the wire: headed record that holds its own JSON text, docs/format.md#orbelsettings.
+class VELTRA_EXPORT OrbelSettings : public Settings {
+ public:
+  static constexpr uint8_t CLASS_VERSION = 0;
+  static constexpr uint32_t SERIAL_TYPE_ID = 0x51000b;
+  static constexpr const char* JSON_ROOT_NAME = "OrbelSettings";
+
+  OrbelSettings() = default;
+  OrbelSettings(Project::ProjectId project, bool autoSave, bool autoIncrement, std::string syncUserName,
+                std::string syncUserPass, Json::Value netProfile, bool trackitEnable, unsigned int keyPosition);
+
+  unsigned int getSettingsType() const override { return 2; }
+
+  bool operator==(const OrbelSettings& other) const;
+  bool operator!=(const OrbelSettings& other) const { return !(*this == other); }
+
+  unsigned serialize(Marshal::IObjectWriter& out) override;
+  /// Not cleared first: members the text does not name keep their values. Any class version is read.
+  /// @return 0; -1 another record's id, or text fromString() does not take: the record is then as it was; -3 the stream
+  ///         ran out; header and length codes unchanged
+  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  /// {"OrbelSettings": {...}}, all members at every level, the password as plain text.
+  Json::Value toJson(const Dump::DumpFlags& flags) const override;
+  /// Reads {"OrbelSettings": {...}} with JsonCpp's own conversions: a number is also text. What is missing or null
+  /// keeps its value.
+  /// @return true; false, with the record unchanged, for a null pointer, without the root member, and when a value
+  ///         cannot be converted (logged)
+  bool fromJson(const Json::Value* root) override;
+  /// fromJson() of a JSON text; comments in the network profile are kept.
+  /// @return false also for text that is no JSON
+  bool fromString(const std::string& text);
+  /// The styled text of toJson() with the same flags.
+  void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
+
+  template <class Fields>
+  void fields(Fields& f);
+
+  Project::ProjectId project{"", "DEFAULT"};  ///< the project in work
+  bool autoSave = false;
+  bool autoIncrement = false;  ///< number results on by themselves
+  std::string syncUserName;    ///< for the remote service results are synchronised with
+  std::string syncUserPass;    ///< plain text, here and in every rendering of the record
+  Json::Value netProfile;      ///< the network to use, any JSON value
+  bool trackitEnable = false;
+  unsigned int keyPosition = 0;
+};
+
+}  // namespace Veltra

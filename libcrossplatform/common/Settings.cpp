@@ -1,0 +1,7 @@
+#include <libcrossplatform/common/Settings.h>
+
+namespace Veltra {
+
+Settings::~Settings() = default;
+
+}  // namespace Veltra

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+
+#include <libcrossplatform/serialization/IJsonable.h>
+#include <libcrossplatform/serialization/ISerializable.h>
+
+namespace Veltra {
+
+/// Base of the settings records: what lets a caller rebuild the right one from bytes without knowing its type.
+/// The order of the virtual functions is fixed.
+class VELTRA_EXPORT Settings : public Marshal::ISerializable, public Dump::IDumpable, public Dump::IJsonable {
+ public:
+  ~Settings() override;
+
+  /// 0 for InstrumentSettings, 2 for OrbelSettings.
+  virtual unsigned int getSettingsType() const = 0;
+  Json::Value toJson(const Dump::DumpFlags& flags) const override = 0;
+  /// Takes over what the document says. @return false: the record is unchanged
+  virtual bool fromJson(const Json::Value* root) = 0;
+  void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override = 0;
+
+  /// A default-constructed settings object for a combined type id; null for an id that is no settings record's.
+  static std::unique_ptr<Settings> create(unsigned int serialType);
+
+  /// Rebuilds a settings object from the bytes of one record.
+  /// @param buffer  only read; bytes behind the record are not looked at
+  /// @param status  0; -1 null or no bytes; -3 the bytes ran out; otherwise the code of Marshal::Header or of the
+  ///                record's deserialize()
+  /// @return null when `status` is not 0; null with status 0 when the bytes are those of another record
+  static std::unique_ptr<Settings> create(unsigned char* buffer, unsigned int length, Marshal::StreamOpStatus& status);
+
+ protected:
+  Settings() = default;
+  Settings(const Settings&) = default;
+  Settings& operator=(const Settings&) = default;
+};
+
+}  // namespace Veltra

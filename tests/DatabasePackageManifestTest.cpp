@@ -1,0 +1,105 @@
+#include <libcrossplatform/common/DatabasePackageManifest.h>
+
+#include "JsonShapes.h"
+
+using namespace RecordTesting;
+using namespace Veltra;
+
+namespace {
+
+DatabasePackageManifestSummary sampleSummary() {
+  return DatabasePackageManifestSummary({3, 12, "beta"}, 2, 407, 65535, "V5.1");
+}
+
+DatabasePackageManifest sampleManifest() {
+  DatabaseDescriptorList list;
+  list.add(std::make_unique<DatabaseDescriptor>(DatabaseVersion(1, 2, 3, 4), static_cast<DATABASE_TYPE>(1),
+                                                "db/limits.sql", "V5.0"));
+  return DatabasePackageManifest(sampleSummary(), std::move(list));
+}
+
+}  // namespace
+
+TEST(DatabasePackageManifestSummary, Wire) {
+  DatabasePackageManifestSummary s = sampleSummary();
+  expectRoundTrip(s);
+  expectEveryPrefixRefused(s);
+  expectGolden(s, "database_package_manifest_summary_v1");
+}
+
+TEST(DatabasePackageManifestSummary, VersionTexts) {
+  DatabasePackageManifestSummary s = sampleSummary();
+  EXPECT_EQ(s.getVersionString(), "V3.12 beta");
+  EXPECT_EQ(s.getFullVersionString(), "V3.12.407 beta");
+  s.customerVersion.suffix.clear();
+  EXPECT_EQ(s.getFullVersionString(), "V3.12.407");
+}
+
+TEST(DatabasePackageManifestSummary, JsonHoldsAndEqualityComparesEveryMember) {
+  const DatabasePackageManifestSummary sample = sampleSummary();
+  const Json::Value document = sample.toJson(level(0));
+  DatabasePackageManifestSummary read;
+  ASSERT_TRUE(read.fromJson(document));
+  EXPECT_EQ(read, sample);
+  const Json::Value other = DatabasePackageManifestSummary().toJson(level(2));
+  for (const std::string& key : document["DatabasePackageManifestSummary"].getMemberNames()) {
+    SCOPED_TRACE(key);
+    Json::Value changed = document;
+    changed["DatabasePackageManifestSummary"][key] = other["DatabasePackageManifestSummary"][key];
+    read = sample;
+    ASSERT_TRUE(read.fromJson(&changed));
+    EXPECT_NE(read, sample);
+  }
+}
+
+TEST(DatabasePackageManifestSummary, JsonOfAnyShape) {
+  CapturedLog log;
+  const auto read = [](DatabasePackageManifestSummary& s, const Json::Value& v) { return s.fromJson(v); };
+  const DatabasePackageManifestSummary before;
+  Json::Value document = sampleSummary().toJson(level(2));
+  expectJsonShapes(before, document, JSON_NONE,
+                   {{"DatabasePackageManifestSummary", JSON_NONE},
+                    {"DatabasePackageManifestSummary/CustomDatabaseVersion", JSON_NONE},
+                    {"DatabasePackageManifestSummary/CustomDatabaseVersion/Version", JSON_NONE},
+                    {"DatabasePackageManifestSummary/releaseType", JSON_INT},
+                    {"DatabasePackageManifestSummary/build", JSON_INT},
+                    {"DatabasePackageManifestSummary/type", JSON_INT},
+                    {"DatabasePackageManifestSummary/minReqFirmwareVersion", JSON_STRING_READER}},
+                   read);
+  document["DatabasePackageManifestSummary"]["build"] = 65536;
+  log.lines().clear();
+  expectJsonRead(before, document, false, read);
+  ASSERT_EQ(log.lines().size(), 1u);
+  EXPECT_NE(log.lines()[0].find("fromJson failed for build in "), std::string::npos);
+
+  DatabasePackageManifestSummary s = sampleSummary();
+  EXPECT_FALSE(s.fromJson(nullptr));
+  EXPECT_EQ(s, before) << "a null pointer clears";
+}
+
+TEST(DatabasePackageManifest, Wire) {
+  DatabasePackageManifest m = sampleManifest();
+  expectRoundTrip(m);
+  expectEveryPrefixRefused(m);
+  expectGolden(m, "database_package_manifest_v1");
+  DatabasePackageManifest read;
+  ASSERT_EQ(readFrom(read, bytesOf(m)), 0);
+  EXPECT_EQ(read, m);
+  EXPECT_NE(DatabasePackageManifest(), m);
+}
+
+TEST(DatabasePackageManifest, DefaultOneIsWrittenButNotRead) {
+  DatabasePackageManifest m;
+  EXPECT_EQ(readFrom(m, bytesOf(m)), -1);
+}
+
+TEST(DatabasePackageManifest, DumpsItsJson) {
+  const DatabasePackageManifest m = sampleManifest();
+  const Json::Value json = m.toJson(level(1));
+  const Json::Value& body = json["DatabasePackageManifest"];
+  EXPECT_EQ(body.getMemberNames(),
+            (std::vector<std::string>{"DatabaseDescriptorList", "DatabasePackageManifestSummary"}));
+  EXPECT_EQ(body["DatabasePackageManifestSummary"]["CustomDatabaseVersion"]["Version"], "V3.12 beta");
+  EXPECT_EQ(body["DatabaseDescriptorList"][0]["DatabaseDescriptor"]["filePath"], "db/limits.sql");
+  EXPECT_EQ(dumpOf(m, 0), Dump::toJsonString(m));
+}

@@ -1,0 +1,72 @@
+#include <libcrossplatform/common/DatabaseVersionEx.h>
+
+#include <gmock/gmock.h>
+
+#include <libcrossplatform/common/DatabasePackageManifest.h>
+
+#include "RecordTesting.h"
+
+using namespace RecordTesting;
+using namespace Veltra;
+
+// What a caller in C sees is tested in tests/cinterface; here is what needs the classes, and what ends the program.
+
+TEST(DatabaseVersionEx, WrittenPackageReadsBackMemberByMember) {
+  void* version = databaseVersionExDatabaseVersion(1, -1, 65536, 4);
+  void* list = databaseVersionExDatabaseDescriptorList();
+  databaseVersionExDatabaseDescriptorListAdd(
+      list, databaseVersionExDatabaseDescriptor(version, INT32_MIN, "db/limits.sql", "V5.0"));
+  void* summary = databaseVersionExDatabasePackageManifestSummary(3, 12, "beta", 2, 407, 65535, "V5.1");
+  void* manifest = databaseVersionExDatabasePackageManifest(summary, list);
+  const std::string path = testing::TempDir() + "veltra_flat.pkg";
+  databaseVersionExDatabasePackageManifestWriteCable(manifest, path.c_str());
+
+  DatabaseDescriptorList descriptors;
+  descriptors.add(std::make_unique<DatabaseDescriptor>(DatabaseVersion(1, 65535, 0, 4),
+                                                       static_cast<DATABASE_TYPE>(INT32_MIN), "db/limits.sql", "V5.0"));
+  const DatabasePackageManifest expected({{3, 12, "beta"}, 2, 407, 65535, "V5.1"}, std::move(descriptors));
+  DatabasePackageManifest read;
+  EXPECT_EQ(getManifestFromPFile(&read, path.c_str()), PFile::READER_OK);
+  EXPECT_EQ(read, expected);
+  EXPECT_EQ(*static_cast<DatabasePackageManifest*>(manifest), expected);
+
+  std::remove(path.c_str());
+  databaseVersionExDeDatabaseVersion(version);
+  databaseVersionExDeDatabaseDescriptorList(list);
+  databaseVersionExDeDatabasePackageManifestSummary(summary);
+  databaseVersionExDeDatabasePackageManifest(manifest);
+}
+
+TEST(DatabaseVersionExDeathTest, MissingArgumentsAreFatal) {
+  const std::string package = dataPath("good/limit_package.bin");
+  const char* const path = package.c_str();
+  DatabasePackageManifest manifest;
+  DatabaseDescriptorList list;
+  DatabasePackageManifestSummary summary;
+  char text[8];
+  uint16_t build = 0;
+  const auto failed = [](const std::string& expression) {
+    return testing::HasSubstr("Assertion failed: " + expression + ", libcrossplatform/common/DatabaseVersionEx:");
+  };
+  EXPECT_DEATH(databaseVersionExDatabaseDescriptorListAdd(&list, nullptr), failed("pdd != nullptr"));
+  EXPECT_DEATH(getManifestFromPFile(nullptr, path), failed("pM != nullptr"));
+  EXPECT_DEATH(getManifestFromPFile(&manifest, nullptr), failed("filename != nullptr"));
+  EXPECT_DEATH(getDbVersionFromManifest(nullptr, text, 8, &build), failed("filename != nullptr"));
+  EXPECT_DEATH(getDbVersionFromManifest(path, text, 8, nullptr), failed("build != nullptr"));
+  EXPECT_DEATH(getDbVersionFromManifest(path, text, 0, &build), failed("len > 0"));
+  EXPECT_DEATH(getDbMinReqFirmwareVersionFromManifest(path, nullptr, 8), failed("dst != nullptr"));
+  EXPECT_DEATH(databaseVersionExDatabaseDescriptor(nullptr, 1, "", ""), failed("version != nullptr"));
+  EXPECT_DEATH(databaseVersionExDatabasePackageManifest(nullptr, &list), failed("summary != nullptr"));
+  EXPECT_DEATH(databaseVersionExDatabasePackageManifest(&summary, nullptr), failed("list != nullptr"));
+  EXPECT_DEATH(databaseVersionExDatabasePackageManifestWriteLimit(nullptr, path), failed("manifest != nullptr"));
+  EXPECT_EQ(getDbVersionFromManifest("no such file", text, 8, nullptr), PFile::READER_ERROR_OPENING_FILE)
+      << "the build is needed only where it is stored";
+}
+
+TEST(CInterfacePage, HoldsTheWholeExample) {
+  const auto text = [](const std::string& file) {
+    const Bytes bytes = fileBytes(VELTRA_SOURCE_DIR "/" + file);
+    return std::string(bytes.begin(), bytes.end());
+  };
+  EXPECT_THAT(text("docs/c-interface.md"), testing::HasSubstr("```c\n" + text("examples/package_builder.c") + "```\n"));
+}
