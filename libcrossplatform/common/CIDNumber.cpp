@@ -5,8 +5,6 @@
 #include <functional>
 #include <utility>
 
-const uint16_t MAX_CABLE_IDS = 32767;
-
 void CIDNumber::swap(CIDNumber& other) noexcept {
   _radices.swap(other._radices);
   _values.swap(other._values);

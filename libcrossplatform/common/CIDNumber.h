@@ -5,8 +5,8 @@
 
 #include <libcrossplatform/logging/Export.h>
 
-/// The largest number of cable IDs that one set may hold: 32767.
-VELTRA_EXPORT extern const uint16_t MAX_CABLE_IDS;
+/// The largest number of cable IDs that one set may hold. The library exports it as a symbol too.
+[[gnu::used]] VELTRA_EXPORT inline constexpr uint16_t MAX_CABLE_IDS = 32767;
 
 /// The place of one cable ID in its set: a mixed-radix number with one digit for every variable position of the ID.
 /// A digit is the offset of its position from the set's first ID; the leftmost position is the most significant, so

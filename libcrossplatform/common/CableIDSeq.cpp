@@ -8,8 +8,8 @@
 namespace {
 
 /// In the position map: the ID is taken. At the end of both lists: nothing follows. No index and no ordinal of a full
-/// set comes to this value, because it is MAX_CABLE_IDS.
-constexpr uint16_t TAKEN = 32767;
+/// set comes to this value.
+constexpr uint16_t TAKEN = MAX_CABLE_IDS;
 
 /// The entry of the position map when one free ID before it is gone. Without a branch, so that loops over it vectorise.
 uint16_t moveDown(uint16_t entry) {

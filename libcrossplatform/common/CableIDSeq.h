@@ -14,7 +14,7 @@
 /// again at the lowest free one when it has passed the last. What an ID is and which IDs a set has: CIDPattern.
 ///
 /// To store a sequence keep its first ID, its last ID and the taken IDs in the order they were taken; verifyIDSet and
-/// one pruneID for each rebuild it.
+/// one pruneID for each rebuild it. A next ID picked with updateNextID and not taken yet is to be picked again.
 ///
 /// A value: default-constructed cleared, moved from cleared. A set of n IDs costs two lists of n + 1 16-bit elements,
 /// 128 KiB at most, and taking an ID costs time proportional to n. Nothing but a failed allocation throws.

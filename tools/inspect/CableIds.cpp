@@ -1,7 +1,5 @@
 #include <tools/inspect/CableIds.h>
 
-#include <cctype>
-
 #include <fmt/format.h>
 
 #include <libcrossplatform/common/CableIDSeq.h>
@@ -33,10 +31,10 @@ std::string positionRefusal(const std::string& first, const std::string& last) {
     }
     if (kind == Kind::LITERAL && first[i] != last[i]) return where + " are no letters or digits and must be the same";
     if (isLetter(kind) && last[i] < first[i]) return where + " fall";
-    if (kind == Kind::DIGIT && (i == 0 || kindOf(first[i - 1]) != Kind::DIGIT)) {
-      const std::size_t end = std::min(first.find_first_not_of("0123456789", i), first.size());
-      const std::string from = first.substr(i, end - i), to = last.substr(i, end - i);
-      if (to < from) return fmt::format("position {}: {} and {} fall", i + 1, from, to);
+    if (kind == Kind::DIGIT && (i + 1 == first.size() || kindOf(first[i + 1]) != Kind::DIGIT)) {
+      const std::size_t begin = first.find_last_not_of("0123456789", i) + 1;  // 0 when nothing stands before the field
+      const std::string from = first.substr(begin, i + 1 - begin), to = last.substr(begin, i + 1 - begin);
+      if (to < from) return fmt::format("position {}: {} and {} fall", begin + 1, from, to);
     }
   }
   return {};
@@ -60,10 +58,13 @@ bool CableIdSet::build(const std::string& first, const std::string& last, std::s
   return false;
 }
 
-std::string CableIdSet::idAt(uint32_t ordinal) const {
+std::vector<std::string> CableIdSet::ids(uint32_t from, uint32_t wanted) const {
+  std::vector<std::string> ids;
   CIDNumber number(_number);
-  number.setOrdinal(ordinal);
-  return _pattern.toString(number);
+  for (uint32_t ordinal = from; ids.size() < wanted && number.setOrdinal(ordinal); ++ordinal) {
+    ids.push_back(_pattern.toString(number));
+  }
+  return ids;
 }
 
 std::optional<uint32_t> CableIdSet::ordinalOf(const std::string& id) const {

@@ -16,8 +16,8 @@ class CableIdSet {
   bool build(const std::string& first, const std::string& last, std::string& refusal);
 
   uint32_t count() const { return _number.getTotal(); }
-  /// @param ordinal  below count()
-  std::string idAt(uint32_t ordinal) const;
+  /// The IDs from an ordinal on, fewer than wanted where the set ends.
+  std::vector<std::string> ids(uint32_t from, uint32_t wanted) const;
   std::optional<uint32_t> ordinalOf(const std::string& id) const;
 
  private:

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <memory>
 #include <sstream>
 
@@ -38,7 +37,7 @@ void printIds(const std::vector<std::string>& ids, const Options& options) {
     document.rows.emplace_back(Json::objectValue);
     document.rows.back()["id"] = id;
   }
-  if (!ids.empty() || options.format != FORMAT_JSONL) printDocument(document, options);
+  printDocument(document, options);
 }
 
 /// Prints one answer: its text, or its JSON.
@@ -62,10 +61,8 @@ int ordinalOf(const Inspect::CableIdSet& set, const std::string& id, const Optio
 }
 
 int idAt(const Inspect::CableIdSet& set, uint32_t ordinal, const Options& options) {
-  if (ordinal < set.count()) {
-    const std::string id = set.idAt(ordinal);
-    return answer(id, idAndOrdinal(id, ordinal), options);
-  }
+  const std::vector<std::string> ids = set.ids(ordinal, 1);
+  if (!ids.empty()) return answer(ids.front(), idAndOrdinal(ids.front(), ordinal), options);
   complain(fmt::format("{}: no such ordinal, the set has {} IDs", ordinal, set.count()));
   return EXIT_NO;
 }
@@ -97,13 +94,16 @@ int take(const Arguments& args, const Options& options) {
     }
     std::istringstream lines(text);
     for (std::string line; std::getline(lines, line);) {
+      if (!line.empty() && line.back() == '\r') line.pop_back();  // a list written on Windows
       if (!line.empty()) used.push_back(line);
     }
   }
   const std::vector<std::string> ids = Inspect::nextFreeIds(args.first, args.last, used, args.take, foreign);
-  for (const std::string& id : foreign) complain(fmt::format("{}: used twice, or not in the set", id));
+  for (const std::string& id : foreign) {
+    if (!options.quiet) complain(fmt::format("{}: used twice, or not in the set", id));
+  }
   printIds(ids, options);
-  if (ids.size() == args.take) return EXIT_DONE;
+  if (ids.size() == args.take) return foreign.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
   complain(fmt::format("only {} IDs are free", ids.size()));
   return EXIT_NO;
 }
@@ -120,9 +120,7 @@ int ids(const Arguments& args, const CLI::App& command, const Options& options) 
   if (command.count("--check") > 0) return check(set, args.check, options);
   if (command.count("--take") > 0) return take(args, options);
   if (args.list) {
-    std::vector<std::string> listed;
-    for (uint32_t i = args.from; i < set.count() && listed.size() < args.count; ++i) listed.push_back(set.idAt(i));
-    printIds(listed, options);
+    printIds(set.ids(args.from, args.count), options);
     return EXIT_DONE;
   }
   Json::Value json(Json::objectValue);

@@ -127,7 +127,8 @@ void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns
 }
 
 void printDocument(const Document& document, const Options& options) {
-  const std::vector<Json::Value> rows = document.rows.empty() ? std::vector<Json::Value>{document.json} : document.rows;
+  const bool isOneRow = document.rows.empty() && document.columns.empty();
+  const std::vector<Json::Value> rows = isOneRow ? std::vector<Json::Value>{document.json} : document.rows;
   switch (options.format) {
     case FORMAT_TABLE:
       fmt::print("{}", document.text);

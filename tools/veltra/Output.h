@@ -45,8 +45,8 @@ void printCsvHeader(const std::vector<std::string>& columns);
 struct Document {
   std::string text;                  ///< for the table format
   Json::Value json;                  ///< an object
-  std::vector<Json::Value> rows;     ///< JSON lines and CSV rows; none stands for the object itself
-  std::vector<std::string> columns;  ///< of the CSV; none stands for the members of the first row
+  std::vector<Json::Value> rows;     ///< JSON lines and CSV rows
+  std::vector<std::string> columns;  ///< of the CSV; without columns and rows the object is the only row
 };
 void printDocument(const Document& document, const Options& options);
 
