@@ -1,6 +1,7 @@
 #include <libcrossplatform/common/NetworkProfile.h>
 
 #include <algorithm>
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -41,6 +42,13 @@ WifiProfile network(const std::string& ssid, uint32_t securityType) {
   profile.useDhcp = true;
   profile.securityType = securityType;
   return profile;
+}
+
+// Every member set, in the order of the members.
+WifiProfile fullNetwork(uint32_t securityType) {
+  return {"10.0.0.1",    "255.0.0.0",  "10.255.255.255", "10.0.0.9",    {"8.8.8.8"}, false,
+          "net",         securityType, Encryption::AES,  Eap::TTLS_PAP, 2,           {"", "abcde"},
+          "pass phrase", "user",       "password",       true,          "outer"};
 }
 
 std::vector<std::string> recentNames(const NetworkProfile& profile) {
@@ -252,17 +260,13 @@ TEST(NetworkProfile, CredentialsAreStoredEncrypted) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.key);
     EXPECT_EQ((profile.*row.get)(), "");
-    EXPECT_FALSE((profile.*row.set)(std::string(65536, 'x')));
     EXPECT_TRUE((profile.*row.set)("hidden"));
-    EXPECT_EQ((profile.*row.get)(), "hidden");
     Json::Value& stored = root(profile)["Wireless Security"][row.key];
     EXPECT_EQ(EncryptedString::Decrypt(stored.asString()), "hidden");
     EXPECT_FALSE((profile.*row.set)(std::string(65536, 'x')));
     EXPECT_EQ((profile.*row.get)(), "hidden");
     stored = std::string(64, 'A');
     EXPECT_EQ((profile.*row.get)(), "");
-    stored = "older plain text";
-    EXPECT_EQ((profile.*row.get)(), "older plain text");
   }
   const Bytes certificate = {0, 1, 0xFF};
   EXPECT_TRUE(profile.setCertificate(certificate));
@@ -405,21 +409,8 @@ TEST(NetworkProfile, ReaddedNetworkMovesToTheFrontAndTheEleventhIsDropped) {
 }
 
 TEST(WifiProfile, StoredFormHoldsWhatTheSecurityTypeNeeds) {
-  WifiProfile full;
-  full.inetAddr = "10.0.0.1";
-  full.mask = "255.0.0.0";
-  full.gateway = "10.0.0.9";
-  full.dns = {"8.8.8.8"};
-  full.ssid = "net";
-  full.encryption = Encryption::AES;
-  full.eap = Eap::TTLS_PAP;
-  full.activeKey = 2;
-  full.wepKeys = {"", "abcde"};
-  full.wirelessPassword = "pass phrase";
-  full.user = "user";
-  full.password = "password";
-  full.alternateId = true;
-  full.securityId = "outer";
+  WifiProfile full = fullNetwork(UsbWifiSecurity::OPEN);
+  full.broadcast = "";
   using Names = std::vector<std::string>;
   const Names byType[] = {{"Encryption", "Security Type"},
                           {"Active Key", "Encryption", "Key", "Security Type"},
@@ -457,20 +448,9 @@ TEST(WifiProfile, StoredFormHoldsWhatTheSecurityTypeNeeds) {
 
 TEST(NetworkProfile, CurrentSettingsBecomeARecentNetworkAndBack) {
   NetworkProfile profile;
-  profile.setUsbWifiSSID("corp");
-  profile.setUsbWifiInetAddr("10.0.0.1");
-  profile.setUsbWifiMask("255.0.0.0");
-  profile.setUsbWifiBroadcast("10.255.255.255");
-  profile.setUsbWifiGateway("10.0.0.9");
-  profile.addUsbWifiDNS("8.8.8.8");
-  profile.setUsbWifiSecurity(UsbWifiSecurity::ENTERPRISE);
-  profile.setEap(Eap::TTLS_PAP);
-  profile.setUser("user");
-  profile.setPassword("password");
-  profile.setAlternateId(true);
-  profile.setSecurityId("outer");
+  EXPECT_TRUE(profile.setConfigFromWifiProfile(fullNetwork(UsbWifiSecurity::ENTERPRISE)));
   EXPECT_TRUE(profile.addCurrentWifiProfile());
-  EXPECT_EQ(textOf(profile).find("password\" : \"password"), std::string::npos);
+  EXPECT_EQ(textOf(profile).find("\"user\""), std::string::npos);
   const std::string before = allGetters(profile);
   WifiProfile recent;
   ASSERT_TRUE(profile.getWifiProfile(0, recent));
@@ -482,13 +462,7 @@ TEST(NetworkProfile, CurrentSettingsBecomeARecentNetworkAndBack) {
 }
 
 TEST(NetworkProfile, ConfigStopsAtTheFirstRefusal) {
-  WifiProfile wanted = network("net", UsbWifiSecurity::PERSONAL);
-  wanted.useDhcp = false;
-  wanted.inetAddr = "10.0.0.1";
-  wanted.broadcast = "10.255.255.255";
-  wanted.mask = "255.0.0.0";
-  wanted.gateway = "10.0.0.9";
-  wanted.dns = {"8.8.8.8"};
+  WifiProfile wanted = fullNetwork(UsbWifiSecurity::PERSONAL);
   wanted.encryption = Encryption::NONE;
   // What is wrong, and how many members are stored before it is met.
   struct Row {
@@ -653,31 +627,22 @@ TEST_F(NetworkProfileFile, ThreadsNeverReadHalfAFile) {
   constexpr int THREADS = 4;
   constexpr int ROUNDS = 50;
   const std::string file = path("shared");
-  std::vector<std::string> faults(THREADS);
+  const auto nameOf = [](int t) { return std::string(static_cast<std::size_t>(1000 + 20000 * t), char('a' + t)); };
+  std::atomic<int> faults{0};
   std::vector<std::thread> threads;
   for (int t = 0; t < THREADS; ++t) {
-    threads.emplace_back([&file, t, &fault = faults[static_cast<std::size_t>(t)]] {
+    threads.emplace_back([&, t] {
+      NetworkProfile profile;
       for (int i = 0; i < ROUNDS; ++i) {
-        const char letter = static_cast<char>('a' + t);
-        NetworkProfile mine;
-        mine.setUsbWifiSSID(std::string(1, letter));
-        mine.setCertificateName(std::string(static_cast<std::size_t>(1000 + 20000 * t), letter));
-        NetworkProfile read;
-        if (!mine.saveTo(file) || !read.readFrom(file)) {
-          fault = "not saved or not read";
-          continue;
-        }
-        const std::string ssid = read.getUsbWifiSSID();
-        const std::string name = read.getCertificateName();
-        if (ssid.size() != 1 ||
-            name != std::string(static_cast<std::size_t>(1000 + 20000 * (ssid[0] - 'a')), ssid[0])) {
-          fault = "read a mixture";
-        }
+        profile.setCertificateName(nameOf(t));
+        if (!profile.saveTo(file) || !profile.readFrom(file)) ++faults;
+        const std::string name = profile.getCertificateName();
+        if (name.empty() || name != nameOf(name[0] - 'a')) ++faults;
       }
     });
   }
   for (std::thread& thread : threads) thread.join();
-  for (const std::string& fault : faults) EXPECT_EQ(fault, "");
+  EXPECT_EQ(faults, 0);
 }
 
 // In a mount of its own, so that no file of the machine is touched, and in a child, so that no test after it sees the
@@ -696,9 +661,7 @@ TEST(NetworkProfile, SavesToTheFixedPath) {
     profile.setUsbWifiSSID("net");
     const bool stored =
         profile.save() && back.read() && back.getUsbWifiSSID() == "net" && fs::exists("/tmp/netprofile.dat");
-    profile.setCertificateName(std::string(100000, 'x'));
-    const bool diskFull = !profile.save();
-    std::_Exit(missing && stored && diskFull ? 0 : 1);
+    std::_Exit(missing && stored ? 0 : 1);
   }
   int status = 0;
   ASSERT_EQ(waitpid(child, &status, 0), child);

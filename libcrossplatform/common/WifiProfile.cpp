@@ -93,6 +93,7 @@ bool WifiProfile::fromJson(const Json::Value& json) {
   eap = Stored::name(security, Stored::EAP, Eap::desc);
   activeKey = Stored::number(security, Stored::ACTIVE_KEY);
   const unsigned keys = std::min(Stored::array(security, Stored::KEYS).size(), Stored::WIRELESS_KEYS);
+  wepKeys.reserve(keys);  // growing would leave keys behind in freed memory
   for (unsigned k = 1; k <= keys; ++k) wepKeys.push_back(Stored::wirelessKey(security, k));
   wirelessPassword = Stored::secret(security, Stored::WIRELESS_PASSWORD);
   user = Stored::secret(security, Stored::USER);

@@ -141,9 +141,28 @@ Json::Value recentJson(const NetworkProfile& profile) {
   return recent;
 }
 
-// The names members are stored under, for the checks that no getter answers.
-constexpr const char* ENCRYPTED_MEMBERS[] = {"Wireless Password", "User",           "Password", "ID",
-                                             "Certificate",       "Certificate Key"};
+// The names members are stored under, for the checks that no getter answers. No name stands both in the document and in
+// its security object, so one list serves the two.
+struct StoredKind {
+  const char* kind;
+  bool (Json::Value::*is)() const;
+  std::vector<const char*> members;
+};
+const StoredKind STORED_KINDS[] = {
+    // clang-format off
+    {"true or false", &Json::Value::isBool, {"Wifi Interface", "Use DHCP", "UsbWifiUse DHCP", "Alternate Id"}},
+    {"a text", &Json::Value::isString,
+     {"InetAddr", "Mask", "Broadcast", "Gateway", "UsbWifiInetAddr", "UsbWifiMask", "UsbWifiBroadcast", "UsbWifiGateway",
+      "WiFi SSID", "Security Type", "Encryption", "EAP", "Wireless Password", "User", "Password", "ID", "Certificate",
+      "Certificate Key", "Certificate Name"}},
+    {"a list", &Json::Value::isArray, {"DNSList", "UsbWifiDNSList", "Recent", "Key"}},
+    {"an object", &Json::Value::isObject, {"Wireless Security"}},
+    {"a key number", &Json::Value::isUInt, {"Active Key"}},
+    // clang-format on
+};
+
+constexpr const char* ENCRYPTED_TEXTS[] = {"Wireless Password", "User", "Password", "ID"};
+constexpr const char* ENCRYPTED_BLOBS[] = {"Certificate", "Certificate Key"};
 
 struct ListedName {
   const char* member;
@@ -156,42 +175,60 @@ const ListedName LISTED_NAMES[] = {
     {"EAP", Eap::desc, std::size(Eap::desc)},
 };
 
-/// True for a text form that this library cannot read. The shortest text form holds the empty secret.
-bool isUnreadable(const std::string& stored) {
-  constexpr std::size_t EMPTY_SECRET = 64;
-  return stored.size() != EMPTY_SECRET && EncryptedString::DecryptBlob(stored).empty() &&
-         EncryptedString::Decrypt(stored).empty() && !stored.empty();
-}
+/// Goes through a stored document, the whole profile or one of its recent networks.
+class DocumentCheck {
+ public:
+  DocumentCheck(std::string place, std::vector<std::string>& found) : m_place(std::move(place)), m_found(found) {}
 
-void checkSecret(const std::string& name, const Json::Value& stored, std::vector<std::string>& found) {
-  if (stored.isNull()) return;
-  if (!stored.isString()) {
-    found.push_back(fmt::format("\"{}\" is no text", name));
-  } else if (isUnreadable(stored.asString())) {
-    found.push_back(fmt::format("\"{}\" does not decrypt: it was changed, or written under another key", name));
+  void run(const Json::Value& document) {
+    checkKinds(document);
+    const Json::Value& security = document["Wireless Security"];
+    if (!security.isObject()) return;
+    checkKinds(security);
+    for (const ListedName& listed : LISTED_NAMES) checkName(listed, security[listed.member]);
+    for (const char* member : ENCRYPTED_TEXTS) checkSecret(member, security[member], false);
+    for (const char* member : ENCRYPTED_BLOBS) checkSecret(member, security[member], true);
+    const Json::Value& keys = security["Key"];
+    for (Json::ArrayIndex i = 0; keys.isArray() && i < keys.size(); ++i) {
+      const std::string name = fmt::format("Key {}", i + 1);
+      if (!keys[i].isNull() && !keys[i].isString()) add(name, "is not a text");
+      checkSecret(name, keys[i], false);
+    }
   }
-}
 
-void checkSecurity(const Json::Value& security, std::vector<std::string>& found) {
-  if (!security.isObject()) {
-    found.push_back("\"Wireless Security\" is no object");
-    return;
+ private:
+  void add(const std::string& member, const char* fault) {
+    m_found.push_back(fmt::format("{}\"{}\" {}", m_place, member, fault));
   }
-  for (const ListedName& listed : LISTED_NAMES) {
-    if (!security.isMember(listed.member)) continue;
-    const Json::Value& name = security[listed.member];
-    const bool known = name.isString() && std::any_of(listed.names, listed.names + listed.count,
-                                                      [&](const char* n) { return name.asString() == n; });
-    if (!known) found.push_back(fmt::format("\"{}\" is none of the known names", listed.member));
+
+  void checkKinds(const Json::Value& parent) {
+    for (const StoredKind& stored : STORED_KINDS) {
+      for (const char* const member : stored.members) {
+        const Json::Value& value = parent[member];
+        if (!value.isNull() && !(value.*stored.is)()) add(member, fmt::format("is not {}", stored.kind).c_str());
+      }
+    }
   }
-  for (const char* member : ENCRYPTED_MEMBERS) {
-    if (security.isMember(member)) checkSecret(member, security[member], found);
+
+  void checkName(const ListedName& listed, const Json::Value& name) {
+    const bool known = !name.isString() || std::any_of(listed.names, listed.names + listed.count,
+                                                       [&](const char* n) { return name.asString() == n; });
+    if (!known) add(listed.member, "is none of the known names");
   }
-  const Json::Value& keys = security["Key"];
-  for (Json::ArrayIndex i = 0; keys.isArray() && i < keys.size(); ++i) {
-    checkSecret(fmt::format("Key {}", i + 1), keys[i], found);
+
+  /// A text form that this library cannot read reads as empty. The shortest text form holds the empty secret.
+  void checkSecret(const std::string& name, const Json::Value& value, bool isBlob) {
+    constexpr std::size_t EMPTY_SECRET = 64;
+    const std::string stored = value.isString() ? value.asString() : std::string();
+    if (stored.empty() || stored.size() == EMPTY_SECRET) return;
+    if (isBlob ? EncryptedString::DecryptBlob(stored).empty() : EncryptedString::Decrypt(stored).empty()) {
+      add(name, "does not decrypt: it was changed, or written under another key");
+    }
   }
-}
+
+  std::string m_place;
+  std::vector<std::string>& m_found;
+};
 
 /// Values that the setters of a fresh profile refuse.
 void checkValues(const NetworkProfile& profile, std::vector<std::string>& found) {
@@ -239,12 +276,19 @@ std::vector<std::string> checkProfile(const NetworkProfile& profile) {
   std::vector<std::string> found;
   const Json::Value& document = profile;
   if (!document.isObject() && !document.isNull()) {
-    found.push_back("the document is no object");
+    found.push_back("the document is not an object");
     return found;
   }
   checkValues(profile, found);
-  if (document.isObject() && document.isMember("Wireless Security")) {
-    checkSecurity(document["Wireless Security"], found);
+  DocumentCheck("", found).run(document);
+  const Json::Value& recent = document["Recent"];
+  for (Json::ArrayIndex i = 0; recent.isArray() && i < recent.size(); ++i) {
+    const std::string place = fmt::format("recent network {}: ", i + 1);
+    if (recent[i].isObject()) {
+      DocumentCheck(place, found).run(recent[i]);
+    } else if (!recent[i].isNull()) {
+      found.push_back(place + "is not an object");
+    }
   }
   return found;
 }

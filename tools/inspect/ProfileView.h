@@ -25,8 +25,8 @@ const ProfileSetting* findProfileSetting(const std::string& name);
 /// The settings by name, secrets as "********" unless revealed, and the recent networks.
 Json::Value profileJson(const NetworkProfile& profile, bool reveal);
 
-/// What is wrong with a stored profile: values its own setters would refuse, names outside their lists, secrets that do
-/// not decrypt, members of the wrong kind. One line each; no secret is in them.
+/// What is wrong with a stored profile: values its own setters would refuse, and, in its recent networks too, members
+/// of the wrong kind, names outside their lists and secrets that do not decrypt. One line each; no secret is in them.
 std::vector<std::string> checkProfile(const NetworkProfile& profile);
 
 }  // namespace Inspect

@@ -81,6 +81,7 @@ termios EchoOff::shown{};
 
 /// One line without echo from a terminal, or the first line of what standard input is.
 bool readSecret(const std::string& name, std::string& secret) {
+  secret.reserve(4096);  // growing would leave pieces behind in freed memory
   if (isatty(STDIN_FILENO) == 0) return static_cast<bool>(std::getline(std::cin, secret));
   fmt::print(stderr, "{}: ", name);
   bool ok = false;
