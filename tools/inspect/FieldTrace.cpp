@@ -34,7 +34,7 @@ void TracingReader::endRecord() {
 template <class T>
 bool TracingReader::noted(bool (Marshal::IObjectReader::*read)(T&), T& v, const char* kind) {
   const uint32_t start = position();
-  if (!(_in.*read)(v)) return false;
+  if (_failed || !(_in.*read)(v)) return false;
   note(kind, start, jsonOf(v));
   return true;
 }
@@ -78,7 +78,11 @@ bool TracingReader::readString(std::string& v) {
 
 bool TracingReader::readBytes(uint8_t* data, uint32_t size) {
   const uint32_t start = position();
-  if (!_in.readBytes(data, size)) return false;
+  if (_failed || !_in.readBytes(data, size)) return false;
+  if (_refusesOpenRuns && (size == 0 || data[size - 1] != 0)) {
+    _failed = true;
+    return false;
+  }
   note("bytes", start, std::string(reinterpret_cast<const char*>(data), size));
   return true;
 }

@@ -28,6 +28,9 @@ class TracingReader final : public Marshal::IObjectReader {
   /// @param in  borrowed; what is read is read from it
   explicit TracingReader(Marshal::IObjectReader& in) : _in(in) {}
   const std::vector<TracedField>& trace() const { return _fields; }
+  /// From now on a run of bytes that does not end in zero reads as a failure: for records that would stop the program
+  /// there.
+  void refuseOpenRuns() { _refusesOpenRuns = true; }
 
   uint32_t position() const override { return _in.position(); }
   bool seekTo(uint32_t position) override { return _in.seekTo(position); }
@@ -45,7 +48,7 @@ class TracingReader final : public Marshal::IObjectReader {
   bool readFloat(float& v) override;
   bool readBytes(uint8_t* data, uint32_t size) override;
   bool readString(std::string& v) override;
-  Marshal::StreamOpStatus status() const override { return _in.status(); }
+  Marshal::StreamOpStatus status() const override { return _failed ? Marshal::STREAM_WRONG_ELEMENT : _in.status(); }
 
  private:
   template <class T>
@@ -57,6 +60,8 @@ class TracingReader final : public Marshal::IObjectReader {
   std::vector<std::string> _path;
   std::map<std::vector<std::string>, int> _elements;  ///< how many elements each list has begun so far
   std::string _name;
+  bool _refusesOpenRuns = false;
+  bool _failed = false;
 };
 
 /// The fields as nested objects, counted texts as one text each; headers and counts are left out.

@@ -5,8 +5,11 @@
 
 #include <fmt/format.h>
 
+#include <libcrossplatform/common/DatabasePackageManifest.h>
 #include <libcrossplatform/common/EquipmentInformation.h>
 #include <libcrossplatform/common/FolderMetadata.h>
+#include <libcrossplatform/common/InstrumentSettings.h>
+#include <libcrossplatform/common/OrbelSettings.h>
 #include <libcrossplatform/common/OtdrSpan.h>
 #include <libcrossplatform/common/TextUtil.h>
 #include <libcrossplatform/common/TimeUtil.h>
@@ -98,6 +101,14 @@ void decodeByNames(Marshal::IObjectReader& in, DecodedRecord& record) {
   record.json[record.name] = treeOf(tracing.trace());
 }
 
+/// A path without its terminating zero would stop the program: it is read as a failure instead.
+template <class Record>
+void decodePackage(Marshal::IObjectReader& in, DecodedRecord& record) {
+  TracingReader guarded(in);
+  guarded.refuseOpenRuns();
+  decodeJsonable<Record>(guarded, record);
+}
+
 void decodeSpan(Marshal::IObjectReader& in, DecodedRecord& record) {
   FibDbus::OtdrSpan span;
   record.status = span.deserialize(in);
@@ -117,6 +128,15 @@ constexpr Decoder DECODERS[] = {
     {Veltra::EquipmentInformation::SERIAL_TYPE_ID, "EquipmentInformation", decodeEquipment},
     {Veltra::FolderMetadataList::SERIAL_TYPE_ID, "FolderMetadataList", decodeByNames<Veltra::FolderMetadataList>},
     {FibDbus::OtdrSpan::SERIAL_TYPE_ID, "OtdrSpan", decodeSpan},
+    {Veltra::InstrumentSettings::SERIAL_TYPE_ID, "InstrumentSettings", decodeJsonable<Veltra::InstrumentSettings>},
+    {Veltra::OrbelSettings::SERIAL_TYPE_ID, "OrbelSettings", decodeJsonable<Veltra::OrbelSettings>},
+    {Veltra::DatabaseVersion::SERIAL_TYPE_ID, "DatabaseVersion", decodeJsonable<Veltra::DatabaseVersion>},
+    {Veltra::DatabasePackageManifestSummary::SERIAL_TYPE_ID, "DatabasePackageManifestSummary",
+     decodeJsonable<Veltra::DatabasePackageManifestSummary>},
+    {Veltra::DatabaseDescriptorList::SERIAL_TYPE_ID, "DatabaseDescriptorList",
+     decodePackage<Veltra::DatabaseDescriptorList>},
+    {Veltra::DatabasePackageManifest::SERIAL_TYPE_ID, "DatabasePackageManifest",
+     decodePackage<Veltra::DatabasePackageManifest>},
 };
 
 }  // namespace

@@ -11,86 +11,15 @@
 #include <libcrossplatform/common/PFile.h>
 #include <libcrossplatform/common/ResultFile.h>
 #include <libcrossplatform/common/jsonutil.h>
-#include <libcrossplatform/serialization/JsonText.h>
 #include <tools/inspect/ByteSource.h>
 #include <tools/inspect/ContainerWalk.h>
+#include <tools/inspect/ObjectReader.h>
 #include <tools/inspect/RecordView.h>
 
 namespace Inspect {
 namespace {
 
 constexpr uint64_t MAX_PAYLOAD = std::numeric_limits<int32_t>::max();  // what every reader can still address
-
-/// Reads the members of one object; remembers the first fault and refuses members nobody asked for.
-class ObjectReader {
- public:
-  ObjectReader(const Json::Value& json, std::string path, std::string& error)
-      : _json(json), _path(std::move(path)), _error(error) {
-    if (!json.isObject()) fail("", json, "an object");
-  }
-
-  bool ok() const { return _error.empty(); }
-
-  /// The member, or null when it is not there.
-  const Json::Value* take(const char* key) {
-    _taken.emplace_back(key);
-    return ok() && _json.isMember(key) ? &_json[key] : nullptr;
-  }
-
-  void text(const char* key, std::string& out) {
-    if (const Json::Value* const v = take(key)) {
-      if (v->isString()) {
-        out = v->asString();
-      } else {
-        fail(key, *v, "a text");
-      }
-    }
-  }
-
-  template <class Int>
-  void integer(const char* key, Int& out, int64_t least, int64_t most) {
-    if (const Json::Value* const v = take(key)) {
-      const boost::optional<int64_t> number = v->isString() ? boost::none : Veltra::int64FromJson(*v, nullptr);
-      if (number && *number >= least && *number <= most) {
-        out = static_cast<Int>(*number);
-      } else {
-        fail(key, *v, fmt::format("a whole number from {} to {}", least, most));
-      }
-    }
-  }
-
-  void boolean(const char* key, bool& out) {
-    if (const Json::Value* const v = take(key)) {
-      if (v->isBool()) {
-        out = v->asBool();
-      } else {
-        fail(key, *v, "true or false");
-      }
-    }
-  }
-
-  /// To be called last: no member may be left over, since it would be a misspelt one.
-  void finish() {
-    if (!ok()) return;
-    for (const std::string& key : _json.getMemberNames()) {
-      if (std::find(_taken.begin(), _taken.end(), key) != _taken.end()) continue;
-      _error = fmt::format("{}: unknown key \"{}\"; known are {}", _path, key, fmt::join(_taken, ", "));
-      return;
-    }
-  }
-
-  void fail(const std::string& key, const Json::Value& found, const std::string& wanted) {
-    if (!ok()) return;
-    _error = fmt::format("{}{}{}: found {}, wanted {}", _path, key.empty() ? "" : ".", key, Dump::compactJson(found),
-                         wanted);
-  }
-
- private:
-  const Json::Value& _json;
-  std::string _path;
-  std::string& _error;
-  std::vector<std::string> _taken;
-};
 
 /// Values by the text the library prints for them, tried over the range the wire has.
 template <class E>

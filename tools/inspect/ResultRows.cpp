@@ -1,7 +1,6 @@
 #include <tools/inspect/ResultRows.h>
 
 #include <algorithm>
-#include <map>
 
 #include <fmt/format.h>
 
@@ -97,8 +96,9 @@ Coverage coverageOf(const std::vector<ResultRow>& rows, const CableIdSet& expect
       coverage.twice.push_back(row.summary.resultName);
     }
   }
-  for (uint32_t i = 0; i < expected.count(); ++i) {
-    if (results[i] == 0) coverage.missing.push_back(expected.idAt(i));
+  const std::vector<std::string> ids = expected.ids(0, expected.count());
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    if (results[i] == 0) coverage.missing.push_back(ids[i]);
   }
   return coverage;
 }

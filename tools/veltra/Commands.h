@@ -56,6 +56,7 @@ void addSummary(CLI::App& app, const Options& options, Run& run);
 void addTypes(CLI::App& app, const Options& options, Run& run);
 void addDoctor(CLI::App& app, const Options& options, Run& run);
 void addRecover(CLI::App& app, const Options& options, Run& run);
+void addManifest(CLI::App& app, const Options& options, Run& run);
 void addNetprofile(CLI::App& app, const Options& options, Run& run);
 
 }  // namespace Command

@@ -39,6 +39,7 @@ int runCommand(int argc, char** argv) {
   addTypes(app, options, run);
   addDoctor(app, options, run);
   addRecover(app, options, run);
+  addManifest(app, options, run);
   addNetprofile(app, options, run);
   try {
     app.parse(argc, argv);

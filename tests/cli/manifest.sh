@@ -1,0 +1,31 @@
+# Database packages: from a description and back, the same bytes as the C and Python clients write, and refusals.
+cat > package.json <<'JSON'
+{"version": "V3.12 beta", "releaseType": 1, "build": 407, "type": 0, "firmware": "V5.1",
+ "databases": [{"version": [4, 118, 2, 407], "type": 1, "path": "limits/copper.db", "firmware": "V5.0"},
+               {"version": [4, 97, 2, 407], "type": 2, "path": "limits/fiber.db", "firmware": "V5.0"},
+               {"version": [1, 6, 1, 12], "type": 3, "path": "limits/custom.db", "firmware": "V5.1"}]}
+JSON
+t veltra manifest new package.json -o p.pkg
+cp "$data/good/limit_package.bin" limit_package.bin
+t cmp p.pkg limit_package.bin
+t veltra manifest new package.json -o p.pkg
+t veltra manifest show p.pkg
+t veltra manifest show p.pkg -f jsonl
+veltra manifest show p.pkg -f jsonl | veltra manifest new - -o again.pkg
+t cmp p.pkg again.pkg
+t veltra manifest new package.json -o c.pkg --cable
+t veltra info c.pkg
+t veltra show p.pkg
+cp p.pkg bad.pkg && patch bad.pkg 60 ff && t veltra manifest show bad.pkg
+t veltra manifest show package.json
+t veltra manifest new package.json -o no/such/directory/p.pkg
+
+refuse() { printf '%s' "$1" > bad.json; t veltra manifest new bad.json -o never.pkg; }
+refuse '{"version": "3.12"}'
+refuse '{"version": "V3.12", "databases": []}'
+refuse '{"version": "V3.12", "databases": [{"version": [1, 2, 3], "path": "x"}]}'
+refuse '{"version": "V3.12", "databases": [{"version": [1, 2, 3, 70000], "path": "x"}]}'
+refuse '{"version": "V3.12", "databases": [{"version": [1, 2, 3, 4]}]}'
+refuse '{"version": "V3.12", "databases": [{"path": "x", "patch": 1}]}'
+refuse "{\"version\": \"V3.12\", \"databases\": [$(printf '{"path": "x"},%.0s' {1..50}){\"path\": \"x\"}]}"
+t ls never.pkg

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+
+namespace Inspect {
+
+/// Reads the members of one JSON object that a person wrote. Remembers the first fault, naming the key, what was found
+/// and what is wanted; refuses members nobody asked for. A missing member leaves its target as it was.
+class ObjectReader {
+ public:
+  /// @param path   what the object is called in faults
+  /// @param error  empty, or the fault of an object around this one: nothing is read then
+  ObjectReader(const Json::Value& json, std::string path, std::string& error);
+
+  bool ok() const { return _error.empty(); }
+  /// The member, or null when it is not there.
+  const Json::Value* take(const char* key);
+  void text(const char* key, std::string& out);
+  void boolean(const char* key, bool& out);
+  template <class Int>
+  void integer(const char* key, Int& out, int64_t least, int64_t most) {
+    int64_t number = out;
+    wholeNumber(key, number, least, most);
+    out = static_cast<Int>(number);
+  }
+  /// To be called last: no member may be left over, since it would be a misspelt one.
+  void finish();
+  void fail(const std::string& key, const Json::Value& found, const std::string& wanted);
+
+ private:
+  void wholeNumber(const char* key, int64_t& out, int64_t least, int64_t most);
+
+  const Json::Value& _json;
+  std::string _path;
+  std::string& _error;
+  std::vector<std::string> _taken;
+};
+
+}  // namespace Inspect
