@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -86,6 +87,19 @@ Bytes bytesOf(Record& record) {
   return Bytes(out.data(), out.data() + out.size());
 }
 
+inline Bytes withByte(Bytes bytes, std::size_t at, int value) {
+  bytes[at] = static_cast<uint8_t>(value);
+  return bytes;
+}
+
+/// The parts of "a|b|c".
+inline std::vector<std::string> split(const std::string& text) {
+  std::vector<std::string> parts;
+  std::istringstream in(text + '|');
+  for (std::string part; std::getline(in, part, '|');) parts.push_back(part);
+  return parts;
+}
+
 /// Reads a record from bytes; the code of deserialize(). No bytes at all read as -3, as an ended stream does.
 template <class Record>
 Marshal::StreamOpStatus readFrom(Record& record, const Bytes& bytes) {
@@ -159,6 +173,14 @@ inline void expectGoldenBytes(const Bytes& bytes, const std::string& name) {
   const std::string path = dataPath("good/" + name + ".bin");
   if (std::getenv("UPDATE_GOLDEN") != nullptr) writeFile(path, bytes);
   EXPECT_EQ(bytes, fileBytes(path)) << path;
+}
+
+/// The same for a text, which is easier to read where they differ.
+inline void expectGoldenText(const std::string& text, const std::string& name) {
+  const std::string path = dataPath("good/" + name + ".txt");
+  if (std::getenv("UPDATE_GOLDEN") != nullptr) writeFile(path, Bytes(text.begin(), text.end()));
+  const Bytes expected = fileBytes(path);
+  EXPECT_EQ(text, std::string(expected.begin(), expected.end())) << path;
 }
 
 template <class Record>

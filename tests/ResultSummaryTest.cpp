@@ -1,5 +1,7 @@
 #include <libcrossplatform/common/ResultSummary.h>
 
+#include <ctime>
+
 #include "RecordTesting.h"
 
 using namespace RecordTesting;
@@ -18,6 +20,25 @@ ResultSummary sampleSummary() {
                        measurement("<1.3"), 0x80000001u, 12, 1, 0);
 }
 
+ResultPathSummary samplePath(const char* name = "A-017", unsigned size = 4711) {
+  return ResultPathSummary(name, RESULT_TYPE_FIBER, 1551675967, "/data/A-017.res", size);
+}
+
+template <class List, class Element>
+void addCopy(List& list, const Element& element) {
+  list.add(std::make_unique<Element>(element));
+}
+
+std::string json(const Dump::IJsonable& record, int level) {
+  return Dump::toJsonString(record, RecordTesting::level(level), false);
+}
+
+/// Runs in a time zone of its own; the tests need none besides.
+struct InZone {
+  explicit InZone(const char* zone) { setenv("TZ", zone, 1); }
+  ~InZone() { unsetenv("TZ"); }
+};
+
 }  // namespace
 
 TEST(ResultSummary, Wire) {
@@ -25,4 +46,164 @@ TEST(ResultSummary, Wire) {
   expectRoundTrip(r);
   expectEveryPrefixRefused(r);
   expectGolden(r, "result_summary_v1");
+}
+
+TEST(ResultSummary, CountsAndEnumerationsAreSingleSignedBytes) {
+  ResultSummary r = sampleSummary();
+  r.numFailTests = 200;
+  r.numPassTests = -1;
+  r.numPassStarTests = 0x17F;
+  r.resultType = static_cast<ResultType>(-3);
+  r.status = static_cast<Status>(0x80);
+  ResultSummary read;
+  ASSERT_EQ(readFrom(read, bytesOf(r)), 0);
+  EXPECT_EQ(read.numFailTests, -56);
+  EXPECT_TRUE(read.numPassTests == -1 && read.numPassStarTests == 127 && read.resultType == -3 && read.status == -128);
+}
+
+TEST(ResultSummary, PassesCodesUpAndChecksItsLength) {
+  ResultSummary r = sampleSummary();
+  const Bytes good = bytesOf(r);
+  struct Row {
+    std::size_t at;
+    int value;
+    Marshal::StreamOpStatus code;
+  };
+  // Class, class version; length's and its value's version, headroom's; length of the body, length of the name.
+  for (const Row& row : {Row{7, 2, -1}, Row{3, 2, -5}, Row{31, 2, -5}, Row{32, 2, -5}, Row{39, 2, -5}, Row{11, 99, -4},
+                         Row{12, 1, -3}}) {
+    ResultSummary read;
+    EXPECT_EQ(readFrom(read, withByte(good, row.at, row.value)), row.code) << "byte " << row.at;
+  }
+}
+
+TEST(ResultSummary, EqualityLooksAtEveryMember) {
+  const ResultSummary r = sampleSummary();
+  const ResultSummary same = r;
+  EXPECT_TRUE(r == same);
+  const auto differs = [&r](auto ResultSummary::*member, auto value) {
+    ResultSummary other = r;
+    other.*member = value;
+    return !(r == other) && r != other;
+  };
+  EXPECT_TRUE(differs(&ResultSummary::resultName, "other") && differs(&ResultSummary::resultType, RESULT_TYPE_FIBER) &&
+              differs(&ResultSummary::timeStamp, 1L) && differs(&ResultSummary::status, STATUS_FAIL) &&
+              differs(&ResultSummary::length, DisplayMeas()) && differs(&ResultSummary::testFlags, 1u) &&
+              differs(&ResultSummary::headroom, DisplayMeas(r.headroom.value, DISPLAY_TYPE_VALUE)) &&
+              differs(&ResultSummary::numPassTests, 9) && differs(&ResultSummary::numPassStarTests, 9) &&
+              differs(&ResultSummary::numFailTests, 9));
+  ResultSummary self = r;
+  self = *&self;
+  EXPECT_TRUE(self == r);
+  EXPECT_FALSE(ResultSummary() == ResultSummary()) << "measurements that are no numbers equal nothing";
+}
+
+TEST(ResultSummary, JsonShowsDetailAtLevelTwoOnly) {
+  const InZone zone("XYZ-3");
+  const ResultSummary r = sampleSummary();
+  for (const int other : {0, 1, 3}) EXPECT_EQ(json(r, other), R"({"ResultSummary":{"resultName":"A-017"}})");
+  EXPECT_EQ(json(r, 2), R"({"ResultSummary":{"headroom":"< 1.3","length":"45.2","numFailTests":0,"numPassStarTests":1,)"
+                        R"("numPassTests":12,"resultName":"A-017","resultType":"COPPER","status":"Pass star",)"
+                        R"("testFlags":[1,-2147483648],"timeStamp":"Wed Jan 31 12:15:00 2024\n"}})");
+  setenv("TZ", "XYZ+5", 1);
+  EXPECT_NE(json(r, 2).find("Wed Jan 31 04:15:00 2024"), std::string::npos) << "a zone set since";
+  EXPECT_EQ(dumpOf(r), "") << "only lists show themselves";
+  EXPECT_EQ(dumpOf(samplePath()), "");
+}
+
+TEST(ResultSummaryList, WireAndTexts) {
+  ResultSummaryList list;
+  addCopy(list, sampleSummary());
+  addCopy(list, ResultSummary());
+  expectRoundTrip(list);
+  expectEveryPrefixRefused(list);
+  expectGolden(list, "result_summary_list_v1");
+  const Json::Value items = list.toJson(level(2))["ResultSummaryList"]["items"];
+  EXPECT_EQ(items[0], list[0].toJson(level(2)));
+  EXPECT_EQ(dumpOf(list, 1), "{\n   \"ResultSummaryList\" : {\n      \"size\" : 2\n   }\n}\n");
+  EXPECT_NE(dumpOf(list, 2).find("\"items\" : ["), std::string::npos);
+}
+
+TEST(ResultSummaryList, AFailingElementIsMinusOneAndThoseBeforeItStay) {
+  ResultSummaryList list;
+  addCopy(list, sampleSummary());
+  addCopy(list, sampleSummary());
+  Bytes bytes = bytesOf(list);
+  const std::size_t element = (bytes.size() - 14) / 2;
+  bytes[14 + element + 3] = 2;  // its class version
+  ResultSummaryList read;
+  addCopy(read, ResultSummary());
+  EXPECT_EQ(readFrom(read, bytes), -1);
+  ASSERT_EQ(read.size(), 1u);
+  EXPECT_TRUE(read[0] == list[0]);
+  bytes[3] = 2;
+  EXPECT_EQ(readFrom(read, bytes), -5);
+  EXPECT_EQ(read.size(), 1u) << "the header comes before the clearing";
+
+  CapturedAsserts asserts;
+  list.add(nullptr);
+  EXPECT_EQ(list.size(), 2u);
+  EXPECT_EQ(asserts.reports(), std::vector<std::string>{"p != nullptr|libcrossplatform/common/ResultSummary|104"});
+}
+
+TEST(ResultSummaryList, SeventyThousandAreWrittenBehindACountCutToSixteenBits) {
+  ResultSummaryList list;
+  for (int i = 0; i < 70000; ++i) list.add(std::make_unique<ResultSummary>());
+  list[4463].testFlags = 7;
+  const Bytes bytes = bytesOf(list);
+  EXPECT_EQ(bytes.size(), 14u + 70000 * bytesOf(list[0]).size());
+  EXPECT_EQ((Bytes{bytes[12], bytes[13]}), (Bytes{0x11, 0x70}));
+  ResultSummaryList read;
+  EXPECT_EQ(readFrom(read, bytes), -4) << "bytes are left over";
+  ASSERT_EQ(read.size(), 4464u);
+  EXPECT_EQ(read[4463].testFlags, 7u);
+}
+
+TEST(ResultPathSummary, Wire) {
+  ResultPathSummary p = samplePath();
+  expectRoundTrip(p);
+  expectEveryPrefixRefused(p);
+  expectGolden(p, "result_path_summary_v1");
+  ResultPathSummaryList list;
+  addCopy(list, p);
+  addCopy(list, samplePath("", 0));
+  expectRoundTrip(list);
+  expectEveryPrefixRefused(list);
+  expectGolden(list, "result_path_summary_list_v1");
+
+  for (Marshal::ISerializable* const record : std::initializer_list<Marshal::ISerializable*>{&p, &list}) {
+    const Bytes bytes = bytesOf(*record);
+    EXPECT_EQ(readFrom(*record, withByte(bytes, 0, 0)), 0) << "version 0";
+    EXPECT_EQ(readFrom(*record, withByte(bytes, 0, 2)), -6);
+    EXPECT_EQ(bytesOf(*record), bytes) << "nothing further is read";
+  }
+  ResultPathSummaryList read;
+  EXPECT_EQ(readFrom(read, withByte(bytesOf(list), 3 + bytesOf(p).size(), 2)), -1) << "the second element too new";
+  EXPECT_EQ(read.size(), 1u);
+}
+
+TEST(ResultPathSummary, TextsAtEveryLevel) {
+  const InZone zone("UTC");
+  const ResultPathSummary p = samplePath();
+  const std::string object =
+      R"({"ResultPathSummary":{"filesize":4711,"pathName":"/data/A-017.res","resultName":"A-017",)"
+      R"("resultType":"FIBER","timeStamp":"Mon Mar  4 05:06:07 2019\n"}})";
+  ResultPathSummaryList list;
+  addCopy(list, p);
+  for (const int n : {0, 1, 2}) {
+    EXPECT_EQ(json(p, n), object);
+    EXPECT_EQ(json(list, n), R"({"ResultPathSummaryList":{"items":[)" + object + R"(],"size":1}})");
+    EXPECT_EQ(dumpOf(list, n), Dump::toJsonString(list));
+  }
+  EXPECT_EQ(p.getDateTimeString(), "2019-03-04T05:06:07");
+  EXPECT_EQ(ResultPathSummary().getDateTimeString(), "1970-01-01T00:00:00");
+}
+
+TEST(ResultPathSummaryList, FindsTheLastOfOneName) {
+  ResultPathSummaryList list;
+  for (const unsigned size : {1, 2}) addCopy(list, samplePath("A", size));
+  addCopy(list, samplePath("B", 3));
+  ASSERT_NE(list.find("A"), nullptr);
+  EXPECT_EQ(list.find("A")->filesize, 2u);
+  EXPECT_EQ(list.find("a"), nullptr);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -141,11 +142,13 @@ bool FileReader::readPayload(Section& section, std::size_t& got) {
     inPieces = !left;
     room = inPieces ? ALWAYS_BELIEVED : static_cast<std::size_t>(std::min<uint64_t>(*left, claimed));
   }
-  std::unique_ptr<unsigned char[]> bytes(new unsigned char[room]);
+  std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[room]);
+  if (bytes == nullptr) return false;  // a sparse file may really be larger than the memory
   got = std::fread(bytes.get(), 1, room, _stream);
   while (inPieces && got == room && room < claimed) {
     const std::size_t larger = room + std::min<std::size_t>(claimed - room, room);
-    std::unique_ptr<unsigned char[]> grown(new unsigned char[larger]);
+    std::unique_ptr<unsigned char[]> grown(new (std::nothrow) unsigned char[larger]);
+    if (grown == nullptr) return false;
     std::memcpy(grown.get(), bytes.get(), room);
     bytes = std::move(grown);
     got += std::fread(bytes.get() + room, 1, larger - room, _stream);

@@ -47,7 +47,8 @@ int syncDirectoryOf(const std::string& path) {
 
 }  // namespace
 
-SafeFileWriter::SafeFileWriter(LogCallback debug, LogCallback error) : _writer(debug, error) {}
+SafeFileWriter::SafeFileWriter(LogCallback debug, LogCallback error)
+    : _debug(debug), _error(error), _writer(std::in_place, debug, error) {}
 
 SafeFileWriter::~SafeFileWriter() {
   discard();
@@ -59,12 +60,16 @@ int SafeFileWriter::open(char const* path) {
   if (!createTemporary(path, temporary)) return PFILE_FAILED;
   _path = path;
   _temporary = temporary;
-  return _writer.open(_temporary.c_str());
+  _writer.emplace(_debug, _error);
+  const int code = _writer->open(_temporary.c_str());
+  // Not left open: a commit() would put an empty file in the place of the old one.
+  if (code != PFILE_OK) discard();
+  return code;
 }
 
 int SafeFileWriter::commit() {
   if (_temporary.empty()) return PFILE_FAILED;
-  if (_writer.close(true) != PFILE_OK || std::rename(_temporary.c_str(), _path.c_str()) != 0) {
+  if (_writer->close(true) != PFILE_OK || std::rename(_temporary.c_str(), _path.c_str()) != 0) {
     discard();
     return PFILE_FAILED;
   }
@@ -74,9 +79,11 @@ int SafeFileWriter::commit() {
 
 void SafeFileWriter::discard() {
   if (_temporary.empty()) return;
-  _writer.close(false);
+  const int why = errno;
+  _writer->close(false);
   unlink(_temporary.c_str());
   _temporary.clear();
+  errno = why;
 }
 
 }  // namespace PFile

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include <libcrossplatform/common/PFileWriter.h>
@@ -21,21 +22,24 @@ class VELTRA_EXPORT SafeFileWriter {
   SafeFileWriter(const SafeFileWriter&) = delete;
   SafeFileWriter& operator=(const SafeFileWriter&) = delete;
 
-  /// Creates the temporary file, the path with a random ending.
-  /// @return 0; -1 not committed yet, null path, or the file could not be created or written; errno tells why
+  /// Creates the temporary file beside the path. It gets the mode of the file it is to replace, or what a new file
+  /// gets. May be called again after commit().
+  /// @return 0; -1 not committed yet, null path, or the file could not be created or written: nothing is open then and
+  ///         errno tells why
   int open(char const* path);
   /// Where the sections go. Its failures are not remembered: look at each code before commit().
-  FileWriter& writer() { return _writer; }
-  /// Makes the new file the file.
+  FileWriter& writer() { return *_writer; }
+  /// Makes the new file the file; a symbolic link is replaced, not followed.
   /// @return 0: it is on the disk under its name; -1 nothing open, or a write, sync or rename failed: the old file is
-  /// as
-  ///         it was, unless only the directory could not be synced
+  ///         then as it was, unless only the directory could not be synced
   int commit();
 
  private:
   void discard();
 
-  FileWriter _writer;
+  LogCallback _debug = nullptr;
+  LogCallback _error = nullptr;
+  std::optional<FileWriter> _writer{std::in_place};  ///< one for each file: a writer used again counts on
   std::string _path;
   std::string _temporary;  ///< empty when nothing is open
 };

@@ -14,6 +14,7 @@ namespace {
 
 constexpr char CLASS_NAME[] = "PFileWriter";
 constexpr char SOURCE[] = "libcrossplatform/common/PFileWriter";
+constexpr char CLOSE[] = "close";  // the method in whose name its two halves log
 
 }  // namespace
 
@@ -109,15 +110,15 @@ int FileWriter::writeTotal() {
   errno = 0;
   std::rewind(_stream);
   if (errno != 0) {
-    PFILE_LOG_VALUES(_error, "fflush failed.errno:%d", errno);
+    PFILE_LOG_VALUES_AS(_error, CLOSE, "fflush failed.errno:%d", errno);
     result = PFILE_FAILED;
   }
   if (!append(_fileHeader->header.bytes().data(), Header::BYTES)) {
-    PFILE_LOG_VALUES(_error, "fwrite failed when writing section header.errno:%d", errno);
+    PFILE_LOG_VALUES_AS(_error, CLOSE, "fwrite failed when writing section header.errno:%d", errno);
     result = PFILE_FAILED;
   }
   if (!append(_totalBytes.data(), static_cast<uint32_t>(_totalBytes.size()))) {
-    PFILE_LOG_VALUES(_error, "fwrite failed when writing section data.errno:%d", errno);
+    PFILE_LOG_VALUES_AS(_error, CLOSE, "fwrite failed when writing section data.errno:%d", errno);
     result = PFILE_FAILED;
   }
   return result;
@@ -126,16 +127,16 @@ int FileWriter::writeTotal() {
 int FileWriter::syncToDisk() {
   int result = PFILE_OK;
   if (std::fflush(_stream) != 0) {
-    PFILE_LOG_VALUES(_error, "fflush failed.errno:%d", errno);
+    PFILE_LOG_VALUES_AS(_error, CLOSE, "fflush failed.errno:%d", errno);
     result = PFILE_FAILED;
   }
   const int descriptor = fileno(_stream);
   if (descriptor == -1) {
-    PFILE_LOG_VALUES(_error, "fileno failed.errno:%d", errno);
+    PFILE_LOG_VALUES_AS(_error, CLOSE, "fileno failed.errno:%d", errno);
     return PFILE_FAILED;
   }
   if (fsync(descriptor) != 0) {
-    PFILE_LOG_VALUES(_error, "fsync failed.errno:%d", errno);
+    PFILE_LOG_VALUES_AS(_error, CLOSE, "fsync failed.errno:%d", errno);
     result = PFILE_FAILED;
   }
   return result;

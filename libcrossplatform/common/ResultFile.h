@@ -66,9 +66,8 @@ class VELTRA_EXPORT MemFileWriter {
   /// Serialises a record and writes it as a section. Note the order: content version before type.
   /// @param flags      PFile::SECTION_FLAG_COMPRESS or 0
   /// @param compLevel  zlib level 0 to 9, not looked at unless compressing
-  /// @return a ResultWriterStatus: 0; 1 the record has no bytes or too many, compression failed, or the target could
-  /// not
-  ///         write it
+  /// @return a ResultWriterStatus: 0; 1 the record has too many bytes, compression failed, or the target could not
+  ///         write it. A record without bytes is 1 in a file; in memory it is 0 and nothing is written.
   int writeSection(Marshal::ISerializable& record, unsigned short version, unsigned short type,
                    PFile::SECTION_FLAGS flags, int compLevel);
 

@@ -9,11 +9,12 @@
 namespace Veltra {
 namespace {
 
-/// Local time as ctime() writes it, newline and all; empty for a time it cannot write.
+/// Local time as ctime() writes it, newline and all; empty for a year of more than four digits.
 std::string localTimeText(long timeStamp) {
-  constexpr std::size_t CTIME_BYTES = 64;  // 26 and a year of more than four digits
+  constexpr std::size_t CTIME_BYTES = 26;
   char text[CTIME_BYTES];
   const auto time = static_cast<time_t>(timeStamp);
+  tzset();  // ctime() looks at the zone each time, ctime_r() only once
   return ctime_r(&time, text) != nullptr ? text : "";
 }
 

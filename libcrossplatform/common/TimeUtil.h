@@ -11,7 +11,7 @@ namespace Veltra {
 VELTRA_EXPORT int sysTimeToSeconds(time_t t);
 
 /// A time as UTC in the form "%Y%m%d-%H%M", 13 characters, for example 20240131-0915.
-/// Empty when the time cannot be broken down or its year has more than four digits.
+/// A year of five digits makes it 14. Empty when the time cannot be broken down or its year has more digits than that.
 VELTRA_EXPORT std::string sysTimeToStr(time_t t);
 
 /// Reads the form sysTimeToStr writes.

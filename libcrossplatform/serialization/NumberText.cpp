@@ -6,8 +6,8 @@
 namespace Dump {
 namespace {
 
-// The longest text asked for here is a float's: 39 digits, point, sign and a few decimals.
-constexpr int NUMBER_TEXT_BYTES = 128;
+// The longest text is a double's: 309 digits, point, sign and the decimals.
+constexpr int NUMBER_TEXT_BYTES = 384;
 
 std::string formatted(double value, std::chars_format format, int precision) {
   if (std::isnan(value)) return "nan";

@@ -1,0 +1,241 @@
+#include <clocale>
+#include <cmath>
+#include <limits>
+#include <locale>
+#include <tuple>
+
+#include <libcrossplatform/common/TextUtil.h>
+#include <libcrossplatform/common/TimeUtil.h>
+#include <libcrossplatform/common/ToleranceMeas.h>
+#include <libcrossplatform/common/jsonutil.h>
+#include <libcrossplatform/common/printf-shims.h>
+#include <libcrossplatform/serialization/JsonText.h>
+#include <libcrossplatform/serialization/NumberText.h>
+
+#include "RecordTesting.h"
+
+using namespace RecordTesting;
+using namespace Veltra;
+
+namespace {
+
+std::string appended(std::string s, const char* format, ...) {
+  va_list args;
+  va_start(args, format);
+  s = vprintfAppend(std::move(s), format, args);
+  va_end(args);
+  return s;
+}
+
+constexpr float INF = std::numeric_limits<float>::infinity();
+
+}  // namespace
+
+TEST(PrintfShims, FormatIntoOwnedText) {
+  const std::string longText(5000, 'x');
+  EXPECT_EQ(upsprintf("%d-%s", 7, longText.c_str()).get(), "7-" + longText);
+  EXPECT_EQ(appended("a", "%d-%s", 7, longText.c_str()), "a7-" + longText);
+  CapturedAsserts asserts;
+  const wchar_t noCharacter[] = {static_cast<wchar_t>(0x7FFFFFFF), 0};  // the C library cannot convert it
+  EXPECT_EQ(upsprintf("%ls", noCharacter), nullptr);
+  EXPECT_EQ(appended("a", "%ls", noCharacter), "a");
+  EXPECT_EQ(asserts.reports(), (std::vector<std::string>{"ret >= 0|libcrossplatform/common/printf-shims|43",
+                                                         "neededLength >= 0|libcrossplatform/common/printf-shims|20"}));
+}
+
+TEST(TextUtil, MatchesWithoutCase) {
+  EXPECT_TRUE(stringCaseInsMatch("Abc", "aBC") && stringCaseInsMatch("", std::string_view()));
+  EXPECT_FALSE(stringCaseInsMatch("abc", "abcd") || stringCaseInsMatch("abc", "abd"));
+  EXPECT_FALSE(stringCaseInsMatch("\xe4", "\xc4")) << "bytes beyond ASCII are no letters";
+}
+
+TEST(TextUtil, NumbersAreReadWhole) {
+  using Row = std::tuple<const char*, int, bool, int64_t, uint64_t>;
+  for (const auto& [text, base, whole, number, unsignedNumber] :
+       {Row{"12", 10, true, 12, 12}, Row{"12x", 10, false, 12, 12}, Row{"", 10, false, 0, 0},
+        Row{nullptr, 10, false, 0, 0}, Row{" -1", 10, true, -1, UINT64_MAX}, Row{"0x1f", 0, true, 31, 31},
+        Row{"ff", 16, true, 255, 255}, Row{"99999999999999999999", 10, true, INT64_MAX, UINT64_MAX}}) {
+    int64_t read = 77;
+    uint64_t readUnsigned = 77;
+    EXPECT_EQ(strToInt64(read, text, base), whole);
+    EXPECT_EQ(strToUInt64(readUnsigned, text, base), whole);
+    EXPECT_EQ(read, number);
+    EXPECT_EQ(readUnsigned, unsignedNumber);
+  }
+}
+
+TEST(TextUtil, EscapesExactlyTheListedCharacters) {
+  const std::string special = " \"%*./:;<>?\\|";
+  for (int c = 1; c < 256; ++c) {
+    const std::string plain(1, static_cast<char>(c));
+    char code[8];
+    std::snprintf(code, sizeof code, "%%%02x", static_cast<unsigned>(c));
+    const bool lower = c >= 'a' && c <= 'z';
+    const bool listed = special.find(plain) != std::string::npos;
+    EXPECT_EQ(rmSpChar(plain.c_str(), false), listed ? code : plain) << c;
+    EXPECT_EQ(rmSpChar(plain.c_str(), true), listed || lower ? code : plain) << c;
+    EXPECT_EQ(spChar(code), plain) << c;
+    EXPECT_EQ(isValidSpChar(plain.c_str()), !listed && !lower) << c;
+    EXPECT_EQ(isValidSpChar(code), listed || lower) << c;
+  }
+  EXPECT_EQ(rmSpChar("a/b", true), "%61%2f%62");
+  EXPECT_EQ(spChar("%2F%zz%4"), "/%zz%4") << "what is no code stays";
+  EXPECT_FALSE(isValidSpChar("%2F")) << "upper-case digits";
+  EXPECT_FALSE(isValidSpChar("A%00"));
+  EXPECT_FALSE(isValidSpChar(nullptr));
+}
+
+TEST(TimeUtil, WritesAndReadsUtc) {
+  bool ok = true;
+  EXPECT_EQ(strToSysTime(ok, "20240131-0915", 0), 1706692500);
+  EXPECT_TRUE(ok);
+  EXPECT_EQ(sysTimeToStr(1706692500), "20240131-0915");
+  EXPECT_EQ(sysTimeToSeconds(1706692537), 37);
+  EXPECT_EQ(isoTime(0), "1970-01-01T00:00:00");
+  EXPECT_EQ(strToSysTime(ok, "19691231-2359", 1), -60);
+  EXPECT_TRUE(ok);
+  for (const char* text : {"2024013-10915", "20240131-091", "20240131-09150", "2024013109150", "xxxx0131-0915",
+                           "20240131-09yy", "", static_cast<const char*>(nullptr)}) {
+    ok = true;
+    EXPECT_EQ(strToSysTime(ok, text, 0), -1);
+    EXPECT_FALSE(ok);
+    strToSysTime(ok, "20240131-0915", 0);
+    EXPECT_FALSE(ok) << "it is never set";
+  }
+  ok = true;
+  const time_t late = strToSysTime(ok, "20400101-0000", 0);
+  EXPECT_EQ(ok, sizeof(time_t) > 4);
+  EXPECT_EQ(late, static_cast<time_t>(sizeof(time_t) > 4 ? 2208988800 : -1));
+  if (sizeof(time_t) > 4) {
+    const auto never = std::numeric_limits<time_t>::max();
+    EXPECT_EQ(sysTimeToStr(never), "");
+    EXPECT_EQ(isoTime(never), "");
+    EXPECT_EQ(sysTimeToSeconds(never), 0);
+  }
+}
+
+TEST(JsonUtil, RendersNumbers) {
+  const auto text = [](const Json::Value& v) { return Dump::compactJson(v); };
+  EXPECT_EQ(text(toJson(2.5f)), "2.5");
+  EXPECT_EQ(text(toJson(INF)), "\"+inf\"");
+  EXPECT_EQ(text(toJson(-INF)), "\"-inf\"");
+  EXPECT_EQ(text(toJson(std::nanf(""))), "\"NaN\"");
+  EXPECT_EQ(text(toJson(-1e300)), "-1.0000000000000001e+300");
+  EXPECT_EQ(text(toJson(static_cast<double>(-INF))), "\"-inf\"");
+  EXPECT_EQ(text(toJson(std::numeric_limits<long long>::min())), "\"-9223372036854775808\"");
+  EXPECT_EQ(text(toJson(0xFFFFFFFFFFFFFFFFull)), "\"-1\"") << "through the signed conversion";
+}
+
+TEST(JsonUtil, ReadersTakeTheirOwnKindOnly) {
+  // A value and the readers that take it: b i u I U f s t, upper case for 64 bits, t for times.
+  for (const char* row : {"true|bs",
+                          "null|",
+                          "[1]|",
+                          "{\"other\": 1}|",
+                          "7|iuIUfs",
+                          "7.0|iuIUfs",
+                          "-7|iIfs",
+                          "7.5|fs",
+                          "3000000000|uIUfs",
+                          "5000000000|IUfs",
+                          "10000000000000000000|Ufs",
+                          "1e30|fs",
+                          "\"7\"|IUs",
+                          "\"-7\"|Is",
+                          "\"-9223372036854775808\"|Is",
+                          "\"9223372036854775808\"|Us",
+                          "\"18446744073709551616\"|s",
+                          "\" 7\"|s",
+                          "\"7x\"|s",
+                          "\"\"|s",
+                          "\"NaN\"|fs",
+                          "\"+inf\"|fs",
+                          "\"-inf\"|fs",
+                          "\"nan\"|s",
+                          "\"20240131-0915\"|st"}) {
+    const std::string json = split(row)[0], readers = split(row)[1];
+    Json::Value object;
+    ASSERT_TRUE(parseJson("{\"key\": " + json + "}", object, false)) << json;
+    const auto taken = [](const Json::Value& v, const char* key) {
+      EXPECT_EQ(!!doubleFromJson(v, key), !!floatFromJson(v, key));
+      return std::string(boolFromJson(v, key) ? "b" : "") + (intFromJson(v, key) ? "i" : "") +
+             (uintFromJson(v, key) ? "u" : "") + (int64FromJson(v, key) ? "I" : "") +
+             (uint64FromJson(v, key) ? "U" : "") + (floatFromJson(v, key) ? "f" : "") +
+             (stringFromJson(v, key) ? "s" : "") + (timeFromJson(v, key) ? "t" : "");
+    };
+    EXPECT_EQ(taken(object, "key"), readers) << json;
+    EXPECT_EQ(taken(object["key"], object["key"].isObject() ? nullptr : "any"), readers) << json;
+    EXPECT_EQ(taken(object, "missing"), "");
+  }
+  EXPECT_EQ(*int64FromJson("-9223372036854775808", nullptr), std::numeric_limits<int64_t>::min());
+  EXPECT_EQ(*timeFromJson("20240131-0915", nullptr), 1706692500);
+  EXPECT_EQ(*floatFromJson("-inf", nullptr), -INF);
+}
+
+TEST(JsonUtil, AFailedParseLeavesItsTarget) {
+  Json::Value v = 7;
+  for (const std::string& text : {std::string("{"), std::string(), std::string(5000, '[')}) {
+    EXPECT_FALSE(parseJson(text, v, true));
+    EXPECT_EQ(v, Json::Value(7));
+  }
+  EXPECT_TRUE(parseJson("// kept\n{}", v, true));
+  EXPECT_TRUE(v.hasComment(Json::commentBefore));
+}
+
+TEST(JsonUtil, LogsWhereAndWhat) {
+  CapturedLog log;
+  CapturedAsserts asserts;
+  logJsonFailure("libcrossplatform/common/Some", 7, nullptr);
+  logJsonFailure("libcrossplatform/common/Some", 8, "name");
+  logJsonFailure(nullptr, 9, "name");
+  EXPECT_EQ(log.lines(),
+            (std::vector<std::string>{"13|1|fromJson failed in libcrossplatform/common/Some line 7",
+                                      "13|1|fromJson failed for name in libcrossplatform/common/Some line 8"}));
+  ASSERT_EQ(asserts.reports().size(), 1u);
+  EXPECT_NE(asserts.reports()[0].find("|libcrossplatform/common/jsonutil|416"), std::string::npos);
+}
+
+namespace {
+
+struct DecimalComma : std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+void expectNumbersAsEver() {
+  EXPECT_EQ(Dump::floatToStr(12345.5f), "12345.5");
+  EXPECT_EQ(Dump::floatToStr(1e6f), "1e+06");
+  EXPECT_EQ(Dump::floatToStr(-std::nanf("")), "nan");
+  EXPECT_EQ(Dump::floatToStr(-INF), "-inf");
+  EXPECT_EQ(Dump::fixedToStr(1234.5, 2), "1234.50");
+  EXPECT_EQ(Dump::fixedToStr(-1.7e308, 1).size(), 312u);
+  EXPECT_EQ(Dump::int64ToStr(-1234567), "-1234567");
+  EXPECT_EQ(Dump::compactJson(toJson(2.5)), "2.5");
+  EXPECT_EQ(sysTimeToStr(1706692500), "20240131-0915");
+  ScaledInt value;
+  EXPECT_TRUE(value.fromString("1234.50"));
+  EXPECT_EQ(value.getRaw(), 123450);
+  EXPECT_EQ(value.toString(), "1234.50");
+  std::ostringstream out;  // carries the global locale
+  Dump::SimpleFormatter formatter(out);
+  formatter.field("u32", uint32_t{1234567});
+  formatter.field("u16", uint16_t{12345});
+  ToleranceMeas(value, DISPLAY_TYPE_VALUE, 0.5f, std::nanf("")).dump(formatter, {});
+  EXPECT_EQ(out.str(),
+            "u32: 1234567\nu16: 12345\nToleranceMeas {\n  class: ToleranceMeas\n  value: 1234.50\n"
+            "  posTolerance: 0.5\n  negTolerance: nan\n}\n");
+}
+
+}  // namespace
+
+TEST(NumberText, DoesNotDependOnTheLocale) {
+  expectNumbersAsEver();
+  const std::locale before = std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
+  expectNumbersAsEver();
+  std::locale::global(before);
+  for (const char* name : {"de_DE.UTF-8", "de_DE", "fr_FR.UTF-8"}) {
+    if (std::setlocale(LC_ALL, name) != nullptr) expectNumbersAsEver();
+    std::setlocale(LC_ALL, "C");
+  }
+}

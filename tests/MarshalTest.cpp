@@ -1,0 +1,292 @@
+#include <libcrossplatform/serialization/FieldCodec.h>
+
+#include <cstring>
+
+#include <libcrossplatform/common/ScaledInt.h>
+#include <libcrossplatform/serialization/IJsonable.h>
+
+#include "RecordTesting.h"
+
+using namespace Marshal;
+using namespace RecordTesting;
+
+namespace {
+
+/// Place of a virtual operation in the order of its interface, from 1; the two destructors stand before it.
+template <class Operation>
+std::size_t slotOf(Operation operation) {
+  std::uintptr_t words[2];
+  static_assert(sizeof operation == sizeof words);
+  std::memcpy(words, &operation, sizeof words);
+#if defined(__arm__) || defined(__aarch64__)
+  EXPECT_EQ(words[1] & 1, 1u) << "not virtual";
+  return words[0] / sizeof(void*) - 1;
+#else
+  EXPECT_EQ(words[0] & 1, 1u) << "not virtual";
+  return (words[0] - 1) / sizeof(void*) - 1;
+#endif
+}
+
+template <class... Operations>
+std::vector<std::size_t> slotsOf(Operations... operations) {
+  return {slotOf(operations)...};
+}
+
+/// A record of every verb.
+struct Sample : ISerializable {
+  static constexpr uint8_t CLASS_VERSION = 2;
+  static constexpr uint32_t SERIAL_TYPE_ID = 0x510042;
+
+  void clear() { *this = Sample(); }
+  unsigned serialize(IObjectWriter& out) override { return writeHeaded(*this, out); }
+  StreamOpStatus deserialize(IObjectReader& in) override { return readHeaded(*this, in); }
+  template <class Fields>
+  void fields(Fields& f) {
+    f.boolean("flag", flag);
+    f.u8("u8", small);
+    f.i8("i8", small);
+    f.i8ReadAsU8("i8ReadAsU8", small);
+    f.u16("u16", small);
+    f.i16("i16", small);
+    f.u32("u32", small);
+    f.i32("i32", small);
+    f.i64("wide", wide);
+    f.f32("real", real);
+    f.text("text", text);
+    f.terminatedText("terminated", terminated);
+    f.countedText("counted", counted);
+    f.record("nested", nested);
+    if (f.version() > 1) f.text("late", late);
+  }
+
+  bool flag = false;
+  int small = 0;
+  int64_t wide = 0;
+  float real = 0;
+  std::string text, terminated, counted, late = "late";
+  Veltra::ScaledInt nested;
+};
+
+Sample sample() {
+  Sample s;
+  s.flag = true;
+  s.small = 100;
+  s.wide = -2;
+  s.real = 1.5f;
+  s.text = s.counted = std::string("a\0b", 3);
+  s.terminated = "cd";
+  s.nested = Veltra::ScaledInt::fromRaw(-5, Veltra::ScaledInt::SCALED_TO_TENTHS);
+  s.late = "";
+  return s;
+}
+
+}  // namespace
+
+TEST(Marshal, TheOrderOfTheVirtualOperations) {
+  using Slots = std::vector<std::size_t>;
+  using W = IObjectWriter;
+  EXPECT_EQ(slotsOf(&W::writeBool, &W::writeUInt8, &W::writeInt8, &W::writeUInt16, &W::writeInt16, &W::writeUInt32,
+                    &W::writeInt32, &W::writeUInt64, &W::writeInt64, &W::writeFloat, &W::writeDouble, &W::writeBytes,
+                    &W::writeString),
+            (Slots{1, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 14, 25}));
+  using R = IObjectReader;
+  EXPECT_EQ(
+      slotsOf(&R::readUInt8, &R::readInt8, &R::readUInt16, &R::readInt16, &R::readUInt32, &R::readInt32, &R::readUInt64,
+              &R::readInt64, &R::readBytes, &R::readBool, &R::readFloat, &R::readDouble, &R::readString, &R::status),
+      (Slots{2, 3, 4, 5, 6, 7, 8, 9, 10, 20, 21, 22, 25, 28}));
+  using F = Dump::IFormatter;
+  EXPECT_EQ(slotsOf(&F::text, static_cast<void (F::*)(const char*, bool)>(&F::field),
+                    static_cast<void (F::*)(const char*, uint16_t)>(&F::field),
+                    static_cast<void (F::*)(const char*, uint32_t)>(&F::field),
+                    static_cast<void (F::*)(const char*, float)>(&F::field),
+                    static_cast<void (F::*)(const char*, const char*)>(&F::field), &F::beginObject, &F::endObject),
+            (Slots{1, 2, 3, 4, 5, 6, 7, 8}));
+  // Here the operations come before the destructors.
+  constexpr std::size_t BEFORE = std::size_t{0} - 1, FIRST = 0;
+  EXPECT_EQ(slotsOf(&ISerializable::serialize, &ISerializable::deserialize), (Slots{BEFORE, FIRST}));
+  EXPECT_EQ(slotsOf(&Dump::IDumpable::dump, &Dump::IJsonable::toJson), (Slots{BEFORE, BEFORE}));
+  EXPECT_EQ(slotsOf(&Veltra::ScaledInt::dump), (Slots{3})) << "behind serialize, deserialize and the destructors";
+}
+
+TEST(Marshal, WhatACallersStreamNeedNotHaveIsBuiltOnTheRest) {
+  const Bytes expected = {1, 2, 3, 4, 5, 6, 7, 8, 0xbf, 0xf8, 0, 0, 0, 0, 0, 0};
+  ByteStreamBuilder built(1);  // grows
+  PlainWriter plainOut;
+  for (IObjectWriter* const out : std::initializer_list<IObjectWriter*>{&built, &plainOut}) {
+    out->writeUInt64(0x0102030405060708);
+    out->writeDouble(-1.5);
+  }
+  EXPECT_EQ(Bytes(built.data(), built.data() + built.size()), expected);
+  EXPECT_EQ(plainOut.bytes, expected);
+  ByteStreamReader windowed(expected.data(), 16);
+  PlainReader plainIn(expected);
+  for (IObjectReader* const in : std::initializer_list<IObjectReader*>{&windowed, &plainIn}) {
+    uint64_t wide = 0;
+    double real = 0;
+    EXPECT_TRUE(in->readUInt64(wide) && in->readDouble(real) && wide == 0x0102030405060708 && real == -1.5);
+  }
+}
+
+TEST(Marshal, AFailedReadLatchesAndLeavesItsTarget) {
+  const Bytes bytes = {2, 0, 0, 0, 9};
+  ByteStreamReader in(bytes.data(), 5);
+  bool truth = false;
+  EXPECT_TRUE(in.readBool(truth) && truth && in.seek(0, STREAM_FROM_BEGIN)) << "every byte but 0 is true";
+  uint64_t number = 77;
+  std::string text = "kept";
+  uint8_t byte = 5;
+  EXPECT_FALSE(in.readUInt64(number));
+  EXPECT_EQ(in.status(), -3);
+  EXPECT_FALSE(in.readUInt8(byte) || in.readString(text) || in.readBytes(&byte, 0) || in.seek(0, STREAM_FROM_BEGIN));
+  EXPECT_TRUE(number == 77 && byte == 5 && text == "kept" && in.position() == 0);
+  const Bytes cutText = {0, 0, 0, 9, 'a'};
+  ByteStreamReader texts(cutText.data(), 5);
+  EXPECT_TRUE(!texts.readString(text) && texts.position() == 0 && text == "kept")
+      << "its length is not consumed either";
+}
+
+TEST(Marshal, SeeksWithinItsBytes) {
+  const Bytes bytes(10);
+  ByteStreamReader in(bytes.data(), 10);
+  EXPECT_TRUE(in.seek(10, STREAM_FROM_BEGIN) && in.seek(-4, STREAM_FROM_CURRENT));
+  EXPECT_EQ(in.position(), 6u);
+  EXPECT_FALSE(in.seek(11, STREAM_FROM_BEGIN) || in.seek(-1, STREAM_FROM_BEGIN) || in.seek(5, STREAM_FROM_CURRENT) ||
+               in.seek(-11, STREAM_FROM_END) || in.seek(0x7FFFFFFF, STREAM_FROM_CURRENT) ||
+               in.seek(0, static_cast<StreamPosition>(3)) || in.seek(0, static_cast<StreamPosition>(-1)));
+  EXPECT_EQ(in.position(), 6u);
+  EXPECT_TRUE(in.seek(-10, STREAM_FROM_END));
+  EXPECT_EQ(in.position(), 0u);
+}
+
+TEST(Marshal, ABuilderRewritesOnlyWhatItWroteAndCanBeUsedAgain) {
+  ByteStreamBuilder out;
+  out.writeUInt32(1);
+  out.writeUInt8(2);
+  EXPECT_FALSE(out.rewriteUInt32(2, 9));
+  EXPECT_FALSE(out.rewriteUInt32(0xFFFFFFFF, 9));
+  EXPECT_TRUE(out.rewriteUInt32(1, 0x0a0b0c0d));
+  EXPECT_EQ(Bytes(out.data(), out.data() + 5), (Bytes{0, 0x0a, 0x0b, 0x0c, 0x0d}));
+  out.reset();
+  out.writeUInt8(3);
+  EXPECT_EQ(out.size(), 1u);
+  const std::unique_ptr<uint8_t[]> released(out.release());
+  out.writeUInt8(4);
+  EXPECT_TRUE(released[0] == 3 && out.data()[0] == 4 && out.size() == 1);
+}
+
+TEST(MarshalDeathTest, AReaderWantsBytes) {
+  const uint8_t byte = 0;
+  EXPECT_DEATH(ByteStreamReader(nullptr, 1), "p != nullptr, libcrossplatform/serialization/ByteStreamReader:116");
+  EXPECT_DEATH(ByteStreamReader(&byte, 0), "size > 0, libcrossplatform/serialization/ByteStreamReader:117");
+}
+
+TEST(MarshalHeader, TwelveBytesAndTheirCodes) {
+  ByteStreamBuilder out;
+  Header written(0x510003, 3);
+  EXPECT_EQ(written.serialize(out), 12u);
+  out.writeUInt8(9);
+  EXPECT_EQ(written.serializeLength(out), 13u);
+  const Bytes good(out.data(), out.data() + out.size());
+  EXPECT_EQ(good, (Bytes{0xab, 0xcd, 1, 3, 0, 0x51, 0, 3, 0, 0, 0, 1, 9}));
+
+  struct Row {
+    std::size_t at;
+    int value;
+    StreamOpStatus code;
+  };
+  for (const Row& row : {Row{0, 0xaa, -2}, Row{1, 0, -2}, Row{2, 0, -2}, Row{2, 2, -5}, Row{3, 255, 0}}) {
+    SCOPED_TRACE(row.at);
+    const Bytes bytes = withByte(good, row.at, row.value);
+    Header header;
+    EXPECT_EQ(readFrom(header, bytes), row.code);
+    ByteStreamReader in(bytes.data(), 13);
+    uint32_t id = 7;
+    EXPECT_EQ(peekHeaderSerialTypeID(in, id), row.code);
+    EXPECT_EQ(id, row.code == 0 ? 0x510003u : 7u);
+    EXPECT_EQ(in.position(), 0u) << "nothing is consumed";
+  }
+  uint32_t id = 7;
+  ByteStreamReader cut(good.data(), 11);
+  EXPECT_EQ(peekHeaderSerialTypeID(cut, id), -3);
+  PlainReader withoutPosition(good);
+  EXPECT_EQ(peekHeaderSerialTypeID(withoutPosition, id), -3);
+  EXPECT_EQ(withoutPosition.consumed(), 0u);
+  EXPECT_EQ(id, 7u);
+}
+
+TEST(MarshalHeader, ChecksTheIdBeforeTheVersionAndThenTheLength) {
+  const Bytes bytes = {0xab, 0xcd, 1, 3, 0, 0x51, 0, 3, 0, 0, 0, 1, 9, 9};
+  Header header;
+  ByteStreamReader in(bytes.data(), 14);
+  ASSERT_EQ(header.deserialize(in), 0);
+  EXPECT_TRUE(header.check(3, 0x510003) == 0 && header.check(4, 0x510003) == 0);
+  EXPECT_EQ(header.check(2, 0x510003), -5);
+  EXPECT_EQ(header.check(2, 0x410003), -1);
+  EXPECT_EQ(header.checkLength(in, 0), -4) << "too few bytes used";
+  uint8_t byte = 0;
+  in.readUInt8(byte);
+  EXPECT_EQ(header.checkLength(in, 0), 0);
+  EXPECT_EQ(header.checkLength(in, -7), -7);
+  in.readUInt8(byte);
+  EXPECT_EQ(header.checkLength(in, 0), -4) << "too many";
+  in.readUInt8(byte);
+  EXPECT_EQ(header.checkLength(in, 0), -3);
+  EXPECT_EQ(header.checkLength(in, -7), -7);
+}
+
+TEST(MarshalFields, EveryVerbOnEveryStream) {
+  Sample s = sample();
+  expectRoundTrip(s);
+  expectEveryPrefixRefused(s);
+  const Bytes bytes = bytesOf(s);
+  EXPECT_EQ(Bytes(bytes.begin() + 12, bytes.end()),
+            (Bytes{1,   100,  100,  100,  0,    100,  0,    100,  0,    0,    0,    100, 0, 0, 0,
+                   100, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xfe, 0x3f, 0xc0, 0,   0, 0, 0,
+                   0,   3,    'a',  0,    'b',  0,    0,    0,    3,    'c',  'd',  0,   0, 0, 0,
+                   3,   'a',  0,    'b',  1,    0xff, 0xff, 0xff, 0xfb, 1,    0,    0,   0, 0}));
+}
+
+TEST(MarshalFields, OlderVersionsLeaveLaterFieldsCleared) {
+  Sample s = sample();
+  Bytes bytes = bytesOf(s);
+  bytes.resize(bytes.size() - 4);  // without the empty text of version 2
+  bytes[3] = 1;
+  bytes[11] = static_cast<uint8_t>(bytes[11] - 4);
+  Sample read;
+  EXPECT_EQ(readFrom(read, bytes), 0);
+  EXPECT_EQ(read.late, "late");
+  EXPECT_EQ(read.counted, s.counted);
+  bytes[3] = 3;
+  EXPECT_EQ(readFrom(read, bytes), -5);
+}
+
+TEST(MarshalFields, ATerminatedTextEndsAtItsFirstZeroAndNeedsALength) {
+  const auto read = [](const Bytes& bytes, std::string& text) {
+    ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
+    FieldReader f(in, 0);
+    f.terminatedText("text", text);
+    std::string after = "after";
+    f.countedText("after", after);
+    EXPECT_EQ(after, f.ok() ? "" : "after") << "a failed walk reads nothing more";
+    return f.status();
+  };
+  std::string text = "kept";
+  EXPECT_EQ(read({0, 0, 0, 0, 0, 0, 0, 0}, text), -1);
+  EXPECT_EQ(text, "kept");
+  EXPECT_EQ(read({0, 0, 0, 3, 'a', 'b'}, text), -3);
+  EXPECT_EQ(read({0, 0, 0, 3, 'a', 0, 'c', 0, 0, 0, 0}, text), 0);
+  EXPECT_EQ(text, "a");
+  EXPECT_EQ(read({0, 0, 0, 2, 'd', 'e', 0, 0, 0, 0}, text), 0) << "without its zero";
+  EXPECT_EQ(text, "de");
+}
+
+TEST(Marshal, NamesOfIds) {
+  const char* const names[] = {
+      "", "ResultMetadata",    "ResultMetadataList", "EquipmentInformation", "InstrumentSettings",
+      "", "FolderMetadataList"};
+  for (uint32_t id = 0; id < 0x10000; ++id) {
+    EXPECT_STREQ(veltraCommonIdToString(0x510000 + id), id < 7 ? names[id] : "") << id;
+    EXPECT_STREQ(veltraCommonIdToString(0x410000 + id), "");
+  }
+  EXPECT_STREQ(veltraSystemIdToString(0x51), "");
+}

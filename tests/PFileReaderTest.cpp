@@ -1,0 +1,175 @@
+#include <libcrossplatform/common/PFileReader.h>
+
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "PFileTesting.h"
+
+using namespace PFile;
+using namespace PFileTesting;
+using RecordTesting::withByte;
+
+namespace {
+
+/// The two places an image is read from.
+struct Files {
+  TempDir dir;
+  FileReader reader{onDebug, onWarning, onError};
+  int open(const Bytes& image) {
+    RecordTesting::writeFile(dir.file("a.pf"), image);
+    return reader.open(dir.file("a.pf").c_str());
+  }
+};
+struct Memory {
+  std::vector<std::unique_ptr<uint8_t[]>> copies;
+  MemReader reader{onDebug, onWarning, onError};
+  int open(const Bytes& image) {
+    copies.emplace_back(new uint8_t[image.size()]);  // so that the sanitizer sees a read behind it
+    std::copy(image.begin(), image.end(), copies.back().get());
+    return reader.open(copies.back().get(), static_cast<unsigned>(image.size()));
+  }
+};
+
+/// These sections behind a file header with the right length.
+Bytes fileOf(const Bytes& sections) {
+  const auto size = static_cast<uint32_t>(24 + sections.size());
+  const Bytes word = {static_cast<uint8_t>(size), static_cast<uint8_t>(size >> 8), 0, 0};
+  return headerClaiming(1, 4, crc32Of(word.data(), 4)) + word + sections;
+}
+
+Bytes cut(const Bytes& image, std::size_t size) {
+  return Bytes(image.begin(), image.begin() + static_cast<std::ptrdiff_t>(size));
+}
+
+/// What both readers answer to the same images.
+template <class Source>
+void transcribe(Source& source, Transcript& transcript) {
+  auto& reader = source.reader;
+  const Bytes text(300, 'a'), noZlib = {5, 0, 0, 0, 9, 9};
+  const Bytes image = imageOf({{300, 12, SECTION_FLAG_COMPRESS, text}, {301, 3, 0x0800, {1, 2}}, {5, 1, 0, {9}}});
+  const Bytes plain = imageOf({{300, 12, 0, {1, 2, 3, 4}}});
+  Section section(onDebug, onWarning, onError);
+  Header header, claims;
+  claims.set(300, 12, SECTION_FLAG_COMPRESS, 6, 6, noZlib.data());
+  STEP(reader.read(section, true));
+  STEP(reader.peek(header));
+  STEP(reader.skipNextSection());
+  STEP(source.open(image));
+  STEP(source.open(image));
+  STEP(reader.peek(header));
+  STEP(reader.read(section, true));
+  STEP(bytesOf(section.payload) == text && !section.compressed);
+  STEP(section.header == header);  // goes on describing the compressed bytes
+  STEP(reader.read(section, true));
+  STEP(bytesOf(section.payload));
+  STEP(reader.skipNextSection());
+  STEP(reader.read(section, true));
+  STEP(reader.getHeader(header));
+  STEP(reader.peek(header));
+  STEP(reader.skipNextSection());
+  reader.close();
+  STEP(source.open(image));  // a closed reader opens again
+  STEP(reader.read(section, false));
+  STEP(section.compressed && section.verifyDataCrc() && section.uncompressData() == 0);
+  const auto readOne = [&source, &section](const Bytes& from) {
+    source.reader.close();
+    const int opened = source.open(from);
+    return opened != 0 ? opened : source.reader.read(section, true);
+  };
+  STEP(readOne(withByte(plain, 24, 0)));
+  STEP(readOne(withByte(plain, 43, 0)));
+  STEP(readOne(withByte(plain, 44, 0)));
+  STEP(readOne(withByte(plain, 47, 0)));
+  STEP(readOne(cut(plain, 47)));
+  STEP(readOne(cut(plain, 43)));
+  STEP(readOne(fileOf(headerClaiming(300, 0))));
+  STEP(readOne(fileOf(RecordTesting::bytesOf(claims) + noZlib)));
+  STEP(readOne(Bytes(plain.begin() + 24, plain.end())));
+  STEP(reader.read(section, true));  // it stayed open
+  STEP(readOne(headerClaiming(1, 5) + Bytes(4)));
+  STEP(readOne(cut(plain, 19)));
+  STEP(readOne({}));
+  reader.close();
+  STEP(source.open(fileOf(headerClaiming(300, 0xFFFFFFEC) + text)));
+  STEP(reader.skipNextSection());  // never backwards
+  STEP(reader.getHeader(header) == -2);
+}
+
+}  // namespace
+
+TEST(FileReader, Transcript) {
+  Files source;
+  Transcript transcript;
+  FileReader reader(onDebug, onWarning, onError);
+  STEP(reader.open(nullptr));
+  STEP(reader.open(source.dir.path.c_str()));
+  STEP(reader.open(source.dir.file("none").c_str()));
+  STEP(reader.open("/proc/self/mem"));  // address 0 cannot be read
+  STEP(reader.close());
+  transcribe(source, transcript);
+  transcript.expectGolden("pfile_file_reader");
+}
+
+TEST(FileReader, ReadsAPipeButCannotSeekInIt) {
+  const Bytes image = imageOf({{300, 12, 0, {1}}, {301, 3, 0, {2}}, {301, 3, 0, {3}}});
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  ASSERT_EQ(write(ends[1], image.data(), image.size()), static_cast<ssize_t>(image.size()));
+  close(ends[1]);
+  const Transcript transcript;
+  FileReader reader(onDebug, onWarning, onError);
+  Section section;
+  Header header;
+  ASSERT_EQ(reader.open(("/dev/fd/" + std::to_string(ends[0])).c_str()), 0);
+  EXPECT_EQ(reader.read(section, true), 0);
+  EXPECT_EQ(reader.peek(header), -1);
+  EXPECT_EQ(reader.skipNextSection(), -1);
+  EXPECT_TRUE(transcript.has("E PFileReader::peek ftell failed.errno:29"));
+  EXPECT_TRUE(transcript.has("E PFileReader::skipNextSection fseek failed.errno:29"));
+  close(ends[0]);
+}
+
+TEST(MemReader, Transcript) {
+  Memory source;
+  Transcript transcript;
+  MemReader& reader = source.reader;
+  errno = 0;
+  STEP(reader.open(nullptr, 24));
+  reader.close();
+  transcribe(source, transcript);
+  reader.close();
+
+  const Bytes image = imageOf({{300, 12, 0, {7}}});
+  Section section;
+  STEP(source.open(image + image));
+  STEP(reader.seek(0, Marshal::STREAM_FROM_END));  // the recorded length
+  STEP(reader.seek(24, Marshal::STREAM_FROM_BEGIN));
+  STEP(reader.read(section, true));
+  unsigned char const* const inPlace = &source.copies.back()[44];
+  STEP(section.payload.data() == inPlace && !section.payload.owned());
+  reader.close();
+  STEP(source.open(cut(image, 44)));
+  STEP(reader.quickOpen(image.data(), 44));  // the buffer was let go of
+  STEP(reader.read(section, true));          // deliberately a success that leaves the payload as it was
+  STEP(section.payload.data() == inPlace);
+  STEP(reader.read(section, true));
+  const auto seek = [&reader](int offset, int whence) {
+    return reader.seek(offset, static_cast<StreamPosition>(whence));
+  };
+  constexpr int MOST = 0x7FFFFFFF;
+  STEP(seek(45, 0));
+  STEP(seek(-1, 0));
+  STEP(seek(-4, 1));
+  STEP(seek(5, 1));
+  STEP(seek(-44, 2));
+  STEP(seek(1, 2));
+  STEP(seek(-45, 2));
+  STEP(seek(10, 0));
+  STEP(seek(MOST, 1));
+  STEP(seek(-MOST - 1, 2));
+  STEP(seek(0, 1));
+  STEP(seek(0, 3));
+  STEP(seek(0, -1));
+  transcript.expectGolden("pfile_mem_reader");
+}

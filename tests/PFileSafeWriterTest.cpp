@@ -1,0 +1,79 @@
+#include <libcrossplatform/common/PFileSafeWriter.h>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <csignal>
+
+#include "PFileTesting.h"
+
+using namespace PFile;
+using namespace PFileTesting;
+using RecordTesting::fileBytes;
+
+namespace {
+
+struct SafeFileWriterTest : ::testing::Test {
+  SafeFileWriterTest() { RecordTesting::writeFile(path, OLD); }
+  unsigned mode(const std::string& name) const {
+    struct stat info {};
+    EXPECT_EQ(stat(name.c_str(), &info), 0);
+    return info.st_mode & 07777;
+  }
+  void expectOldFileAlone() const {
+    EXPECT_EQ(fileBytes(path), OLD);
+    const std::filesystem::directory_iterator first(dir.path);
+    EXPECT_EQ(std::distance(first, {}), 1);
+  }
+  const Bytes OLD = {1, 2, 3};
+  const TempDir dir;
+  const std::string path = dir.file("a.pf");
+  Section section;
+};
+
+}  // namespace
+
+TEST_F(SafeFileWriterTest, ReplacesTheFileOnlyWhenCommitted) {
+  ASSERT_EQ(chmod(path.c_str(), 0640), 0);
+  setSection(section, {300, 12, 0, {7}});
+  {
+    SafeFileWriter givenUp;
+    ASSERT_EQ(givenUp.open(path.c_str()), 0);
+    EXPECT_EQ(givenUp.open(path.c_str()), -1) << "not committed yet";
+    EXPECT_EQ(givenUp.writer().write(section), 0);
+  }
+  expectOldFileAlone();
+  SafeFileWriter file;
+  EXPECT_EQ(file.commit(), -1) << "nothing is open";
+  EXPECT_EQ(file.open(nullptr), -1);
+  EXPECT_EQ(file.open(dir.file("none/a.pf").c_str()), -1);
+  for (int i = 0; i < 2; ++i) {  // the second file does not count on from the first
+    ASSERT_EQ(file.open(path.c_str()), 0);
+    EXPECT_EQ(file.writer().write(section), 0);
+    ASSERT_EQ(file.commit(), 0);
+    EXPECT_EQ(fileBytes(path), imageOf({{300, 12, 0, {7}}}));
+  }
+  EXPECT_EQ(mode(path), 0640u) << "of the file it replaced";
+
+  const mode_t before = umask(027);
+  EXPECT_EQ(file.open(dir.file("new.pf").c_str()), 0);
+  umask(before);
+  ASSERT_EQ(file.commit(), 0);
+  EXPECT_EQ(mode(dir.file("new.pf")), 0640u) << "what the umask leaves";
+}
+
+TEST_F(SafeFileWriterTest, AFailedWriteLeavesTheOldFile) {
+  SafeFileWriter file;
+  ASSERT_EQ(file.open(path.c_str()), 0);
+  setSection(section, {300, 12, 0, Bytes(2000, 'x')});
+  EXPECT_EQ(file.writer().write(section), 0) << "still in the stream's buffer";
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const rlimit fullDisk = {1000, before.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &fullDisk), 0);
+  EXPECT_EQ(file.commit(), -1);
+  EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+  std::signal(SIGXFSZ, handler);
+  expectOldFileAlone();
+}

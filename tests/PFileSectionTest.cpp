@@ -1,0 +1,107 @@
+#include <libcrossplatform/common/PFileSection.h>
+
+#include "PFileTesting.h"
+
+using namespace PFile;
+using namespace PFileTesting;
+using RecordTesting::withByte;
+
+TEST(PFileHeader, IsTwentyBytesInFieldOrder) {
+  Header header;
+  EXPECT_EQ(RecordTesting::bytesOf(header), (Bytes{0x50, 0x46, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+  const Bytes counting = {0x10, 0x11, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18};
+  EXPECT_EQ(RecordTesting::readFrom(header, counting), 0) << "with any magic";
+  EXPECT_EQ(RecordTesting::bytesOf(header), counting);
+  RecordTesting::expectRoundTrip(header);
+  RecordTesting::expectEveryPrefixRefused(header);
+  EXPECT_EQ(RecordTesting::dumpOf(header),
+            "Header {\n  type: 258\n  version: 772\n  flags: 1286\n  dataSize: 117967114\n  dataCrc: 185339150\n"
+            "  hdrCrc: 252711186\n}\n");
+}
+
+TEST(PFileHeader, NoticesEveryChangedBit) {
+  Header header;
+  header.set(300, 12, 0, 0, 9, reinterpret_cast<unsigned char const*>("123456789"));
+  EXPECT_EQ(header.dataCrc, 0xCBF43926u) << "the check value of the standard CRC-32";
+  const Bytes good = RecordTesting::bytesOf(header);
+  for (std::size_t bit = 0; bit < 8 * good.size(); ++bit) {
+    Header read;
+    ASSERT_EQ(RecordTesting::readFrom(read, withByte(good, bit / 8, good[bit / 8] ^ 1 << bit % 8)), 0);
+    EXPECT_FALSE(read.verifyHdrCrc() || read == header) << "bit " << bit;
+  }
+  header.updateData(0, nullptr);
+  EXPECT_TRUE(header.dataSize == 0 && header.dataCrc == 0 && header.verifyHdrCrc());
+}
+
+TEST(PFileHeader, StoredLevelsCombine) {
+  Header header;
+  header.storeCompLevel(2);
+  header.storeCompLevel(5);
+  EXPECT_EQ(header.getCompLevel(), 7);
+  header.set(1, 1, 0x0ffe, 6, 0, nullptr);  // replaces the flags first
+  EXPECT_EQ(header.flags, 0x6ffe);
+}
+
+TEST(PFilePayload, ComparesNullDataOnlyWithNullData) {
+  static unsigned char const ab[] = {1, 2}, ac[] = {1, 3}, copy[] = {1, 2};
+  const auto equal = [](unsigned sizeA, unsigned char const* a, unsigned sizeB, unsigned char const* b) {
+    Payload left, right;
+    left.set(sizeA, a, false);
+    right.set(sizeB, b, false);
+    return left == right;
+  };
+  EXPECT_TRUE(equal(2, ab, 2, copy) && equal(1, ab, 1, ac) && equal(0, ab, 0, ac) && equal(2, nullptr, 2, nullptr));
+  EXPECT_FALSE(equal(2, ab, 2, ac) || equal(2, ab, 1, ab) || equal(0, nullptr, 0, ab) || equal(2, ab, 2, nullptr) ||
+               equal(2, nullptr, 2, ab) || equal(0, nullptr, 1, nullptr));
+}
+
+TEST(PFileSection, Transcript) {
+  Transcript transcript;
+  Bytes text(300, 'a');
+  unsigned char one = 7;
+  Section section(onDebug, onWarning, onError);
+  STEP(section.verifyDataCrc());
+  STEP(section.compressData());
+  STEP(section.uncompressData());
+  STEP(section.set(300, 12, SECTION_FLAG_COMPRESS | 0x0ab0, text.data(), 300, false, 6));
+  STEP(section.header.flags == 0x6ab1 && section.header.dataSize == section.payload.size());
+  STEP(section.verifyDataCrc());
+  STEP(Bytes(section.payload.data(), section.payload.data() + 5));  // size, little-endian, and a zlib stream
+  const Bytes compressed = bytesOf(section.payload);
+  const Header described = section.header;
+  STEP(section.compressData());
+  STEP(section.uncompressData());
+  STEP(bytesOf(section.payload) == text);
+  STEP(section.header == described);  // goes on describing the compressed bytes
+  STEP(section.uncompressData());
+  // 6 and 9 combine, to no level: the payload stays as given and the section can be set once more.
+  STEP(section.set(301, 3, SECTION_FLAG_COMPRESS, text.data(), 300, false, 9));
+  STEP(section.payload.data() == text.data() && section.header.type == 300);
+  STEP(section.set(301, 3, 0, text.data(), 300, false, 9));
+  STEP(section.header.flags);  // a level is not looked at unless compressing
+  STEP(section.set(300, 12, SECTION_FLAG_COMPRESS, &one, 1, false, 6));
+  STEP(section.header.dataSize == 4 + 9);
+  const auto uncompress = [&section](const Bytes& stored) {
+    section.payload.set(static_cast<unsigned>(stored.size()), stored.data(), false);
+    section.compressed = true;
+    const int code = section.uncompressData();
+    EXPECT_TRUE(section.compressed && section.payload.size() == stored.size());
+    return code;
+  };
+  STEP(uncompress({0x01, 0x00, 0x80, 0x00, 0x78}));  // 8 MiB and one byte
+  STEP(uncompress({0x00, 0x00, 0x80, 0x00, 0x78}));
+  STEP(uncompress(withByte(compressed, 0, 0x2b)));  // one byte less than there is
+  STEP(uncompress({1, 0, 0, 0}));
+  STEP(uncompress({1, 0, 0}));
+  transcript.expectGolden("pfile_section");
+}
+
+TEST(PFileSection, DumpsItsPayloadAtLevelTwoOnly) {
+  Section section;
+  setSection(section, {5, 1, 0, {0x00, 0xff}});
+  const std::string header = RecordTesting::dumpOf(section, 3);
+  EXPECT_EQ(header.find("Section {\n  Header {\n    type: 5\n"), 0u) << header;
+  EXPECT_EQ(RecordTesting::dumpOf(section, 1), header);
+  EXPECT_EQ(RecordTesting::dumpOf(section, 2),
+            header.substr(0, header.size() - 2) + "  Payload {\n    size: 2\n    Payload Data: 00ff\n  }\n}\n");
+}

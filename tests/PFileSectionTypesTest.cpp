@@ -1,0 +1,32 @@
+#include <libcrossplatform/common/PFileSectionTypes.h>
+
+#include <libcrossplatform/common/ResultFile.h>
+
+#include "RecordTesting.h"
+
+using namespace PFile;
+
+TEST(PFileSectionTypes, NamesNewestVersionsAndClassesOfEveryType) {
+  std::string shown = "type name version [end 2] [OTDR raw] [OTDR test]\n";
+  for (unsigned id = 0; id <= 0x20000; ++id) {
+    char const* const name = id <= 0xFFFF ? sectionIdToString(static_cast<unsigned short>(id)) : nullptr;
+    const auto version = id <= 0xFFFF ? Veltra::newestKnownVersion(static_cast<uint16_t>(id)) : boost::none;
+    const std::string classes = std::string(isEnd2Section(id) ? " end2" : "") + (isOtdrRawSection(id) ? " raw" : "") +
+                                (isOtdrTestSection(id) ? " test" : "");
+    if (name == nullptr && !version && classes.empty()) continue;
+    shown += std::to_string(id) + " " + (name != nullptr ? name : "-") + " " +
+             (version ? std::to_string(*version) : "-") + classes + "\n";
+  }
+  RecordTesting::expectGoldenText(shown, "section_types");
+  for (unsigned id = 0x80000000u; id < 0x80000200u; ++id) {
+    EXPECT_FALSE(isEnd2Section(id) || isOtdrRawSection(id) || isOtdrTestSection(id)) << id;
+  }
+}
+
+TEST(PFileReaderStatus, TextsAndCodes) {
+  const char* const texts[] = {"ok", "wrong file type", "version too new", "corrupt", "error opening file"};
+  for (int value = -300; value < 300; ++value) {
+    EXPECT_STREQ(toString(static_cast<PFileReaderStatus>(value)), value >= 0 && value < 5 ? texts[value] : "error");
+    EXPECT_EQ(streamOpToReaderStatus(value), value == 0 ? 0 : value == -5 || value == -6 ? 2 : 3) << value;
+  }
+}

@@ -1,0 +1,180 @@
+#include <libcrossplatform/common/ResultFile.h>
+
+#include <array>
+
+#include "PFileTesting.h"
+
+using namespace PFileTesting;
+using namespace Veltra;
+using PFile::SECTION_FLAG_COMPRESS;
+using RecordTesting::withByte;
+
+namespace {
+
+ResultSummary sample() {
+  const DisplayMeas none;
+  return ResultSummary("A-017", RESULT_TYPE_FIBER, 0, STATUS_PASS, none, none, 0, 0, 0, 0);
+}
+
+Bytes sampleBytes() {
+  ResultSummary r = sample();
+  return RecordTesting::bytesOf(r);
+}
+
+using Statuses = std::array<int, 3>;  // of the path without and with all sections, and of the buffer
+
+struct ResultFileTest : ::testing::Test {
+  Statuses statusesOf(const Bytes& image) {
+    RecordTesting::writeFile(path, image);
+    const auto size = static_cast<unsigned>(image.size());
+    ResultSummary r;
+    const Statuses statuses = {readResultSummary(r, path.c_str(), false), readResultSummary(r, path.c_str(), true),
+                               readResultSummary(r, image.data(), size)};
+    ResultType type = RESULT_TYPE_COPPER;
+    EXPECT_EQ(readResultType(type, path.c_str()), statuses[0]);
+    EXPECT_EQ(type, statuses[0] == 0 ? RESULT_TYPE_FIBER : RESULT_TYPE_COPPER);
+    type = RESULT_TYPE_COPPER;
+    EXPECT_EQ(readResultType(type, image.data(), size), statuses[2]);
+    EXPECT_EQ(type, statuses[2] == 0 ? RESULT_TYPE_FIBER : RESULT_TYPE_COPPER);
+    return statuses;
+  }
+
+  TempDir dir;
+  const std::string path = dir.file("a.res");
+};
+
+/// Reads every section; the number of bytes got, or the negative code that ended it.
+template <class Reader, class... Source>
+int readAll(Source... source) {
+  Reader reader;
+  if (const int code = reader.open(source...); code != 0) return -1;
+  int bytes = 0;
+  for (;;) {
+    PFile::Section section;
+    const int code = reader.read(section, true);
+    if (code == -2) return bytes;
+    if (code != 0 || section.payload.empty()) return -1;
+    bytes += static_cast<int>(section.payload.size());
+  }
+}
+
+}  // namespace
+
+TEST(ResultFile, TextsAndCodes) {
+  const char* const readers[] = {"ok", "wrong result type", "version too new", "corrupt", "error"};
+  const char* const writers[] = {"ok", "error"};
+  for (int i = -10; i < 10; ++i) {
+    EXPECT_STREQ(toString(static_cast<ResultReaderStatus>(i)), i >= 0 && i < 5 ? readers[i] : "");
+    EXPECT_STREQ(toString(static_cast<ResultWriterStatus>(i)), i >= 0 && i < 2 ? writers[i] : "");
+    const int expected = i == 0 ? 0 : i == -5 ? 2 : i >= -6 && i <= -1 ? 3 : 4;
+    EXPECT_EQ(streamOpToReaderStatus(i), expected) << i;
+  }
+}
+
+TEST_F(ResultFileTest, StatusesOfBothForms) {
+  const Bytes summary = sampleBytes();
+  const auto only = [](uint16_t version, const Bytes& data) { return imageOf({{200, version, 0, data}}); };
+  const auto with = [&summary](uint16_t version, uint16_t plotVersion) {
+    return imageOf({{200, version, SECTION_FLAG_COMPRESS, summary}, {301, plotVersion, 0, {1}}});
+  };
+  const Bytes good = only(1, summary);
+  const Bytes nothing = {0, 0, 0, 0, 0x78, 0x9c, 3, 0, 0, 0, 0, 1};
+  PFile::Header header;
+  header.set(200, 1, SECTION_FLAG_COMPRESS, 6, static_cast<unsigned>(nothing.size()), nothing.data());
+  struct Row {
+    const char* name;
+    Bytes image;
+    Statuses expected;
+  };
+  const Row rows[] = {
+      {"a summary alone", good, {0, 0, 0}},
+      {"another section behind it", with(1, 3), {0, 0, 0}},
+      {"another section first", imageOf({{300, 12, 0, {1}}, {200, 1, 0, summary}}), {4, 4, 4}},
+      {"no section", EMPTY_FILE, {4, 4, 4}},
+      {"no file header", Bytes(good.begin() + 24, good.end()), {4, 4, 4}},
+      {"summary section too new", with(2, 3), {2, 2, 0}},
+      {"plot section too new", with(1, 4), {0, 2, 0}},
+      {"too new, and a damaged section behind it", withByte(with(2, 3), with(2, 3).size() - 1, 2), {2, 3, 0}},
+      {"damaged section behind it", withByte(with(1, 3), with(1, 3).size() - 1, 2), {0, 3, 0}},
+      {"damaged summary section", withByte(good, 50, 0xff), {3, 3, 4}},
+      {"record too new", only(1, withByte(summary, 3, 2)), {2, 2, 2}},
+      {"another record", only(1, withByte(summary, 7, 2)), {3, 3, 3}},
+      {"record cut", only(1, Bytes(summary.begin(), summary.end() - 1)), {3, 3, 3}},
+      {"cut in the summary's data", Bytes(good.begin(), good.end() - 1), {3, 3, 3}},
+      {"cut in the summary's header", Bytes(good.begin(), good.begin() + 43), {4, 4, 4}},
+      {"compressed, claiming to hold nothing", EMPTY_FILE + RecordTesting::bytesOf(header) + nothing, {3, 3, 3}},
+  };
+  for (const Row& row : rows) EXPECT_EQ(statusesOf(row.image), row.expected) << row.name;
+  ResultSummary r;
+  EXPECT_EQ(readResultSummary(r, dir.file("none").c_str(), false), 4);
+  EXPECT_EQ(readResultSummary(r, static_cast<unsigned char const*>(nullptr), 24), 4);
+}
+
+TEST(ResultFileDeathTest, ASectionOfUnknownTypeIsFatalWhenAllAreChecked) {
+  const TempDir dir;
+  RecordTesting::writeFile(dir.file("a.res"), imageOf({{200, 1, 0, sampleBytes()}, {900, 0, 0, {1}}}));
+  ResultSummary r;
+  EXPECT_EQ(readResultSummary(r, dir.file("a.res").c_str(), false), 0);
+  EXPECT_DEATH(readResultSummary(r, dir.file("a.res").c_str(), true),
+               "Invalid section type, libcrossplatform/common/ResultFile:");
+}
+
+TEST_F(ResultFileTest, WritesRecordsIntoFilesAndMemory) {
+  ResultSummary r = sample();
+  PFile::FileWriter file;
+  ASSERT_EQ(file.open(path.c_str()), 0);
+  MemFileWriter intoFile(&file);
+  Bytes image(400);
+  PFile::MemWriter memory;
+  ASSERT_EQ(memory.open(image.data(), 400), 0);
+  MemFileWriter intoMemory(&memory);
+  for (MemFileWriter* const writer : {&intoFile, &intoMemory}) {
+    EXPECT_EQ(writer->writeSection(r, 1, 200, SECTION_FLAG_COMPRESS, 9), 0);
+    EXPECT_EQ(writer->writeSection(r, 12, 300, 0, 9), 0);
+    EXPECT_EQ(writer->writeSection(r, 1, 200, SECTION_FLAG_COMPRESS, 10), 1) << "no such level";
+  }
+  ASSERT_EQ(file.close(false), 0);
+  EXPECT_EQ(intoFile.writeSection(r, 1, 200, 0, 0), 1) << "the file is closed";
+  ASSERT_EQ(memory.close(), 0);
+  image.resize(image[20] + 256u * image[21]);
+  EXPECT_EQ(RecordTesting::fileBytes(path), image);
+  ResultSummary read;
+  EXPECT_EQ(readResultSummary(read, path.c_str(), true), 0);
+  EXPECT_EQ(RecordTesting::bytesOf(read), RecordTesting::bytesOf(r));
+  PFile::MemReader reader;
+  PFile::Header header;
+  ASSERT_TRUE(reader.open(image.data(), static_cast<unsigned>(image.size())) == 0 && reader.skipNextSection() == 0);
+  ASSERT_EQ(reader.getHeader(header), 0);
+  EXPECT_TRUE(header.version == 12 && header.type == 300 && header.flags == 0);
+}
+
+TEST_F(ResultFileTest, EveryFlippedBitIsNoticedAndEveryCutHasItsCode) {
+  const Bytes good = imageOf({{200, 1, SECTION_FLAG_COMPRESS, sampleBytes()}, {301, 3, 0, {1, 2, 3, 4, 5}}});
+  const auto size = static_cast<unsigned>(good.size());
+  const int all = static_cast<int>(sampleBytes().size()) + 5;
+  ResultSummary r;
+  RecordTesting::writeFile(path, good);
+  ASSERT_EQ(readAll<PFile::FileReader>(path.c_str()), all);
+  ASSERT_EQ(readAll<PFile::MemReader>(good.data(), size), all);
+  for (std::size_t bit = 0; bit < 8 * good.size(); ++bit) {
+    SCOPED_TRACE(testing::Message() << "bit " << bit);
+    const Bytes bad = withByte(good, bit / 8, good[bit / 8] ^ 1 << bit % 8);
+    RecordTesting::writeFile(path, bad);
+    EXPECT_EQ(readAll<PFile::FileReader>(path.c_str()), -1);
+    EXPECT_EQ(readAll<PFile::MemReader>(bad.data(), size), -1);
+    EXPECT_NE(readResultSummary(r, path.c_str(), true), 0);
+  }
+  for (unsigned n = 0; n < size; ++n) {
+    SCOPED_TRACE(testing::Message() << "cut after byte " << n);
+    const Bytes cut(good.begin(), good.begin() + n);
+    RecordTesting::writeFile(path, cut);
+    const std::unique_ptr<uint8_t[]> alone(new uint8_t[n]);  // so that the sanitizer sees a read behind it
+    std::copy(cut.begin(), cut.end(), alone.get());
+    EXPECT_EQ(readAll<PFile::MemReader>(alone.get(), n), -1);
+    EXPECT_LT(readAll<PFile::FileReader>(path.c_str()), all);
+    const unsigned behindSummary = size - 25;
+    const int status = readResultSummary(r, path.c_str(), true);
+    EXPECT_EQ(status == 0, n >= behindSummary && n < behindSummary + 20) << "a cut header reads as the end";
+    EXPECT_EQ(readResultSummary(r, alone.get(), n) == 0, n >= behindSummary);
+  }
+}

@@ -1,0 +1,166 @@
+// Runs with an allocator and a compress2() of its own, so it is a program of its own.
+#include <dlfcn.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <cstdlib>
+#include <new>
+
+#include <libcrossplatform/common/ResultSummary.h>
+#include <libcrossplatform/serialization/FieldCodec.h>
+
+#include "PFileTesting.h"
+
+// g++ takes free() in an inlined operator delete for a mismatch.
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+
+using namespace PFile;
+using namespace PFileTesting;
+
+namespace {
+
+std::size_t largestAllocation = 0;
+std::size_t mostMemory = SIZE_MAX;
+
+void* allocated(std::size_t size) {
+  largestAllocation = std::max(largestAllocation, size);
+  return size > mostMemory ? nullptr : std::malloc(size != 0 ? size : 1);
+}
+
+/// What compress2() does, call by call: the code and the length it leaves behind; then the real one again.
+struct Answer {
+  int code;
+  uLongf left;
+};
+std::vector<Answer> answers;
+std::vector<uLongf> capacities;
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  void* const memory = allocated(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void* operator new[](std::size_t size) {
+  return operator new(size);
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return allocated(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return allocated(size);
+}
+void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+  std::free(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
+
+extern "C" int compress2(Bytef* dest, uLongf* destLen, const Bytef* source, uLong sourceLen, int level) {
+  capacities.push_back(*destLen);
+  if (answers.empty()) {
+    static const auto real = reinterpret_cast<decltype(&compress2)>(dlsym(RTLD_NEXT, "compress2"));
+    return real(dest, destLen, source, sourceLen, level);
+  }
+  const Answer answer = answers.front();
+  answers.erase(answers.begin());
+  *destLen = answer.left;
+  return answer.code;
+}
+
+namespace {}  // namespace
+
+TEST(Compression, TranscriptOfTheRetry) {
+  Transcript transcript;
+  Bytes data(1000, 'a');
+  Section section(onDebug, onWarning, onError);
+  const auto compress = [&](std::vector<Answer> plan) {
+    capacities.clear();
+    answers = std::move(plan);
+    const int code =
+        section.set(300, 12, SECTION_FLAG_COMPRESS, data.data(), static_cast<unsigned>(data.size()), false, 6);
+    EXPECT_EQ(code == 0, section.payload.data() != data.data() && section.compressed) << "a failure keeps the data";
+    return code;
+  };
+  STEP(compress({}));
+  STEP(static_cast<int>(capacities[0]));  // one fused multiply-add: 1000 * 1.001 is a little less than 1001
+  STEP(compress({{Z_BUF_ERROR, 40}}));
+  STEP(static_cast<int>(capacities[1]));  // twice what was left behind, less the word in front, which is not stored
+  STEP(Bytes(section.payload.data(), section.payload.data() + 5));
+  STEP(section.verifyDataCrc());
+  STEP(section.uncompressData());  // the size reads as 0
+  STEP(compress({{Z_MEM_ERROR, 9}}));
+  STEP(compress({{Z_BUF_ERROR, 40}, {Z_MEM_ERROR, 9}}));
+  STEP(compress({{Z_BUF_ERROR, 5}}));
+  STEP(compress({{Z_BUF_ERROR, 1}}));  // no room behind the word
+  STEP(compress({{Z_BUF_ERROR, 0}}));
+  transcript.expectGolden("pfile_compression_retry");
+}
+
+TEST(Allocation, ClaimedSizesAreNotBelieved) {
+  constexpr std::size_t MODEST = 140 * 1024;  // 64 KiB ahead, in a string that doubles
+  const Bytes claims = {0xff, 0xff, 0xff, 0xff, 'a', 'b'};
+  const Bytes emptyListOfMany = {1, 0xff, 0xff};
+  const Bytes fourGigabytes = EMPTY_FILE + headerClaiming(300, 0xFFFFFFFF) + Bytes(1024, 'x');
+  const TempDir dir;
+  RecordTesting::writeFile(dir.file("a.pf"), fourGigabytes);
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  ASSERT_EQ(write(ends[1], fourGigabytes.data(), fourGigabytes.size()), static_cast<ssize_t>(fourGigabytes.size()));
+  close(ends[1]);
+  Bytes tooLarge = {1, 0, 0x80, 0, 0x78};
+
+  largestAllocation = 0;
+  for (const std::string& path : {dir.file("a.pf"), "/dev/fd/" + std::to_string(ends[0])}) {
+    FileReader reader;
+    EXPECT_EQ(reader.open(path.c_str()), 0);
+    Section section;
+    EXPECT_EQ(reader.read(section, true), -1);
+  }
+  close(ends[0]);
+  MemReader image;
+  EXPECT_EQ(image.quickOpen(fourGigabytes.data(), static_cast<unsigned>(fourGigabytes.size())), 0);
+  Section section;
+  EXPECT_EQ(image.read(section, true), 0);
+  section.payload.set(5, tooLarge.data(), false);
+  section.compressed = true;
+  EXPECT_EQ(section.uncompressData(), -1);
+
+  for (void (Marshal::FieldReader::*read)(const char*, std::string&) :
+       {&Marshal::FieldReader::text, &Marshal::FieldReader::terminatedText, &Marshal::FieldReader::countedText}) {
+    RecordTesting::PlainReader plain(claims);
+    Marshal::ByteStreamReader windowed(claims.data(), 6);
+    for (Marshal::IObjectReader* const in : std::initializer_list<Marshal::IObjectReader*>{&plain, &windowed}) {
+      std::string text = "kept";
+      Marshal::FieldReader f(*in, 0);
+      (f.*read)("text", text);
+      EXPECT_EQ(f.status(), -3);
+      EXPECT_EQ(text, "kept");
+    }
+  }
+  Veltra::ResultPathSummaryList list;
+  EXPECT_EQ(RecordTesting::readFrom(list, emptyListOfMany), -1);
+  EXPECT_LT(largestAllocation, MODEST);
+}
+
+TEST(Allocation, ASectionLargerThanTheMemoryIsAFailedRead) {
+  const TempDir dir;
+  const std::string path = dir.file("sparse.pf");
+  constexpr uint32_t SIZE = 0x60000000;
+  RecordTesting::writeFile(path, EMPTY_FILE + headerClaiming(300, SIZE));
+  std::filesystem::resize_file(path, 44 + std::uintmax_t{SIZE});
+  FileReader reader;
+  ASSERT_EQ(reader.open(path.c_str()), 0);
+  Section section;
+  mostMemory = 1 << 20;
+  EXPECT_EQ(reader.read(section, true), -1);
+  mostMemory = SIZE_MAX;
+}
