@@ -68,6 +68,8 @@ TEST(OrbelSettings, Codes) {
       {"no terminator is needed", recordOf(good), 0},
       {"the class version is not checked", recordOf(good, 200), 0},
       {"text ends at its first zero", recordOf(good + std::string(1, '\0') + "]"), 0},
+      {"even within a quoted text", recordOf(std::string("{\"OrbelSettings\": {\"sync_username\": \"a\0b\"}}", 43)),
+       -1},
       {"another record's id", otherClass, -1},
       {"no text at all", recordOf(""), -1},
       {"no JSON", recordOf("{\"OrbelSettings\": "), -1},
