@@ -1,6 +1,7 @@
 #include <libcrossplatform/common/DatabaseManifestFile.h>
 
 #include <gmock/gmock.h>
+#include <unistd.h>
 #include <zlib.h>
 
 #include <libcrossplatform/common/PFile.h>
@@ -45,8 +46,7 @@ class DatabaseManifestFile : public testing::Test {
     return fileBytes(path);
   }
 
-  const std::string path =
-      testing::TempDir() + "veltra_" + testing::UnitTest::GetInstance()->current_test_info()->name() + ".pkg";
+  const std::string path = testing::TempDir() + "veltra_manifest_" + std::to_string(getpid());
 };
 
 using DatabaseManifestFileDeathTest = DatabaseManifestFile;
@@ -120,7 +120,7 @@ TEST_F(DatabaseManifestFile, CompressedManifestIsRead) {
   EXPECT_EQ(read, manifest);
 }
 
-TEST_F(DatabaseManifestFile, EveryCutAndEveryFlippedBitIsNoticed) {
+TEST_F(DatabaseManifestFile, EveryCutAndAFlippedBitInEveryByteAreNoticed) {
   constexpr std::size_t FILE_HEADER_BYTES = 24;
   const Bytes good = fileBytes(dataPath("good/limit_package.bin"));
   for (std::size_t n = 0; n < good.size(); ++n) {
@@ -128,12 +128,12 @@ TEST_F(DatabaseManifestFile, EveryCutAndEveryFlippedBitIsNoticed) {
     EXPECT_EQ(readBytes(Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(n))),
               n < FILE_HEADER_BYTES ? PFile::READER_ERROR_OPENING_FILE : PFile::READER_WRONG_FILE_TYPE);
   }
-  for (std::size_t bit = 0; bit < 8 * good.size(); ++bit) {
-    SCOPED_TRACE("bit " + std::to_string(bit));
+  for (std::size_t n = 0; n < good.size(); ++n) {
+    SCOPED_TRACE("flipped in byte " + std::to_string(n));
     Bytes flipped = good;
-    flipped[bit / 8] = static_cast<uint8_t>(flipped[bit / 8] ^ (1u << bit % 8));
+    flipped[n] = static_cast<uint8_t>(flipped[n] ^ (1u << n % 8));
     EXPECT_EQ(readBytes(flipped),
-              bit / 8 < FILE_HEADER_BYTES ? PFile::READER_ERROR_OPENING_FILE : PFile::READER_WRONG_FILE_TYPE);
+              n < FILE_HEADER_BYTES ? PFile::READER_ERROR_OPENING_FILE : PFile::READER_WRONG_FILE_TYPE);
   }
 }
 

@@ -25,9 +25,11 @@ void readPath(Marshal::FieldReader& f, std::string& path) {
   path = std::move(temp);
 }
 
-DatabaseDescriptor* firstOfType(const DatabaseDescriptorList& list, DATABASE_TYPE type) {
-  const auto found = std::find_if(list.begin(), list.end(), [type](const auto& d) { return d->dbType == type; });
-  return found != list.end() ? found->get() : nullptr;
+template <class List>
+auto* firstOfType(List& list, DATABASE_TYPE type) {
+  std::size_t i = 0;
+  while (i < list.size() && list[i].dbType != type) ++i;
+  return i < list.size() ? &list[i] : nullptr;
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 namespace Veltra {
 
 /// Kind of a database. The numbers are agreed between those who build packages and those who use them.
-enum DATABASE_TYPE : int32_t {};
+enum DATABASE_TYPE : int32_t {};  // NOLINT(readability-identifier-naming): the name callers know
 
 /// One database file of a package.
 /// A plain value. On the wire: plain inline record, docs/format.md#databasedescriptor.

@@ -106,8 +106,8 @@ bool DatabasePackageManifestSummary::fromJson(Json::Value* root) {
 }
 
 DatabasePackageManifest::DatabasePackageManifest(DatabasePackageManifestSummary packageSummary,
-                                                 DatabaseDescriptorList databases)
-    : summary(std::move(packageSummary)), descriptors(std::move(databases)) {}
+                                                 DatabaseDescriptorList packageDescriptors)
+    : summary(std::move(packageSummary)), descriptors(std::move(packageDescriptors)) {}
 
 bool DatabasePackageManifest::operator==(const DatabasePackageManifest& other) const {
   return summary == other.summary && descriptors == other.descriptors;

@@ -23,8 +23,8 @@
 namespace Veltra {
 class DatabasePackageManifest;
 }
-typedef Veltra::DatabasePackageManifest* DatabaseVersionExManifest;
-typedef PFile::PFileReaderStatus DatabaseVersionExStatus;
+using DatabaseVersionExManifest = Veltra::DatabasePackageManifest*;
+using DatabaseVersionExStatus = PFile::PFileReaderStatus;
 extern "C" {
 #else
 #include <stdint.h>

@@ -1,5 +1,6 @@
 #include <libcrossplatform/common/OrbelSettings.h>
 
+#include <cstring>
 #include <utility>
 
 #include <libcrossplatform/common/jsonutil.h>
@@ -66,11 +67,12 @@ Marshal::StreamOpStatus OrbelSettings::deserialize(Marshal::IObjectReader& in) {
   std::string json;
   {
     Marshal::FieldReader f(in, header.classVersion());
-    // The whole run, although the text ends at its first zero: a length that cannot be read is -3 here, not -1.
+    // Not the terminated text it is written as: a length that cannot be read is -3 here, not -1.
     f.countedText("json", json);
     if (!f.ok()) return f.status();
   }
-  if (!fromString(json.c_str())) return Marshal::STREAM_WRONG_ELEMENT;
+  json.resize(std::strlen(json.c_str()));  // the text ends at its first zero
+  if (!fromString(json)) return Marshal::STREAM_WRONG_ELEMENT;
   return header.checkLength(in, Marshal::STREAM_OK);
 }
 
