@@ -14,8 +14,7 @@ constexpr uint16_t MANIFEST_SECTION_VERSION = 1;
 /// Writes a manifest as the one section of a new container file, uncompressed and not synced to the disk. An old file
 /// of that name is truncated in place.
 /// @param manifest     not changed
-/// @param sectionType  PFile::SECTION_LIMIT_MANIFEST or PFile::SECTION_CABLE_MANIFEST; others are written, not read
-/// back
+/// @param sectionType  PFile::SECTION_LIMIT_MANIFEST or PFile::SECTION_CABLE_MANIFEST; others are not read back
 /// @return 0; -1 the file could not be created or not wholly written, or the manifest is beyond 4 GiB
 VELTRA_EXPORT int writeManifestFile(DatabasePackageManifest& manifest, uint16_t sectionType, char const* path);
 

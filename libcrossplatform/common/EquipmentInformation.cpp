@@ -139,7 +139,7 @@ Marshal::StreamOpStatus EquipmentInformation::deserialize(Marshal::IObjectReader
 }
 
 void EquipmentInformation::dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const {
-  formatter.text(Dump::toJsonString(*this, flags, true).c_str(), flags.level);
+  Dump::dumpAsJson(*this, formatter, flags);
 }
 
 template <class Self, class Members>

@@ -19,9 +19,8 @@ class VELTRA_EXPORT OtdrSpan : public Marshal::ISerializable, public Dump::IJson
   void clear();
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
-  /// @return 0; -3 the stream ran out; -5 a version byte of either end above 1; header codes unchanged. The span
-  /// changes
-  ///         only on success.
+  /// The span changes only on success.
+  /// @return 0; -3 the stream ran out; -5 a version byte of either end above 1; header and length codes unchanged
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// A flat object: "_className", "_classVersion", "spanStart" and "spanEnd", the ends as text. Fatal where
   /// Veltra::ScaledInt::toString() is: an end read from outside may have any scale.
