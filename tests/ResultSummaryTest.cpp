@@ -201,7 +201,7 @@ TEST(ResultPathSummary, TextsAtEveryLevel) {
 
 TEST(ResultPathSummaryList, FindsTheLastOfOneName) {
   ResultPathSummaryList list;
-  for (const unsigned size : {1, 2}) addCopy(list, samplePath("A", size));
+  for (const unsigned size : {1u, 2u}) addCopy(list, samplePath("A", size));
   addCopy(list, samplePath("B", 3));
   ASSERT_NE(list.find("A"), nullptr);
   EXPECT_EQ(list.find("A")->filesize, 2u);
