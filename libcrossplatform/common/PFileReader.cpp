@@ -142,8 +142,10 @@ bool FileReader::readPayload(Section& section, std::size_t& got) {
     inPieces = !left;
     room = inPieces ? ALWAYS_BELIEVED : static_cast<std::size_t>(std::min<uint64_t>(*left, claimed));
   }
-  std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[room]);
-  if (bytes == nullptr) return false;  // a sparse file may really be larger than the memory
+  // A sparse file may really be larger than the memory: what a file asks for beyond the ordinary is a failed read.
+  std::unique_ptr<unsigned char[]> bytes(room <= ALWAYS_BELIEVED ? new unsigned char[room]
+                                                                 : new (std::nothrow) unsigned char[room]);
+  if (bytes == nullptr) return false;
   got = std::fread(bytes.get(), 1, room, _stream);
   while (inPieces && got == room && room < claimed) {
     const std::size_t larger = room + std::min<std::size_t>(claimed - room, room);
