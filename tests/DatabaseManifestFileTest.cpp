@@ -24,7 +24,6 @@ DatabasePackageManifest manifestOf(std::size_t databases, std::size_t pathLength
 
 class DatabaseManifestFile : public testing::Test {
  protected:
-  ~DatabaseManifestFile() override { std::remove(path.c_str()); }
 
   PFile::PFileReaderStatus readBytes(const Bytes& bytes) {
     writeFile(path, bytes);
@@ -45,8 +44,8 @@ class DatabaseManifestFile : public testing::Test {
     return fileBytes(path);
   }
 
-  const std::string path =
-      testing::TempDir() + "veltra_" + testing::UnitTest::GetInstance()->current_test_info()->name() + ".pkg";
+  const TempDir dir;
+  const std::string path = dir.file("a.pkg");
 };
 
 using DatabaseManifestFileDeathTest = DatabaseManifestFile;
