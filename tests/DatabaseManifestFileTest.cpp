@@ -25,7 +25,6 @@ DatabasePackageManifest manifestOf(std::size_t databases, std::size_t pathLength
 
 class DatabaseManifestFile : public testing::Test {
  protected:
-  ~DatabaseManifestFile() override { std::remove(path.c_str()); }
 
   PFile::PFileReaderStatus readBytes(const Bytes& bytes) {
     writeFile(path, bytes);
@@ -46,7 +45,12 @@ class DatabaseManifestFile : public testing::Test {
     return fileBytes(path);
   }
 
+<<<<<<< HEAD
   const std::string path = testing::TempDir() + "veltra_manifest_" + std::to_string(getpid());
+=======
+  const TempDir dir;
+  const std::string path = dir.file("a.pkg");
+>>>>>>> tests
 };
 
 using DatabaseManifestFileDeathTest = DatabaseManifestFile;

@@ -19,7 +19,12 @@ TEST(DatabaseVersionEx, WrittenPackageReadsBackMemberByMember) {
       list, databaseVersionExDatabaseDescriptor(version, INT32_MIN, "db/limits.sql", "V5.0"));
   void* summary = databaseVersionExDatabasePackageManifestSummary(3, 12, "beta", 2, 407, 65535, "V5.1");
   void* manifest = databaseVersionExDatabasePackageManifest(summary, list);
+<<<<<<< HEAD
   const std::string path = testing::TempDir() + "veltra_flat_" + std::to_string(getpid());
+=======
+  const TempDir dir;
+  const std::string path = dir.file("flat.pkg");
+>>>>>>> tests
   databaseVersionExDatabasePackageManifestWriteCable(manifest, path.c_str());
 
   DatabaseDescriptorList descriptors;
@@ -31,7 +36,6 @@ TEST(DatabaseVersionEx, WrittenPackageReadsBackMemberByMember) {
   EXPECT_EQ(read, expected);
   EXPECT_EQ(*static_cast<DatabasePackageManifest*>(manifest), expected);
 
-  std::remove(path.c_str());
   databaseVersionExDeDatabaseVersion(version);
   databaseVersionExDeDatabaseDescriptorList(list);
   databaseVersionExDeDatabasePackageManifestSummary(summary);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
 
 #include <libcrossplatform/common/PFile.h>
 
@@ -12,6 +11,7 @@
 namespace PFileTesting {
 
 using RecordTesting::Bytes;
+using RecordTesting::TempDir;
 
 /// Writes down calls, what they gave, and the container messages they logged, to be compared with a golden text:
 ///
@@ -120,14 +120,5 @@ inline Bytes operator+(Bytes a, const Bytes& b) {
 inline Bytes bytesOf(const PFile::Payload& payload) {
   return Bytes(payload.data(), payload.data() + payload.size());
 }
-
-/// A directory of its own, gone at the end.
-struct TempDir {
-  std::string path = ::testing::TempDir() + "veltra.XXXXXX";
-
-  TempDir() { EXPECT_NE(mkdtemp(&path[0]), nullptr); }
-  ~TempDir() { std::filesystem::remove_all(path); }
-  std::string file(const std::string& name) const { return path + "/" + name; }
-};
 
 }  // namespace PFileTesting

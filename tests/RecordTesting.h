@@ -4,6 +4,7 @@
 
 #include <cstdarg>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -166,6 +167,15 @@ inline void writeFile(const std::string& path, const Bytes& bytes) {
   out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   ASSERT_TRUE(out.good()) << "cannot write " << path;
 }
+
+/// A directory of its own, gone at the end.
+struct TempDir {
+  std::string path = ::testing::TempDir() + "veltra.XXXXXX";
+
+  TempDir() { EXPECT_NE(mkdtemp(&path[0]), nullptr); }
+  ~TempDir() { std::filesystem::remove_all(path); }
+  std::string file(const std::string& name) const { return path + "/" + name; }
+};
 
 /// The bytes are those of tests/data/good/<name>.bin. UPDATE_GOLDEN=1 in the environment rewrites the file instead: a
 /// change of a golden file is a change of the format.
