@@ -1,7 +1,6 @@
 #include <libcrossplatform/common/DatabaseManifestFile.h>
 
 #include <gmock/gmock.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include <libcrossplatform/common/PFile.h>
@@ -45,12 +44,8 @@ class DatabaseManifestFile : public testing::Test {
     return fileBytes(path);
   }
 
-<<<<<<< HEAD
-  const std::string path = testing::TempDir() + "veltra_manifest_" + std::to_string(getpid());
-=======
   const TempDir dir;
   const std::string path = dir.file("a.pkg");
->>>>>>> tests
 };
 
 using DatabaseManifestFileDeathTest = DatabaseManifestFile;
@@ -124,7 +119,7 @@ TEST_F(DatabaseManifestFile, CompressedManifestIsRead) {
   EXPECT_EQ(read, manifest);
 }
 
-TEST_F(DatabaseManifestFile, EveryCutAndAFlippedBitInEveryByteAreNoticed) {
+TEST_F(DatabaseManifestFile, EveryCutAndEveryFlippedBitIsNoticed) {
   constexpr std::size_t FILE_HEADER_BYTES = 24;
   const Bytes good = fileBytes(dataPath("good/limit_package.bin"));
   for (std::size_t n = 0; n < good.size(); ++n) {
@@ -132,12 +127,12 @@ TEST_F(DatabaseManifestFile, EveryCutAndAFlippedBitInEveryByteAreNoticed) {
     EXPECT_EQ(readBytes(Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(n))),
               n < FILE_HEADER_BYTES ? PFile::READER_ERROR_OPENING_FILE : PFile::READER_WRONG_FILE_TYPE);
   }
-  for (std::size_t n = 0; n < good.size(); ++n) {
-    SCOPED_TRACE("flipped in byte " + std::to_string(n));
+  for (std::size_t bit = 0; bit < 8 * good.size(); ++bit) {
+    SCOPED_TRACE("bit " + std::to_string(bit));
     Bytes flipped = good;
-    flipped[n] = static_cast<uint8_t>(flipped[n] ^ (1u << n % 8));
+    flipped[bit / 8] = static_cast<uint8_t>(flipped[bit / 8] ^ (1u << bit % 8));
     EXPECT_EQ(readBytes(flipped),
-              n < FILE_HEADER_BYTES ? PFile::READER_ERROR_OPENING_FILE : PFile::READER_WRONG_FILE_TYPE);
+              bit / 8 < FILE_HEADER_BYTES ? PFile::READER_ERROR_OPENING_FILE : PFile::READER_WRONG_FILE_TYPE);
   }
 }
 

@@ -1,7 +1,6 @@
 #include <libcrossplatform/common/DatabaseVersionEx.h>
 
 #include <gmock/gmock.h>
-#include <unistd.h>
 
 #include <libcrossplatform/common/DatabasePackageManifest.h>
 
@@ -19,12 +18,8 @@ TEST(DatabaseVersionEx, WrittenPackageReadsBackMemberByMember) {
       list, databaseVersionExDatabaseDescriptor(version, INT32_MIN, "db/limits.sql", "V5.0"));
   void* summary = databaseVersionExDatabasePackageManifestSummary(3, 12, "beta", 2, 407, 65535, "V5.1");
   void* manifest = databaseVersionExDatabasePackageManifest(summary, list);
-<<<<<<< HEAD
-  const std::string path = testing::TempDir() + "veltra_flat_" + std::to_string(getpid());
-=======
   const TempDir dir;
   const std::string path = dir.file("flat.pkg");
->>>>>>> tests
   databaseVersionExDatabasePackageManifestWriteCable(manifest, path.c_str());
 
   DatabaseDescriptorList descriptors;
