@@ -24,7 +24,6 @@ DatabasePackageManifest manifestOf(std::size_t databases, std::size_t pathLength
 
 class DatabaseManifestFile : public testing::Test {
  protected:
-
   PFile::PFileReaderStatus readBytes(const Bytes& bytes) {
     writeFile(path, bytes);
     DatabasePackageManifest manifest;

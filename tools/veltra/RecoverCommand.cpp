@@ -79,7 +79,9 @@ int recover(const Arguments& args, const Options& options) {
     return EXIT_COULD_NOT;
   }
   if (!passesDoctor(args.output)) return EXIT_COULD_NOT;
-  printDocument({textOf(args, recovery), recoveryJson(args, recovery), {}, {}}, options);
+  // Of many sections the JSON is many times the file.
+  const bool wantsJson = options.format != FORMAT_TABLE;
+  printDocument({textOf(args, recovery), wantsJson ? recoveryJson(args, recovery) : Json::Value(), {}, {}}, options);
   return recovery.lost.empty() && recovery.missing == 0 ? EXIT_DONE : EXIT_WITH_LOSS;
 }
 
