@@ -29,6 +29,8 @@ class VELTRA_EXPORT SafeFileWriter {
   int open(char const* path);
   /// Where the sections go. Its failures are not remembered: look at each code before commit().
   FileWriter& writer() { return *_writer; }
+  /// The temporary file, empty when nothing is open: what a program that is ended by a signal has to remove.
+  const std::string& temporaryPath() const { return _temporary; }
   /// Makes the new file the file; a symbolic link is replaced, not followed.
   /// @return 0: it is on the disk under its name; -1 nothing open, or a write, sync or rename failed: the old file is
   ///         then as it was, unless only the directory could not be synced

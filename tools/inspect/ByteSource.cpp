@@ -24,6 +24,7 @@ void ByteSource::close() {
 
 bool ByteSource::open(const std::string& path, std::string& error) {
   close();
+  _isOverLimit = false;
   const bool isStandardInput = path == "-";
   _name = isStandardInput ? "standard input" : path;
   // A FIFO among the files of a folder must not hold everything up.
@@ -43,19 +44,24 @@ bool ByteSource::open(const std::string& path, std::string& error) {
     return takeIn(error);
   }
   _size = static_cast<uint64_t>(info.st_size);
+  if (_limit > 0 && _size > _limit) return refuse(_limit, error);
   _bytes.resize(WINDOW);
   return true;
 }
 
+bool ByteSource::refuse(uint64_t limit, std::string& error) {
+  error = fmt::format("{}: more than {} bytes", _name, limit);
+  _isOverLimit = true;
+  return false;
+}
+
 bool ByteSource::takeIn(std::string& error) {
   constexpr std::size_t PIECE = 64 * 1024;
+  const uint64_t limit = _limit > 0 ? std::min(_limit, PIPE_LIMIT) : PIPE_LIMIT;
   _bytes.clear();
   for (;;) {
     const std::size_t at = _bytes.size();
-    if (at > PIPE_LIMIT) {
-      error = fmt::format("{}: more than {} bytes, give a file instead", _name, PIPE_LIMIT);
-      return false;
-    }
+    if (at > limit) return refuse(limit, error);
     _bytes.resize(at + PIECE);
     const ssize_t got = read(_descriptor, &_bytes[at], PIECE);
     _bytes.resize(at + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
@@ -76,6 +82,7 @@ std::size_t ByteSource::readFile(uint64_t offset, uint8_t* to, std::size_t size)
     if (got == 0 || (got < 0 && errno != EINTR)) break;
     if (got > 0) done += static_cast<std::size_t>(got);
   }
+  if (_told) _told(done);
   return done;
 }
 

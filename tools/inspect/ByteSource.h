@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,9 +19,15 @@ class ByteSource {
   ByteSource(const ByteSource&) = delete;
   ByteSource& operator=(const ByteSource&) = delete;
 
+  /// Inputs of more bytes are refused from the next open() on; 0 is no limit.
+  void setLimit(uint64_t bytes) { _limit = bytes; }
+  /// Called with how many bytes were read from the disk, each time some were.
+  void onRead(std::function<void(std::size_t)> told) { _told = std::move(told); }
+
   /// Opens an input in place of the one before.
   /// @return false, with `error` saying what is wrong with which input
   bool open(const std::string& path, std::string& error);
+  bool isOverLimit() const { return _isOverLimit; }  ///< that is why open() refused it
   const std::string& name() const { return _name; }  ///< the path, or "standard input"
   uint64_t size() const { return _size; }
   /// Reads up to `size` bytes at `offset`. @return how many there were; fewer only at the end or after a read error
@@ -31,9 +38,13 @@ class ByteSource {
  private:
   void close();
   bool takeIn(std::string& error);
+  bool refuse(uint64_t limit, std::string& error);
   std::size_t readFile(uint64_t offset, uint8_t* to, std::size_t size) const;
 
   std::string _name;
+  uint64_t _limit = 0;
+  bool _isOverLimit = false;
+  std::function<void(std::size_t)> _told;
   int _descriptor = -1;
   uint64_t _size = 0;
   bool _inMemory = false;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include <fmt/format.h>
 #include <zlib.h>
@@ -65,7 +66,8 @@ uint32_t crcOfLittle32(uint32_t value) {
 
 class Walker {
  public:
-  Walker(const ByteSource& source, WalkDepth depth) : _source(source), _depth(depth) {
+  Walker(const ByteSource& source, WalkDepth depth, const OnSection& onSection)
+      : _source(source), _depth(depth), _onSection(onSection) {
     _report.name = source.name();
     _report.size = source.size();
   }
@@ -75,7 +77,7 @@ class Walker {
     if (_report.size == 0) add(E02_NO_FILE_HEADER, 0, 0, "20 bytes of file header", "an empty file");
     while (offset < _report.size) {
       SectionInfo info;
-      info.number = static_cast<int>(_report.sections.size());
+      info.number = static_cast<int>(_report.sections);
       info.offset = offset;
       if (!readHeader(info) || !readData(info)) break;
       offset = info.payloadOffset() + info.header.dataSize;
@@ -86,7 +88,7 @@ class Walker {
 
  private:
   void add(FindingCode code, uint64_t offset, std::optional<int> section, std::string wanted, std::string found) {
-    _report.findings.push_back({code, offset, section, std::move(wanted), std::move(found)});
+    _report.findings.add({code, offset, section, std::move(wanted), std::move(found)});
   }
 
   bool isAtRecordedEnd(uint64_t offset) const { return _report.recordedLength == offset; }
@@ -131,7 +133,7 @@ class Walker {
       info.verdict = DataVerdict::CUT;
       add(E05_TRUNCATED, info.payloadOffset(), info.number, fmt::format("{} bytes of data", header.dataSize),
           fmt::format("{} bytes", left));
-      _report.sections.push_back(info);
+      note(info);
       return false;
     }
     uint8_t word[4] = {};
@@ -144,8 +146,16 @@ class Walker {
     } else if (_depth == WalkDepth::HEADERS_AND_CRCS) {
       checkData(info);
     }
-    _report.sections.push_back(info);
+    note(info);
     return true;
+  }
+
+  void note(const SectionInfo& info) {
+    ++_report.sections;
+    _report.storedBytes += info.header.dataSize;
+    _report.originalBytes += info.originalSize.value_or(info.header.dataSize);
+    if (info.number == 1) _report.first = info;
+    if (_onSection) _onSection(info, _report.findings);
   }
 
   void checkData(SectionInfo& info) {
@@ -183,6 +193,7 @@ class Walker {
 
   const ByteSource& _source;
   WalkDepth _depth;
+  const OnSection& _onSection;
   ContainerReport _report;
 };
 
@@ -196,16 +207,25 @@ const char* meaningOf(FindingCode code) {
   return rowOf(code).meaning;
 }
 
-bool ContainerReport::damaged() const {
-  return std::any_of(findings.begin(), findings.end(), [](const Finding& f) { return isDamage(f.code); });
+void Findings::add(Finding finding) {
+  _hasDamage = _hasDamage || isDamage(finding.code);
+  if (_kept.size() < MOST_KEPT) {
+    _kept.push_back(std::move(finding));
+  } else {
+    ++_leftOut;
+  }
 }
 
-const SectionInfo* ContainerReport::first() const {
-  return sections.size() > 1 ? &sections[1] : nullptr;
+ContainerReport walk(const ByteSource& source, WalkDepth depth, const OnSection& onSection) {
+  return Walker(source, depth, onSection).run();
 }
 
-ContainerReport walk(const ByteSource& source, WalkDepth depth) {
-  return Walker(source, depth).run();
+std::optional<SectionInfo> findSection(const ByteSource& source, int number, ContainerReport& report) {
+  std::optional<SectionInfo> found;
+  report = walk(source, WalkDepth::HEADERS, [&](const SectionInfo& section, Findings&) {
+    if (section.number == number) found = section;
+  });
+  return found;
 }
 
 bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<uint8_t>& bytes, std::string& error) {

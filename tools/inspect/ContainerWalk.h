@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -56,23 +57,50 @@ struct SectionInfo {
   uint64_t payloadOffset() const { return offset + PFile::Header::BYTES; }
 };
 
+/// What was found wrong, in the order it was found. A hostile file has a finding every few bytes: the first MOST_KEPT
+/// are kept, of the others it is known how many there were and whether one was damage.
+class Findings {
+ public:
+  static constexpr std::size_t MOST_KEPT = 1000;
+
+  void add(Finding finding);
+  std::vector<Finding>::const_iterator begin() const { return _kept.begin(); }
+  std::vector<Finding>::const_iterator end() const { return _kept.end(); }
+  bool empty() const { return _kept.empty(); }
+  uint64_t leftOut() const { return _leftOut; }
+  bool hasDamage() const { return _hasDamage; }
+
+ private:
+  std::vector<Finding> _kept;
+  uint64_t _leftOut = 0;
+  bool _hasDamage = false;
+};
+
 /// What a container holds, as far as it can be walked: up to the first header that does not verify.
 struct ContainerReport {
   std::string name;
   uint64_t size = 0;
   std::optional<uint32_t> recordedLength;  ///< of an intact or never closed file header
-  std::vector<SectionInfo> sections;
-  std::vector<Finding> findings;
+  uint64_t sections = 0;                   ///< how many, the file header included
+  uint64_t storedBytes = 0;                ///< their data, as the headers tell it
+  uint64_t originalBytes = 0;              ///< and uncompressed, as their data claims
+  std::optional<SectionInfo> first;        ///< the first section behind the file header
+  Findings findings;
 
-  bool damaged() const;
-  /// The first section behind the file header; null when there is none.
-  const SectionInfo* first() const;
+  bool damaged() const { return findings.hasDamage(); }
 };
 
 enum class WalkDepth { HEADERS, HEADERS_AND_CRCS };
 
-/// Walks a container's headers with bounded reads; memory follows the number of sections.
-ContainerReport walk(const ByteSource& source, WalkDepth depth);
+/// Called with each section in turn, after what the walk itself found in it; may add findings.
+using OnSection = std::function<void(const SectionInfo&, Findings&)>;
+
+/// Walks a container's headers with bounded reads. Memory does not follow the size of the file.
+ContainerReport walk(const ByteSource& source, WalkDepth depth, const OnSection& onSection = {});
+
+/// Looks for one section by its number; its data is not checked.
+/// @param report  receives what the walk found
+std::optional<SectionInfo> findSection(const ByteSource& source, int number, ContainerReport& report);
 
 /// A section's payload, uncompressed where it is stored compressed.
 /// @return false, with `error` saying why: cut, CRC, more than 8 MiB claimed, bad zlib data

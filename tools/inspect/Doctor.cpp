@@ -8,28 +8,28 @@ namespace Inspect {
 namespace {
 
 /// What a section's header says of its content, before its data is looked at.
-void examineHeader(const SectionInfo& section, std::vector<Finding>& findings) {
+void examineHeader(const SectionInfo& section, Findings& findings) {
   const PFile::Header& header = section.header;
   if (section.number == 0) return;
   const boost::optional<uint16_t> newest = Veltra::newestKnownVersion(header.type);
   if (newest && header.version > *newest) {
-    findings.push_back({W01_NEWER_VERSION, section.offset, section.number, fmt::format("version {} at most", *newest),
-                        fmt::format("version {}", header.version)});
+    findings.add({W01_NEWER_VERSION, section.offset, section.number, fmt::format("version {} at most", *newest),
+                  fmt::format("version {}", header.version)});
   }
   if (!newest && PFile::sectionIdToString(header.type) == nullptr) {
-    findings.push_back({W02_UNKNOWN_TYPE, section.offset, section.number, "a known section type",
-                        fmt::format("type {}", header.type)});
+    findings.add({W02_UNKNOWN_TYPE, section.offset, section.number, "a known section type",
+                  fmt::format("type {}", header.type)});
   }
 }
 
 }  // namespace
 
 DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section, std::vector<uint8_t>& bytes,
-                            std::vector<Finding>& findings) {
+                            Findings& findings) {
   DecodedRecord record;
   std::string error;
   const auto add = [&](FindingCode code, std::string wanted, std::string found) {
-    findings.push_back({code, section.payloadOffset(), section.number, std::move(wanted), std::move(found)});
+    findings.add({code, section.payloadOffset(), section.number, std::move(wanted), std::move(found)});
   };
   if (!loadPayload(source, section, bytes, error)) {
     const bool tooBig = section.originalSize > PFile::Section::MAX_UNCOMPRESSED;
@@ -56,15 +56,13 @@ DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section
 }
 
 ContainerReport examine(const ByteSource& source, Examination examination) {
-  ContainerReport report =
-      walk(source, examination == Examination::QUICK ? WalkDepth::HEADERS : WalkDepth::HEADERS_AND_CRCS);
-  for (const SectionInfo& section : report.sections) {
-    examineHeader(section, report.findings);
-    if (examination != Examination::DEEP || section.number == 0 || section.verdict != DataVerdict::OK) continue;
+  const WalkDepth depth = examination == Examination::QUICK ? WalkDepth::HEADERS : WalkDepth::HEADERS_AND_CRCS;
+  return walk(source, depth, [&](const SectionInfo& section, Findings& findings) {
+    examineHeader(section, findings);
+    if (examination != Examination::DEEP || section.number == 0 || section.verdict != DataVerdict::OK) return;
     std::vector<uint8_t> bytes;
-    examineRecord(source, section, bytes, report.findings);
-  }
-  return report;
+    examineRecord(source, section, bytes, findings);
+  });
 }
 
 std::string nextCommand(const std::string& file, const Finding& finding) {

@@ -18,7 +18,7 @@ ContainerReport examine(const ByteSource& source, Examination examination);
 /// @param bytes     receives the payload, uncompressed
 /// @param findings  what is wrong with either is added
 DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section, std::vector<uint8_t>& bytes,
-                            std::vector<Finding>& findings);
+                            Findings& findings);
 
 /// The command line that helps next with a finding.
 std::string nextCommand(const std::string& file, const Finding& finding);

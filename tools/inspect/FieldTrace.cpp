@@ -1,7 +1,10 @@
 #include <tools/inspect/FieldTrace.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+
+#include <fmt/format.h>
 
 namespace Inspect {
 namespace {
@@ -14,7 +17,8 @@ Json::Value jsonOf(int64_t v) {
   return static_cast<Json::Int64>(v);
 }
 Json::Value jsonOf(float v) {
-  return std::isfinite(v) ? Json::Value(static_cast<double>(v)) : Json::Value();
+  // The shortest decimal that is this float: 0.1, not 0.10000000149.
+  return std::isfinite(v) ? Json::Value(std::strtod(fmt::format("{}", v).c_str(), nullptr)) : Json::Value();
 }
 
 constexpr char ELEMENT[] = "element";  // what list records call each of theirs

@@ -51,18 +51,24 @@ Fields fieldsOf(const ByteSource& source, const SectionInfo& section) {
   return fields;
 }
 
+std::vector<SectionInfo> sectionsOf(const ByteSource& source) {
+  std::vector<SectionInfo> sections;
+  walk(source, WalkDepth::HEADERS_AND_CRCS,
+       [&sections](const SectionInfo& section, Findings&) { sections.push_back(section); });
+  return sections;
+}
+
 }  // namespace
 
 std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b) {
-  const ContainerReport reportA = walk(a, WalkDepth::HEADERS_AND_CRCS);
-  const ContainerReport reportB = walk(b, WalkDepth::HEADERS_AND_CRCS);
+  const std::vector<SectionInfo> sectionsA = sectionsOf(a), sectionsB = sectionsOf(b);
   std::vector<Difference> differences;
-  const std::size_t most = std::max(reportA.sections.size(), reportB.sections.size());
+  const std::size_t most = std::max(sectionsA.size(), sectionsB.size());
   for (std::size_t i = 0; i < most; ++i) {
     // One section of each file at a time: memory follows the largest.
     Fields fieldsA, fieldsB;
-    if (i < reportA.sections.size()) fieldsA = fieldsOf(a, reportA.sections[i]);
-    if (i < reportB.sections.size()) fieldsB = fieldsOf(b, reportB.sections[i]);
+    if (i < sectionsA.size()) fieldsA = fieldsOf(a, sectionsA[i]);
+    if (i < sectionsB.size()) fieldsB = fieldsOf(b, sectionsB[i]);
     std::set<std::string> names;
     for (const auto& field : fieldsA) names.insert(field.first);
     for (const auto& field : fieldsB) names.insert(field.first);

@@ -12,9 +12,8 @@ std::string kindOf(const ContainerReport& report) {
   for (const Finding& finding : report.findings) {
     if (finding.code == E02_NO_FILE_HEADER) return "not a container";
   }
-  const SectionInfo* const first = report.first();
-  if (first == nullptr) return report.damaged() ? "damaged container" : "empty container";
-  switch (first->header.type) {
+  if (!report.first) return report.damaged() ? "damaged container" : "empty container";
+  switch (report.first->header.type) {
     case PFile::SECTION_RESULT_SUMMARY:
       return "result file";
     case PFile::SECTION_LIMIT_MANIFEST:
@@ -27,8 +26,8 @@ std::string kindOf(const ContainerReport& report) {
 }
 
 void readSummary(const ByteSource& source, FileSummary& out) {
-  const SectionInfo* const first = out.report.first();
-  if (first == nullptr || first->header.type != PFile::SECTION_RESULT_SUMMARY) return;
+  const std::optional<SectionInfo>& first = out.report.first;
+  if (!first || first->header.type != PFile::SECTION_RESULT_SUMMARY) return;
   // Damage of the payload itself was found by the walk.
   if (first->verdict != DataVerdict::OK) return;
   std::vector<uint8_t> bytes;
@@ -97,19 +96,31 @@ Json::Value toJson(const FileSummary& summary) {
   json["kind"] = summary.kind;
   json["bytes"] = static_cast<Json::UInt64>(report.size);
   json["recordedBytes"] = report.recordedLength ? Json::Value(*report.recordedLength) : Json::Value();
-  json["sections"] = static_cast<unsigned>(report.sections.size());
+  json["sections"] = static_cast<Json::UInt64>(report.sections);
   json["damaged"] = report.damaged();
   json["findings"] = Json::Value(Json::arrayValue);
   for (const Finding& finding : report.findings) json["findings"].append(toJson(finding));
+  json["findingsLeftOut"] = static_cast<Json::UInt64>(report.findings.leftOut());
   json["summary"] =
       summary.hasSummary ? summaryJson(summary.summary)[Veltra::ResultSummary::JSON_ROOT_NAME] : Json::Value();
   return json;
 }
 
+std::string placeOf(const std::string& file, const Finding& finding) {
+  const std::string section = finding.section ? fmt::format(", section {}", *finding.section) : "";
+  return fmt::format("{}: offset {}{}", file, finding.offset, section);
+}
+
+std::string nameOf(const Finding& finding) {
+  return fmt::format("{} {}", toString(finding.code), meaningOf(finding.code));
+}
+
+std::string detailsOf(const Finding& finding) {
+  return fmt::format("wanted {}, found {}", finding.wanted, finding.found);
+}
+
 std::string describe(const std::string& file, const Finding& finding) {
-  const std::string where = finding.section ? fmt::format(", section {}", *finding.section) : "";
-  return fmt::format("{}: offset {}{}: {} {}: wanted {}, found {}", file, finding.offset, where, toString(finding.code),
-                     meaningOf(finding.code), finding.wanted, finding.found);
+  return fmt::format("{}: {}: {}", placeOf(file, finding), nameOf(finding), detailsOf(finding));
 }
 
 }  // namespace Inspect

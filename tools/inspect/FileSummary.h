@@ -25,6 +25,10 @@ Json::Value toJson(const Finding& finding);
 Json::Value toJson(const SectionInfo& section);
 /// One line for people: "FILE: offset 24, section 1: E04 data CRC differs: wanted ..., found ..."
 std::string describe(const std::string& file, const Finding& finding);
+/// Its three parts: "FILE: offset 24, section 1", "E04 data CRC differs" and "wanted ..., found ..."
+std::string placeOf(const std::string& file, const Finding& finding);
+std::string nameOf(const Finding& finding);
+std::string detailsOf(const Finding& finding);
 
 /// "ok", "wrong", "cut" or "not checked".
 const char* toString(DataVerdict verdict);

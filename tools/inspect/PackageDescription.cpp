@@ -7,6 +7,7 @@
 #include <libcrossplatform/common/DatabaseManifestFile.h>
 #include <libcrossplatform/common/jsonutil.h>
 #include <tools/inspect/ObjectReader.h>
+#include <tools/inspect/SafeFile.h>
 
 namespace Inspect {
 namespace {
@@ -107,13 +108,15 @@ Json::Value packageJson(const DatabasePackageManifest& manifest) {
 }
 
 bool writePackage(DatabasePackageManifest& manifest, uint16_t type, const std::string& path, std::string& error) {
-  DatabasePackageManifest written;
-  Veltra::writeManifestFile(manifest, type, path.c_str());
-  const PFile::PFileReaderStatus status = Veltra::readManifestFile(written, path.c_str());
-  if (status == PFile::READER_OK && written == manifest) return true;
-  error = fmt::format("{}: what was written does not read back: {}", path,
+  return writeBeside(path, error, [&](const std::string& temporary, std::string& why) {
+    DatabasePackageManifest written;
+    Veltra::writeManifestFile(manifest, type, temporary.c_str());
+    const PFile::PFileReaderStatus status = Veltra::readManifestFile(written, temporary.c_str());
+    if (status == PFile::READER_OK && written == manifest) return true;
+    why = fmt::format("{}: what was written does not read back: {}", path,
                       status == PFile::READER_OK ? "other content" : toString(status));
-  return false;
+    return false;
+  });
 }
 
 }  // namespace Inspect

@@ -1,5 +1,6 @@
 #include <tools/inspect/RecordView.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -39,11 +40,17 @@ const char* relationOf(Veltra::DisplayType type) {
   }
 }
 
-/// The number nearest to what the decimal text says: the library's own conversions go through single precision.
+constexpr char DIGITS_FOLLOW[] = "//";  // what JsonCpp wants a comment to begin with
+
+/// The number nearest to what the decimal text says: the library's own conversions go through single precision. Its
+/// comment tells the digits the measurement has.
 Json::Value numberOf(const ScaledInt& value) {
   const double raw = value.getRaw();
   const int scale = value.getScaledTo();
-  return scale < 0 ? raw * std::pow(10.0, -scale) : raw / std::pow(10.0, scale);
+  Json::Value number(scale < 0 ? raw * std::pow(10.0, -scale) : raw / std::pow(10.0, scale));
+  number.setComment(fmt::format("{}{:.{}f}", DIGITS_FOLLOW, number.asDouble(), std::max(scale, 0)),
+                    Json::commentAfterOnSameLine);
+  return number;
 }
 
 void noteOddities(const ResultSummary& summary, DecodedRecord& record) {
@@ -166,6 +173,11 @@ bool fromIsoUtc(const std::string& text, time_t& time) {
   if (isoUtc(read) != text) return false;
   time = read;
   return true;
+}
+
+std::string digitsOf(const Json::Value& number) {
+  const std::string comment = number.getComment(Json::commentAfterOnSameLine);
+  return comment.empty() ? comment : comment.substr(sizeof DIGITS_FOLLOW - 1);
 }
 
 Json::Value measurementJson(const DisplayMeas& measurement) {

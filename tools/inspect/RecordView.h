@@ -22,6 +22,8 @@ bool fromIsoUtc(const std::string& text, time_t& time);
 /// {"value": 12.5, "relation": "=", "text": "12.5"}; relation one of "=", ">", "<", "n/a", "none"; value null where
 /// there is no number. A scale without a text gives null for both value and text, where the library would stop.
 Json::Value measurementJson(const Veltra::DisplayMeas& measurement);
+/// The decimal text of such a value with all digits the measurement has, 12.50; empty for any other value.
+std::string digitsOf(const Json::Value& number);
 /// The measurement's text for people: "-" for a scale without a text.
 std::string measurementText(const Veltra::DisplayMeas& measurement);
 

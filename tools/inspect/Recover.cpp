@@ -10,6 +10,7 @@
 
 #include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/WireBytes.h>
+#include <tools/inspect/SafeFile.h>
 
 namespace Inspect {
 namespace {
@@ -145,12 +146,15 @@ Recovery findSections(const ByteSource& source) {
 }
 
 bool writeRecovered(const ByteSource& source, const Recovery& recovery, const std::string& path, std::string& error) {
+  UnfinishedFile unfinished;
   PFile::SafeFileWriter file;
   const auto failed = [&] {
     error = fmt::format("{}: {}", path, std::strerror(errno));
     return false;
   };
-  if (file.open(path.c_str()) != 0) return failed();
+  const int opened = file.open(path.c_str());
+  unfinished.created(file.temporaryPath());
+  if (opened != 0) return failed();
   for (const SectionInfo& info : recovery.kept) {
     std::unique_ptr<unsigned char[]> bytes(new unsigned char[info.header.dataSize]);
     if (source.readAt(info.payloadOffset(), bytes.get(), info.header.dataSize) != info.header.dataSize) {

@@ -15,6 +15,7 @@
 #include <tools/inspect/ContainerWalk.h>
 #include <tools/inspect/ObjectReader.h>
 #include <tools/inspect/RecordView.h>
+#include <tools/inspect/SafeFile.h>
 
 namespace Inspect {
 namespace {
@@ -194,9 +195,12 @@ bool parseDescription(const std::string& text, const std::string& payloads, Resu
 
 bool packResult(ResultDescription& description, const std::string& path, int level, PackedFile& packed,
                 std::string& error) {
+  UnfinishedFile unfinished;
   PFile::SafeFileWriter file;
   error.clear();
-  if (file.open(path.c_str()) != 0) {
+  const int opened = file.open(path.c_str());
+  unfinished.created(file.temporaryPath());
+  if (opened != 0) {
     error = fmt::format("{}: {}", path, std::strerror(errno));
     return false;
   }

@@ -121,23 +121,17 @@ void annotatePayload(const Inspect::ByteSource& source, const Inspect::SectionIn
 }
 
 int annotate(const Arguments& args, const Options& options) {
-  std::string error;
   Inspect::ByteSource source;
-  if (!source.open(args.file, error)) {
-    complain(error);
-    return EXIT_COULD_NOT;
-  }
-  const Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS);
+  if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
   Annotation out;
-  for (const Inspect::SectionInfo& section : report.sections) {
-    if (args.section >= 0 && section.number != args.section) continue;
+  const auto annotateSection = [&](const Inspect::SectionInfo& section, Inspect::Findings&) {
+    if (args.section >= 0 && section.number != args.section) return;
     annotateHeader(source, section, out);
     annotatePayload(source, section, out);
-  }
+  };
+  const Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS, annotateSection);
   printDocument(out.document(), options);
-  for (const Inspect::Finding& finding : report.findings) {
-    if (!options.quiet) complain(describe(source.name(), finding));
-  }
+  if (!options.quiet) complainOfEach(source.name(), report.findings);
   return report.damaged() ? EXIT_NO : EXIT_DONE;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 
 #include <CLI/CLI.hpp>
 
@@ -19,7 +20,7 @@ struct FileAnswer {
   std::string text;               ///< for the table format
   Json::Value json;               ///< the file's element of the JSON document
   std::vector<Json::Value> rows;  ///< its JSON lines and CSV rows, flat objects
-  std::vector<Inspect::Finding> findings;
+  Inspect::Findings findings;
 };
 
 /// The files meant by paths: with -r every regular file below a directory, in order of name.
@@ -30,8 +31,8 @@ bool filesOf(const std::vector<std::string>& paths, const Options& options, std:
 /// file once it is printed.
 /// @param columns   of the CSV rows; none where the command has no CSV
 /// @param complain  findings go to standard error; without, the answers themselves tell them
-/// @return the worst of 0; 1 a file is damaged; 3 a file has warnings, where the answers tell findings; 4 a file could
-///         not be read
+/// @return the worst of 0; 1 a file is damaged; 3 a file has warnings, where the answers tell findings, or is larger
+///         than wanted; 4 a file could not be read
 int answerForFiles(const std::vector<std::string>& paths, const Options& options,
                    const std::vector<std::string>& columns, bool complainOfFindings,
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
@@ -39,6 +40,15 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
 /// Reads the summary of each result file, in the order of their IDs. Findings go to standard error.
 /// @return as answerForFiles()
 int readResults(const std::vector<std::string>& paths, const Options& options, std::vector<Inspect::ResultRow>& rows);
+
+/// Complains of each finding.
+void complainOfEach(const std::string& name, const Inspect::Findings& findings);
+
+/// Opens the one input of a command. @return false, with a complaint: it could not be done
+bool openInput(Inspect::ByteSource& source, const std::string& path, const Options& options);
+
+/// A section by its number. @return none, with complaints, and `code` what the command answers
+std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code);
 
 /// Says so when a file stands where one is to be written and must not be replaced.
 bool refusesToReplace(const std::string& path, bool force);
@@ -50,6 +60,7 @@ void addList(CLI::App& app, const Options& options, Run& run);
 void addShow(CLI::App& app, const Options& options, Run& run);
 void addIds(CLI::App& app, const Options& options, Run& run);
 void addAnnotate(CLI::App& app, const Options& options, Run& run);
+void addCompletion(CLI::App& app, const Options& options, Run& run);
 void addDiff(CLI::App& app, const Options& options, Run& run);
 void addExtract(CLI::App& app, const Options& options, Run& run);
 void addSummary(CLI::App& app, const Options& options, Run& run);

@@ -17,12 +17,8 @@ std::string cellOf(const Json::Value& value) {
 }
 
 int diff(const Arguments& args, const Options& options) {
-  std::string error;
   Inspect::ByteSource a, b;
-  if (!a.open(args.a, error) || !b.open(args.b, error)) {
-    complain(error);
-    return EXIT_COULD_NOT;
-  }
+  if (!openInput(a, args.a, options) || !openInput(b, args.b, options)) return EXIT_COULD_NOT;
   const std::vector<Inspect::Difference> differences = differencesOf(a, b);
   Table table({{"Field"}, {"A"}, {"B"}});
   Document document;

@@ -24,13 +24,17 @@ FileAnswer answerOf(const Inspect::ContainerReport& report) {
   answer.json["findings"] = Json::Value(Json::arrayValue);
   for (const Inspect::Finding& finding : report.findings) {
     const std::string next = nextCommand(report.name, finding);
-    answer.text += printable(describe(report.name, finding)) + "; next: " + printable(next) + "\n";
+    answer.text +=
+        fmt::format("{}: {}: {}; next: {}\n", printable(placeOf(report.name, finding)),
+                    painted(nameOf(finding), toneOf(finding.code)), printable(detailsOf(finding)), printable(next));
     Json::Value row = toJson(finding);
     row["next"] = next;
     answer.json["findings"].append(row);
     row["file"] = report.name;
     answer.rows.push_back(row);
   }
+  if (report.findings.leftOut() > 0) answer.text += printable(furtherText(report.name, report.findings)) + "\n";
+  answer.json["findingsLeftOut"] = static_cast<Json::UInt64>(report.findings.leftOut());
   return answer;
 }
 

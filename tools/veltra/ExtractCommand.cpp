@@ -19,23 +19,17 @@ struct Arguments {
   bool force = false;
 };
 
-int extract(const Arguments& args) {
+int extract(const Arguments& args, const Options& options) {
   std::string error;
   Inspect::ByteSource source;
   std::vector<uint8_t> bytes;
-  if (!source.open(args.file, error)) {
-    complain(error);
-    return EXIT_COULD_NOT;
-  }
-  const Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS);
-  if (args.section < 0 || static_cast<std::size_t>(args.section) >= report.sections.size()) {
-    complain(fmt::format("{}: no section {}", source.name(), args.section));
-    return EXIT_COULD_NOT;
-  }
-  Inspect::SectionInfo section = report.sections[static_cast<std::size_t>(args.section)];
+  if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
+  int code = EXIT_DONE;
+  std::optional<Inspect::SectionInfo> section = sectionOf(source, args.section, code);
+  if (!section) return code;
   // Taken as it is stored, whatever the flag says.
-  if (args.raw) section.header.flags = static_cast<uint16_t>(section.header.flags & ~PFile::SECTION_FLAG_COMPRESS);
-  if (!loadPayload(source, section, bytes, error)) {
+  if (args.raw) section->header.flags = static_cast<uint16_t>(section->header.flags & ~PFile::SECTION_FLAG_COMPRESS);
+  if (!loadPayload(source, *section, bytes, error)) {
     complain(fmt::format("{}: {}", source.name(), error));
     return EXIT_NO;
   }
@@ -50,7 +44,7 @@ int extract(const Arguments& args) {
 
 }  // namespace
 
-void addExtract(CLI::App& app, const Options&, Run& run) {
+void addExtract(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("extract", "The bytes of one section");
   const auto args = std::make_shared<Arguments>();
   command->add_option("file", args->file, "the file; - reads standard input")->required()->type_name("FILE");
@@ -58,7 +52,7 @@ void addExtract(CLI::App& app, const Options&, Run& run) {
   command->add_option("-o,--output", args->output, "the file to write; standard output without")->type_name("OUT");
   command->add_flag("--raw", args->raw, "as stored, still compressed");
   command->add_flag("--force", args->force, "replace an existing file");
-  command->callback([args, &run] { run = [args] { return extract(*args); }; });
+  command->callback([args, &options, &run] { run = [args, &options] { return extract(*args, options); }; });
 }
 
 }  // namespace Command

@@ -33,17 +33,40 @@ bool filesBelow(const std::string& directory, std::vector<std::string>& files) {
 /// What one file gave, or why it could not be read.
 struct Outcome {
   FileAnswer answer;
+  int code = EXIT_DONE;
   std::string error;
 };
 
+uint64_t sizeOf(const std::vector<std::string>& files) {
+  uint64_t bytes = 0;
+  std::error_code unknown;
+  for (const std::string& file : files) {
+    const std::uintmax_t size = fs::file_size(file, unknown);
+    if (!unknown) bytes += size;
+  }
+  return bytes;
+}
+
 /// Answers for files[begin] to files[end - 1], each thread taking every jobs-th of them.
 std::vector<Outcome> answerBatch(const std::vector<std::string>& files, std::size_t begin, std::size_t end,
-                                 unsigned jobs, const std::function<FileAnswer(const Inspect::ByteSource&)>& answer) {
+                                 unsigned jobs, const Options& options, Progress& progress,
+                                 const std::function<FileAnswer(const Inspect::ByteSource&)>& answer) {
   std::vector<Outcome> outcomes(end - begin);
   const auto work = [&](unsigned first) {
     Inspect::ByteSource source;
+    uint64_t read = 0;
+    source.setLimit(options.maxSize);
+    source.onRead([&](std::size_t bytes) {
+      read += bytes;
+      progress.advance(bytes);
+    });
     for (std::size_t i = first; i < outcomes.size(); i += jobs) {
-      if (source.open(files[begin + i], outcomes[i].error)) outcomes[i].answer = answer(source);
+      read = 0;
+      outcomes[i].code = source.open(files[begin + i], outcomes[i].error) ? EXIT_DONE
+                         : source.isOverLimit()                           ? EXIT_WITH_LOSS
+                                                                          : EXIT_COULD_NOT;
+      if (outcomes[i].code == EXIT_DONE) outcomes[i].answer = answer(source);
+      if (source.size() > read) progress.advance(source.size() - read);  // what need not be read is done, too
     }
   };
   std::vector<std::thread> threads;
@@ -57,7 +80,7 @@ std::vector<Outcome> answerBatch(const std::vector<std::string>& files, std::siz
 class Printer {
  public:
   Printer(const Options& options, const std::vector<std::string>& columns) : _options(options), _columns(columns) {
-    if (options.format == FORMAT_JSON) fmt::print("{{\n\"schema\" : {},\n\"files\" : [", SCHEMA);
+    if (options.format == FORMAT_JSON) fmt::print("{{\n\"schema\": {},\n\"files\": [", SCHEMA);
     if (options.format == FORMAT_CSV) printCsvHeader(columns);
   }
   void print(const FileAnswer& answer) {
@@ -87,13 +110,9 @@ class Printer {
   bool _first = true;
 };
 
-int codeOf(const std::vector<Inspect::Finding>& findings, bool warningsCount) {
-  int code = EXIT_DONE;
-  for (const Inspect::Finding& finding : findings) {
-    if (Inspect::isDamage(finding.code)) return EXIT_NO;
-    if (warningsCount) code = EXIT_WITH_LOSS;
-  }
-  return code;
+int codeOf(const Inspect::Findings& findings, bool warningsCount) {
+  if (findings.hasDamage()) return EXIT_NO;
+  return warningsCount && !findings.empty() ? EXIT_WITH_LOSS : EXIT_DONE;
 }
 
 }  // namespace
@@ -102,10 +121,13 @@ bool filesOf(const std::vector<std::string>& paths, const Options& options, std:
   bool ok = true;
   for (const std::string& path : paths) {
     std::error_code unreadable;
-    if (options.recursive && fs::is_directory(path, unreadable)) {
+    if (!fs::is_directory(path, unreadable)) {
+      files.push_back(path);
+    } else if (options.recursive) {
       ok = filesBelow(path, files) && ok;
     } else {
-      files.push_back(path);
+      complain(path + ": is a directory; -r looks into it");
+      ok = false;
     }
   }
   return ok;
@@ -119,27 +141,53 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
   int code = filesOf(paths, options, files) ? EXIT_DONE : EXIT_COULD_NOT;
   const unsigned cores = options.jobs > 0 ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
   const auto jobs = static_cast<unsigned>(std::min<std::size_t>(cores, std::max<std::size_t>(files.size(), 1)));
+  Progress progress(options.progress);
+  if (progress.active()) progress.expect(sizeOf(files));
   Printer printer(options, columns);
   for (std::size_t begin = 0; begin < files.size(); begin += jobs * FILES_A_THREAD) {
     const std::size_t end = std::min(files.size(), begin + jobs * FILES_A_THREAD);
-    const std::vector<Outcome> outcomes = answerBatch(files, begin, end, jobs, answer);
+    const std::vector<Outcome> outcomes = answerBatch(files, begin, end, jobs, options, progress, answer);
+    progress.hide();
     for (std::size_t i = 0; i < outcomes.size(); ++i) {
-      const std::vector<Inspect::Finding>& findings = outcomes[i].answer.findings;
-      if (!outcomes[i].error.empty()) {
-        complain(outcomes[i].error);
-        code = worse(code, EXIT_COULD_NOT);
+      const Inspect::Findings& findings = outcomes[i].answer.findings;
+      if (outcomes[i].code != EXIT_DONE) {
+        if (outcomes[i].code == EXIT_COULD_NOT || !options.quiet) complain(outcomes[i].error);
+        code = worse(code, outcomes[i].code);
         continue;
       }
       printer.print(outcomes[i].answer);
       std::fflush(stdout);
       code = worse(code, codeOf(findings, !complainOfFindings));
       if (!complainOfFindings || options.quiet) continue;
-      const std::string name = files[begin + i] == "-" ? "standard input" : files[begin + i];
-      for (const Inspect::Finding& finding : findings) complain(describe(name, finding));
+      complainOfEach(files[begin + i] == "-" ? "standard input" : files[begin + i], findings);
     }
   }
   printer.finish();
   return code;
+}
+
+void complainOfEach(const std::string& name, const Inspect::Findings& findings) {
+  for (const Inspect::Finding& finding : findings) complain(describe(name, finding), toneOf(finding.code));
+  if (findings.leftOut() > 0) complain(furtherText(name, findings));
+}
+
+bool openInput(Inspect::ByteSource& source, const std::string& path, const Options& options) {
+  std::string error;
+  source.setLimit(options.maxSize);
+  if (source.open(path, error)) return true;
+  complain(error);
+  return false;
+}
+
+std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code) {
+  Inspect::ContainerReport report;
+  const std::optional<Inspect::SectionInfo> section = findSection(source, number, report);
+  if (section) return section;
+  complainOfEach(source.name(), report.findings);
+  complain(fmt::format("{}: no section {}; it has {}", source.name(), number,
+                       report.sections == 0 ? "none" : fmt::format("0 to {}", report.sections - 1)));
+  code = report.damaged() ? EXIT_NO : EXIT_COULD_NOT;
+  return section;
 }
 
 bool refusesToReplace(const std::string& path, bool force) {

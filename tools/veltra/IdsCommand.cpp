@@ -137,7 +137,8 @@ void addIds(CLI::App& app, const Options& options, Run& run) {
   const auto args = std::make_shared<Arguments>();
   command->add_option("first", args->first, "the first ID")->required()->type_name("FIRST");
   command->add_option("last", args->last, "the last ID")->required()->type_name("LAST");
-  CLI::Option_group* const what = command->add_option_group("what", "What to answer; without any, how many IDs");
+  CLI::Option_group* const what =
+      command->add_option_group("what", "At most one of; without any, how many IDs there are");
   CLI::Option* const list = what->add_flag("--list", args->list, "the IDs, one a line");
   what->add_option("--ordinal", args->ordinalOf, "the place of an ID, counted from 0")->type_name("ID");
   what->add_option("--id", args->id, "the ID at a place, counted from 0")->type_name("N");

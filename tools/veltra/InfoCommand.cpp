@@ -10,8 +10,8 @@
 namespace Command {
 namespace {
 
-std::string line(const char* name, const std::string& value) {
-  return fmt::format("  {:<9} {}\n", name, printable(value));
+std::string line(const char* name, const std::string& value, Tone tone = Tone::PLAIN) {
+  return fmt::format("  {:<9} {}\n", name, painted(printable(value), tone));
 }
 
 std::string screen(const Inspect::FileSummary& file) {
@@ -20,7 +20,7 @@ std::string screen(const Inspect::FileSummary& file) {
   if (file.hasSummary) {
     const Veltra::ResultSummary& s = file.summary;
     text += line("Result", fmt::format("{} ({})", s.getResultName(), toString(s.resultType)));
-    text += line("Verdict", toString(s.status));
+    text += line("Verdict", toString(s.status), toneOf(s.status));
     text += line("Length", Inspect::measurementText(s.length));
     text += line("Headroom", Inspect::measurementText(s.headroom));
     text += line("Time", Inspect::isoUtc(static_cast<time_t>(s.timeStamp)));
@@ -28,17 +28,12 @@ std::string screen(const Inspect::FileSummary& file) {
                  fmt::format("{} contained; {} passed, {} passed with a star, {} failed",
                              std::bitset<32>(s.testFlags).count(), s.numPassTests, s.numPassStarTests, s.numFailTests));
   }
-  uint64_t stored = 0, original = 0;
-  for (const Inspect::SectionInfo& section : report.sections) {
-    stored += section.header.dataSize;
-    original += section.originalSize.value_or(section.header.dataSize);
-  }
-  text +=
-      line("Sections", fmt::format("{}, {} bytes of data, {} uncompressed", report.sections.size(), stored, original));
+  text += line("Sections", fmt::format("{}, {} bytes of data, {} uncompressed", report.sections, report.storedBytes,
+                                       report.originalBytes));
   text += line("Size", report.recordedLength && *report.recordedLength != report.size
                            ? fmt::format("{} bytes, {} recorded", report.size, *report.recordedLength)
                            : fmt::format("{} bytes", report.size));
-  return text + line("State", report.damaged() ? "damaged" : "intact");
+  return text + line("State", report.damaged() ? "damaged" : "intact", report.damaged() ? Tone::BAD : Tone::PLAIN);
 }
 
 int info(const std::vector<std::string>& files, const Options& options) {

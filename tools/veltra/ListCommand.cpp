@@ -9,24 +9,18 @@
 namespace Command {
 namespace {
 
-std::string tableOf(const Inspect::ContainerReport& report) {
-  Table table({{"No", true},
-               {"Offset", true},
-               {"Type", true},
-               {"Name"},
-               {"Version", true},
-               {"Stored", true},
-               {"Original", true},
-               {"CRC"}});
-  for (const Inspect::SectionInfo& section : report.sections) {
-    const PFile::Header& header = section.header;
-    const std::string name = Inspect::typeName(header.type);
-    table.add({std::to_string(section.number), std::to_string(section.offset), std::to_string(header.type),
-               name == std::to_string(header.type) ? "-" : name, std::to_string(header.version),
-               std::to_string(header.dataSize), std::to_string(section.originalSize.value_or(header.dataSize)),
-               toString(section.verdict)});
-  }
-  return table.text();
+void addRow(const Inspect::SectionInfo& section, Table& table) {
+  const PFile::Header& header = section.header;
+  const std::string name = Inspect::typeName(header.type);
+  const bool isBad = section.verdict == Inspect::DataVerdict::WRONG || section.verdict == Inspect::DataVerdict::CUT;
+  table.add({std::to_string(section.number),
+             std::to_string(section.offset),
+             std::to_string(header.type),
+             name == std::to_string(header.type) ? "-" : name,
+             std::to_string(header.version),
+             std::to_string(header.dataSize),
+             std::to_string(section.originalSize.value_or(header.dataSize)),
+             {toString(section.verdict), isBad ? Tone::BAD : Tone::PLAIN}});
 }
 
 int list(const std::vector<std::string>& files, const Options& options) {
@@ -34,18 +28,29 @@ int list(const std::vector<std::string>& files, const Options& options) {
                                             "version", "storedSize", "originalSize", "compressed", "crc"};
   const bool several = files.size() > 1 || options.recursive;
   return answerForFiles(files, options, columns, true, [&](const Inspect::ByteSource& source) {
-    const Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS);
     FileAnswer answer;
-    if (several) answer.text = printable(report.name) + ":\n";
-    if (options.format == FORMAT_TABLE) answer.text += tableOf(report);
-    answer.findings = report.findings;
-    answer.json["file"] = report.name;
+    Table table({{"No", true},
+                 {"Offset", true},
+                 {"Type", true},
+                 {"Name"},
+                 {"Version", true},
+                 {"Stored", true},
+                 {"Original", true},
+                 {"CRC"}});
+    answer.json["file"] = source.name();
     answer.json["sections"] = Json::Value(Json::arrayValue);
-    for (const Inspect::SectionInfo& section : report.sections) {
-      answer.rows.push_back(toJson(section));
-      answer.json["sections"].append(answer.rows.back());
-      answer.rows.back()["file"] = report.name;
-    }
+    const auto addSection = [&](const Inspect::SectionInfo& section, Inspect::Findings&) {
+      if (options.format == FORMAT_TABLE) return addRow(section, table);
+      Json::Value row = toJson(section);
+      if (options.format == FORMAT_JSON) {
+        answer.json["sections"].append(row);
+      } else {
+        row["file"] = source.name();
+        answer.rows.push_back(std::move(row));
+      }
+    };
+    answer.findings = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS, addSection).findings;
+    answer.text = (several ? printable(source.name()) + ":\n" : "") + table.text();
     return answer;
   });
 }

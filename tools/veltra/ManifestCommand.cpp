@@ -60,23 +60,17 @@ std::string textOf(const Veltra::DatabasePackageManifest& manifest, const std::s
 }
 
 int showManifest(const Arguments& args, const Options& options) {
-  std::string error;
   Inspect::ByteSource source;
-  if (!source.open(args.input, error)) {
-    complain(error);
-    return EXIT_COULD_NOT;
-  }
+  if (!openInput(source, args.input, options)) return EXIT_COULD_NOT;
   const Inspect::FileSummary file = Inspect::summarize(source);
-  std::vector<Inspect::Finding> findings = file.report.findings;
-  const Inspect::SectionInfo* const first = file.report.first();
-  const bool isPackage = first != nullptr && (first->header.type == PFile::SECTION_LIMIT_MANIFEST ||
-                                              first->header.type == PFile::SECTION_CABLE_MANIFEST);
+  Inspect::Findings findings = file.report.findings;
+  const std::optional<Inspect::SectionInfo>& first = file.report.first;
+  const bool isPackage = first && (first->header.type == PFile::SECTION_LIMIT_MANIFEST ||
+                                   first->header.type == PFile::SECTION_CABLE_MANIFEST);
   std::vector<uint8_t> bytes;
   Inspect::DecodedRecord record;
   if (isPackage && first->verdict == Inspect::DataVerdict::OK) record = examineRecord(source, *first, bytes, findings);
-  for (const Inspect::Finding& finding : findings) {
-    if (!options.quiet) complain(describe(source.name(), finding));
-  }
+  if (!options.quiet) complainOfEach(source.name(), findings);
   if (record.outcome != Inspect::DecodedRecord::DECODED ||
       record.id != Veltra::DatabasePackageManifest::SERIAL_TYPE_ID) {
     complain(fmt::format("{}: no database package that can be read", source.name()));

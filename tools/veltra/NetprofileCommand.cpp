@@ -1,8 +1,7 @@
-#include <termios.h>
+#include <bsd/readpassphrase.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <iostream>
 #include <memory>
@@ -52,44 +51,14 @@ int show(const Arguments& args, const Options& options) {
   return EXIT_DONE;
 }
 
-/// Keeps the terminal from showing what is typed, and gives it back when the user interrupts.
-class EchoOff {
- public:
-  EchoOff() {
-    tcgetattr(STDIN_FILENO, &shown);
-    termios hidden = shown;
-    hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-    std::signal(SIGINT, giveBack);
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden);
-  }
-  ~EchoOff() {
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &shown);
-    std::signal(SIGINT, SIG_DFL);
-  }
-  EchoOff(const EchoOff&) = delete;
-  EchoOff& operator=(const EchoOff&) = delete;
-
- private:
-  static void giveBack(int signal) {
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &shown);
-    std::signal(signal, SIG_DFL);
-    std::raise(signal);
-  }
-  static termios shown;
-};
-termios EchoOff::shown{};
-
-/// One line without echo from a terminal, or the first line of what standard input is.
+/// One line without echo from the terminal, or the first line of what standard input is.
 bool readSecret(const std::string& name, std::string& secret) {
-  secret.reserve(4096);  // growing would leave pieces behind in freed memory
+  constexpr std::size_t MOST = 4096;
+  secret.reserve(MOST);  // growing would leave pieces behind in freed memory
   if (isatty(STDIN_FILENO) == 0) return static_cast<bool>(std::getline(std::cin, secret));
-  fmt::print(stderr, "{}: ", name);
-  bool ok = false;
-  {
-    const EchoOff echoOff;
-    ok = static_cast<bool>(std::getline(std::cin, secret));
-  }
-  fmt::print(stderr, "\n");
+  secret.resize(MOST);
+  const bool ok = readpassphrase((name + ": ").c_str(), &secret[0], secret.size(), RPP_ECHO_OFF) != nullptr;
+  secret.resize(ok ? std::strlen(secret.c_str()) : 0);
   return ok;
 }
 

@@ -5,20 +5,92 @@
 #include <cstdlib>
 #include <memory>
 #include <new>
+#include <sstream>
 
 #include <fmt/format.h>
 #include <json/writer.h>
 #include <libsmartcols/libsmartcols.h>
 
+#include <tools/inspect/RecordView.h>
+
 namespace Command {
 
+namespace {
+
+/// Lays out a value; its texts and numbers are JsonCpp's business, which knows no digits of a number but its own.
+class JsonLayout {
+ public:
+  explicit JsonLayout(const char* indentation) : _indentation(indentation) {
+    constexpr int NUMBER_DIGITS = 10;  // what a measurement of 32 bits has
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "";
+    builder["commentStyle"] = "None";
+    builder["precision"] = NUMBER_DIGITS;
+    builder["emitUTF8"] = false;  // names may hold any bytes; JSON may not
+    _scalars.reset(builder.newStreamWriter());
+  }
+
+  std::string of(const Json::Value& value) {
+    add(value, 0);
+    return _out.str();
+  }
+
+ private:
+  void add(const Json::Value& value, int depth) {
+    const std::string digits = Inspect::digitsOf(value);
+    if (!digits.empty()) {
+      _out << digits;
+    } else if (value.isObject()) {
+      const char* separator = "{";
+      for (const std::string& key : value.getMemberNames()) {
+        beginElement(separator, depth);
+        _scalars->write(key, &_out);
+        _out << (*_indentation != '\0' ? ": " : ":");
+        add(value[key], depth + 1);
+      }
+      end(separator, "{}", depth);
+    } else if (value.isArray()) {
+      const char* separator = "[";
+      for (const Json::Value& element : value) {
+        beginElement(separator, depth);
+        add(element, depth + 1);
+      }
+      end(separator, "[]", depth);
+    } else {
+      _scalars->write(value, &_out);
+    }
+  }
+
+  void breakLine(int depth) {
+    if (*_indentation == '\0') return;
+    _out << '\n';
+    for (int i = 0; i < depth; ++i) _out << _indentation;
+  }
+
+  void beginElement(const char*& separator, int depth) {
+    _out << separator;
+    separator = ",";
+    breakLine(depth + 1);
+  }
+
+  void end(const char* separator, const char* brackets, int depth) {
+    if (*separator != ',') {
+      _out << brackets;
+      return;
+    }
+    breakLine(depth);
+    _out << brackets[1];
+  }
+
+  const char* _indentation;
+  std::unique_ptr<Json::StreamWriter> _scalars;
+  std::ostringstream _out;
+};
+
+}  // namespace
+
 std::string jsonText(const Json::Value& value, const char* indentation) {
-  constexpr int NUMBER_DIGITS = 10;  // what a measurement of 32 bits has
-  Json::StreamWriterBuilder builder;
-  builder["indentation"] = indentation;
-  builder["precision"] = NUMBER_DIGITS;
-  builder["emitUTF8"] = false;  // names may hold any bytes; JSON may not
-  return Json::writeString(builder, value);
+  return JsonLayout(indentation).of(value);
 }
 
 namespace {
@@ -155,16 +227,31 @@ std::string indentedText(const Json::Value& object) {
   return text;
 }
 
+namespace {
+
+void setTone(libscols_cell* cell, Tone tone) {
+  const char* const sequence = sequenceOf(tone);
+  if (*sequence != '\0') scols_cell_set_color(cell, sequence);
+}
+
+}  // namespace
+
 std::string Table::text() const {
   const std::unique_ptr<libscols_table, void (*)(libscols_table*)> table(scols_new_table(), scols_unref_table);
   char* printed = nullptr;
   if (table == nullptr) throw std::bad_alloc();
+  scols_table_enable_colors(table.get(), 1);  // a tone that is not painted has no sequence
   for (const Column& column : _columns) {
-    scols_table_new_column(table.get(), column.name, 0, column.right ? SCOLS_FL_RIGHT : 0);
+    libscols_column* const added =
+        scols_table_new_column(table.get(), column.name, 0, column.right ? SCOLS_FL_RIGHT : 0);
+    setTone(scols_column_get_header(added), Tone::HEADING);
   }
-  for (const std::vector<std::string>& row : _rows) {
+  for (const std::vector<Cell>& row : _rows) {
     libscols_line* const line = scols_table_new_line(table.get(), nullptr);
-    for (std::size_t i = 0; i < row.size(); ++i) scols_line_set_data(line, i, printable(row[i]).c_str());
+    for (std::size_t i = 0; i < row.size(); ++i) {
+      scols_line_set_data(line, i, printable(row[i].text).c_str());
+      setTone(scols_line_get_cell(line, i), row[i].tone);
+    }
   }
   if (scols_print_table_to_string(table.get(), &printed) != 0) throw std::bad_alloc();
   const std::unique_ptr<char, void (*)(void*)> owned(printed, std::free);
@@ -185,8 +272,31 @@ std::string hexDump(const std::vector<uint8_t>& bytes) {
   return text;
 }
 
-void complain(const std::string& text) {
-  fmt::print(stderr, "veltra: {}\n", printable(text));
+Tone toneOf(Inspect::FindingCode code) {
+  return Inspect::isDamage(code) ? Tone::BAD : Tone::DOUBTFUL;
+}
+
+Tone toneOf(Veltra::Status status) {
+  switch (status) {
+    case Veltra::STATUS_PASS:
+      return Tone::GOOD;
+    case Veltra::STATUS_PASS_STAR:
+    case Veltra::STATUS_PASS_ACCEPTABLE:
+    case Veltra::STATUS_FAIL_STAR:
+      return Tone::DOUBTFUL;
+    case Veltra::STATUS_FAIL:
+      return Tone::BAD;
+    default:
+      return Tone::PLAIN;
+  }
+}
+
+std::string furtherText(const std::string& name, const Inspect::Findings& findings) {
+  return fmt::format("{}: {} further findings", name, findings.leftOut());
+}
+
+void complain(const std::string& text, Tone tone) {
+  fmt::print(stderr, "{} {}\n", paintedError("veltra:", tone), printable(text));
 }
 
 }  // namespace Command

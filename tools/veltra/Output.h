@@ -1,9 +1,15 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
 #include <json/value.h>
+
+#include <libcrossplatform/common/ResultVocabulary.h>
+#include <tools/inspect/ContainerWalk.h>
+
+#include "Terminal.h"
 
 namespace Command {
 
@@ -24,6 +30,9 @@ struct Options {
   bool quiet = false;      ///< no findings on standard error: the exit code tells
   bool recursive = false;  ///< look into directories
   unsigned jobs = 0;       ///< threads for many files; 0 is one a core
+  uint64_t maxSize = 0;    ///< larger inputs are left out; 0 is no limit
+  Color color = COLOR_AUTO;
+  bool progress = true;  ///< on a terminal
 };
 
 /// With many inputs the worst code counts: 4, 1, 3, 0.
@@ -60,19 +69,30 @@ class Table {
     const char* name;
     bool right = false;
   };
+  struct Cell {
+    template <class Text>
+    Cell(Text&& cellText, Tone cellTone = Tone::PLAIN) : text(std::forward<Text>(cellText)), tone(cellTone) {}
+    std::string text;
+    Tone tone;
+  };
   explicit Table(std::vector<Column> columns) : _columns(std::move(columns)) {}
-  void add(std::vector<std::string> cells) { _rows.push_back(std::move(cells)); }
+  void add(std::vector<Cell> cells) { _rows.push_back(std::move(cells)); }
   std::string text() const;
 
  private:
   std::vector<Column> _columns;
-  std::vector<std::vector<std::string>> _rows;
+  std::vector<std::vector<Cell>> _rows;
 };
 
 /// Sixteen bytes a line: offset, hexadecimal, characters.
 std::string hexDump(const std::vector<uint8_t>& bytes);
 
+Tone toneOf(Inspect::FindingCode code);
+Tone toneOf(Veltra::Status status);
+/// "FILE: 17 further findings"
+std::string furtherText(const std::string& name, const Inspect::Findings& findings);
+
 /// One line on standard error, after the command's name.
-void complain(const std::string& text);
+void complain(const std::string& text, Tone tone = Tone::BAD);
 
 }  // namespace Command

@@ -64,7 +64,8 @@ void addPack(CLI::App& app, const Options& options, Run& run) {
   command->add_option("--payloads", args->payloads, "directory of the payload files, instead of the description's own")
       ->type_name("DIR");
   command->add_option("--level", args->level, "zlib level of compressed sections")
-      ->check(CLI::Range(0, 9))
+      ->check(CLI::Range(0, 9).description(""))
+      ->type_name("0|1|2|3|4|5|6|7|8|9")
       ->capture_default_str();
   command->add_flag("--force", args->force, "replace an existing file");
   command->callback([args, &options, &run] { run = [args, &options] { return pack(*args, options); }; });

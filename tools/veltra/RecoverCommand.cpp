@@ -64,17 +64,21 @@ bool passesDoctor(const std::string& path) {
 int recover(const Arguments& args, const Options& options) {
   std::string error;
   Inspect::ByteSource source;
-  if (!source.open(args.file, error)) {
-    complain(error);
-    return EXIT_COULD_NOT;
-  }
+  if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
   if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
+  constexpr uint64_t PASSES = 3;  // the sums of all bytes, the search, the copy
+  Progress progress(options.progress);
+  progress.expect(PASSES * source.size());
+  source.onRead([&progress](std::size_t bytes) { progress.advance(bytes); });
   const Inspect::Recovery recovery = findSections(source);
   if (recovery.kept.empty()) {
+    progress.hide();
     complain(fmt::format("{}: no intact section in it", source.name()));
     return EXIT_NO;
   }
-  if (!writeRecovered(source, recovery, args.output, error)) {
+  const bool isWritten = writeRecovered(source, recovery, args.output, error);
+  progress.hide();
+  if (!isWritten) {
     complain(error);
     return EXIT_COULD_NOT;
   }

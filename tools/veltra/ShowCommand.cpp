@@ -49,26 +49,18 @@ int showBareRecord(const std::string& file, const Options& options) {
 int showSection(const Arguments& args, const Options& options) {
   std::string error;
   Inspect::ByteSource source;
-  if (!source.open(args.file, error)) {
-    complain(error);
-    return EXIT_COULD_NOT;
-  }
-  const Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS);
-  if (args.section < 0 || static_cast<std::size_t>(args.section) >= report.sections.size()) {
-    for (const Inspect::Finding& finding : report.findings) complain(describe(source.name(), finding));
-    complain(fmt::format("{}: no section {}; it has {}", source.name(), args.section,
-                         report.sections.empty() ? "none" : fmt::format("0 to {}", report.sections.size() - 1)));
-    return report.damaged() ? EXIT_NO : EXIT_COULD_NOT;
-  }
-  const Inspect::SectionInfo& section = report.sections[static_cast<std::size_t>(args.section)];
+  if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
+  int code = EXIT_DONE;
+  const std::optional<Inspect::SectionInfo> section = sectionOf(source, args.section, code);
+  if (!section) return code;
   std::vector<uint8_t> bytes;
-  if (!loadPayload(source, section, bytes, error)) {
+  if (!loadPayload(source, *section, bytes, error)) {
     complain(fmt::format("{}: {}", source.name(), error));
     return EXIT_NO;
   }
-  Json::Value json = toJson(section);
+  Json::Value json = toJson(*section);
   json["file"] = source.name();
-  return showRecord(bytes, json, fmt::format("{}: section {}", source.name(), section.number), options);
+  return showRecord(bytes, json, fmt::format("{}: section {}", source.name(), section->number), options);
 }
 
 }  // namespace

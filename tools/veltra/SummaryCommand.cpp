@@ -29,9 +29,15 @@ std::string tableOf(const std::vector<Inspect::ResultRow>& rows) {
                {"File"}});
   for (const Inspect::ResultRow& row : rows) {
     const Veltra::ResultSummary& s = row.summary;
-    table.add({s.resultName, toString(s.resultType), toString(s.status), Inspect::measurementText(s.length),
-               Inspect::measurementText(s.headroom), Inspect::isoUtc(static_cast<time_t>(s.timeStamp)),
-               std::to_string(s.numPassTests), std::to_string(s.numPassStarTests), std::to_string(s.numFailTests),
+    table.add({s.resultName,
+               toString(s.resultType),
+               {toString(s.status), toneOf(s.status)},
+               Inspect::measurementText(s.length),
+               Inspect::measurementText(s.headroom),
+               Inspect::isoUtc(static_cast<time_t>(s.timeStamp)),
+               std::to_string(s.numPassTests),
+               std::to_string(s.numPassStarTests),
+               std::to_string(s.numFailTests),
                row.file});
   }
   return table.text();

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <libcrossplatform/common/InstrumentSettingsEnumsToString.h>
 #include <libcrossplatform/common/ResultFile.h>
 #include <libcrossplatform/serialization/MarshalTypes.h>
 #include <tools/inspect/RecordView.h>
@@ -37,14 +38,14 @@ void addRecords(std::vector<Row>& rows) {
 }
 
 template <class E>
-void addTexts(const char* kind, uint32_t most, std::vector<Row>& rows) {
-  for (uint32_t value = 0; value <= most; ++value) {
+void addTexts(const char* kind, uint32_t last, std::vector<Row>& rows) {
+  for (uint32_t value = 0; value <= last; ++value) {
     const std::string text = toString(static_cast<E>(value));
     if (!text.empty()) rows.push_back({kind, value, text, "-"});
   }
 }
 
-int types(const std::string& wanted, const Options& options) {
+std::vector<Row> allRows() {
   std::vector<Row> rows;
   addSections(rows);
   addRecords(rows);
@@ -53,13 +54,28 @@ int types(const std::string& wanted, const Options& options) {
   addTexts<Veltra::CableEnd>("CableEnd", 255, rows);
   addTexts<Veltra::TestType>("TestType", 255, rows);
   addTexts<Veltra::TestMergeFlags>("TestMergeFlags", 1023, rows);
+  addTexts<Veltra::Language>("Language", Veltra::LANGUAGE_TURKISH, rows);
+  addTexts<Veltra::LocaleType>("LocaleType", Veltra::LOCALE_TR_TR, rows);
+  addTexts<Veltra::DateFormat>("DateFormat", Veltra::DATE_FORMAT_YMD_DASH, rows);
+  addTexts<Veltra::TimeFormat>("TimeFormat", Veltra::TIME_FORMAT_24_HR, rows);
+  addTexts<Veltra::PowerDownTimeout>("PowerDownTimeout", Veltra::POWER_DOWN_60_MIN, rows);
+  addTexts<Veltra::BacklightTimeout>("BacklightTimeout", Veltra::BACKLIGHT_15_MIN, rows);
+  addTexts<Veltra::LengthUnits>("LengthUnits", Veltra::LENGTH_UNITS_FT, rows);
+  addTexts<Veltra::PowerLineFrequency>("PowerLineFrequency", Veltra::POWER_LINE_60_HZ, rows);
+  addTexts<Veltra::ResultStorageLocation>("ResultStorageLocation", Veltra::RESULT_STORAGE_INTERNAL, rows);
+  addTexts<Veltra::NumericFormat>("NumericFormat", Veltra::NUMERIC_FORMAT_COMMA, rows);
+  addTexts<Veltra::IPAddressSource>("IPAddressSource", Veltra::IP_ADDRESS_STATIC, rows);
+  return rows;
+}
+
+int types(const std::string& wanted, const Options& options) {
   char* end = nullptr;
   const unsigned long id = std::strtoul(wanted.c_str(), &end, 0);
   const bool byId = !wanted.empty() && *end == '\0';
   Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}});
   Document document;
   document.columns = {"kind", "id", "name", "more"};
-  for (const Row& row : rows) {
+  for (const Row& row : allRows()) {
     if (!wanted.empty() && !(byId ? row.id == id : row.name == wanted)) continue;
     table.add({row.kind, row.kind == "record" ? fmt::format("0x{:06x}", row.id) : std::to_string(row.id), row.name,
                row.more});
@@ -83,8 +99,7 @@ int types(const std::string& wanted, const Options& options) {
 }  // namespace
 
 void addTypes(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command =
-      app.add_subcommand("types", "Section types, records and the texts of the result vocabulary");
+  CLI::App* const command = app.add_subcommand("types", "Section types, records and the texts of results and settings");
   const auto wanted = std::make_shared<std::string>();
   command->add_option("id", *wanted, "one number, decimal or 0x hexadecimal, or one name")->type_name("ID");
   command->callback([wanted, &options, &run] { run = [wanted, &options] { return types(*wanted, options); }; });

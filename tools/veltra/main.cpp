@@ -6,46 +6,79 @@
 #include <CLI/CLI.hpp>
 
 #include <libcrossplatform/common/Version.h>
+#include <tools/inspect/SafeFile.h>
 
 #include "Commands.h"
+#include "Examples.h"
+#include "HelpFormatter.h"
 
 namespace {
 
-int runCommand(int argc, char** argv) {
-  using namespace Command;
-  CLI::App app("Packs, lists and shows the files of cabling testers.", "veltra");
-  Options options;
-  Run run;
-  app.set_version_flag("--version", "veltra " VELTRA_VERSION_TEXT);
-  app.require_subcommand(1);
-  app.fallthrough();
-  const std::map<std::string, Format> formats{
-      {"table", FORMAT_TABLE}, {"json", FORMAT_JSON}, {"jsonl", FORMAT_JSONL}, {"csv", FORMAT_CSV}};
-  app.add_option("-f,--format", options.format, "table, json, jsonl or csv")
-      ->transform(CLI::Transformer(formats))
-      ->type_name("FORMAT");
+using namespace Command;
+
+/// An option whose argument is one of a few words. Shells complete what its type says.
+template <class Choice>
+void addChoice(CLI::App& app, const char* names, Choice& choice, const char* words, const char* description,
+               const std::map<std::string, Choice>& meanings) {
+  app.add_option(names, choice, description)
+      ->transform(CLI::CheckedTransformer(meanings).description(""))
+      ->type_name(words);
+}
+
+void addOptions(CLI::App& app, Options& options) {
+  addChoice<Format>(app, "-f,--format", options.format, "table|json|jsonl|csv",
+                    "how answers are printed; a table unless given",
+                    {{"table", FORMAT_TABLE}, {"json", FORMAT_JSON}, {"jsonl", FORMAT_JSONL}, {"csv", FORMAT_CSV}});
   app.add_flag("-q,--quiet", options.quiet, "no findings in words: the exit code tells");
   app.add_flag("-r,--recursive", options.recursive, "look into directories");
   app.add_option("-j,--jobs", options.jobs, "threads for many files, one a core unless given")->type_name("N");
-  addPack(app, options, run);
+  app.add_option("--max-size", options.maxSize, "leave out files of more than so many bytes; also 64K, 10M, 1G")
+      ->transform(CLI::AsSizeValue(false).description(""))
+      ->type_name("BYTES");
+  addChoice<Color>(app, "--color", options.color, "auto|always|never",
+                   "paint texts; on a terminal unless given, and unless NO_COLOR is set",
+                   {{"auto", COLOR_AUTO}, {"always", COLOR_ALWAYS}, {"never", COLOR_NEVER}});
+  addChoice<bool>(app, "--progress", options.progress, "auto|never",
+                  "a bar on standard error after a second, on a terminal", {{"auto", true}, {"never", false}});
+}
+
+void addCommands(CLI::App& app, const Options& options, Run& run) {
   addInfo(app, options, run);
   addList(app, options, run);
   addShow(app, options, run);
-  addIds(app, options, run);
   addSummary(app, options, run);
+  addDoctor(app, options, run);
+  addRecover(app, options, run);
   addAnnotate(app, options, run);
   addExtract(app, options, run);
   addDiff(app, options, run);
-  addTypes(app, options, run);
-  addDoctor(app, options, run);
-  addRecover(app, options, run);
+  addPack(app, options, run);
   addManifest(app, options, run);
   addNetprofile(app, options, run);
+  addIds(app, options, run);
+  addTypes(app, options, run);
+  addCompletion(app, options, run);
+  for (CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    command->footer(examplesOf(command->get_name()));
+  }
+}
+
+int runCommand(int argc, char** argv) {
+  CLI::App app("Looks at the files of cabling testers, checks, saves and makes them.", "veltra");
+  Options options;
+  Run run;
+  app.formatter(std::make_shared<HelpFormatter>());
+  app.set_version_flag("--version", "veltra " VELTRA_VERSION_TEXT);
+  app.require_subcommand(1);
+  app.fallthrough();
+  addOptions(app, options);
+  addCommands(app, options, run);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
     return app.exit(e) == 0 ? EXIT_DONE : EXIT_USAGE;  // --help and --version are no errors
   }
+  setColor(options.color);
   const int code = run();
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
   complain("standard output cannot be written");
@@ -56,6 +89,7 @@ int runCommand(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::setlocale(LC_CTYPE, "");  // widths of characters in tables; numbers stay in the C locale
+  Inspect::removeUnfinishedOnSignals();
   try {
     return runCommand(argc, argv);
   } catch (const std::exception& e) {  // out of memory, or a closed standard output

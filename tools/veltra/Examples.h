@@ -1,0 +1,10 @@
+#pragma once
+
+#include <string>
+
+namespace Command {
+
+/// The command lines of the examples of a command's man page, for the end of its help; empty where it has none.
+std::string examplesOf(const std::string& command);
+
+}  // namespace Command

@@ -1,0 +1,75 @@
+#include "Terminal.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include <fmt/format.h>
+
+namespace Command {
+namespace {
+
+constexpr const char* SEQUENCES[] = {"", "\033[32m", "\033[31m", "\033[33m", "\033[1m"};  // in the order of Tone
+constexpr char RESET[] = "\033[0m";
+
+bool paintsOutput = false, paintsErrors = false;
+
+bool knowsColors(int descriptor) {
+  const char* const noColor = std::getenv("NO_COLOR");
+  const char* const terminal = std::getenv("TERM");
+  return isatty(descriptor) == 1 && (noColor == nullptr || *noColor == '\0') && terminal != nullptr &&
+         std::strcmp(terminal, "dumb") != 0;
+}
+
+std::string wrapped(bool paints, const std::string& text, Tone tone) {
+  return paints && tone != Tone::PLAIN ? SEQUENCES[static_cast<int>(tone)] + text + RESET : text;
+}
+
+}  // namespace
+
+void setColor(Color color) {
+  paintsOutput = color == COLOR_ALWAYS || (color == COLOR_AUTO && knowsColors(STDOUT_FILENO));
+  paintsErrors = color == COLOR_ALWAYS || (color == COLOR_AUTO && knowsColors(STDERR_FILENO));
+}
+
+const char* sequenceOf(Tone tone) {
+  return paintsOutput ? SEQUENCES[static_cast<int>(tone)] : "";
+}
+
+std::string painted(const std::string& text, Tone tone) {
+  return wrapped(paintsOutput, text, tone);
+}
+
+std::string paintedError(const std::string& text, Tone tone) {
+  return wrapped(paintsErrors, text, tone);
+}
+
+Progress::Progress(bool wanted) : _active(wanted && isatty(STDERR_FILENO) == 1) {}
+
+void Progress::advance(uint64_t bytes) {
+  constexpr int WIDTH = 30;
+  if (!_active) return;
+  const std::lock_guard<std::mutex> lock(_mutex);
+  _done += bytes;
+  const Clock::time_point now = Clock::now();
+  if (now < _next || _total == 0) return;
+  _next = now + std::chrono::milliseconds(100);
+  const double part = std::min(1.0, static_cast<double>(_done) / static_cast<double>(_total));
+  const std::string bar(static_cast<std::size_t>(part * WIDTH), '#');
+  fmt::print(stderr, "\r[{:<{}}] {:3.0f} %\033[K", bar, WIDTH, part * 100);
+  std::fflush(stderr);
+  _shown = true;
+}
+
+void Progress::hide() {
+  const std::lock_guard<std::mutex> lock(_mutex);
+  if (!_shown) return;
+  fmt::print(stderr, "\r\033[K");
+  std::fflush(stderr);
+  _shown = false;
+}
+
+}  // namespace Command

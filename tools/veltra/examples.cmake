@@ -1,0 +1,12 @@
+# The command lines of the examples, examples/COMMAND.txt, as a C++ table for the help texts: Examples.cpp in the build.
+file(GLOB transcripts CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/veltra/examples/*.txt)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${transcripts})
+set(VELTRA_EXAMPLE_ROWS "")
+foreach(transcript ${transcripts})
+  get_filename_component(command ${transcript} NAME_WE)
+  file(STRINGS ${transcript} lines REGEX "^\\$ ")
+  list(TRANSFORM lines REPLACE "^\\$ " "  ")
+  list(JOIN lines "\n" text)
+  string(APPEND VELTRA_EXAMPLE_ROWS "    {\"${command}\", R\"(${text})\"},\n")
+endforeach()
+configure_file(${CMAKE_CURRENT_SOURCE_DIR}/veltra/Examples.cpp.in ${CMAKE_CURRENT_BINARY_DIR}/Examples.cpp @ONLY)
