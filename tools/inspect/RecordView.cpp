@@ -194,7 +194,8 @@ Json::Value measurementJson(const DisplayMeas& measurement) {
 }
 
 std::string measurementText(const DisplayMeas& measurement) {
-  return measurement.value.hasPrintableScale() ? measurement.toString() : "-";
+  const Json::Value json = measurementJson(measurement);
+  return json["value"].isNull() ? "-" : json["text"].asString();
 }
 
 Json::Value summaryJson(const ResultSummary& summary) {

@@ -24,7 +24,7 @@ bool fromIsoUtc(const std::string& text, time_t& time);
 Json::Value measurementJson(const Veltra::DisplayMeas& measurement);
 /// The decimal text of such a value with all digits the measurement has, 12.50; empty for any other value.
 std::string digitsOf(const Json::Value& number);
-/// The measurement's text for people: "-" for a scale without a text.
+/// The measurement for people: its relation and number, "-" where there is no number.
 std::string measurementText(const Veltra::DisplayMeas& measurement);
 
 /// A summary as the commands show it: its full JSON with times as ISO 8601 and measurements as objects.

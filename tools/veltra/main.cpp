@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <exception>
 #include <map>
+#include <set>
 
 #include <CLI/CLI.hpp>
 
@@ -20,8 +21,11 @@ using namespace Command;
 template <class Choice>
 void addChoice(CLI::App& app, const char* names, Choice& choice, const char* words, const char* description,
                const std::map<std::string, Choice>& meanings) {
-  app.add_option(names, choice, description)
-      ->transform(CLI::CheckedTransformer(meanings).description(""))
+  std::set<std::string> known;
+  for (const auto& meaning : meanings) known.insert(meaning.first);
+  app.add_option_function<std::string>(
+         names, [&choice, meanings](const std::string& word) { choice = meanings.at(word); }, description)
+      ->check(CLI::IsMember(known).description(""))
       ->type_name(words);
 }
 

@@ -1,0 +1,59 @@
+# The options of every command: what is painted, what is left out, the bar on a terminal, and what shells complete.
+printf '%s' '{"summary": {"resultName": "B-1", "status": "Fail", "length": "12.5"}, "sections": []}' > result.json
+mkdir lot
+veltra pack result.json -o lot/whole.vres > /dev/null
+cp lot/whole.vres lot/damaged.vres && patch lot/damaged.vres 60 ff
+visible() { sed 's/\x1b/ESC/g; s/\r/CR/g'; }
+# terminal COMMAND-LINE: on a terminal of its own.
+terminal() { TERM=xterm script -qefc "$*" /dev/null < /dev/null | visible; }
+
+t veltra info lot/whole.vres -f yaml
+t veltra info --color sometimes lot/whole.vres
+always() { veltra "$@" --color always 2>&1 | visible; }
+t always summary -r lot
+echo "on a terminal:" && terminal "'$veltra' doctor lot/damaged.vres"
+echo "not wanted:" && terminal "NO_COLOR=1 '$veltra' doctor lot/damaged.vres"
+echo "not wanted either:" && terminal "'$veltra' doctor lot/damaged.vres --color never"
+
+truncate -s 2M lot/large
+t veltra doctor -r lot --max-size 1M
+t veltra doctor -q -r lot --max-size 1M
+t veltra info --max-size 100 lot/whole.vres
+t veltra show --max-size 1 lot/whole.vres
+input=lot/whole.vres t veltra info - --max-size 99
+
+# A file that comes slowly: the bar stands after a second, and is gone from the line before anything is printed.
+slowly="mkfifo slow; { sleep 1.3; cat lot/whole.vres; } > slow & '$veltra' doctor slow lot/whole.vres --color never"
+echo "bar:" && terminal "$slowly" | grep -oE '\[#+ *\] +[0-9]+ %|CRESC\[K' | tail -n 2
+rm slow
+echo "no bar:" && terminal "$slowly --progress never"
+
+# A signal that ends it leaves nothing unfinished behind: here while the payload is waited for.
+printf '%s' '{"summary": {"resultName": "B-2"}, "sections": [{"type": 302, "version": 1, "payload": "waits"}]}' > waits.json
+mkfifo waits
+exec 9<> waits
+interrupted() { # SIGNAL
+  local i
+  env --default-signal="$1" "$veltra" pack waits.json -o lot/new.vres 9<&- &
+  for ((i = 0; i < 1000; ++i)); do
+    compgen -G 'lot/new.vres.*' > /dev/null && break
+    sleep 0.01
+  done
+  kill -"$1" $!
+  wait $!
+}
+t interrupted INT
+t interrupted TERM
+t ls lot
+
+veltra completion bash > completion.bash
+complete_words() { # WORD...: what may stand for the last one
+  bash -c '. ./completion.bash; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _veltra; echo "${COMPREPLY[*]}"' - "$@"
+}
+t complete_words veltra d
+t complete_words veltra -r doctor --de
+t complete_words veltra doctor -f j
+t complete_words veltra manifest ''
+t complete_words veltra manifest new --ca
+t complete_words veltra recover x -o ''
+t veltra completion fish
