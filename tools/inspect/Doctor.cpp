@@ -38,7 +38,7 @@ DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section
         fmt::format("{} bytes claimed", section.originalSize.value_or(0)));
     return record;
   }
-  record = decodeRecord(bytes);
+  record = decodeRecord(bytes, RecordForm::VERDICT_ALONE);
   const bool isSummary = section.header.type == PFile::SECTION_RESULT_SUMMARY;
   if (record.outcome == DecodedRecord::DAMAGED) {
     add(E09_RECORD, "a " + record.name, fmt::format("code {}", record.status));

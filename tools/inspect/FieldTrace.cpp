@@ -26,6 +26,7 @@ constexpr char ELEMENT[] = "element";  // what list records call each of theirs
 }  // namespace
 
 void TracingReader::beginRecord(const char* name) {
+  if (_refusesOpenRuns) return;
   std::string segment = name;
   if (segment == ELEMENT) segment += "[" + std::to_string(_elements[_path]++) + "]";
   _path.push_back(segment);
@@ -44,6 +45,7 @@ bool TracingReader::noted(bool (Marshal::IObjectReader::*read)(T&), T& v, const 
 }
 
 void TracingReader::note(const char* kind, uint32_t start, Json::Value value) {
+  if (_refusesOpenRuns) return;
   std::vector<std::string> path = _path;
   path.push_back(_name);
   _fields.push_back({std::move(path), kind, start, _in.position() - start, std::move(value)});

@@ -28,8 +28,8 @@ class TracingReader final : public Marshal::IObjectReader {
   /// @param in  borrowed; what is read is read from it
   explicit TracingReader(Marshal::IObjectReader& in) : _in(in) {}
   const std::vector<TracedField>& trace() const { return _fields; }
-  /// From now on a run of bytes that does not end in zero reads as a failure: for records that would stop the program
-  /// there.
+  /// From now on a run of bytes that does not end in zero reads as a failure, for records that would stop the program
+  /// there; and nothing is noted.
   void refuseOpenRuns() { _refusesOpenRuns = true; }
 
   uint32_t position() const override { return _in.position(); }

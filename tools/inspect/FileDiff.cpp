@@ -36,7 +36,7 @@ Fields fieldsOf(const ByteSource& source, const SectionInfo& section) {
   std::vector<uint8_t> bytes;
   std::string error;
   if (section.verdict == DataVerdict::OK && loadPayload(source, section, bytes, error)) {
-    const DecodedRecord record = decodeRecord(bytes);
+    const DecodedRecord record = decodeRecord(bytes, RecordForm::JSON);
     if (record.outcome == DecodedRecord::DECODED) {
       flatten(prefix + "data", record.json, fields);
       return fields;

@@ -65,20 +65,19 @@ void noteOddities(const ResultSummary& summary, DecodedRecord& record) {
 void decodeSummary(Marshal::IObjectReader& in, DecodedRecord& record) {
   ResultSummary summary;
   record.status = summary.deserialize(in);
-  record.json = summaryJson(summary);
+  if (record.wantsJson) record.json = summaryJson(summary);
   noteOddities(summary, record);
 }
 
 void decodeSummaryList(Marshal::IObjectReader& in, DecodedRecord& record) {
   Veltra::ResultSummaryList list;
   record.status = list.deserialize(in);
+  for (const auto& summary : list) noteOddities(*summary, record);
+  if (!record.wantsJson) return;
   Json::Value& object = record.json[Veltra::ResultSummaryList::JSON_ROOT_NAME];
   object["size"] = static_cast<unsigned>(list.size());
   object["items"] = Json::Value(Json::arrayValue);
-  for (const auto& summary : list) {
-    object["items"].append(summaryJson(*summary));
-    noteOddities(*summary, record);
-  }
+  for (const auto& summary : list) object["items"].append(summaryJson(*summary));
 }
 
 /// A record whose own full JSON is what is shown.
@@ -86,12 +85,13 @@ template <class Record>
 void decodeJsonable(Marshal::IObjectReader& in, DecodedRecord& record) {
   Record decoded;
   record.status = decoded.deserialize(in);
-  record.json = decoded.toJson(Dump::DumpFlags());
+  if (record.wantsJson) record.json = decoded.toJson(Dump::DumpFlags());
 }
 
 void decodeEquipment(Marshal::IObjectReader& in, DecodedRecord& record) {
   Veltra::EquipmentInformation equipment;
   record.status = equipment.deserialize(in);
+  if (!record.wantsJson) return;
   record.json[record.name] = equipment.toJson(Dump::DumpFlags());
   Json::Value& object = record.json[record.name];
   object["moduleCalibrationTime"] = isoUtc(static_cast<time_t>(equipment.getModuleCalibrationTime()));
@@ -103,6 +103,10 @@ void decodeEquipment(Marshal::IObjectReader& in, DecodedRecord& record) {
 template <class Record>
 void decodeByNames(Marshal::IObjectReader& in, DecodedRecord& record) {
   Record decoded;
+  if (!record.wantsJson) {
+    record.status = decoded.deserialize(in);
+    return;
+  }
   TracingReader tracing(in);
   record.status = decoded.deserialize(tracing);
   record.json[record.name] = treeOf(tracing.trace());
@@ -120,7 +124,7 @@ void decodeSpan(Marshal::IObjectReader& in, DecodedRecord& record) {
   FibDbus::OtdrSpan span;
   record.status = span.deserialize(in);
   record.hasScaleWithoutText = !span.spanStart.hasPrintableScale() || !span.spanEnd.hasPrintableScale();
-  if (!record.hasScaleWithoutText) record.json[record.name] = span.toJson(Dump::DumpFlags());
+  if (record.wantsJson && !record.hasScaleWithoutText) record.json[record.name] = span.toJson(Dump::DumpFlags());
 }
 
 /// The records told by their serial type id.
@@ -211,8 +215,9 @@ Json::Value summaryJson(const ResultSummary& summary) {
   return json;
 }
 
-DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<TracedField>* trace) {
+DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, RecordForm form, std::vector<TracedField>* trace) {
   DecodedRecord record;
+  record.wantsJson = form == RecordForm::JSON;
   if (bytes.empty()) return record;
   Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
   if (Marshal::peekHeaderSerialTypeID(in, record.id) != Marshal::STREAM_OK) return record;

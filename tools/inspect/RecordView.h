@@ -43,13 +43,18 @@ struct DecodedRecord {
   Json::Value json;
   int status = 0;     ///< code of deserialize()
   uint32_t used = 0;  ///< bytes the record took
+  bool wantsJson = true;
   bool hasScaleWithoutText = false;
   bool hasNegativeCount = false;
 };
 
+enum class RecordForm { JSON, VERDICT_ALONE };
+
 /// Decodes the headed record that bytes begin with, told by its serial type id. Never stops the program.
+/// @param form   whether the JSON is wanted, which takes many times the bytes of the record
 /// @param trace  null, or receives every field that was read
-DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<TracedField>* trace = nullptr);
+DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, RecordForm form,
+                           std::vector<TracedField>* trace = nullptr);
 
 /// The records that are decoded: combined id and class name.
 std::vector<std::pair<uint32_t, std::string>> knownRecords();

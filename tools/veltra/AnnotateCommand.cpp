@@ -21,9 +21,14 @@ std::string valueText(const Json::Value& value) {
   return value.isNull() ? "-" : jsonText(value, "");
 }
 
-/// Collects rows of offset, bytes, kind, field and value.
+/// Prints rows of offset, bytes, kind, field and value as they come.
 class Annotation {
  public:
+  explicit Annotation(const Options& options)
+      : _format(options.format), _rows(options, "fields", {"offset", "size", "kind", "field", "value"}) {
+    if (_format == FORMAT_TABLE)
+      fmt::print("{}", painted(line("Offset", "Bytes", "Kind", "Field", "Value"), Tone::HEADING));
+  }
   /// @param base  what field offsets count from in the file
   void add(const std::vector<Inspect::TracedField>& fields, const std::vector<uint8_t>& bytes, uint64_t base,
            const std::string& prefix) {
@@ -34,50 +39,54 @@ class Annotation {
   }
   void add(uint64_t offset, const std::vector<uint8_t>& bytes, std::size_t at, std::size_t size, const char* kind,
            const std::string& name, const Json::Value& value) {
-    constexpr std::size_t BYTES_A_LINE = 16;
+    const std::string text = _format == FORMAT_TABLE ? lines(offset, &bytes[at], size, kind, name, value) : "";
+    print(text, offset, size, kind, name, value);
+  }
+  /// A stretch that is not taken apart.
+  void addUntaken(uint64_t offset, uint64_t size, const std::string& name) {
+    print(line(std::to_string(offset), fmt::format("({} bytes)", size), "", name, ""), offset, size, "data", name,
+          Json::Value());
+  }
+  void finish() const { _rows.finish(); }
+
+ private:
+  static std::string line(const std::string& offset, const std::string& bytes, const std::string& kind,
+                          const std::string& field, const std::string& value) {
+    std::string text = fmt::format("{:>8} {:<23} {:<6} {:<54} {}", offset, bytes, kind, field, value);
+    text.erase(text.find_last_not_of(' ') + 1);
+    return text + "\n";
+  }
+
+  /// A long field goes on below its first line.
+  static std::string lines(uint64_t offset, const uint8_t* bytes, std::size_t size, const char* kind,
+                           const std::string& name, const Json::Value& value) {
+    constexpr std::size_t BYTES_A_LINE = 8;
+    std::string text;
+    std::size_t at = 0;
+    do {
+      const std::size_t end = std::min(at + BYTES_A_LINE, size);
+      const std::string hex = fmt::format("{:02x}", fmt::join(bytes + at, bytes + end, " "));
+      text += at == 0 ? line(std::to_string(offset), hex, kind, printable(name), valueText(value))
+                      : line(std::to_string(offset + at), hex, "", "", "");
+      at = end;
+    } while (at < size);
+    return text;
+  }
+
+  void print(const std::string& text, uint64_t offset, uint64_t size, const char* kind, const std::string& name,
+             const Json::Value& value) {
+    if (_format == FORMAT_TABLE) return _rows.print(text, Json::Value(), {});
     Json::Value row(Json::objectValue);
-    std::string hex;
-    for (std::size_t i = 0; i < size; ++i) {
-      if (i > 0 && i % BYTES_A_LINE == 0) hex += "\n";
-      hex += fmt::format("{}{:02x}", i % BYTES_A_LINE == 0 ? "" : " ", bytes[at + i]);
-    }
-    std::size_t line = 0, begin = 0;
-    do {  // a long field goes on below its first line
-      const std::size_t end = std::min(hex.find('\n', begin), hex.size());
-      _table.add({std::to_string(offset + line * BYTES_A_LINE), hex.substr(begin, end - begin), line == 0 ? kind : "",
-                  line == 0 ? name : "", line == 0 ? valueText(value) : ""});
-      begin = end + 1;
-      ++line;
-    } while (begin < hex.size());
     row["offset"] = static_cast<Json::UInt64>(offset);
     row["size"] = static_cast<Json::UInt64>(size);
     row["kind"] = kind;
     row["field"] = name;
     row["value"] = value;
-    _document.rows.push_back(row);
-    _document.json["fields"].append(row);
-  }
-  /// A stretch that is not taken apart.
-  void addUntaken(uint64_t offset, uint64_t size, const std::string& name) {
-    _table.add({std::to_string(offset), fmt::format("({} bytes)", size), "", name, ""});
-    Json::Value row(Json::objectValue);
-    row["offset"] = static_cast<Json::UInt64>(offset);
-    row["size"] = static_cast<Json::UInt64>(size);
-    row["kind"] = "data";
-    row["field"] = name;
-    row["value"] = Json::Value();
-    _document.rows.push_back(row);
-    _document.json["fields"].append(row);
-  }
-  Document& document() {
-    _document.text = _table.text();
-    _document.columns = {"offset", "size", "kind", "field", "value"};
-    return _document;
+    _rows.print(text, row, {row});
   }
 
- private:
-  Table _table{{{"Offset", true}, {"Bytes"}, {"Kind"}, {"Field"}, {"Value"}}};
-  Document _document;
+  Format _format;
+  AnswerStream _rows;
 };
 
 void annotateHeader(const Inspect::ByteSource& source, const Inspect::SectionInfo& section, Annotation& out) {
@@ -110,7 +119,7 @@ void annotatePayload(const Inspect::ByteSource& source, const Inspect::SectionIn
     out.addUntaken(section.payloadOffset() + 4, present - 4, prefix + "zlibStream");
   }
   std::vector<Inspect::TracedField> trace;
-  const Inspect::DecodedRecord record = decodeRecord(bytes, &trace);
+  const Inspect::DecodedRecord record = decodeRecord(bytes, Inspect::RecordForm::VERDICT_ALONE, &trace);
   // Fields of a compressed record are counted from the beginning of its uncompressed bytes.
   const uint64_t base = isCompressed ? 0 : section.payloadOffset();
   out.add(trace, bytes, base, prefix + (record.name.empty() ? "" : record.name + "."));
@@ -123,14 +132,14 @@ void annotatePayload(const Inspect::ByteSource& source, const Inspect::SectionIn
 int annotate(const Arguments& args, const Options& options) {
   Inspect::ByteSource source;
   if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
-  Annotation out;
+  Annotation out(options);
   const auto annotateSection = [&](const Inspect::SectionInfo& section, Inspect::Findings&) {
     if (args.section >= 0 && section.number != args.section) return;
     annotateHeader(source, section, out);
     annotatePayload(source, section, out);
   };
   const Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS, annotateSection);
-  printDocument(out.document(), options);
+  out.finish();
   if (!options.quiet) complainOfEach(source.name(), report.findings);
   return report.damaged() ? EXIT_NO : EXIT_DONE;
 }

@@ -76,40 +76,6 @@ std::vector<Outcome> answerBatch(const std::vector<std::string>& files, std::siz
   return outcomes;
 }
 
-/// Prints answers one after the other; a JSON document grows as they come.
-class Printer {
- public:
-  Printer(const Options& options, const std::vector<std::string>& columns) : _options(options), _columns(columns) {
-    if (options.format == FORMAT_JSON) fmt::print("{{\n\"schema\": {},\n\"files\": [", SCHEMA);
-    if (options.format == FORMAT_CSV) printCsvHeader(columns);
-  }
-  void print(const FileAnswer& answer) {
-    switch (_options.format) {
-      case FORMAT_TABLE:
-        fmt::print("{}", answer.text);
-        break;
-      case FORMAT_JSON:
-        fmt::print("{}\n{}", _first ? "" : ",", jsonText(answer.json, "  "));
-        break;
-      case FORMAT_JSONL:
-        std::for_each(answer.rows.begin(), answer.rows.end(), printJsonLine);
-        break;
-      case FORMAT_CSV:
-        for (const Json::Value& row : answer.rows) printCsvRow(row, _columns);
-        break;
-    }
-    _first = false;
-  }
-  void finish() const {
-    if (_options.format == FORMAT_JSON) fmt::print("\n]\n}}\n");
-  }
-
- private:
-  const Options& _options;
-  const std::vector<std::string>& _columns;
-  bool _first = true;
-};
-
 int codeOf(const Inspect::Findings& findings, bool warningsCount) {
   if (findings.hasDamage()) return EXIT_NO;
   return warningsCount && !findings.empty() ? EXIT_WITH_LOSS : EXIT_DONE;
@@ -143,7 +109,7 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
   const auto jobs = static_cast<unsigned>(std::min<std::size_t>(cores, std::max<std::size_t>(files.size(), 1)));
   Progress progress(options.progress);
   if (progress.active()) progress.expect(sizeOf(files));
-  Printer printer(options, columns);
+  AnswerStream answers(options, "files", columns);
   for (std::size_t begin = 0; begin < files.size(); begin += jobs * FILES_A_THREAD) {
     const std::size_t end = std::min(files.size(), begin + jobs * FILES_A_THREAD);
     const std::vector<Outcome> outcomes = answerBatch(files, begin, end, jobs, options, progress, answer);
@@ -155,14 +121,15 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
         code = worse(code, outcomes[i].code);
         continue;
       }
-      printer.print(outcomes[i].answer);
+      const FileAnswer& given = outcomes[i].answer;
+      answers.print(given.text, given.json, given.rows);
       std::fflush(stdout);
       code = worse(code, codeOf(findings, !complainOfFindings));
       if (!complainOfFindings || options.quiet) continue;
       complainOfEach(files[begin + i] == "-" ? "standard input" : files[begin + i], findings);
     }
   }
-  printer.finish();
+  answers.finish();
   return code;
 }
 

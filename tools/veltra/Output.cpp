@@ -221,6 +221,34 @@ void printDocument(const Document& document, const Options& options) {
   }
 }
 
+AnswerStream::AnswerStream(const Options& options, const char* member, std::vector<std::string> columns)
+    : _format(options.format), _columns(std::move(columns)) {
+  if (_format == FORMAT_JSON) fmt::print("{{\n\"schema\": {},\n\"{}\": [", SCHEMA, member);
+  if (_format == FORMAT_CSV) printCsvHeader(_columns);
+}
+
+void AnswerStream::print(const std::string& text, const Json::Value& element, const std::vector<Json::Value>& rows) {
+  switch (_format) {
+    case FORMAT_TABLE:
+      fmt::print("{}", text);
+      break;
+    case FORMAT_JSON:
+      fmt::print("{}\n{}", _first ? "" : ",", jsonText(element, "  "));
+      break;
+    case FORMAT_JSONL:
+      std::for_each(rows.begin(), rows.end(), printJsonLine);
+      break;
+    case FORMAT_CSV:
+      for (const Json::Value& row : rows) printCsvRow(row, _columns);
+      break;
+  }
+  _first = false;
+}
+
+void AnswerStream::finish() const {
+  if (_format == FORMAT_JSON) fmt::print("\n]\n}}\n");
+}
+
 std::string indentedText(const Json::Value& object) {
   std::string text;
   for (const std::string& key : object.getMemberNames()) appendIndented(printable(key), object[key], 0, text);

@@ -59,6 +59,25 @@ struct Document {
 };
 void printDocument(const Document& document, const Options& options);
 
+/// Prints answers one after the other, holding none: a JSON document grows as they come.
+class AnswerStream {
+ public:
+  /// @param member   of the JSON document, an array
+  /// @param columns  of the CSV
+  AnswerStream(const Options& options, const char* member, std::vector<std::string> columns);
+  /// @param text     for the table format
+  /// @param element  of the array
+  /// @param rows     JSON lines and CSV rows
+  void print(const std::string& text, const Json::Value& element, const std::vector<Json::Value>& rows);
+  /// To be called once after the last.
+  void finish() const;
+
+ private:
+  Format _format;
+  std::vector<std::string> _columns;
+  bool _first = true;
+};
+
 /// An object as indented `name: value` lines; a measurement as its text.
 std::string indentedText(const Json::Value& object);
 

@@ -24,7 +24,7 @@ std::string hexText(const std::vector<uint8_t>& bytes) {
 /// Prints a decoded record, or the bytes that are none.
 /// @param where  what the record is in, for the complaint and the JSON
 int showRecord(const std::vector<uint8_t>& bytes, Json::Value json, const std::string& where, const Options& options) {
-  const Inspect::DecodedRecord record = Inspect::decodeRecord(bytes);
+  const Inspect::DecodedRecord record = Inspect::decodeRecord(bytes, Inspect::RecordForm::JSON);
   const bool decoded = record.outcome == Inspect::DecodedRecord::DECODED && !record.json.isNull();
   json["record"] = decoded ? record.json : Json::Value();
   if (!decoded) json["hex"] = hexText(bytes);
