@@ -73,7 +73,7 @@ int Section::compressData() {
     // Two quirks that files depend on: the array has no room of its own for the original size, and the size is not
     // stored again, so it reads as 0. zlib is told the room that is really left behind the word.
     const uLongf capacity = compressedSize > std::numeric_limits<uint32_t>::max() / 2 ? 0 : 2 * compressedSize;
-    buffer.reset(new unsigned char[std::max<uLongf>(capacity, SIZE_WORD)]());
+    buffer = std::make_unique<unsigned char[]>(std::max<uLongf>(capacity, SIZE_WORD));
     compressedSize = capacity > SIZE_WORD ? capacity - SIZE_WORD : 0;
     code = compress2(buffer.get() + SIZE_WORD, &compressedSize, payload.data(), originalSize, header.getCompLevel());
     if (code != Z_OK) PFILE_LOG_VALUES(error, "Second compression attempt failed.  compress2 returned %d", code);

@@ -49,6 +49,7 @@ ResultSummary::ResultSummary(const ResultSummary& other) : IDumpSerializable(oth
   copyMembers(other);
 }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment,cert-oop54-cpp): copyMembers() looks at what is assigned
 ResultSummary& ResultSummary::operator=(const ResultSummary& other) {
   copyMembers(other);
   return *this;

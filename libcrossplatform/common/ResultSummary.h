@@ -22,9 +22,8 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
   static constexpr const char* JSON_ROOT_NAME = "ResultSummary";
 
   ResultSummary() { clear(); }
-  ResultSummary(const char* name, ResultType resultType, long timeStamp, Status status, const DisplayMeas& length,
-                const DisplayMeas& headroom, unsigned int testFlags, int numPassTests, int numPassStarTests,
-                int numFailTests);
+  ResultSummary(const char* name, ResultType type, long time, Status verdict, const DisplayMeas& len,
+                const DisplayMeas& room, unsigned int flags, int passed, int passedStar, int failed);
   ResultSummary(const ResultSummary& other);
   ResultSummary& operator=(const ResultSummary& other);
   void copyMembers(const ResultSummary& other);
@@ -96,8 +95,7 @@ class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, publi
   static constexpr const char* JSON_ROOT_NAME = "ResultPathSummary";
 
   ResultPathSummary() { clear(); }
-  ResultPathSummary(std::string resultName, ResultType resultType, long timeStamp, std::string pathName,
-                    unsigned int filesize);
+  ResultPathSummary(std::string name, ResultType type, long time, std::string path, unsigned int bytes);
 
   /// The time stamp as UTC in the form 2019-03-04T05:06:07; empty when it cannot be broken down.
   std::string getDateTimeString() const;

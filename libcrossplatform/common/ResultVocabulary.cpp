@@ -105,6 +105,7 @@ bool fromStatusString(const std::string& text, Status& out) {
   return valueOf(STATUS_TEXTS, text, out);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): callers compile against this signature
 Status fromStatusString(std::string text) {
   Status status = STATUS_NOT_SET;
   fromStatusString(text, status);
@@ -131,12 +132,14 @@ const char* toStringMainRemote(CableEnd end) {
   return textOf(MAIN_REMOTE_TEXTS, end);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): callers compile against this signature
 CableEnd fromCableEndString(std::string text) {
   CableEnd end = CABLE_END_NOT_SET;
   valueOf(CABLE_END_TEXTS, text, end);
   return end;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): callers compile against this signature
 CableEnd fromCableEndMainRemoteString(std::string text) {
   CableEnd end = CABLE_END_NOT_SET;
   valueOf(MAIN_REMOTE_TEXTS, text, end);
@@ -147,6 +150,7 @@ const char* toString(TestType type) {
   return textOf(TEST_TYPE_TEXTS, type);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): callers compile against this signature
 bool fromTestTypeString(std::string text, TestType& out) {
   return valueOf(TEST_TYPE_TEXTS, text, out);
 }

@@ -157,6 +157,7 @@ class FieldReader {
   template <class Wire, class T>
   VELTRA_ALWAYS_INLINE void getAs(const char* name, T& v) {
     Wire wire{};
+    // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): a signed byte on the wire is a signed number
     if (get(name, wire)) v = static_cast<T>(wire);
   }
 
