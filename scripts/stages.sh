@@ -45,6 +45,23 @@ stage_armhf() {
 
 stage_install() { tests/install/run.sh; }
 
+# Secrets and the profile are shared between threads.
+stage_tsan() {
+  quietly cmake --preset tsan
+  cmake --build --preset tsan -j "$jobs" --target veltra_tests -- --quiet
+  build/tsan/tests/veltra_tests --gtest_brief=1 --gtest_filter='Credential*:EncryptedString*:NetworkProfile*:WifiProfile*'
+}
+
+# The unit tests but those that loop over everything or stop the program on purpose.
+stage_valgrind() {
+  quietly cmake --preset release
+  cmake --build --preset release -j "$jobs" --target veltra_tests -- --quiet
+  valgrind --quiet --leak-check=full --errors-for-leak-kinds=definite,indirect --error-exitcode=1 \
+    build/release/tests/veltra_tests --gtest_brief=1 --gtest_filter='-*DeathTest*:*Every*:*Exhaustive*:*All*'
+}
+
+stage_coverage() { scripts/coverage; }
+
 stage_tidy() {
   quietly cmake --preset dev
   export -f quietly
