@@ -106,10 +106,14 @@ Json::Value toJson(const FileSummary& summary) {
   return json;
 }
 
-std::string describe(const std::string& file, const Finding& finding) {
+std::string describe(const Finding& finding) {
   const std::string where = finding.section ? fmt::format(", section {}", *finding.section) : "";
-  return fmt::format("{}: offset {}{}: {} {}: wanted {}, found {}", file, finding.offset, where, toString(finding.code),
+  return fmt::format("offset {}{}: {} {}: wanted {}, found {}", finding.offset, where, toString(finding.code),
                      meaningOf(finding.code), finding.wanted, finding.found);
+}
+
+std::string describe(const std::string& file, const Finding& finding) {
+  return file + ": " + describe(finding);
 }
 
 }  // namespace Inspect

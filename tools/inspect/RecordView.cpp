@@ -39,13 +39,6 @@ const char* relationOf(Veltra::DisplayType type) {
   }
 }
 
-/// The number nearest to what the decimal text says: the library's own conversions go through single precision.
-Json::Value numberOf(const ScaledInt& value) {
-  const double raw = value.getRaw();
-  const int scale = value.getScaledTo();
-  return scale < 0 ? raw * std::pow(10.0, -scale) : raw / std::pow(10.0, scale);
-}
-
 void noteOddities(const ResultSummary& summary, DecodedRecord& record) {
   if (!summary.length.value.hasPrintableScale() || !summary.headroom.value.hasPrintableScale()) {
     record.hasScaleWithoutText = true;
@@ -168,15 +161,23 @@ bool fromIsoUtc(const std::string& text, time_t& time) {
   return true;
 }
 
+std::optional<double> measuredNumber(const DisplayMeas& measurement) {
+  const ScaledInt& value = measurement.value;
+  const bool isShown =
+      measurement.type >= Veltra::DISPLAY_TYPE_VALUE && measurement.type <= Veltra::DISPLAY_TYPE_LESS_THAN;
+  if (!isShown || !value.isFinite() || !value.hasPrintableScale()) return std::nullopt;
+  const double raw = value.getRaw();
+  const int scale = value.getScaledTo();
+  return scale < 0 ? raw * std::pow(10.0, -scale) : raw / std::pow(10.0, scale);
+}
+
 Json::Value measurementJson(const DisplayMeas& measurement) {
   Json::Value json(Json::objectValue);
   const char* const relation = relationOf(measurement.type);
   const bool printable = measurement.value.hasPrintableScale();
-  const bool hasNumber = measurement.type >= Veltra::DISPLAY_TYPE_VALUE &&
-                         measurement.type <= Veltra::DISPLAY_TYPE_LESS_THAN && measurement.value.isFinite() &&
-                         printable;
+  const std::optional<double> number = measuredNumber(measurement);
   json["relation"] = relation;
-  json["value"] = hasNumber ? numberOf(measurement.value) : Json::Value();
+  json["value"] = number ? Json::Value(*number) : Json::Value();
   json["text"] = printable ? Json::Value(measurement.toString()) : Json::Value();
   return json;
 }

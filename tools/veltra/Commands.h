@@ -37,8 +37,13 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
 
 /// Reads the summary of each result file, in the order of their IDs. Findings go to standard error.
+/// @param onFile  told each file that could be read, one at a time and in no order
 /// @return as answerForFiles()
-int readResults(const std::vector<std::string>& paths, const Options& options, std::vector<Inspect::ResultRow>& rows);
+int readResults(const std::vector<std::string>& paths, const Options& options, std::vector<Inspect::ResultRow>& rows,
+                const std::function<void(const Inspect::FileSummary&)>& onFile = {});
+
+/// 0 each expected ID has one result; 1 IDs are missing or foreign; 3 one has two results.
+int codeOf(const Inspect::Coverage& coverage);
 
 /// Says so when a file stands where one is to be written and must not be replaced.
 bool refusesToReplace(const std::string& path, bool force);
