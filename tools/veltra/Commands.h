@@ -58,6 +58,7 @@ void addAnnotate(CLI::App& app, const Options& options, Run& run);
 void addDiff(CLI::App& app, const Options& options, Run& run);
 void addExtract(CLI::App& app, const Options& options, Run& run);
 void addSummary(CLI::App& app, const Options& options, Run& run);
+void addReport(CLI::App& app, const Options& options, Run& run);
 void addTypes(CLI::App& app, const Options& options, Run& run);
 void addDoctor(CLI::App& app, const Options& options, Run& run);
 void addRecover(CLI::App& app, const Options& options, Run& run);

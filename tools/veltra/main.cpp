@@ -33,6 +33,7 @@ int runCommand(int argc, char** argv) {
   addShow(app, options, run);
   addIds(app, options, run);
   addSummary(app, options, run);
+  addReport(app, options, run);
   addAnnotate(app, options, run);
   addExtract(app, options, run);
   addDiff(app, options, run);
