@@ -4,7 +4,8 @@
 
 namespace Inspect {
 
-/// Text from outside as a terminal may show it: control characters and bytes that are no UTF-8 become \xNN.
+/// Text from outside as a terminal may show it: control characters, those that turn the direction of
+/// writing, and bytes that are no UTF-8 become \xNN.
 std::string printable(const std::string& text);
 
 /// Text from outside as it may stand in a page, between tags and in quoted attributes: printable, and what HTML or SVG

@@ -14,7 +14,7 @@ namespace {
 
 // Units of the drawing, in which text has 12.
 constexpr double WIDTH = 440, HEIGHT = 250;
-constexpr double LEFT = 52, RIGHT = 426, TOP = 22, BOTTOM = 204;
+constexpr double LEFT = 52, RIGHT = 426, TOP = 30, BOTTOM = 206;
 constexpr double OUTSIDE_WIDTH = 30, OUTSIDE_GAP = 8;  ///< of the bars for values outside the axis
 constexpr double CHARACTER = 6.8;                      ///< width of a digit
 
@@ -86,13 +86,21 @@ std::string outsideBar(double left, const Scale& y, std::size_t count, const cha
          text("middle", (left + right) / 2, BOTTOM + 17, word);
 }
 
-bool holdsWithin(const Axis& axis, double value) {
-  return axis.low < value && value < axis.high;
+bool hasZero(const Axis& axis) {
+  return axis.low <= 0 && 0 <= axis.high;
+}
+
+/// An upright line at zero and a word beside its upper end.
+std::string zeroLine(const Scale& x, const AxisName& name) {
+  const double at = x.at(0);
+  const bool isFarRight = at > RIGHT - 40;
+  return line("zero", at, TOP - 12, at, BOTTOM) +
+         text(isFarRight ? "zero-text end" : "zero-text", at + (isFarRight ? -5 : 5), TOP - 6, "0 " + name.unit);
 }
 
 }  // namespace
 
-std::string histogramSvg(const Histogram& histogram, const AxisName& name, const std::string& label) {
+std::string histogramSvg(const Histogram& histogram, const AxisName& name, bool marksZero, const std::string& label) {
   const double outside = OUTSIDE_WIDTH + OUTSIDE_GAP;
   const Scale x{histogram.axis, LEFT + (histogram.below > 0 ? outside : 0),
                 RIGHT - (histogram.above > 0 ? outside : 0)};
@@ -116,10 +124,7 @@ std::string histogramSvg(const Histogram& histogram, const AxisName& name, const
     svg += outsideBar(RIGHT - OUTSIDE_WIDTH, y, histogram.above, "more",
                       bins.text(bins.high) + " " + name.unit + " or more");
   }
-  if (holdsWithin(histogram.axis, 0)) {
-    svg += line("zero", x.at(0), TOP - 4, x.at(0), BOTTOM);
-    svg += text("zero-text middle", x.at(0), TOP - 8, "0 " + name.unit);
-  }
+  if (marksZero && hasZero(histogram.axis)) svg += zeroLine(x, name);
   return drawing(label, svg);
 }
 
@@ -130,7 +135,7 @@ std::string scatterSvg(const std::vector<ChartPoint>& points, const Axis& xAxis,
   const bool hasTitles = points.size() <= MOST_TITLED_POINTS;
   const double size = points.size() <= 100 ? 11 : hasTitles ? 9 : 7;
   std::string svg = leftAxis(y, yName) + bottomAxis(x, xName);
-  if (yAxis.low <= 0 && 0 <= yAxis.high) svg += line("zero", LEFT, y.at(0), RIGHT, y.at(0));
+  if (hasZero(yAxis)) svg += line("zero", LEFT, y.at(0), RIGHT, y.at(0));
   for (std::size_t severity = VERDICTS; severity-- > 0;) {
     std::set<std::pair<long, long>> drawn;
     for (const ChartPoint& point : points) {

@@ -17,9 +17,10 @@ struct AxisName {
   std::string unit;      ///< "dB"
 };
 
-/// Bars of counts. Zero is marked where the axis holds it within; values outside the axis stand in bars of their own.
-/// @param label  the chart in a sentence, for those who do not see it
-std::string histogramSvg(const Histogram& histogram, const AxisName& name, const std::string& label);
+/// Bars of counts; values outside the axis stand in bars of their own.
+/// @param marksZero  a line at zero, where the axis has it
+/// @param label      the chart in a sentence, for those who do not see it
+std::string histogramSvg(const Histogram& histogram, const AxisName& name, bool marksZero, const std::string& label);
 
 /// One mark of a scatter chart.
 struct ChartPoint {

@@ -19,15 +19,15 @@ bool isBound(const DisplayMeas& measurement) {
   return measurement.type == Veltra::DISPLAY_TYPE_GREATER_THAN || measurement.type == Veltra::DISPLAY_TYPE_LESS_THAN;
 }
 
-/// Counts for the words below a chart.
+/// What stands below a chart.
 struct Tally {
   std::size_t shown = 0;
   std::size_t bounds = 0;  ///< of those shown
   std::size_t without = 0;
-  std::size_t outside = 0;
+  std::string outside;  ///< about values outside the axes, as sentences
 };
 
-/// "38 results, 2 of them bounds shown at their value. 3 without a value."
+/// "38 results, 2 of them bounds shown at their values. 1 above 100 m, up to 2000. 3 without a value."
 std::string noteText(const Tally& tally, const char* missing) {
   std::string note;
   if (tally.shown > 0) note = fmt::format("{} result{}", tally.shown, tally.shown == 1 ? "" : "s");
@@ -36,7 +36,7 @@ std::string noteText(const Tally& tally, const char* missing) {
                         tally.bounds == 1 ? "a bound shown at its value" : "bounds shown at their values");
   }
   if (tally.shown > 0) note += ". ";
-  if (tally.outside > 0) note += fmt::format("{} outside the axis. ", tally.outside);
+  note += tally.outside;
   if (tally.without > 0) note += fmt::format("{} without {}. ", tally.without, missing);
   return note.substr(0, note.empty() ? 0 : note.size() - 1);
 }
@@ -56,14 +56,23 @@ Figure histogramFigure(const MediumReport& medium, const AxisName& name, const D
   const Histogram histogram = histogramOf(values, withZero);
   tally.shown = values.size();
   tally.without = medium.rows.size() - values.size();
-  tally.outside = histogram.below + histogram.above;
   figure.caption = name.quantity;
-  figure.note = noteText(tally, "a value");
-  if (values.empty()) return figure;
+  if (values.empty()) {
+    figure.note = noteText(tally, "a value");
+    return figure;
+  }
   const auto ends = std::minmax_element(values.begin(), values.end());
+  const Axis& axis = histogram.axis;
+  if (histogram.below > 0) {
+    tally.outside += fmt::format("{} below {:g} {}, down to {:g}. ", histogram.below, axis.low, name.unit, *ends.first);
+  }
+  if (histogram.above > 0) {
+    tally.outside += fmt::format("{} above {:g} {}, up to {:g}. ", histogram.above, axis.high, name.unit, *ends.second);
+  }
+  figure.note = noteText(tally, "a value");
   const std::string label = fmt::format("{}, histogram of {} {} results from {:g} to {:g} {}", name.quantity,
                                         values.size(), medium.name, *ends.first, *ends.second, name.unit);
-  figure.chart = histogramSvg(histogram, name, label);
+  figure.chart = histogramSvg(histogram, name, withZero, label);
   return figure;
 }
 
@@ -94,7 +103,10 @@ Figure scatterFigure(const MediumReport& medium) {
     tally.bounds += isBound(s.length) || isBound(s.headroom) ? 1 : 0;
   }
   const Axis x = axisFor(lengths, false), y = axisFor(headrooms, true);
-  for (const ChartPoint& point : points) tally.outside += isOutside(x, point.x) || isOutside(y, point.y) ? 1 : 0;
+  const auto outside = std::count_if(points.begin(), points.end(), [&x, &y](const ChartPoint& point) {
+    return isOutside(x, point.x) || isOutside(y, point.y);
+  });
+  if (outside > 0) tally.outside = fmt::format("{} outside the axes, drawn at their ends. ", outside);
   tally.shown = points.size();
   tally.without = medium.rows.size() - points.size();
   figure.caption = "Headroom against length";

@@ -73,7 +73,7 @@ std::string factsOf(const Report& report) {
   for (const MediumReport& medium : report.media) {
     std::string name = medium.name;
     name[0] = static_cast<char>(name[0] | 0x20);  // within a sentence
-    text += (text.empty() ? "" : ", ") + (name == "no medium" ? fmt::format("{} of no medium", medium.rows.size())
+    text += (text.empty() ? "" : ", ") + (name == "no medium" ? fmt::format("{} without a medium", medium.rows.size())
                                                               : fmt::format("{} {}", medium.rows.size(), name));
   }
   if (!text.empty()) text += ". ";
@@ -102,7 +102,8 @@ std::vector<std::string> alertsOf(const JobFiles& job, const Report& report) {
     alerts.push_back(counted(report.coverage.twice.size(), "expected ID has", "expected IDs have") +
                      " more than one result.");
   }
-  if (foreign > 0) alerts.push_back(counted(foreign, "result has an ID", "results have IDs") + " not expected.");
+  if (foreign > 0)
+    alerts.push_back(counted(foreign, "result has an ID that is", "results have IDs that are") + " not expected.");
   return alerts;
 }
 
