@@ -22,7 +22,7 @@ awk -v count="$3" -v directory="$directory" '
     for (i = 1; i <= count; i++) {
       fibre = i % 10 >= 7
       metres = fibre ? 300 + 1800 * rand() : 12 + 80 * rand()
-      headroom = sprintf("%.2f", fibre ? 1.6 + 0.8 * normal() - metres / 2500 : 3.4 - metres / 24 + 1.6 * normal()) + 0
+      headroom = sprintf("%.2f", fibre ? 1.6 + 0.8 * normal() - metres / 2500 : 2.9 - metres / 26 + 2 * normal()) + 0
       status = headroom < -0.2 ? "Fail" : headroom < 0 ? "Fail star" : headroom < 0.4 ? "Pass star" : "Pass"
       failed = headroom < 0 ? 1 + int(-2 * headroom) : 0
       name = sprintf(fibre ? "B%03d" : "A%03d", i % 1000)

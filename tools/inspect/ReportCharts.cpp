@@ -47,12 +47,14 @@ std::string nameText(const AxisName& name) {
 
 /// Ticks below, as many as have room beside each other.
 std::string bottomAxis(const Scale& x, const AxisName& name) {
+  constexpr double WORD_WIDTH = OUTSIDE_WIDTH + 6;  // below a bar for values outside
   std::string svg = line("axis", LEFT, BOTTOM, RIGHT, BOTTOM);
-  double free = 0;
+  double free = x.from > LEFT + OUTSIDE_WIDTH ? LEFT + WORD_WIDTH : 0;
+  const double end = x.to < RIGHT - OUTSIDE_WIDTH ? RIGHT - WORD_WIDTH : WIDTH;
   for (const double tick : x.axis.ticks()) {
     const std::string words = x.axis.text(tick);
     const double at = x.at(tick), half = (static_cast<double>(words.size()) / 2 + 1) * CHARACTER;
-    if (at - half < free) continue;
+    if (at - half < free || at + half > end + CHARACTER) continue;
     free = at + half;
     svg += line("axis", at, BOTTOM, at, BOTTOM + 4);
     svg += text("middle", at, BOTTOM + 17, words);

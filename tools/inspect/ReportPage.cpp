@@ -54,16 +54,26 @@ std::size_t countOf(const VerdictCounts& verdicts, Predicate wanted) {
   return count;
 }
 
-std::string leadOf(const Report& report) {
+std::size_t damagedFiles(const JobFiles& job) {
+  return static_cast<std::size_t>(
+      std::count_if(job.notes.begin(), job.notes.end(), [](const FileNote& note) { return note.isDamaged; }));
+}
+
+/// The verdict on all of it. Results that could not be read are never passed over in silence.
+std::string leadOf(const JobFiles& job, const Report& report) {
   const std::size_t all = report.results;
   const std::size_t fails = countOf(report.verdicts, isFail), passes = countOf(report.verdicts, isPass);
-  if (all == 0) return "No results.";
-  if (fails == all) return all == 1 ? "The result fails." : fmt::format("All {} results fail.", all);
-  if (passes == all) return all == 1 ? "The result passes." : fmt::format("All {} results pass.", all);
-  std::string text = fmt::format("Of {}, {} and {}", counted(all, "result", "results"),
-                                 counted(passes, "passes", "pass"), counted(fails, "fails", "fail"));
+  const char* const readable = damagedFiles(job) + job.unread.size() > 0 ? " that could be read" : "";
+  if (all == 0) return fmt::format("No results{}.", readable);
+  if (fails == all || passes == all) {
+    const char* const verb = fails == all ? "fail" : "pass";
+    return all == 1 ? fmt::format("The result{} {}{}.", readable, verb, fails == all ? "s" : "es")
+                    : fmt::format("All {} results{} {}.", all, readable, verb);
+  }
   const std::size_t others = all - fails - passes;
-  return text + (others > 0 ? fmt::format("; {} neither.", counted(others, "does", "do")) : ".");
+  return fmt::format("Of {}{}, {} and {}{}.", counted(all, "result", "results"), readable,
+                     counted(passes, "passes", "pass"), counted(fails, "fails", "fail"),
+                     others > 0 ? fmt::format("; {} neither", counted(others, "does", "do")) : "");
 }
 
 /// "28 copper, 12 fibre. Tested from 2024-01-31 to 2024-02-05 (UTC)."
@@ -86,8 +96,7 @@ std::string factsOf(const Report& report) {
 /// What whoever reads the page must know before anything else of it.
 std::vector<std::string> alertsOf(const JobFiles& job, const Report& report) {
   std::vector<std::string> alerts;
-  const auto damaged = static_cast<std::size_t>(
-      std::count_if(job.notes.begin(), job.notes.end(), [](const FileNote& note) { return note.isDamaged; }));
+  const std::size_t damaged = damagedFiles(job);
   if (!job.unread.empty()) alerts.push_back(counted(job.unread.size(), "file", "files") + " could not be read.");
   if (damaged > 0) {
     alerts.push_back(counted(damaged, "file is", "files are") +
@@ -227,7 +236,7 @@ Data dataOf(const FileNote& note) {
 std::string reportPage(const JobFiles& job, const std::string& title) {
   const Report report = reportOf(job);
   const std::vector<std::string> alerts = alertsOf(job, report);
-  Data page = object({{"title", title}, {"facts", factsOf(report)}, {"lead", leadOf(report)}});
+  Data page = object({{"title", title}, {"facts", factsOf(report)}, {"lead", leadOf(job, report)}});
   page["hasAlerts"] = Data(!alerts.empty());
   page["alerts"] = eachOf(alerts, wordsOf);
   addTiles(report, page);

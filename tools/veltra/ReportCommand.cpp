@@ -82,13 +82,16 @@ int report(const Arguments& args, const Options& options) {
     complain(error);
     return EXIT_COULD_NOT;
   }
+  const auto damaged =
+      std::count_if(job.notes.begin(), job.notes.end(), [](const Inspect::FileNote& note) { return note.isDamaged; });
   Json::Value json(Json::objectValue);
   json["file"] = args.output;
-  json["bytes"] = static_cast<Json::UInt64>(page.size());
   json["results"] = static_cast<Json::UInt64>(job.rows.size());
-  printDocument(
-      {fmt::format("{}: {} results, {} bytes\n", printable(args.output), job.rows.size(), page.size()), json, {}, {}},
-      options);
+  json["damaged"] = static_cast<Json::Int64>(damaged);
+  json["unread"] = static_cast<Json::UInt64>(job.unread.size());
+  const std::string text = fmt::format("{}: {} results, {} files damaged, {} not read\n", printable(args.output),
+                                       job.rows.size(), damaged, job.unread.size());
+  printDocument({text, json, {}, {}}, options);
   return code;
 }
 
