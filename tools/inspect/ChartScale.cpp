@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include <fmt/format.h>
 
@@ -48,8 +49,9 @@ Axis axisFor(std::vector<double> values, bool withZero) {
   const double lowerQuarter = values[values.size() / 4], upperQuarter = values[values.size() * 3 / 4];
   const double middle = values[values.size() / 2];
   const double spread = std::max({upperQuarter - lowerQuarter, std::abs(middle) / 4, LEAST_SPREAD});
-  axis.low = std::max(values.front(), lowerQuarter - REACH * spread);
-  axis.high = std::min(values.back(), upperQuarter + REACH * spread);
+  // The quarters themselves are within reach: both searches end at a value.
+  axis.low = *std::lower_bound(values.begin(), values.end(), lowerQuarter - REACH * spread);
+  axis.high = *std::prev(std::upper_bound(values.begin(), values.end(), upperQuarter + REACH * spread));
   if (withZero) {
     axis.low = std::min(axis.low, 0.0);
     axis.high = std::max(axis.high, 0.0);
