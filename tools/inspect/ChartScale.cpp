@@ -26,9 +26,9 @@ double roundedStep(double value) {
 }
 
 std::vector<double> Axis::ticks() const {
-  std::vector<double> ticks;
   const double first = std::ceil(low / tick - EPSILON), last = std::floor(high / tick + EPSILON);
-  for (double i = first; i <= last; ++i) ticks.push_back(i * tick);
+  std::vector<double> ticks(static_cast<std::size_t>(std::max(0.0, last - first + 1)));
+  for (std::size_t i = 0; i < ticks.size(); ++i) ticks[i] = (first + static_cast<double>(i)) * tick;
   return ticks;
 }
 

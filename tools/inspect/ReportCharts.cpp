@@ -36,13 +36,14 @@ std::string text(const char* style, double x, double y, const std::string& words
 }
 
 std::string bar(const char* style, double left, double right, double top, const std::string& title) {
+  constexpr double LEAST = 1.5;  ///< one among thousands is still seen
   return fmt::format(
       "<rect class=\"{}\" x=\"{:.1f}\" y=\"{:.1f}\" width=\"{:.1f}\" height=\"{:.1f}\"><title>{}</title></rect>", style,
-      left, top, right - left, BOTTOM - top, htmlText(title));
+      left, std::min(top, BOTTOM - LEAST), right - left, std::max(BOTTOM - top, LEAST), htmlText(title));
 }
 
 std::string nameText(const AxisName& name) {
-  return name.unit.empty() ? name.quantity : name.quantity + " (" + name.unit + ")";
+  return *name.unit == '\0' ? name.quantity : fmt::format("{} ({})", name.quantity, name.unit);
 }
 
 /// Ticks below, as many as have room beside each other.
@@ -96,8 +97,9 @@ bool hasZero(const Axis& axis) {
 std::string zeroLine(const Scale& x, const AxisName& name) {
   const double at = x.at(0);
   const bool isFarRight = at > RIGHT - 40;
-  return line("zero", at, TOP - 12, at, BOTTOM) +
-         text(isFarRight ? "zero-text end" : "zero-text", at + (isFarRight ? -5 : 5), TOP - 6, "0 " + name.unit);
+  return line("zero", at, TOP - 12, at, BOTTOM) + text(isFarRight ? "zero-text end" : "zero-text",
+                                                       at + (isFarRight ? -5 : 5), TOP - 6,
+                                                       std::string("0 ") + name.unit);
 }
 
 }  // namespace

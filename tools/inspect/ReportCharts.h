@@ -13,8 +13,8 @@ namespace Inspect {
 
 /// What a chart's axis tells.
 struct AxisName {
-  std::string quantity;  ///< "Headroom"
-  std::string unit;      ///< "dB"
+  const char* quantity;  ///< "Headroom"
+  const char* unit;      ///< "dB"; empty for counts
 };
 
 /// Bars of counts; values outside the axis stand in bars of their own.

@@ -12,8 +12,8 @@ namespace {
 using Veltra::DisplayMeas;
 using Veltra::ResultSummary;
 
-const AxisName HEADROOM{"Headroom", "dB"};
-const AxisName LENGTH{"Length", "m"};
+constexpr AxisName HEADROOM{"Headroom", "dB"};
+constexpr AxisName LENGTH{"Length", "m"};
 
 bool isBound(const DisplayMeas& measurement) {
   return measurement.type == Veltra::DISPLAY_TYPE_GREATER_THAN || measurement.type == Veltra::DISPLAY_TYPE_LESS_THAN;
