@@ -62,6 +62,13 @@ stage_valgrind() {
 
 stage_coverage() { scripts/coverage; }
 
+# The page of `veltra report` in a browser; the pictures stay in build/report.
+stage_report() {
+  quietly cmake --preset release
+  cmake --build --preset release -j "$jobs" --target veltra -- --quiet
+  tests/report/render.sh build/release/tools/veltra build/report
+}
+
 stage_tidy() {
   quietly cmake --preset dev
   export -f quietly

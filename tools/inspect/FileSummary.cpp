@@ -106,21 +106,25 @@ Json::Value toJson(const FileSummary& summary) {
   return json;
 }
 
-std::string placeOf(const std::string& file, const Finding& finding) {
-  const std::string section = finding.section ? fmt::format(", section {}", *finding.section) : "";
-  return fmt::format("{}: offset {}{}", file, finding.offset, section);
-}
-
 std::string nameOf(const Finding& finding) {
   return fmt::format("{} {}", toString(finding.code), meaningOf(finding.code));
+}
+
+std::string placeOf(const Finding& finding) {
+  const std::string section = finding.section ? fmt::format(", section {}", *finding.section) : "";
+  return fmt::format("offset {}{}", finding.offset, section);
 }
 
 std::string detailsOf(const Finding& finding) {
   return fmt::format("wanted {}, found {}", finding.wanted, finding.found);
 }
 
+std::string describe(const Finding& finding) {
+  return fmt::format("{}: {}: {}", placeOf(finding), nameOf(finding), detailsOf(finding));
+}
+
 std::string describe(const std::string& file, const Finding& finding) {
-  return fmt::format("{}: {}: {}", placeOf(file, finding), nameOf(finding), detailsOf(finding));
+  return file + ": " + describe(finding);
 }
 
 }  // namespace Inspect

@@ -23,10 +23,12 @@ FileSummary summarize(const ByteSource& source);
 Json::Value toJson(const FileSummary& summary);
 Json::Value toJson(const Finding& finding);
 Json::Value toJson(const SectionInfo& section);
-/// One line for people: "FILE: offset 24, section 1: E04 data CRC differs: wanted ..., found ..."
+/// One line for people: "offset 24, section 1: E04 data CRC differs: wanted ..., found ..."
+std::string describe(const Finding& finding);
+/// The same after "FILE: ".
 std::string describe(const std::string& file, const Finding& finding);
-/// Its three parts: "FILE: offset 24, section 1", "E04 data CRC differs" and "wanted ..., found ..."
-std::string placeOf(const std::string& file, const Finding& finding);
+/// Its three parts: "offset 24, section 1", "E04 data CRC differs" and "wanted ..., found ..."
+std::string placeOf(const Finding& finding);
 std::string nameOf(const Finding& finding);
 std::string detailsOf(const Finding& finding);
 

@@ -42,17 +42,6 @@ const char* relationOf(Veltra::DisplayType type) {
 
 constexpr char DIGITS_FOLLOW[] = "//";  // what JsonCpp wants a comment to begin with
 
-/// The number nearest to what the decimal text says: the library's own conversions go through single precision. Its
-/// comment tells the digits the measurement has.
-Json::Value numberOf(const ScaledInt& value) {
-  const double raw = value.getRaw();
-  const int scale = value.getScaledTo();
-  Json::Value number(scale < 0 ? raw * std::pow(10.0, -scale) : raw / std::pow(10.0, scale));
-  number.setComment(fmt::format("{}{:.{}f}", DIGITS_FOLLOW, number.asDouble(), std::max(scale, 0)),
-                    Json::commentAfterOnSameLine);
-  return number;
-}
-
 void noteOddities(const ResultSummary& summary, DecodedRecord& record) {
   if (!summary.length.value.hasPrintableScale() || !summary.headroom.value.hasPrintableScale()) {
     record.hasScaleWithoutText = true;
@@ -184,15 +173,27 @@ std::string digitsOf(const Json::Value& number) {
   return comment.empty() ? comment : comment.substr(sizeof DIGITS_FOLLOW - 1);
 }
 
+std::optional<double> measuredNumber(const DisplayMeas& measurement) {
+  const ScaledInt& value = measurement.value;
+  const bool isShown =
+      measurement.type >= Veltra::DISPLAY_TYPE_VALUE && measurement.type <= Veltra::DISPLAY_TYPE_LESS_THAN;
+  if (!isShown || !value.isFinite() || !value.hasPrintableScale()) return std::nullopt;
+  const double raw = value.getRaw();
+  const int scale = value.getScaledTo();
+  return scale < 0 ? raw * std::pow(10.0, -scale) : raw / std::pow(10.0, scale);
+}
+
 Json::Value measurementJson(const DisplayMeas& measurement) {
   Json::Value json(Json::objectValue);
   const char* const relation = relationOf(measurement.type);
   const bool printable = measurement.value.hasPrintableScale();
-  const bool hasNumber = measurement.type >= Veltra::DISPLAY_TYPE_VALUE &&
-                         measurement.type <= Veltra::DISPLAY_TYPE_LESS_THAN && measurement.value.isFinite() &&
-                         printable;
+  const std::optional<double> number = measuredNumber(measurement);
   json["relation"] = relation;
-  json["value"] = hasNumber ? numberOf(measurement.value) : Json::Value();
+  json["value"] = number ? Json::Value(*number) : Json::Value();
+  if (number) {  // the digits the measurement has
+    const int decimals = std::max<int>(measurement.value.getScaledTo(), 0);
+    json["value"].setComment(fmt::format("{}{:.{}f}", DIGITS_FOLLOW, *number, decimals), Json::commentAfterOnSameLine);
+  }
   json["text"] = printable ? Json::Value(measurement.toString()) : Json::Value();
   return json;
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,6 +20,9 @@ std::string isoUtc(time_t time);
 /// Reads the form isoUtc() writes, or whole seconds since 1970.
 bool fromIsoUtc(const std::string& text, time_t& time);
 
+/// The number of a measurement that has one, of a bound too: the nearest to what its decimal text says. The library's
+/// own conversions go through single precision.
+std::optional<double> measuredNumber(const Veltra::DisplayMeas& measurement);
 /// {"value": 12.5, "relation": "=", "text": "12.5"}; relation one of "=", ">", "<", "n/a", "none"; value null where
 /// there is no number. A scale without a text gives null for both value and text, where the library would stop.
 Json::Value measurementJson(const Veltra::DisplayMeas& measurement);

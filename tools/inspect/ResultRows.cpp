@@ -87,7 +87,8 @@ Json::Value toJson(const ResultRow& row) {
 
 Coverage coverageOf(const std::vector<ResultRow>& rows, const CableIdSet& expected) {
   Coverage coverage;
-  std::vector<int> results(expected.count());
+  std::vector<int>& results = coverage.results;
+  results.resize(expected.count());
   for (const ResultRow& row : rows) {
     const std::optional<uint32_t> ordinal = expected.ordinalOf(row.summary.resultName);
     if (!ordinal) {

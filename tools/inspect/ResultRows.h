@@ -32,6 +32,7 @@ struct Coverage {
   std::vector<std::string> missing;  ///< expected, without a result
   std::vector<std::string> twice;    ///< expected, with more than one result
   std::vector<std::string> foreign;  ///< results whose ID is not of the set
+  std::vector<int> results;          ///< of each ID of the set, in their order
 };
 Coverage coverageOf(const std::vector<ResultRow>& rows, const CableIdSet& expected);
 

@@ -38,8 +38,13 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
 
 /// Reads the summary of each result file, in the order of their IDs. Findings go to standard error.
+/// @param onFile  told each file that could be read, one at a time and in no order
 /// @return as answerForFiles()
-int readResults(const std::vector<std::string>& paths, const Options& options, std::vector<Inspect::ResultRow>& rows);
+int readResults(const std::vector<std::string>& paths, const Options& options, std::vector<Inspect::ResultRow>& rows,
+                const std::function<void(const Inspect::FileSummary&)>& onFile = {});
+
+/// 0 each expected ID has one result; 1 IDs are missing or foreign; 3 one has two results.
+int codeOf(const Inspect::Coverage& coverage);
 
 /// Complains of each finding.
 void complainOfEach(const std::string& name, const Inspect::Findings& findings);
@@ -64,6 +69,7 @@ void addCompletion(CLI::App& app, const Options& options, Run& run);
 void addDiff(CLI::App& app, const Options& options, Run& run);
 void addExtract(CLI::App& app, const Options& options, Run& run);
 void addSummary(CLI::App& app, const Options& options, Run& run);
+void addReport(CLI::App& app, const Options& options, Run& run);
 void addTypes(CLI::App& app, const Options& options, Run& run);
 void addDoctor(CLI::App& app, const Options& options, Run& run);
 void addRecover(CLI::App& app, const Options& options, Run& run);

@@ -25,7 +25,7 @@ FileAnswer answerOf(const Inspect::ContainerReport& report) {
   for (const Inspect::Finding& finding : report.findings) {
     const std::string next = nextCommand(report.name, finding);
     answer.text +=
-        fmt::format("{}: {}: {}; next: {}\n", printable(placeOf(report.name, finding)),
+        fmt::format("{}: {}: {}: {}; next: {}\n", printable(report.name), placeOf(finding),
                     painted(nameOf(finding), toneOf(finding.code)), printable(detailsOf(finding)), printable(next));
     Json::Value row = toJson(finding);
     row["next"] = next;

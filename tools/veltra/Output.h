@@ -8,6 +8,7 @@
 
 #include <libcrossplatform/common/ResultVocabulary.h>
 #include <tools/inspect/ContainerWalk.h>
+#include <tools/inspect/PrintableText.h>
 
 #include "Terminal.h"
 
@@ -38,8 +39,7 @@ struct Options {
 /// With many inputs the worst code counts: 4, 1, 3, 0.
 int worse(int a, int b);
 
-/// Text from outside as a terminal may show it: control characters and bytes that are no UTF-8 become \xNN.
-std::string printable(const std::string& text);
+using Inspect::printable;
 
 /// A value as styled JSON, or on one line with an empty indentation.
 std::string jsonText(const Json::Value& value, const char* indentation);

@@ -83,8 +83,7 @@ int summary(const Arguments& args, const Options& options) {
     document.json["foreign"] = listJson(coverage.foreign);
     const bool isWhole = options.format == FORMAT_TABLE || options.format == FORMAT_JSON;
     if (!isWhole && !options.quiet && !lists.empty()) complain(lists.substr(0, lists.size() - 1));
-    if (!coverage.missing.empty() || !coverage.foreign.empty()) code = worse(code, EXIT_NO);
-    if (!coverage.twice.empty()) code = worse(code, EXIT_WITH_LOSS);
+    code = worse(code, codeOf(coverage));
   }
   if (!rows.empty() || options.format != FORMAT_JSONL) printDocument(document, options);
   return code;
@@ -92,15 +91,22 @@ int summary(const Arguments& args, const Options& options) {
 
 }  // namespace
 
-int readResults(const std::vector<std::string>& paths, const Options& options, std::vector<Inspect::ResultRow>& rows) {
+int codeOf(const Inspect::Coverage& coverage) {
+  if (!coverage.missing.empty() || !coverage.foreign.empty()) return EXIT_NO;
+  return coverage.twice.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
+}
+
+int readResults(const std::vector<std::string>& paths, const Options& options, std::vector<Inspect::ResultRow>& rows,
+                const std::function<void(const Inspect::FileSummary&)>& onFile) {
   Options silent = options;
   silent.format = FORMAT_TABLE;  // the answers have no text: nothing is printed but findings
   std::mutex mutex;
   const int code = answerForFiles(paths, silent, {}, true, [&](const Inspect::ByteSource& source) {
     const Inspect::FileSummary file = Inspect::summarize(source);
-    if (file.hasSummary) {
+    {
       const std::lock_guard<std::mutex> lock(mutex);
-      rows.push_back({source.name(), file.summary});
+      if (file.hasSummary) rows.push_back({source.name(), file.summary});
+      if (onFile) onFile(file);
     }
     FileAnswer answer;
     answer.findings = file.report.findings;

@@ -53,6 +53,7 @@ void addCommands(CLI::App& app, const Options& options, Run& run) {
   addSummary(app, options, run);
   addDoctor(app, options, run);
   addRecover(app, options, run);
+  addReport(app, options, run);
   addAnnotate(app, options, run);
   addExtract(app, options, run);
   addDiff(app, options, run);

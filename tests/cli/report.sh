@@ -1,0 +1,48 @@
+# A page from results: what is on it, what it is called with, what it answers.
+pack() { # FILE ID TYPE STATUS LENGTH HEADROOM
+  printf '{"summary": {"resultName": "%s", "resultType": "%s", "status": "%s", "length": "%s", "headroom": "%s",
+    "timeStamp": "2024-01-31T09:15:00Z", "numPassTests": 12}}' "${@:2}" > result.json
+  veltra pack result.json -o "$1" > /dev/null
+}
+# page FILE: the words of a page, a line each, without its style sheet and its drawings' texts.
+page() {
+  sed -e '/<style>/,/<\/style>/d' -e 's/<svg class="chart".*<\/svg>//' -e 's/<\/\(li\|td\|th\)>/|/g; s/<[^>]*>/ /g; s/  */ /g' "$1" |
+    grep -v '^[ |]*$'
+}
+mkdir -p job/sub empty
+pack job/1.vres A01 COPPER Pass 45.2 3.10
+pack job/2.vres A02 COPPER 'Fail star' 88.0 -0.20
+pack job/3.vres '<b>A04</b> & \u001b[31m' COPPER 'Pass star' '>90.0' NaN
+pack job/sub/4.vres A02 FIBER Pass 1204 1.50
+pack job/sub/5.vres A05 FIBER Pass 900 2.50
+pack job/sub/6.vres A06 FIBER Fail 700 -2.50
+
+t veltra report -r job -o job.html
+page job.html
+t veltra report -r job -o job.html
+t veltra report job/1.vres job/sub/5.vres -o job.html --force --title 'Floor <2>' -f json
+grep -c '<h1>Floor &lt;2&gt;</h1>' job.html
+t veltra report job/1.vres -o expected.html --expect A01..A02
+t veltra report -r job -o all.html --expect A01..A04
+page all.html | sed -n '/^ Expected/,/^ Copper/p'
+veltra report -j 1 -r job -o one-thread.html > /dev/null
+veltra report -j 4 -r job -o four-threads.html > /dev/null
+t cmp one-thread.html four-threads.html
+
+# Damage: the page is made all the same, and says so. The page of last time is no file of the job.
+patch job/sub/6.vres 60 ff
+printf more >> job/sub/5.vres
+truncate -s 30 job/2.vres
+t veltra report -q -r job -o job/page.html
+t veltra report -q -r job missing.vres -o job/page.html --force
+page job/page.html | grep -v '^ \(Headroom\|Length\|Results\|Verdict\) '
+t cmp <(veltra summary -q -r job > /dev/null; echo $?) <(veltra report -q -r job -o job/page.html --force > /dev/null; echo $?)
+t veltra report -r empty -o empty.html
+page empty.html
+
+# What it refuses.
+t veltra report job/1.vres -o job/1.vres --force
+t veltra report job/1.vres -o nowhere/page.html
+t veltra report job/1.vres -o x.html --expect A2..A1
+t veltra report job/1.vres
+t ls
