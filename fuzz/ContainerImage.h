@@ -38,7 +38,7 @@ class DeclaredSizes {
   bool allow(const PFile::Header& header, const uint8_t* payload, std::size_t size);
 
  private:
-  static constexpr uint64_t BUDGET = 16 * 1024 * 1024;
+  static constexpr uint64_t BUDGET = 8 * 1024 * 1024;
   uint64_t _declared = 0;
 };
 

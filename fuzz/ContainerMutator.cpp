@@ -130,7 +130,7 @@ void damage(Image& image, Random& random) {
       break;
     case 2:  // the claim of a compressed payload, or the total length
       if (section.payload.size() < sizeof(uint32_t)) return;
-      Marshal::storeLittle32(section.payload.data(), random.oneIn(2) ? random.oneOf(SIZES) : 0x800000);
+      Marshal::storeLittle32(section.payload.data(), random.oneIn(8) ? 0x800000 : random.oneOf(SIZES));
       section.header.dataCrc = PFile::crc32Of(section.payload.data(), static_cast<uint32_t>(section.payload.size()));
       break;
     case 3: {  // never closed: the CRC-32 is that of the total less the file header's own 20 bytes

@@ -61,6 +61,18 @@ void check(const Json::Value& json, int generations) {
   FUZZ_CHECK(Dump::compactJson(shown(again)) == Dump::compactJson(last));
 }
 
+/// A temperature beyond what the record holds may change with every reading, but what it stores does not, once the text
+/// has its two decimals.
+void checkCelsius(const Json::Value& json) {
+  Celsius taken, shownOnce, shownTwice;
+  if (!take(taken, json)) {
+    FUZZ_CHECK(taken == Celsius());
+    return;
+  }
+  FUZZ_CHECK(take(shownOnce, shown(taken)) && take(shownTwice, shown(shownOnce)));
+  FUZZ_CHECK(std::abs(shownOnce.getScaled() - taken.getScaled()) <= 1 && shownTwice == shownOnce);
+}
+
 /// Values of one end may change with every reading: single precision is not enough for nine digits.
 void checkSpan(const Json::Value& json) {
   FibDbus::OtdrSpan span;
@@ -123,7 +135,7 @@ void checkDocument(const Fuzz::Input& input) {
     FUZZ_CHECK(json.isNull());
     return;
   }
-  Fuzz::guarded([&] { check<Celsius>(json, 0); });
+  Fuzz::guarded([&] { checkCelsius(json); });
   Fuzz::guarded([&] { check<EquipmentInformation>(json, 0); });
   Fuzz::guarded([&] { check<CustomerDatabaseVersion>(json, 0); });
   Fuzz::guarded([&] { check<DatabasePackageManifestSummary>(json, 0); });

@@ -49,9 +49,11 @@ class PlainWriter final : public Marshal::IObjectWriter {
 class PlainReader final : public Marshal::IObjectReader {
  public:
   explicit PlainReader(const Bytes& bytes) : PlainReader(bytes.data(), static_cast<uint32_t>(bytes.size())) {}
-  PlainReader(const uint8_t* data, uint32_t size) : _in(data, size) {}
+  /// @param positioned  tell the position all the same
+  PlainReader(const uint8_t* data, uint32_t size, bool positioned = false) : _in(data, size), _positioned(positioned) {}
   uint32_t consumed() const { return _in.position(); }
 
+  uint32_t position() const override { return _positioned ? _in.position() : NO_POSITION; }
   bool readBool(bool& v) override { return _in.readBool(v); }
   bool readUInt8(uint8_t& v) override { return _in.readUInt8(v); }
   bool readInt8(int8_t& v) override { return _in.readInt8(v); }
@@ -67,6 +69,7 @@ class PlainReader final : public Marshal::IObjectReader {
 
  private:
   Marshal::ByteStreamReader _in;
+  bool _positioned = false;
 };
 
 }  // namespace RecordTesting

@@ -32,10 +32,7 @@ DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section
     findings.push_back({code, section.payloadOffset(), section.number, std::move(wanted), std::move(found)});
   };
   if (!loadPayload(source, section, bytes, error)) {
-    const bool tooBig = section.originalSize > PFile::Section::MAX_UNCOMPRESSED;
-    add(tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED,
-        tooBig ? "8388608 bytes at most" : "a zlib stream of the original size",
-        fmt::format("{} bytes claimed", section.originalSize.value_or(0)));
+    findings.push_back(inflateFinding(section));
     return record;
   }
   record = decodeRecord(bytes);
