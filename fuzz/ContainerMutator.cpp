@@ -150,7 +150,13 @@ void damage(Image& image, Random& random) {
   Fuzz::repairHeader(section.header);
 }
 
-std::size_t give(const Image& image, uint8_t* data, std::size_t maxSize) {
+/// Repairs an image, damages it again now and then, and hands over its bytes.
+std::size_t give(Image& image, uint8_t* data, std::size_t maxSize, Random& random) {
+  // More sections would reach nothing new, and take time.
+  constexpr std::size_t MOST_SECTIONS = 12;
+  if (image.sections.size() > MOST_SECTIONS) image.sections.resize(MOST_SECTIONS);
+  Fuzz::repairImage(image);
+  if (random.oneIn(4)) damage(image, random);
   const Bytes bytes = Fuzz::joinImage(image);
   const std::size_t size = std::min(bytes.size(), maxSize);
   std::copy_n(bytes.begin(), size, data);
@@ -181,9 +187,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(uint8_t* data, std::size_t size, 
     default:
       mutateOrder(image, random);
   }
-  Fuzz::repairImage(image);
-  if (random.oneIn(4)) damage(image, random);
-  return give(image, data, maxSize);
+  return give(image, data, maxSize, random);
 }
 
 extern "C" std::size_t LLVMFuzzerCustomCrossOver(const uint8_t* a, std::size_t sizeA, const uint8_t* b,
@@ -196,6 +200,5 @@ extern "C" std::size_t LLVMFuzzerCustomCrossOver(const uint8_t* a, std::size_t s
     const std::size_t at = random.below(image.sections.size() + 1);
     image.sections.insert(image.sections.begin() + static_cast<std::ptrdiff_t>(at), section);
   }
-  Fuzz::repairImage(image);
-  return give(image, out, maxSize);
+  return give(image, out, maxSize, random);
 }
