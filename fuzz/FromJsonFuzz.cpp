@@ -41,6 +41,20 @@ Json::Value shown(const Record& record) {
   return record.toJson(Dump::DumpFlags());
 }
 
+/// Whether what a record shows can be read: the form of a time has four digits for the year.
+template <class Record>
+bool showsAll(const Record&) {
+  return true;
+}
+bool showsAll(const EquipmentInformation& equipment) {
+  constexpr int64_t YEAR_1000 = -30610224000, YEAR_10000 = 253402300800;
+  for (const long time :
+       {equipment.getModuleCalibrationTime(), equipment.getModuleFirstUseDate(), equipment.getLiaCalibrationTime()}) {
+    if (time < YEAR_1000 || time >= YEAR_10000) return false;
+  }
+  return true;
+}
+
 /// @param generations  after how many of them what is shown no longer changes: 1 where reading loses nothing
 template <class Record>
 void check(const Json::Value& json, int generations) {
@@ -51,6 +65,7 @@ void check(const Json::Value& json, int generations) {
     return;
   }
   Json::Value last = shown(record);
+  if (!showsAll(record)) return;
   for (int i = 0; i < generations; ++i) {
     Record next;
     FUZZ_CHECK(take(next, last));
@@ -78,7 +93,7 @@ void checkSpan(const Json::Value& json) {
   FibDbus::OtdrSpan span;
   const Fuzz::Bytes before = Fuzz::bytesOf(span);
   if (take(span, json)) {
-    Fuzz::guarded([&] { FUZZ_CHECK(take(span, shown(span))); });
+    Fuzz::guarded([&] { FUZZ_CHECK(span.fromJson(shown(span), nullptr)); });
   } else {
     FUZZ_CHECK(Fuzz::bytesOf(span) == before);
   }
