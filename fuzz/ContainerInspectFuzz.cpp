@@ -93,12 +93,24 @@ void checkRanges(const Recovery& recovery, uint64_t size) {
   FUZZ_CHECK(end <= size && bytes <= size);
 }
 
+/// Up to the first damage recover keeps what the walk found.
+void checkKept(const Recovery& recovery, const ContainerReport& report) {
+  std::size_t kept = 0;
+  for (const SectionInfo& section : report.sections) {
+    if (section.verdict != DataVerdict::OK) return;
+    if (!isDataSection(section)) continue;
+    FUZZ_CHECK(kept < recovery.kept.size() && recovery.kept[kept].offset == section.offset);
+    ++kept;
+  }
+}
+
 /// What recover writes is a container in order, which holds what was kept, and nothing is lost the second time.
 void checkRecovery(const ByteSource& source, const ContainerReport& report) {
   static const Fuzz::ScratchDirectory DIRECTORY;
   const std::string path = DIRECTORY.file("recovered");
   const Recovery recovery = findSections(source);
   checkRanges(recovery, source.size());
+  checkKept(recovery, report);
   if (!report.damaged()) {
     const auto wanted = std::count_if(report.sections.begin(), report.sections.end(), isDataSection);
     FUZZ_CHECK(recovery.kept.size() == static_cast<std::size_t>(wanted) || has(report, W03_BYTES_BEHIND_END));

@@ -2,9 +2,10 @@
 #include <libcrossplatform/common/PFile.h>
 #include <libcrossplatform/logging/Assert.h>
 
+#include <algorithm>
 #include <fstream>
-#include <regex>
 #include <set>
+#include <sstream>
 
 #include <gtest/gtest.h>
 
@@ -21,7 +22,7 @@ Bytes fileBytes(const char* name) {
   return Bytes(std::istreambuf_iterator<char>(in), {});
 }
 
-/// The quoted expressions and the units in the first columns of the rows behind a heading of the page.
+/// The rows behind a heading of the page that begin with: "expression", "expression": `Unit`.
 std::set<std::string> onPage(const std::string& heading) {
   const Bytes bytes = fileBytes("docs/reader-behaviour.md");
   std::istringstream page(std::string(bytes.begin(), bytes.end()));
@@ -29,13 +30,15 @@ std::set<std::string> onPage(const std::string& heading) {
   std::string line;
   while (std::getline(page, line) && line != heading) {
   }
-  const std::regex row(R"(^\| ((?:"[^"]+"(?:, )?)+): `([A-Za-z]+)` .*)"), quoted(R"("([^"]+)\")");
+  const std::string first = "| \"", between = "\", \"", last = "\": `";
   while (std::getline(page, line) && line.rfind("##", 0) != 0) {
-    std::smatch cells;
-    if (!std::regex_match(line, cells, row)) continue;
-    const std::string expressions = cells[1];
-    for (std::sregex_iterator at(expressions.begin(), expressions.end(), quoted), end; at != end; ++at) {
-      entries.insert((*at)[1].str() + " in " + cells[2].str());
+    const std::size_t end = line.find(last);
+    if (line.rfind(first, 0) != 0 || end == std::string::npos) continue;
+    const std::size_t name = end + last.size();
+    const std::string unit = line.substr(name, line.find('`', name) - name);
+    for (std::size_t at = first.size(), next; at < end; at = next + between.size()) {
+      next = std::min(line.find(between, at), end);
+      entries.insert(line.substr(at, next - at) + " in " + unit);
     }
   }
   return entries;
@@ -82,7 +85,6 @@ TEST(ContainerImage, RepairMakesADamagedImageReadableAndLeavesAGoodOneAlone) {
       << "the total length is the old one";
   Fuzz::repairImage(image);
   changed = Fuzz::joinImage(image);
-  PFile::Section section;
   ASSERT_EQ(read.open(changed.data(), static_cast<unsigned>(changed.size())), 0);
   ASSERT_EQ(read.read(section, false), 0);
   EXPECT_EQ(section.payload.size(), 1000u);
