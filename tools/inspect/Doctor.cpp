@@ -65,7 +65,8 @@ ContainerReport examine(const ByteSource& source, Examination examination) {
 }
 
 std::string nextCommand(const std::string& file, const Finding& finding) {
-  if (finding.code <= E06_LENGTH_DIFFERS) {
+  // A file header that does not serve is made anew.
+  if (finding.code <= E06_LENGTH_DIFFERS || (finding.section == 0 && isDamage(finding.code))) {
     return finding.code == E02_NO_FILE_HEADER && finding.section && finding.offset == 0
                ? fmt::format("veltra recover {} -o NEW, if it was one once", file)
                : fmt::format("veltra recover {} -o NEW", file);
