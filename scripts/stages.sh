@@ -43,6 +43,9 @@ stage_armhf() {
   build_and_test armhf
 }
 
+# Each target for as long as the script that runs the stages says; the inputs are replayed by the other stages' tests.
+stage_fuzz() { scripts/fuzz --seconds "$fuzz_seconds"; }
+
 stage_install() { tests/install/run.sh; }
 
 # Secrets and the profile are shared between threads.

@@ -36,3 +36,7 @@ t veltra doctor lot/sub/w01-newer.vres
 t veltra doctor lot/sub/e04-data.vres lot/sub/w03-behind.vres -f jsonl
 t veltra doctor -q lot/sub/e04-data.vres
 t veltra doctor lot/sub/w03-behind.vres missing.vres lot -f json
+# A compressed file header that cannot be uncompressed stops every reader.
+cp lot/whole.vres odd.vres && patch odd.vres 6 0001 && header_crc odd.vres 0
+t veltra doctor odd.vres
+t veltra doctor odd.vres --quick

@@ -141,10 +141,12 @@ class Walker {
     if (hasWord && (header.flags & PFile::SECTION_FLAG_COMPRESS) != 0) {
       info.originalSize = Marshal::loadLittle32(word);
     }
-    if (info.number == 0 && header.type == PFile::FILE_HEADER_TYPE && header.dataSize == 4) {
+    const bool isFileHeader = info.number == 0 && header.type == PFile::FILE_HEADER_TYPE;
+    if (isFileHeader && header.dataSize == 4 && !info.originalSize) {
       checkFileHeader(info, Marshal::loadLittle32(word));
-    } else if (_depth == WalkDepth::HEADERS_AND_CRCS) {
+    } else if (isFileHeader || _depth == WalkDepth::HEADERS_AND_CRCS) {
       checkData(info);
+      if (isFileHeader && info.verdict == DataVerdict::OK) checkOddFileHeader(info);
     }
     note(info);
     return true;
@@ -181,6 +183,25 @@ class Walker {
     info.verdict = DataVerdict::WRONG;
     add(E01_NEVER_CLOSED, info.offset, info.number, "the total length of a closed file",
         fmt::format("{}, which a writer leaves until it closes", total));
+  }
+
+  /// No writer makes a file header that is compressed, or of another size. The readers take it all the same, if a total
+  /// length comes out.
+  void checkOddFileHeader(const SectionInfo& info) {
+    std::vector<uint8_t> total(sizeof(uint32_t));
+    std::string error;
+    if (!info.originalSize) {
+      total.resize(_source.readAt(info.payloadOffset(), total.data(), std::min(info.header.dataSize, 4U)));
+    } else if (!loadPayload(_source, info, total, error)) {
+      _report.findings.push_back(inflateFinding(info));
+      return;
+    }
+    if (total.size() < sizeof(uint32_t)) {
+      add(E02_NO_FILE_HEADER, info.payloadOffset(), info.number, "4 bytes of total length",
+          fmt::format("{} bytes", total.size()));
+    } else {
+      _report.recordedLength = Marshal::loadLittle32(total.data());
+    }
   }
 
   void compareLength() {
@@ -254,6 +275,13 @@ bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<
   }
   bytes.assign(section.payload.data(), section.payload.data() + section.payload.size());
   return true;
+}
+
+Finding inflateFinding(const SectionInfo& info) {
+  const bool tooBig = info.originalSize > PFile::Section::MAX_UNCOMPRESSED;
+  return {tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED, info.payloadOffset(), info.number,
+          tooBig ? "8388608 bytes at most" : "a zlib stream of the original size",
+          fmt::format("{} bytes claimed", info.originalSize.value_or(0))};
 }
 
 std::string typeName(uint16_t type) {

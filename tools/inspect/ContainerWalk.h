@@ -106,6 +106,9 @@ std::optional<SectionInfo> findSection(const ByteSource& source, int number, Con
 /// @return false, with `error` saying why: cut, CRC, more than 8 MiB claimed, bad zlib data
 bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<uint8_t>& bytes, std::string& error);
 
+/// The finding for an intact section whose payload cannot be loaded.
+Finding inflateFinding(const SectionInfo& info);
+
 /// A section type's name, or its number as text where it has none.
 std::string typeName(uint16_t type);
 

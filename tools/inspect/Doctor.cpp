@@ -32,10 +32,7 @@ DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section
     findings.add({code, section.payloadOffset(), section.number, std::move(wanted), std::move(found)});
   };
   if (!loadPayload(source, section, bytes, error)) {
-    const bool tooBig = section.originalSize > PFile::Section::MAX_UNCOMPRESSED;
-    add(tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED,
-        tooBig ? "8388608 bytes at most" : "a zlib stream of the original size",
-        fmt::format("{} bytes claimed", section.originalSize.value_or(0)));
+    findings.push_back(inflateFinding(section));
     return record;
   }
   record = decodeRecord(bytes, RecordForm::VERDICT_ALONE);
@@ -66,7 +63,8 @@ ContainerReport examine(const ByteSource& source, Examination examination) {
 }
 
 std::string nextCommand(const std::string& file, const Finding& finding) {
-  if (finding.code <= E06_LENGTH_DIFFERS) {
+  // A file header that does not serve is made anew.
+  if (finding.code <= E06_LENGTH_DIFFERS || (finding.section == 0 && isDamage(finding.code))) {
     return finding.code == E02_NO_FILE_HEADER && finding.section && finding.offset == 0
                ? fmt::format("veltra recover {} -o NEW, if it was one once", file)
                : fmt::format("veltra recover {} -o NEW", file);

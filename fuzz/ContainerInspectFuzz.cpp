@@ -1,0 +1,158 @@
+// What the command does with a file: doctor, recover, annotate, diff. Their answers must fit each other and the
+// readers.
+#include <tools/inspect/Doctor.h>
+#include <tools/inspect/FileDiff.h>
+#include <tools/inspect/FileSummary.h>
+#include <tools/inspect/Recover.h>
+
+#include "ContainerImage.h"
+#include "Scratch.h"
+
+using namespace Inspect;
+
+namespace {
+
+bool isSame(const Finding& a, const Finding& b) {
+  return a.code == b.code && a.offset == b.offset && a.section == b.section && a.wanted == b.wanted &&
+         a.found == b.found;
+}
+
+/// Looking closer finds more, and never less.
+void checkFindsAll(const ContainerReport& closer, const ContainerReport& report) {
+  for (const Finding& finding : report.findings) {
+    const auto same = [&](const Finding& other) { return isSame(finding, other); };
+    FUZZ_CHECK(std::any_of(closer.findings.begin(), closer.findings.end(), same));
+    FUZZ_CHECK(!nextCommand(report.name, finding).empty() && !describe(report.name, finding).empty());
+    FUZZ_CHECK(finding.offset <= report.size);
+  }
+}
+
+bool has(const ContainerReport& report, FindingCode code) {
+  return std::any_of(report.findings.begin(), report.findings.end(), [&](const Finding& f) { return f.code == code; });
+}
+
+/// A file without damage is one that the reader reads to its end, and the other way round.
+void checkAgainstReader(const ContainerReport& report, const char* path) {
+  if (has(report, W03_BYTES_BEHIND_END)) return;  // the reader takes them for a section
+  PFile::FileReader reader;
+  PFile::Header header;
+  bool good = reader.open(path) == PFile::PFILE_OK;
+  for (int code = good ? 0 : -1; code != PFile::PFILE_END_OF_DATA && good;) {
+    PFile::Section section;
+    code = reader.read(section, false);
+    good = code != PFile::PFILE_FAILED;
+  }
+  // A cut between sections, a wrong total length and a file header without one are nothing to the reader.
+  const bool onlyLength = std::all_of(report.findings.begin(), report.findings.end(), [](const Finding& f) {
+    return !isDamage(f.code) || f.code == E06_LENGTH_DIFFERS || f.code == E05_TRUNCATED || f.code == E02_NO_FILE_HEADER;
+  });
+  FUZZ_CHECK(!good || onlyLength);
+  FUZZ_CHECK(good || report.damaged());
+}
+
+/// A record is the same record whether its fields are noted or not, and they cover it without a gap.
+void checkRecord(const ByteSource& source, const SectionInfo& section) {
+  std::vector<uint8_t> bytes;
+  std::string error;
+  if (!loadPayload(source, section, bytes, error)) {
+    FUZZ_CHECK(!error.empty());
+    return;
+  }
+  std::vector<TracedField> fields;
+  const DecodedRecord plain = decodeRecord(bytes), traced = decodeRecord(bytes, &fields);
+  FUZZ_CHECK(plain.outcome == traced.outcome && plain.status == traced.status && plain.name == traced.name);
+  if (plain.outcome == DecodedRecord::NO_RECORD) return;
+  FUZZ_CHECK(plain.used <= bytes.size());
+  uint32_t at = 0;
+  for (const TracedField& field : fields) {
+    FUZZ_CHECK(field.offset == at);
+    at += field.size;
+  }
+  if (plain.outcome == DecodedRecord::DECODED) FUZZ_CHECK(at == plain.used && traced.used == plain.used);
+}
+
+bool isDataSection(const SectionInfo& section) {
+  return section.header.type != PFile::FILE_HEADER_TYPE;
+}
+
+/// Kept and lost ranges follow each other and lie within the file.
+void checkRanges(const Recovery& recovery, uint64_t size) {
+  uint64_t end = 0, bytes = 0;
+  for (const SectionInfo& section : recovery.kept) {
+    FUZZ_CHECK(section.offset >= end);
+    end = section.payloadOffset() + section.header.dataSize;
+    bytes += end - section.offset;
+  }
+  FUZZ_CHECK(end <= size);
+  end = 0;
+  for (const LostRange& lost : recovery.lost) {
+    FUZZ_CHECK(lost.offset >= end && lost.bytes > 0);
+    end = lost.offset + lost.bytes;
+    bytes += lost.bytes;
+  }
+  FUZZ_CHECK(end <= size && bytes <= size);
+}
+
+/// Up to the first damage recover keeps what the walk found.
+void checkKept(const Recovery& recovery, const ContainerReport& report) {
+  std::size_t kept = 0;
+  for (const SectionInfo& section : report.sections) {
+    if (section.verdict != DataVerdict::OK) return;
+    if (!isDataSection(section)) continue;
+    FUZZ_CHECK(kept < recovery.kept.size() && recovery.kept[kept].offset == section.offset);
+    ++kept;
+  }
+}
+
+/// What recover writes is a container in order, which holds what was kept, and nothing is lost the second time.
+void checkRecovery(const ByteSource& source, const ContainerReport& report) {
+  static const Fuzz::ScratchDirectory DIRECTORY;
+  const std::string path = DIRECTORY.file("recovered");
+  const Recovery recovery = findSections(source);
+  checkRanges(recovery, source.size());
+  checkKept(recovery, report);
+  if (!report.damaged()) {
+    const auto wanted = std::count_if(report.sections.begin(), report.sections.end(), isDataSection);
+    FUZZ_CHECK(recovery.kept.size() == static_cast<std::size_t>(wanted) || has(report, W03_BYTES_BEHIND_END));
+    FUZZ_CHECK(recovery.wasClosed);
+  }
+  std::string error;
+  FUZZ_CHECK(writeRecovered(source, recovery, path, error));
+  FUZZ_CHECK(DIRECTORY.files() == 1);
+  ByteSource output;
+  FUZZ_CHECK(output.open(path, error));
+  FUZZ_CHECK(!examine(output, Examination::ORDINARY).damaged());
+  const Recovery again = findSections(output);
+  FUZZ_CHECK(again.wasClosed && again.lost.empty() && again.missing == 0);
+  FUZZ_CHECK(again.kept.size() == recovery.kept.size());
+  for (std::size_t i = 0; i < again.kept.size(); ++i) FUZZ_CHECK(again.kept[i].header == recovery.kept[i].header);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+  return Fuzz::runInput(data, size, [](const Fuzz::Input& input) {
+    static Fuzz::MemoryFile file;
+    file.fill(input.data, input.size);
+    ByteSource source;
+    std::string error;
+    FUZZ_CHECK(source.open(file.path(), error) && source.size() == input.size);
+    const ContainerReport quick = examine(source, Examination::QUICK);
+    const ContainerReport ordinary = examine(source, Examination::ORDINARY);
+    checkFindsAll(ordinary, quick);
+    checkAgainstReader(ordinary, file.path());
+    checkRecovery(source, ordinary);
+
+    Fuzz::DeclaredSizes declared;
+    for (const SectionInfo& section : ordinary.sections) {
+      const std::size_t payload = section.payloadOffset();
+      if (!declared.allow(section.header, input.data + payload, input.size - payload)) return;
+    }
+    checkFindsAll(examine(source, Examination::DEEP), ordinary);
+    for (const SectionInfo& section : ordinary.sections) checkRecord(source, section);
+    toJson(summarize(source));
+    ByteSource same;
+    FUZZ_CHECK(same.open(file.path(), error));
+    FUZZ_CHECK(differencesOf(source, same).empty());
+  });
+}

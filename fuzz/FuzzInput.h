@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <libcrossplatform/common/PFileTypes.h>
+
+/// What all fuzz targets share. Each target has one LLVMFuzzerTestOneInput, made of a runInput().
+namespace Fuzz {
+
+/// More is refused: what an input claims is unbounded anyway, what it holds need not be larger to reach every line.
+constexpr std::size_t INPUT_LIMIT = 64 * 1024;
+
+using Bytes = std::vector<uint8_t>;
+
+/// One input. The bytes stand alone on the heap, so that a read behind them is seen.
+struct Input {
+  const uint8_t* data;
+  std::size_t size;
+
+  uint32_t size32() const { return static_cast<uint32_t>(size); }
+  Bytes bytes() const { return Bytes(data, data + size); }
+  std::string text() const { return std::string(data, data + size); }
+};
+
+/// Runs a target on an input. Messages of the library are formatted, so that their arguments are checked, and dropped.
+/// @return 0, which libFuzzer asks for
+int runInput(const uint8_t* data, std::size_t size, void (*target)(const Input& input));
+
+/// Runs one piece of the work on an input.
+/// @return false when a listed fatal assertion ended it
+bool guarded(const std::function<void()>& work);
+
+/// A receiver of the container's messages that formats them and drops the text.
+extern const PFile::LogCallback formatAndDrop;
+
+/// Ends the program: a property that every input should have does not hold.
+[[noreturn]] void reportFinding(const char* property, const char* function, int line);
+
+}  // namespace Fuzz
+
+#define FUZZ_CHECK(property) ((property) ? (void)0 : Fuzz::reportFinding(#property, __func__, __LINE__))
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size);
