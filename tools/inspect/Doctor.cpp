@@ -58,10 +58,10 @@ DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section
 ContainerReport examine(const ByteSource& source, Examination examination) {
   ContainerReport report =
       walk(source, examination == Examination::QUICK ? WalkDepth::HEADERS : WalkDepth::HEADERS_AND_CRCS);
+  std::vector<uint8_t> bytes;
   for (const SectionInfo& section : report.sections) {
     examineHeader(section, report.findings);
     if (examination != Examination::DEEP || section.number == 0 || section.verdict != DataVerdict::OK) continue;
-    std::vector<uint8_t> bytes;
     examineRecord(source, section, bytes, report.findings);
   }
   return report;

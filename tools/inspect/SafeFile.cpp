@@ -9,14 +9,15 @@
 
 #include <fmt/format.h>
 
+#include <tools/inspect/Uninterrupted.h>
+
 namespace Inspect {
 namespace {
 
 bool writeAll(int descriptor, const char* at, std::size_t size) {
   while (size > 0) {
-    const ssize_t written = write(descriptor, at, size);
-    if (written < 0 && errno != EINTR) return false;
-    if (written <= 0) continue;
+    const ssize_t written = uninterrupted([&] { return write(descriptor, at, size); });
+    if (written <= 0) return false;
     at += written;
     size -= static_cast<std::size_t>(written);
   }

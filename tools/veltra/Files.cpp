@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <thread>
 
@@ -43,7 +44,13 @@ std::vector<Outcome> answerBatch(const std::vector<std::string>& files, std::siz
   const auto work = [&](unsigned first) {
     Inspect::ByteSource source;
     for (std::size_t i = first; i < outcomes.size(); i += jobs) {
-      if (source.open(files[begin + i], outcomes[i].error)) outcomes[i].answer = answer(source);
+      try {
+        if (!source.open(files[begin + i], outcomes[i].error)) continue;
+        outcomes[i].answer = answer(source);
+        if (source.hasFailed()) outcomes[i].error = source.name() + ": read error";
+      } catch (const std::exception& e) {  // out of memory: it must not end the other threads
+        outcomes[i].error = files[begin + i] + ": " + e.what();
+      }
     }
   };
   std::vector<std::thread> threads;

@@ -70,6 +70,10 @@ int recover(const Arguments& args, const Options& options) {
   }
   if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
   const Inspect::Recovery recovery = findSections(source);
+  if (source.hasFailed()) {
+    complain(source.name() + ": read error");
+    return EXIT_COULD_NOT;
+  }
   if (recovery.kept.empty()) {
     complain(fmt::format("{}: no intact section in it", source.name()));
     return EXIT_NO;
