@@ -56,8 +56,10 @@ void record(int number, const long* arguments, long result) {
   } else if (number == SYS_close) {
     if (fd == descriptor) descriptor = -1;
     if (fd == directoryDescriptor) directoryDescriptor = -1;
+#ifdef SYS_rename
   } else if (number == SYS_rename) {
     steps.push_back({Step::RENAME, 0, {}});
+#endif
   }
 }
 

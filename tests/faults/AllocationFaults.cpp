@@ -67,6 +67,10 @@ long stopRefusing() {
   return refused;
 }
 
+bool isSanitized() {
+  return !VELTRA_OWN_MALLOC;
+}
+
 std::size_t live() {
   return liveBytes;
 }

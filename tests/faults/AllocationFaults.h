@@ -15,6 +15,8 @@ void refuseLargerThan(std::size_t bytes);
 /// Refuses no more. @return how many were refused since
 long stopRefusing();
 
+/// Whether the allocator is a sanitizer's.
+bool isSanitized();
 /// Bytes that are allocated now.
 std::size_t live();
 /// Forgets the largest request and the peak.

@@ -4,7 +4,6 @@
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/statvfs.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -80,7 +79,7 @@ class Sweep : public ::testing::TestWithParam<Workload> {
       SCOPED_TRACE(std::string(call.name) + " number " + std::to_string(k) + ": " + std::strerror(error) +
                    (forGood ? " for good" : " once"));
       faults = tryOnce([&] { Calls::failAfter(call.number, k, error, forGood); }, Calls::stopFailing,
-                       call.number == SYS_unlink ? Fault::REMOVING : Fault::CALL);
+                       std::string(call.name) == "unlink" ? Fault::REMOVING : Fault::CALL);
     }
   }
 
