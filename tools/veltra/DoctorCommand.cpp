@@ -16,21 +16,21 @@ struct Arguments {
   bool deep = false;
 };
 
-FileAnswer answerOf(const Inspect::ContainerReport& report) {
+FileAnswer answerOf(const Inspect::ContainerReport& report, const Options& options) {
   FileAnswer answer;
+  const std::string name = report.name;
   answer.findings = report.findings;
-  answer.json["file"] = report.name;
+  answer.json["file"] = name;
   answer.json["damaged"] = report.damaged();
-  answer.json["findings"] = Json::Value(Json::arrayValue);
   for (const Inspect::Finding& finding : report.findings) {
-    const std::string next = nextCommand(report.name, finding);
-    answer.text += printable(describe(report.name, finding)) + "; next: " + printable(next) + "\n";
-    Json::Value row = toJson(finding);
-    row["next"] = next;
-    answer.json["findings"].append(row);
-    row["file"] = report.name;
-    answer.rows.push_back(row);
+    if (options.format != FORMAT_TABLE || options.quiet) break;
+    answer.text += printable(describe(name, finding)) + "; next: " + printable(nextCommand(name, finding)) + "\n";
   }
+  answer.list = LongList{"findings", report.findings.size(), [name, findings = report.findings](std::size_t i) {
+                           Json::Value row = toJson(findings[i]);
+                           row["next"] = nextCommand(name, findings[i]);
+                           return row;
+                         }};
   return answer;
 }
 
@@ -40,9 +40,7 @@ int doctor(const Arguments& args, const Options& options) {
                                            : args.quick ? Inspect::Examination::QUICK
                                                         : Inspect::Examination::ORDINARY;
   return answerForFiles(args.paths, options, columns, false, [&](const Inspect::ByteSource& source) {
-    FileAnswer answer = answerOf(examine(source, examination));
-    if (options.quiet) answer.text.clear();
-    return answer;
+    return answerOf(examine(source, examination), options);
   });
 }
 

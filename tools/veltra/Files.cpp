@@ -73,13 +73,17 @@ class Printer {
         fmt::print("{}", answer.text);
         break;
       case FORMAT_JSON:
-        fmt::print("{}\n{}", _first ? "" : ",", jsonText(answer.json, "  "));
+        fmt::print("{}\n", _first ? "" : ",");
+        printWithLists(answer.json, answer.list ? std::vector<LongList>{*answer.list} : std::vector<LongList>(), true);
         break;
       case FORMAT_JSONL:
-        std::for_each(answer.rows.begin(), answer.rows.end(), printJsonLine);
-        break;
       case FORMAT_CSV:
-        for (const Json::Value& row : answer.rows) printCsvRow(row, _columns);
+        for (const Json::Value& row : answer.rows) printRow(row);
+        for (std::size_t i = 0; answer.list && i < answer.list->size; ++i) {
+          Json::Value row = answer.list->element(i);
+          row["file"] = answer.json["file"];
+          printRow(row);
+        }
         break;
     }
     _first = false;
@@ -89,6 +93,14 @@ class Printer {
   }
 
  private:
+  void printRow(const Json::Value& row) const {
+    if (_options.format == FORMAT_JSONL) {
+      printJsonLine(row);
+    } else {
+      printCsvRow(row, _columns);
+    }
+  }
+
   const Options& _options;
   const std::vector<std::string>& _columns;
   bool _first = true;

@@ -34,18 +34,15 @@ int list(const std::vector<std::string>& files, const Options& options) {
                                             "version", "storedSize", "originalSize", "compressed", "crc"};
   const bool several = files.size() > 1 || options.recursive;
   return answerForFiles(files, options, columns, true, [&](const Inspect::ByteSource& source) {
-    const Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS);
+    Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS);
     FileAnswer answer;
     if (several) answer.text = printable(report.name) + ":\n";
     if (options.format == FORMAT_TABLE) answer.text += tableOf(report);
     answer.findings = report.findings;
     answer.json["file"] = report.name;
-    answer.json["sections"] = Json::Value(Json::arrayValue);
-    for (const Inspect::SectionInfo& section : report.sections) {
-      answer.rows.push_back(toJson(section));
-      answer.json["sections"].append(answer.rows.back());
-      answer.rows.back()["file"] = report.name;
-    }
+    const std::size_t size = report.sections.size();
+    answer.list = LongList{"sections", size,
+                           [sections = std::move(report.sections)](std::size_t i) { return toJson(sections[i]); }};
     return answer;
   });
 }

@@ -103,6 +103,20 @@ void printJson(Json::Value document) {
   fmt::print("{}\n", jsonText(document, "  "));
 }
 
+void printWithLists(const Json::Value& object, const std::vector<LongList>& lists, bool styled) {
+  std::string head = jsonText(object, styled ? "  " : "");
+  const auto closing = static_cast<std::size_t>(styled && !lists.empty() ? 2 : lists.empty() ? 0 : 1);  // "\n}" or "}"
+  fmt::print("{}", head.substr(0, head.size() - closing));
+  for (const LongList& list : lists) {
+    fmt::print(styled ? ",\n  \"{}\" : [" : ",\"{}\":[", list.name);
+    for (std::size_t i = 0; i < list.size; ++i) {
+      fmt::print("{}{}{}", i == 0 ? "" : ",", styled ? "\n    " : "", jsonText(list.element(i), ""));
+    }
+    fmt::print(styled && list.size > 0 ? "\n  ]" : "]");
+  }
+  fmt::print("{}", head.substr(head.size() - closing));
+}
+
 void printJsonLine(const Json::Value& value) {
   fmt::print("{}\n", jsonText(value, ""));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,15 @@ std::string printable(const std::string& text);
 std::string jsonText(const Json::Value& value, const char* indentation);
 /// Prints a document with its "schema" member, styled.
 void printJson(Json::Value document);
+/// A member of an object that may have too many elements to hold them all: each is made when it is printed.
+struct LongList {
+  std::string name;
+  std::size_t size = 0;
+  std::function<Json::Value(std::size_t)> element;
+};
+/// Prints an object that ends in long lists, styled with each of their elements on a line, or all on one line. No new
+/// line follows.
+void printWithLists(const Json::Value& object, const std::vector<LongList>& lists, bool styled);
 /// Prints one value on a line of its own.
 void printJsonLine(const Json::Value& value);
 /// Prints the members of a flat object as one CSV row (RFC 4180); what is missing or null is empty.
