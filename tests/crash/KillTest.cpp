@@ -80,7 +80,7 @@ void expectSectionsRecovered(const std::string& path, const Bytes& sections, con
   const Bytes bytes = Workloads::fileBytes(path);
   const bool isClosed = bytes.size() == FILE_HEADER_BYTES + sections.size() && opens(path) == 0;
   EXPECT_EQ(Workloads::isClean(path), isClosed);
-  if (!isClosed) EXPECT_NE(opens(path), 0);
+  EXPECT_EQ(opens(path) == 0, isClosed);
   std::string error;
   Inspect::ByteSource source;
   ASSERT_TRUE(source.open(path, error)) << error;

@@ -98,7 +98,7 @@ std::string nameOf(const ::testing::TestParamInfo<Workload>& tested) {
 INSTANTIATE_TEST_SUITE_P(Of, Sweep, ::testing::ValuesIn(all()), nameOf);
 
 /// A file system of its own, this many bytes large. Needs the right to mount, or to be root of a name space.
-bool mountSmallDisk(const std::string& directory, long bytes) {
+bool mountSmallDisk(const std::string& directory, std::size_t bytes) {
   if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
   if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return false;
   const std::string size = "size=" + std::to_string(bytes);
@@ -157,17 +157,18 @@ TEST_P(Sweep, EveryFileEndsAtEveryLength) {
 }
 
 TEST_P(Sweep, TheDiskIsFullAtEveryStep) {
-  constexpr long BLOCK = 4096, BLOCKS = 128;
+  constexpr std::size_t BLOCK = 4096, BLOCKS = 128;
   inChild([this] {
     if (!mountSmallDisk(_directory, BLOCK * BLOCKS)) return SKIPPED;
     int done = 0, refused = 0;
-    for (unsigned long left = 0; left <= 64; ++left) {
+    for (std::size_t left = 0; left <= 64; ++left) {
       SCOPED_TRACE(std::to_string(left) + " blocks left");
       prepare(workload, _directory);
       struct statvfs disk {};
       EXPECT_EQ(statvfs(_directory.c_str(), &disk), 0);
+      const auto free = static_cast<std::size_t>(disk.f_bfree);
       const std::string filler = _directory + "/file.filler";
-      writeFile(filler, Bytes((disk.f_bfree - std::min<unsigned long>(left, disk.f_bfree)) * BLOCK));
+      writeFile(filler, Bytes((free - std::min(left, free)) * BLOCK));
       const int code = run(workload, _path);
       std::filesystem::remove(filler);
       EXPECT_EQ(check(workload, _directory, code, Fault::CALL), "");

@@ -199,7 +199,9 @@ TEST_F(Limits, EightKibibytesThatInflateToEightMebibytesAndOneMore) {
         FileReader file;
         EXPECT_EQ(file.open(path.c_str()), 0);
         EXPECT_EQ(file.read(section, true), isTooBig ? -1 : 0);
-        if (!isTooBig) EXPECT_EQ(section.payload.size(), size);
+        if (!isTooBig) {
+          EXPECT_EQ(section.payload.size(), size);
+        }
       }
       {
         Section section;
