@@ -20,7 +20,7 @@ struct FileAnswer {
   std::string text;               ///< for the table format
   Json::Value json;               ///< the file's element of the JSON document
   std::vector<Json::Value> rows;  ///< its JSON lines and CSV rows, flat objects
-  std::optional<LongList> list;   ///< in place of them, and the last member of `json`: the rows, without the name of the file
+  std::optional<LongList> list;   ///< in place of them, and the last member of `json`
   std::vector<Inspect::Finding> findings;
 };
 
