@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <random>
+#include <utility>
 
 namespace PFile {
 namespace {
@@ -56,10 +57,11 @@ SafeFileWriter::~SafeFileWriter() {
 
 int SafeFileWriter::open(char const* path) {
   if (path == nullptr || !_temporary.empty()) return PFILE_FAILED;
-  std::string temporary;
-  if (!createTemporary(path, temporary)) return PFILE_FAILED;
-  _path = path;
-  _temporary = temporary;
+  std::string wanted = path, temporary;
+  if (!createTemporary(wanted, temporary)) return PFILE_FAILED;
+  // Nothing is allocated before the temporary file is known to discard().
+  _path = std::move(wanted);
+  _temporary = std::move(temporary);
   _writer.emplace(_debug, _error);
   const int code = _writer->open(_temporary.c_str());
   // Not left open: a commit() would put an empty file in the place of the old one.

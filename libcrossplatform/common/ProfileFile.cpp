@@ -31,6 +31,15 @@ class Descriptor {
   int m_fd;
 };
 
+// The result of a call that a signal may interrupt. One that is interrupted without end has failed like any other.
+template <class Call>
+ssize_t uninterrupted(Call call) {
+  constexpr int MOST_TRIES = 100;
+  ssize_t n = call();
+  for (int tries = 1; n < 0 && errno == EINTR && tries < MOST_TRIES; ++tries) n = call();
+  return n;
+}
+
 // The path a link leads to, empty when it is not to be followed. Owner and target are asked of one open link, so that
 // it cannot be exchanged in between.
 std::string trustedTarget(const std::string& path) {
@@ -68,8 +77,7 @@ bool writeProfileFile(const std::string& path, const std::string& text) {
   if (!file.isOpen() || ::ftruncate(file.get(), 0) != 0) return false;
   std::size_t written = 0;
   while (written < text.size()) {
-    const ssize_t n = ::write(file.get(), text.data() + written, text.size() - written);
-    if (n < 0 && errno == EINTR) continue;
+    const ssize_t n = uninterrupted([&] { return ::write(file.get(), text.data() + written, text.size() - written); });
     if (n <= 0) return false;
     written += static_cast<std::size_t>(n);
   }
@@ -82,8 +90,7 @@ bool readProfileFile(const std::string& path, std::string& text) {
   std::string content;
   char piece[16 * 1024];
   for (;;) {
-    const ssize_t n = ::read(file.get(), piece, sizeof piece);
-    if (n < 0 && errno == EINTR) continue;
+    const ssize_t n = uninterrupted([&] { return ::read(file.get(), piece, sizeof piece); });
     if (n < 0) return false;
     if (n == 0) break;
     if (static_cast<std::size_t>(n) > PROFILE_FILE_MAX_BYTES - content.size()) return false;

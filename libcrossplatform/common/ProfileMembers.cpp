@@ -1,6 +1,7 @@
 #include <libcrossplatform/common/internal/ProfileMembers.h>
 
 #include <cstring>
+#include <utility>
 
 #include <libcrossplatform/common/EncryptedString.h>
 
@@ -14,7 +15,7 @@ const Json::Value* findOfType(const Json::Value& parent, const char* key, Json::
 
 Json::Value& writable(Json::Value& parent, const char* key, Json::ValueType type) {
   if (!parent.isObject()) parent = Json::Value(Json::objectValue);
-  Json::Value& member = parent[key];
+  Json::Value& member = orBadAlloc([&]() -> Json::Value& { return parent[key]; });
   if (member.type() != type) member = Json::Value(type);
   return member;
 }
@@ -62,9 +63,17 @@ std::string textAt(const Json::Value& array, std::size_t index) {
   return entry.isString() ? entry.asString() : std::string();
 }
 
-bool set(Json::Value& parent, const char* key, const Json::Value& value) {
-  writable(parent, key, value.type()) = value;
+bool set(Json::Value& parent, const char* key, Json::Value&& value) {
+  writable(parent, key, value.type()) = std::move(value);
   return true;
+}
+
+bool set(Json::Value& parent, const char* key, const std::string& text) {
+  return set(parent, key, orBadAlloc([&] { return Json::Value(text); }));
+}
+
+bool set(Json::Value& parent, const char* key, const char* text) {
+  return set(parent, key, orBadAlloc([&] { return Json::Value(text); }));
 }
 
 void remove(Json::Value& parent, const char* key) {
@@ -106,11 +115,11 @@ bool setWirelessKey(Json::Value& document, unsigned number, const std::string& k
   if (!key.empty()) {
     const std::string encrypted = EncryptedString::Encrypt(key);
     if (encrypted.empty()) return false;
-    stored = encrypted;
+    stored = orBadAlloc([&] { return Json::Value(encrypted); });
   }
   Json::Value& keys = writableArray(writableSecurity(document), KEYS);
   if (keys.size() < WIRELESS_KEYS) keys.resize(WIRELESS_KEYS);
-  keys[number - 1] = stored;
+  keys[number - 1] = std::move(stored);
   return true;
 }
 

@@ -36,7 +36,9 @@ truncate -s 30 job/2.vres
 t veltra report -q -r job -o job/page.html
 t veltra report -q -r job missing.vres -o job/page.html --force
 page job/page.html | grep -v '^ \(Headroom\|Length\|Results\|Verdict\) '
-t cmp <(veltra summary -q -r job > /dev/null; echo $?) <(veltra report -q -r job -o job/page.html --force > /dev/null; echo $?)
+{ veltra summary -q -r job > /dev/null; echo $?; } > summary.code
+{ veltra report -q -r job -o job/page.html --force > /dev/null; echo $?; } > report.code
+t cmp summary.code report.code
 t veltra report -r empty -o empty.html
 page empty.html
 

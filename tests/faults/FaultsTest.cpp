@@ -3,29 +3,16 @@
 #include <unistd.h>
 #include <zlib.h>
 
-#include <cstdlib>
-#include <new>
-
 #include <libcrossplatform/common/ResultSummary.h>
 #include <libcrossplatform/serialization/FieldCodec.h>
 
+#include "AllocationFaults.h"
 #include "PFileTesting.h"
-
-// g++ takes free() in an inlined operator delete for a mismatch.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
 
 using namespace PFile;
 using namespace PFileTesting;
 
 namespace {
-
-std::size_t largestAllocation = 0;
-std::size_t mostMemory = SIZE_MAX;
-
-void* allocated(std::size_t size) {
-  largestAllocation = std::max(largestAllocation, size);
-  return size > mostMemory ? nullptr : std::malloc(size != 0 ? size : 1);
-}
 
 /// What compress2() does, call by call: the code and the length it leaves behind; then the real one again.
 struct Answer {
@@ -36,33 +23,6 @@ std::vector<Answer> answers;
 std::vector<uLongf> capacities;
 
 }  // namespace
-
-void* operator new(std::size_t size) {
-  void* const memory = allocated(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void* operator new[](std::size_t size) {
-  return operator new(size);
-}
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return allocated(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return allocated(size);
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete[](void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 extern "C" int compress2(Bytef* dest, uLongf* destLen, const Bytef* source, uLong sourceLen, int level) {
   capacities.push_back(*destLen);
@@ -75,8 +35,6 @@ extern "C" int compress2(Bytef* dest, uLongf* destLen, const Bytef* source, uLon
   *destLen = answer.left;
   return answer.code;
 }
-
-namespace {}  // namespace
 
 TEST(Compression, TranscriptOfTheRetry) {
   Transcript transcript;
@@ -118,7 +76,7 @@ TEST(Allocation, ClaimedSizesAreNotBelieved) {
   close(ends[1]);
   Bytes tooLarge = {1, 0, 0x80, 0, 0x78};
 
-  largestAllocation = 0;
+  Allocations::startMeasuring();
   for (const std::string& path : {dir.file("a.pf"), "/dev/fd/" + std::to_string(ends[0])}) {
     FileReader reader;
     EXPECT_EQ(reader.open(path.c_str()), 0);
@@ -148,7 +106,7 @@ TEST(Allocation, ClaimedSizesAreNotBelieved) {
   }
   Veltra::ResultPathSummaryList list;
   EXPECT_EQ(RecordTesting::readFrom(list, emptyListOfMany), -1);
-  EXPECT_LT(largestAllocation, MODEST);
+  EXPECT_LT(Allocations::largestRequest(), MODEST);
 }
 
 TEST(Allocation, ASectionLargerThanTheMemoryIsAFailedRead) {
@@ -160,7 +118,7 @@ TEST(Allocation, ASectionLargerThanTheMemoryIsAFailedRead) {
   FileReader reader;
   ASSERT_EQ(reader.open(path.c_str()), 0);
   Section section;
-  mostMemory = 1 << 20;
+  Allocations::refuseLargerThan(1 << 20);
   EXPECT_EQ(reader.read(section, true), -1);
-  mostMemory = SIZE_MAX;
+  EXPECT_EQ(Allocations::stopRefusing(), 1);
 }

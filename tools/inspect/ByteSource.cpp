@@ -10,6 +10,8 @@
 
 #include <fmt/format.h>
 
+#include <tools/inspect/Uninterrupted.h>
+
 namespace Inspect {
 
 ByteSource::~ByteSource() {
@@ -25,6 +27,7 @@ void ByteSource::close() {
 bool ByteSource::open(const std::string& path, std::string& error) {
   close();
   _isOverLimit = false;
+  _hasFailed = false;
   const bool isStandardInput = path == "-";
   _name = isStandardInput ? "standard input" : path;
   // A FIFO among the files of a folder must not hold everything up.
@@ -63,10 +66,10 @@ bool ByteSource::takeIn(std::string& error) {
     const std::size_t at = _bytes.size();
     if (at > limit) return refuse(limit, error);
     _bytes.resize(at + PIECE);
-    const ssize_t got = read(_descriptor, &_bytes[at], PIECE);
+    const ssize_t got = uninterrupted([&] { return read(_descriptor, &_bytes[at], PIECE); });
     _bytes.resize(at + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
     if (got == 0) break;
-    if (got < 0 && errno != EINTR) {
+    if (got < 0) {
       error = fmt::format("{}: {}", _name, std::strerror(errno));
       return false;
     }
@@ -78,9 +81,11 @@ bool ByteSource::takeIn(std::string& error) {
 std::size_t ByteSource::readFile(uint64_t offset, uint8_t* to, std::size_t size) const {
   std::size_t done = 0;
   while (done < size) {
-    const ssize_t got = pread(_descriptor, to + done, size - done, static_cast<off_t>(offset + done));
-    if (got == 0 || (got < 0 && errno != EINTR)) break;
-    if (got > 0) done += static_cast<std::size_t>(got);
+    const ssize_t got =
+        uninterrupted([&] { return pread(_descriptor, to + done, size - done, static_cast<off_t>(offset + done)); });
+    if (got < 0) _hasFailed = true;
+    if (got <= 0) break;
+    done += static_cast<std::size_t>(got);
   }
   if (_told) _told(done);
   return done;

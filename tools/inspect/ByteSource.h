@@ -30,6 +30,8 @@ class ByteSource {
   bool isOverLimit() const { return _isOverLimit; }  ///< that is why open() refused it
   const std::string& name() const { return _name; }  ///< the path, or "standard input"
   uint64_t size() const { return _size; }
+  /// A read failed since open(): what was found is no word on the input.
+  bool hasFailed() const { return _hasFailed; }
   /// Reads up to `size` bytes at `offset`. @return how many there were; fewer only at the end or after a read error
   std::size_t readAt(uint64_t offset, void* to, std::size_t size) const;
   /// Up to WINDOW bytes at `offset` in place, valid until the next call. @return how many there are from `at` on
@@ -48,6 +50,7 @@ class ByteSource {
   int _descriptor = -1;
   uint64_t _size = 0;
   bool _inMemory = false;
+  mutable bool _hasFailed = false;
   mutable std::vector<uint8_t> _bytes;  ///< all there are in memory, or the window of a file
   mutable uint64_t _windowAt = 0;
   mutable std::size_t _windowSize = 0;

@@ -1,7 +1,7 @@
 #include <tools/inspect/ContainerWalk.h>
 
 #include <algorithm>
-#include <memory>
+#include <new>
 #include <utility>
 
 #include <fmt/format.h>
@@ -62,6 +62,21 @@ uint32_t crcOfLittle32(uint32_t value) {
   uint8_t bytes[4];
   Marshal::storeLittle32(bytes, value);
   return PFile::crc32Of(bytes, sizeof bytes);
+}
+
+/// What PFile::Section::uncompressData() does, straight into `bytes`, so that the payload is held once.
+bool inflate(const std::vector<uint8_t>& compressed, std::vector<uint8_t>& bytes) {
+  constexpr uLong SIZE_WORD = 4;
+  if (compressed.size() < SIZE_WORD) return false;
+  uLongf size = Marshal::loadLittle32(compressed.data());
+  if (size > PFile::Section::MAX_UNCOMPRESSED) return false;
+  uint8_t nothing = 0;
+  bytes.resize(size);
+  const int code = uncompress(bytes.empty() ? &nothing : bytes.data(), &size, compressed.data() + SIZE_WORD,
+                              static_cast<uLong>(compressed.size()) - SIZE_WORD);
+  if (code == Z_MEM_ERROR) throw std::bad_alloc();
+  bytes.resize(size);
+  return code == Z_OK;
 }
 
 class Walker {
@@ -193,7 +208,7 @@ class Walker {
     if (!info.originalSize) {
       total.resize(_source.readAt(info.payloadOffset(), total.data(), std::min(info.header.dataSize, 4U)));
     } else if (!loadPayload(_source, info, total, error)) {
-      _report.findings.push_back(inflateFinding(info));
+      _report.findings.add(inflateFinding(info));
       return;
     }
     if (total.size() < sizeof(uint32_t)) {
@@ -241,6 +256,13 @@ ContainerReport walk(const ByteSource& source, WalkDepth depth, const OnSection&
   return Walker(source, depth, onSection).run();
 }
 
+std::vector<SectionInfo> sectionsOf(const ByteSource& source) {
+  std::vector<SectionInfo> sections;
+  walk(source, WalkDepth::HEADERS_AND_CRCS,
+       [&sections](const SectionInfo& section, Findings&) { sections.push_back(section); });
+  return sections;
+}
+
 std::optional<SectionInfo> findSection(const ByteSource& source, int number, ContainerReport& report) {
   std::optional<SectionInfo> found;
   report = walk(source, WalkDepth::HEADERS, [&](const SectionInfo& section, Findings&) {
@@ -256,24 +278,20 @@ bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<
         fmt::format("section {}: {} bytes of data are recorded, the file ends before", info.number, header.dataSize);
     return false;
   }
-  std::unique_ptr<unsigned char[]> stored(new unsigned char[header.dataSize]);
-  const std::size_t got = source.readAt(info.payloadOffset(), stored.get(), header.dataSize);
-  PFile::Section section;
-  section.header = header;
-  section.payload.set(static_cast<uint32_t>(got), stored.release(), true);
-  if (got != header.dataSize || !section.verifyDataCrc()) {
+  const bool isCompressed = (header.flags & PFile::SECTION_FLAG_COMPRESS) != 0;
+  std::vector<uint8_t> compressed;
+  std::vector<uint8_t>& stored = isCompressed ? compressed : bytes;
+  stored.resize(header.dataSize);
+  const std::size_t got = source.readAt(info.payloadOffset(), stored.data(), stored.size());
+  if (got == 0 || got != stored.size() || PFile::crc32Of(stored.data(), header.dataSize) != header.dataCrc) {
     error = fmt::format("section {}: {}", info.number, meaningOf(E04_DATA_CRC));
     return false;
   }
-  if (section.compressable()) {
-    section.compressed = true;
-    if (section.uncompressData() != PFile::PFILE_OK) {
-      const bool tooBig = info.originalSize > PFile::Section::MAX_UNCOMPRESSED;
-      error = fmt::format("section {}: {}", info.number, meaningOf(tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED));
-      return false;
-    }
+  if (isCompressed && !inflate(compressed, bytes)) {
+    const bool tooBig = info.originalSize > PFile::Section::MAX_UNCOMPRESSED;
+    error = fmt::format("section {}: {}", info.number, meaningOf(tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED));
+    return false;
   }
-  bytes.assign(section.payload.data(), section.payload.data() + section.payload.size());
   return true;
 }
 

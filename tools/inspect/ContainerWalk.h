@@ -98,6 +98,9 @@ using OnSection = std::function<void(const SectionInfo&, Findings&)>;
 /// Walks a container's headers with bounded reads. Memory does not follow the size of the file.
 ContainerReport walk(const ByteSource& source, WalkDepth depth, const OnSection& onSection = {});
 
+/// All sections a walk finds, CRCs checked.
+std::vector<SectionInfo> sectionsOf(const ByteSource& source);
+
 /// Looks for one section by its number; its data is not checked.
 /// @param report  receives what the walk found
 std::optional<SectionInfo> findSection(const ByteSource& source, int number, ContainerReport& report);

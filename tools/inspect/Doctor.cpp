@@ -32,7 +32,7 @@ DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section
     findings.add({code, section.payloadOffset(), section.number, std::move(wanted), std::move(found)});
   };
   if (!loadPayload(source, section, bytes, error)) {
-    findings.push_back(inflateFinding(section));
+    findings.add(inflateFinding(section));
     return record;
   }
   record = decodeRecord(bytes, RecordForm::VERDICT_ALONE);

@@ -51,13 +51,6 @@ Fields fieldsOf(const ByteSource& source, const SectionInfo& section) {
   return fields;
 }
 
-std::vector<SectionInfo> sectionsOf(const ByteSource& source) {
-  std::vector<SectionInfo> sections;
-  walk(source, WalkDepth::HEADERS_AND_CRCS,
-       [&sections](const SectionInfo& section, Findings&) { sections.push_back(section); });
-  return sections;
-}
-
 }  // namespace
 
 std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b) {

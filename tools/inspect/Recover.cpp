@@ -62,7 +62,7 @@ class Search {
 
   Recovery run() {
     uint64_t at = 0;
-    while (at < _source.size()) {
+    while (at < _source.size() && !_source.hasFailed()) {
       SectionInfo section;
       section.offset = at;
       if (!hasHeader(section)) {

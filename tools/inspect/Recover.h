@@ -23,7 +23,7 @@ struct Recovery {
 
 /// Finds every section that verifies, header and data. Behind damage the next header that verifies is looked for, from
 /// right behind the damaged section's own header on, since its length may lie. Linear in the size of the input,
-/// whatever it claims.
+/// whatever it claims. Ends early when the source fails: ask it.
 Recovery findSections(const ByteSource& source);
 
 /// Writes the sections found, byte for byte, into a new container beside `path` and renames it into place.

@@ -10,6 +10,8 @@
 
 #include <fmt/format.h>
 
+#include <tools/inspect/Uninterrupted.h>
+
 namespace Inspect {
 namespace {
 
@@ -28,9 +30,9 @@ bool writeAll(const std::string& path, const char* at, std::size_t size) {
   const int descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
   bool ok = descriptor >= 0;
   while (ok && size > 0) {
-    const ssize_t written = write(descriptor, at, size);
-    ok = written >= 0 || errno == EINTR;
-    if (written <= 0) continue;
+    const ssize_t written = uninterrupted([&] { return write(descriptor, at, size); });
+    ok = written > 0;
+    if (!ok) break;
     at += written;
     size -= static_cast<std::size_t>(written);
   }
@@ -57,16 +59,18 @@ std::string directoryOf(const std::string& path) {
 bool writeBeside(const std::string& path, std::string& error,
                  const std::function<bool(const std::string& temporary, std::string& error)>& write) {
   const std::string temporary = fmt::format("{}.{}", path, getpid());
-  UnfinishedFile unfinishedFile;
-  const int descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-  unfinishedFile.created(descriptor >= 0 ? temporary : "");
   error.clear();
+  UnfinishedFile file;
+  const int descriptor = open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  if (descriptor >= 0) {
+    file.created(temporary);
+    file.removeAtEnd();  // also when memory runs out in the writing
+  }
   const bool ok = descriptor >= 0 && close(descriptor) == 0 && write(temporary, error) &&
-                  syncFile(temporary, O_RDONLY) && std::rename(temporary.c_str(), path.c_str()) == 0 &&
-                  syncFile(directoryOf(path), O_DIRECTORY);
-  if (ok) return true;
+                  syncFile(temporary, O_RDONLY) && std::rename(temporary.c_str(), path.c_str()) == 0;
+  if (ok) file.keep();
+  if (ok && syncFile(directoryOf(path), O_DIRECTORY)) return true;
   if (error.empty()) error = fmt::format("{}: {}", path, std::strerror(errno));
-  if (descriptor >= 0) unlink(temporary.c_str());
   return false;
 }
 
@@ -99,7 +103,8 @@ void UnfinishedFile::created(const std::string& path) {
 }
 
 UnfinishedFile::~UnfinishedFile() {
-  created("");
+  if (_holds) pthread_sigmask(SIG_SETMASK, &_before, nullptr);
+  if (_removes && hasUnfinished != 0) unlink(unfinished);
   hasUnfinished = 0;
 }
 

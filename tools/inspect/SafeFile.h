@@ -9,7 +9,8 @@ namespace Inspect {
 
 /// Has a file written beside `path`, syncs it and renames it into place.
 /// @param write  writes the file it is given, which exists and is empty; false, with its argument filled, if it cannot
-/// @return false, with `error` filled; the file at `path` is then as it was
+/// @return false, with `error` filled; the file at `path` is then as it was, unless only its directory could not be
+/// synced
 bool writeBeside(const std::string& path, std::string& error,
                  const std::function<bool(const std::string& temporary, std::string& error)>& write);
 
@@ -29,11 +30,16 @@ class UnfinishedFile {
   UnfinishedFile(const UnfinishedFile&) = delete;
   UnfinishedFile& operator=(const UnfinishedFile&) = delete;
   /// The file was created, or nothing was with the empty path; signals come through again.
+  /// @param path  borrowed until this ends
   void created(const std::string& path);
+  /// Has this remove the file when it ends, unless it was kept.
+  void removeAtEnd() { _removes = true; }
+  void keep() { _removes = false; }
 
  private:
   sigset_t _before;
   bool _holds = true;
+  bool _removes = false;
 };
 
 }  // namespace Inspect

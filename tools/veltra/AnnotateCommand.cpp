@@ -141,7 +141,7 @@ int annotate(const Arguments& args, const Options& options) {
   const Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS, annotateSection);
   out.finish();
   if (!options.quiet) complainOfEach(source.name(), report.findings);
-  return report.damaged() ? EXIT_NO : EXIT_DONE;
+  return answerAfter(source, report.damaged() ? EXIT_NO : EXIT_DONE);
 }
 
 }  // namespace

@@ -20,6 +20,7 @@ struct FileAnswer {
   std::string text;               ///< for the table format
   Json::Value json;               ///< the file's element of the JSON document
   std::vector<Json::Value> rows;  ///< its JSON lines and CSV rows, flat objects
+  std::optional<LongList> list;   ///< in place of them, and the last member of `json`
   Inspect::Findings findings;
 };
 
@@ -51,6 +52,9 @@ void complainOfEach(const std::string& name, const Inspect::Findings& findings);
 
 /// Opens the one input of a command. @return false, with a complaint: it could not be done
 bool openInput(Inspect::ByteSource& source, const std::string& path, const Options& options);
+
+/// What a command answers that has read one input: its code, or with a complaint that the input could not be read.
+int answerAfter(const Inspect::ByteSource& source, int code);
 
 /// A section by its number. @return none, with complaints, and `code` what the command answers
 std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code);

@@ -35,7 +35,7 @@ int diff(const Arguments& args, const Options& options) {
   }
   document.text = table.text();
   if (!differences.empty() || options.format == FORMAT_JSON) printDocument(document, options);
-  return differences.empty() ? EXIT_DONE : EXIT_NO;
+  return answerAfter(a, answerAfter(b, differences.empty() ? EXIT_DONE : EXIT_NO));
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ int extract(const Arguments& args, const Options& options) {
   if (args.raw) section->header.flags = static_cast<uint16_t>(section->header.flags & ~PFile::SECTION_FLAG_COMPRESS);
   if (!loadPayload(source, *section, bytes, error)) {
     complain(fmt::format("{}: {}", source.name(), error));
-    return EXIT_NO;
+    return answerAfter(source, EXIT_NO);
   }
   if (args.output.empty()) {
     return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() ? EXIT_DONE : EXIT_COULD_NOT;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
 #include <thread>
 
@@ -47,6 +48,21 @@ uint64_t sizeOf(const std::vector<std::string>& files) {
   return bytes;
 }
 
+void answerFor(const std::string& file, Inspect::ByteSource& source,
+               const std::function<FileAnswer(const Inspect::ByteSource&)>& answer, Outcome& outcome) {
+  try {
+    if (!source.open(file, outcome.error)) {
+      outcome.code = source.isOverLimit() ? EXIT_WITH_LOSS : EXIT_COULD_NOT;
+      return;
+    }
+    outcome.answer = answer(source);
+    if (source.hasFailed()) outcome.error = source.name() + ": read error";
+  } catch (const std::exception& e) {  // out of memory: it must not end the other threads
+    outcome.error = file + ": " + e.what();
+  }
+  if (!outcome.error.empty()) outcome.code = EXIT_COULD_NOT;
+}
+
 /// Answers for files[begin] to files[end - 1], each thread taking every jobs-th of them.
 std::vector<Outcome> answerBatch(const std::vector<std::string>& files, std::size_t begin, std::size_t end,
                                  unsigned jobs, const Options& options, Progress& progress,
@@ -62,10 +78,7 @@ std::vector<Outcome> answerBatch(const std::vector<std::string>& files, std::siz
     });
     for (std::size_t i = first; i < outcomes.size(); i += jobs) {
       read = 0;
-      outcomes[i].code = source.open(files[begin + i], outcomes[i].error) ? EXIT_DONE
-                         : source.isOverLimit()                           ? EXIT_WITH_LOSS
-                                                                          : EXIT_COULD_NOT;
-      if (outcomes[i].code == EXIT_DONE) outcomes[i].answer = answer(source);
+      answerFor(files[begin + i], source, answer, outcomes[i]);
       if (source.size() > read) progress.advance(source.size() - read);  // what need not be read is done, too
     }
   };
@@ -122,7 +135,7 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
         continue;
       }
       const FileAnswer& given = outcomes[i].answer;
-      answers.print(given.text, given.json, given.rows);
+      answers.print(given.text, given.json, given.rows, given.list);
       std::fflush(stdout);
       code = worse(code, codeOf(findings, !complainOfFindings));
       if (!complainOfFindings || options.quiet) continue;
@@ -146,6 +159,12 @@ bool openInput(Inspect::ByteSource& source, const std::string& path, const Optio
   return false;
 }
 
+int answerAfter(const Inspect::ByteSource& source, int code) {
+  if (!source.hasFailed()) return code;
+  complain(source.name() + ": read error");
+  return EXIT_COULD_NOT;
+}
+
 std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code) {
   Inspect::ContainerReport report;
   const std::optional<Inspect::SectionInfo> section = findSection(source, number, report);
@@ -153,7 +172,7 @@ std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source,
   complainOfEach(source.name(), report.findings);
   complain(fmt::format("{}: no section {}; it has {}", source.name(), number,
                        report.sections == 0 ? "none" : fmt::format("0 to {}", report.sections - 1)));
-  code = report.damaged() ? EXIT_NO : EXIT_COULD_NOT;
+  code = answerAfter(source, report.damaged() ? EXIT_NO : EXIT_COULD_NOT);
   return section;
 }
 

@@ -38,18 +38,15 @@ int list(const std::vector<std::string>& files, const Options& options) {
                  {"Original", true},
                  {"CRC"}});
     answer.json["file"] = source.name();
-    answer.json["sections"] = Json::Value(Json::arrayValue);
+    std::vector<Inspect::SectionInfo> sections;
     const auto addSection = [&](const Inspect::SectionInfo& section, Inspect::Findings&) {
       if (options.format == FORMAT_TABLE) return addRow(section, table);
-      Json::Value row = toJson(section);
-      if (options.format == FORMAT_JSON) {
-        answer.json["sections"].append(row);
-      } else {
-        row["file"] = source.name();
-        answer.rows.push_back(std::move(row));
-      }
+      sections.push_back(section);
     };
     answer.findings = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS, addSection).findings;
+    const std::size_t size = sections.size();
+    answer.list =
+        LongList{"sections", size, [sections = std::move(sections)](std::size_t i) { return toJson(sections[i]); }};
     answer.text = (several ? printable(source.name()) + ":\n" : "") + table.text();
     return answer;
   });

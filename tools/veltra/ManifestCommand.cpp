@@ -74,7 +74,7 @@ int showManifest(const Arguments& args, const Options& options) {
   if (record.outcome != Inspect::DecodedRecord::DECODED ||
       record.id != Veltra::DatabasePackageManifest::SERIAL_TYPE_ID) {
     complain(fmt::format("{}: no database package that can be read", source.name()));
-    return EXIT_NO;
+    return answerAfter(source, EXIT_NO);
   }
   // It decoded just now, so nothing in it stops the program.
   Veltra::DatabasePackageManifest manifest;

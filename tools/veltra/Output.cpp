@@ -145,6 +145,20 @@ void printJson(Json::Value document) {
   fmt::print("{}\n", jsonText(document, "  "));
 }
 
+void printWithLists(const Json::Value& object, const std::vector<LongList>& lists, bool styled) {
+  std::string head = jsonText(object, styled ? "  " : "");
+  const auto closing = static_cast<std::size_t>(styled && !lists.empty() ? 2 : lists.empty() ? 0 : 1);  // "\n}" or "}"
+  fmt::print("{}", head.substr(0, head.size() - closing));
+  for (const LongList& list : lists) {
+    fmt::print(styled ? ",\n  \"{}\": [" : ",\"{}\":[", list.name);
+    for (std::size_t i = 0; i < list.size; ++i) {
+      fmt::print("{}{}{}", i == 0 ? "" : ",", styled ? "\n    " : "", jsonText(list.element(i), ""));
+    }
+    fmt::print(styled && list.size > 0 ? "\n  ]" : "]");
+  }
+  fmt::print("{}", head.substr(head.size() - closing));
+}
+
 void printJsonLine(const Json::Value& value) {
   fmt::print("{}\n", jsonText(value, ""));
 }
@@ -197,19 +211,32 @@ AnswerStream::AnswerStream(const Options& options, const char* member, std::vect
   if (_format == FORMAT_CSV) printCsvHeader(_columns);
 }
 
-void AnswerStream::print(const std::string& text, const Json::Value& element, const std::vector<Json::Value>& rows) {
+void AnswerStream::printRow(const Json::Value& row) const {
+  if (_format == FORMAT_JSONL) {
+    printJsonLine(row);
+  } else {
+    printCsvRow(row, _columns);
+  }
+}
+
+void AnswerStream::print(const std::string& text, const Json::Value& element, const std::vector<Json::Value>& rows,
+                         const std::optional<LongList>& list) {
   switch (_format) {
     case FORMAT_TABLE:
       fmt::print("{}", text);
       break;
     case FORMAT_JSON:
-      fmt::print("{}\n{}", _first ? "" : ",", jsonText(element, "  "));
+      fmt::print("{}\n", _first ? "" : ",");
+      printWithLists(element, list ? std::vector<LongList>{*list} : std::vector<LongList>(), true);
       break;
     case FORMAT_JSONL:
-      std::for_each(rows.begin(), rows.end(), printJsonLine);
-      break;
     case FORMAT_CSV:
-      for (const Json::Value& row : rows) printCsvRow(row, _columns);
+      for (const Json::Value& row : rows) printRow(row);
+      for (std::size_t i = 0; list && i < list->size; ++i) {
+        Json::Value row = list->element(i);
+        row["file"] = element["file"];
+        printRow(row);
+      }
       break;
   }
   _first = false;

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -45,6 +47,15 @@ using Inspect::printable;
 std::string jsonText(const Json::Value& value, const char* indentation);
 /// Prints a document with its "schema" member, styled.
 void printJson(Json::Value document);
+/// A member of an object that may have too many elements to hold them all: each is made when it is printed.
+struct LongList {
+  std::string name;
+  std::size_t size = 0;
+  std::function<Json::Value(std::size_t)> element;
+};
+/// Prints an object that ends in long lists, styled with each of their elements on a line, or all on one line. No new
+/// line follows.
+void printWithLists(const Json::Value& object, const std::vector<LongList>& lists, bool styled);
 /// Prints one value on a line of its own.
 void printJsonLine(const Json::Value& value);
 /// Prints the members of a flat object as one CSV row (RFC 4180); what is missing or null is empty.
@@ -68,11 +79,15 @@ class AnswerStream {
   /// @param text     for the table format
   /// @param element  of the array
   /// @param rows     JSON lines and CSV rows
-  void print(const std::string& text, const Json::Value& element, const std::vector<Json::Value>& rows);
+  /// @param list     more of both: the last member of the element, and rows that tell its "file"
+  void print(const std::string& text, const Json::Value& element, const std::vector<Json::Value>& rows,
+             const std::optional<LongList>& list = {});
   /// To be called once after the last.
   void finish() const;
 
  private:
+  void printRow(const Json::Value& row) const;
+
   Format _format;
   std::vector<std::string> _columns;
   bool _first = true;

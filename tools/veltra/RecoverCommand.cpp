@@ -17,22 +17,28 @@ struct Arguments {
   bool force = false;
 };
 
-Json::Value recoveryJson(const Arguments& args, const Inspect::Recovery& recovery) {
+void printRecovery(const Arguments& args, const Inspect::Recovery& recovery, const Options& options) {
   Json::Value json(Json::objectValue);
   json["file"] = args.file;
   json["output"] = args.output;
   json["wasClosed"] = recovery.wasClosed;
   json["missing"] = static_cast<Json::UInt64>(recovery.missing);
-  json["kept"] = Json::Value(Json::arrayValue);
-  json["lost"] = Json::Value(Json::arrayValue);
-  for (const Inspect::SectionInfo& section : recovery.kept) json["kept"].append(toJson(section));
-  for (const Inspect::LostRange& lost : recovery.lost) {
-    Json::Value range(Json::objectValue);
-    range["offset"] = static_cast<Json::UInt64>(lost.offset);
-    range["bytes"] = static_cast<Json::UInt64>(lost.bytes);
-    json["lost"].append(range);
+  if (options.format == FORMAT_CSV) {  // how many: a cell is no place for lists
+    json["kept"] = static_cast<Json::UInt64>(recovery.kept.size());
+    json["lost"] = static_cast<Json::UInt64>(recovery.lost.size());
+    printDocument({{}, json, {}, {}}, options);
+    return;
   }
-  return json;
+  if (options.format == FORMAT_JSON) json["schema"] = SCHEMA;
+  const LongList kept = {"kept", recovery.kept.size(), [&](std::size_t i) { return toJson(recovery.kept[i]); }};
+  const LongList lost = {"lost", recovery.lost.size(), [&](std::size_t i) {
+                           Json::Value range(Json::objectValue);
+                           range["offset"] = static_cast<Json::UInt64>(recovery.lost[i].offset);
+                           range["bytes"] = static_cast<Json::UInt64>(recovery.lost[i].bytes);
+                           return range;
+                         }};
+  printWithLists(json, {kept, lost}, options.format == FORMAT_JSON);
+  fmt::print("\n");
 }
 
 std::string textOf(const Arguments& args, const Inspect::Recovery& recovery) {
@@ -71,8 +77,9 @@ int recover(const Arguments& args, const Options& options) {
   progress.expect(PASSES * source.size());
   source.onRead([&progress](std::size_t bytes) { progress.advance(bytes); });
   const Inspect::Recovery recovery = findSections(source);
+  if (source.hasFailed() || recovery.kept.empty()) progress.hide();
+  if (source.hasFailed()) return answerAfter(source, EXIT_COULD_NOT);
   if (recovery.kept.empty()) {
-    progress.hide();
     complain(fmt::format("{}: no intact section in it", source.name()));
     return EXIT_NO;
   }
@@ -83,9 +90,11 @@ int recover(const Arguments& args, const Options& options) {
     return EXIT_COULD_NOT;
   }
   if (!passesDoctor(args.output)) return EXIT_COULD_NOT;
-  // Of many sections the JSON is many times the file.
-  const bool wantsJson = options.format != FORMAT_TABLE;
-  printDocument({textOf(args, recovery), wantsJson ? recoveryJson(args, recovery) : Json::Value(), {}, {}}, options);
+  if (options.format == FORMAT_TABLE) {
+    fmt::print("{}", textOf(args, recovery));
+  } else {
+    printRecovery(args, recovery, options);
+  }
   return recovery.lost.empty() && recovery.missing == 0 ? EXIT_DONE : EXIT_WITH_LOSS;
 }
 

@@ -56,7 +56,7 @@ int showSection(const Arguments& args, const Options& options) {
   std::vector<uint8_t> bytes;
   if (!loadPayload(source, *section, bytes, error)) {
     complain(fmt::format("{}: {}", source.name(), error));
-    return EXIT_NO;
+    return answerAfter(source, EXIT_NO);
   }
   Json::Value json = toJson(*section);
   json["file"] = source.name();

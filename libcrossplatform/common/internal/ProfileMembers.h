@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <string>
 
 #include <json/value.h>
@@ -66,7 +67,20 @@ uint32_t name(const Json::Value& parent, const char* key, const char* const (&na
   return 0;
 }
 
-bool set(Json::Value& parent, const char* key, const Json::Value& value);  ///< always true
+/// Calls JsonCpp, which reports lost memory as an exception of its own: what leaves is std::bad_alloc, as everywhere.
+template <class Call>
+decltype(auto) orBadAlloc(Call call) {
+  try {
+    return call();
+  } catch (const Json::RuntimeError&) {
+    throw std::bad_alloc();
+  }
+}
+
+// Always true.
+bool set(Json::Value& parent, const char* key, Json::Value&& value);
+bool set(Json::Value& parent, const char* key, const std::string& text);
+bool set(Json::Value& parent, const char* key, const char* text);
 void remove(Json::Value& parent, const char* key);
 Json::Value& writableArray(Json::Value& parent, const char* key);
 

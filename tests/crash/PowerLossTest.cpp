@@ -1,0 +1,190 @@
+// What a disk may hold after the power failed: of everything written since the last sync any subset of the sectors, in
+// place of the others what stood there before, zeros, or whatever the disk held. How many subsets is in VELTRA_SUBSETS,
+// drawn from VELTRA_SEED, which is printed.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <random>
+
+#include <tools/inspect/Doctor.h>
+
+#include "CallFaults.h"
+#include "Workloads.h"
+
+using namespace Workloads;
+
+namespace {
+
+constexpr std::size_t SECTOR = 512;
+constexpr int SKIPPED = 2;
+
+/// What was done to the file that the workload writes, in order.
+struct Step {
+  enum Kind { WRITE, SYNC, RENAME, SYNC_DIRECTORY } kind;
+  std::size_t offset;
+  Bytes bytes;
+};
+std::vector<Step> steps;
+int descriptor = -1, directoryDescriptor = -1;
+std::size_t position = 0;
+bool isRecording = false;
+
+/// Follows the one descriptor that is written to.
+void record(int number, const long* arguments, long result) {
+  if (!isRecording || result < 0) return;
+  const int fd = static_cast<int>(arguments[0]);
+  if (number == SYS_openat) {
+    const bool writes = (arguments[2] & O_ACCMODE) == O_WRONLY;
+    if ((arguments[2] & O_DIRECTORY) != 0) directoryDescriptor = static_cast<int>(result);
+    if (writes) descriptor = static_cast<int>(result);
+    if (writes) position = 0;
+  } else if (number == SYS_write && fd == descriptor) {
+    const auto* const at = reinterpret_cast<const uint8_t*>(arguments[1]);
+    steps.push_back({Step::WRITE, position, Bytes(at, at + result)});
+    position += static_cast<std::size_t>(result);
+  } else if (number == SYS_lseek && fd == descriptor) {
+    position = static_cast<std::size_t>(result);
+  } else if (number == SYS_fsync) {
+    if (fd == descriptor) steps.push_back({Step::SYNC, 0, {}});
+    if (fd == directoryDescriptor) steps.push_back({Step::SYNC_DIRECTORY, 0, {}});
+  } else if (number == SYS_close) {
+    if (fd == descriptor) descriptor = -1;
+    if (fd == directoryDescriptor) directoryDescriptor = -1;
+#ifdef SYS_rename
+  } else if (number == SYS_rename) {
+    steps.push_back({Step::RENAME, 0, {}});
+#endif
+  }
+}
+
+/// The disk while the steps are done: what is surely there, and what may be.
+class Disk {
+ public:
+  Disk(std::mt19937& random, Bytes before) : _random(random), _before(std::move(before)) {}
+
+  void apply(const Step& step) {
+    if (step.kind == Step::WRITE) {
+      _written.resize(std::max(_written.size(), step.offset + step.bytes.size()));
+      std::copy(step.bytes.begin(), step.bytes.end(), _written.begin() + static_cast<std::ptrdiff_t>(step.offset));
+      _versions.push_back(_written);
+    } else if (step.kind == Step::SYNC) {
+      _versions = {_written};
+      _isSynced = true;
+    }
+  }
+
+  /// What a reader finds of the new file after the power failed now: each sector from any version since the last sync,
+  /// or never written, and the length of any version.
+  Bytes afterPowerLoss() {
+    const std::size_t oldest = _isSynced ? 1 : 0;
+    Bytes found = _versions.empty() ? Bytes() : _versions[_random() % _versions.size()];
+    for (std::size_t at = 0; at < found.size(); at += SECTOR) {
+      const std::size_t end = std::min(at + SECTOR, found.size());
+      const std::size_t pick = _random() % (_versions.size() + 1);
+      const Bytes* const version = pick > 0 || oldest == 1 ? &_versions[pick > 0 ? pick - 1 : 0] : nullptr;
+      const unsigned unwritten = static_cast<unsigned>(_random() % 3);
+      for (std::size_t i = at; i < end; ++i) {
+        const auto garbage = static_cast<uint8_t>(unwritten == 0 ? 0 : _random());
+        const uint8_t old = unwritten == 2 && i < _before.size() ? _before[i] : garbage;
+        found[i] = version == nullptr ? old : i < version->size() ? (*version)[i] : garbage;
+      }
+    }
+    return found;
+  }
+
+ private:
+  std::mt19937& _random;
+  Bytes _before;  ///< what the sectors held before: the file that is overwritten
+  Bytes _written;
+  std::vector<Bytes> _versions;
+  bool _isSynced = false;
+};
+
+unsigned long numberFrom(const char* variable, unsigned long otherwise) {
+  const char* const text = std::getenv(variable);
+  return text != nullptr ? std::strtoul(text, nullptr, 10) : otherwise;
+}
+
+/// The steps of a workload, recorded from its system calls.
+bool recordSteps(const Workload& workload) {
+  std::string directory = ::testing::TempDir() + "veltra.XXXXXX";
+  EXPECT_NE(mkdtemp(&directory[0]), nullptr);
+  prepare(workload, directory);
+  if (!Calls::trap()) return false;
+  Calls::observe(record);
+  isRecording = true;
+  EXPECT_EQ(run(workload, pathIn(directory)), 0);
+  isRecording = false;
+  Calls::observe(nullptr);
+  std::filesystem::remove_all(directory);
+  return true;
+}
+
+/// Replacing a file: only what was synced gets its name, so that the name always leads to the old file or the new one.
+void expectNamedOnlyWhenSynced() {
+  std::string order;
+  for (const Step& step : steps) {
+    if (order.empty() || step.kind != Step::WRITE || order.back() != 'w') order += "wsrd"[step.kind];
+  }
+  EXPECT_EQ(order, "wsrd") << "written, synced, renamed, and the directory synced";
+}
+
+/// @return how many of the images were the whole new file
+int cutPower(const Workload& workload, const Bytes& before, unsigned long subsets, std::mt19937& random) {
+  const int memory = memfd_create("image", 0);  // no disk is worn for thousands of images
+  const std::string image = "/proc/self/fd/" + std::to_string(memory);
+  int whole = 0;
+  for (unsigned long n = 0; n < subsets && !::testing::Test::HasFailure(); ++n) {
+    SCOPED_TRACE("subset " + std::to_string(n));
+    Disk disk(random, before);
+    const std::size_t done = random() % (steps.size() + 1);
+    for (std::size_t i = 0; i < done; ++i) disk.apply(steps[i]);
+    const Bytes found = disk.afterPowerLoss();
+    writeFile(image, found);
+    const bool isWhole = found == workload.after;
+    EXPECT_EQ(isClean(image), isWhole) << "doctor is content with " << found.size() << " bytes that are not the file";
+    whole += isWhole;
+  }
+  ::close(memory);
+  return whole;
+}
+
+class PowerLoss : public ::testing::TestWithParam<const char*> {};
+
+INSTANTIATE_TEST_SUITE_P(Of, PowerLoss, ::testing::Values("save", "save-in-place", "package", "recover"));
+
+}  // namespace
+
+TEST_P(PowerLoss, DoctorIsContentWithTheWholeFileAlone) {
+  const Workload& workload = *find(GetParam());
+  const unsigned long subsets = numberFrom("VELTRA_SUBSETS", 1000);
+  const unsigned long seed = numberFrom("VELTRA_SEED", std::random_device()());
+  std::printf("VELTRA_SEED=%lu VELTRA_SUBSETS=%lu\n", seed, subsets);
+  // A file of the same kind stood there before: its sections verify too.
+  const Bytes before = find("save")->after;
+  std::fflush(stdout);
+  const pid_t child = fork();
+  if (child == 0) {
+    std::mt19937 random(static_cast<unsigned>(seed));
+    if (!recordSteps(workload)) _exit(SKIPPED);
+    if (workload.kind == Workload::REPLACES) expectNamedOnlyWhenSynced();
+    // The same writing in place of another file, in other sectors: shifted, so that it is not the new one itself.
+    Bytes other(before.begin() + 24, before.end());
+    const int whole = cutPower(workload, other, subsets, random);
+    std::printf("%zu steps; %d of the images whole\n", steps.size(), whole);
+    EXPECT_GT(whole, 0);
+    std::fflush(stdout);
+    _exit(HasFailure() ? 1 : 0);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  if (WIFEXITED(status) && WEXITSTATUS(status) == SKIPPED) GTEST_SKIP() << "this machine does not trap system calls";
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+}

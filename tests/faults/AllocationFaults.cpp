@@ -1,0 +1,165 @@
+#include "AllocationFaults.h"
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define __SANITIZE_ADDRESS__ 1
+#endif
+#endif
+#if defined(__SANITIZE_ADDRESS__)
+#define VELTRA_OWN_MALLOC 0
+#else
+#define VELTRA_OWN_MALLOC 1
+#endif
+
+namespace {
+
+long allowed = -1;  ///< allocations until the next refused one; negative: none is refused
+bool refusesForGood = false;
+long refused = 0;
+std::size_t mostBytes = SIZE_MAX;
+std::size_t liveBytes = 0, peakBytes = 0, bytesAtStart = 0, largest = 0;
+
+bool isRefused(std::size_t size) {
+  largest = std::max(largest, size);
+  bool refuses = size > mostBytes;
+  if (allowed == 0) refuses = true;
+  if (allowed > 0 || (allowed == 0 && !refusesForGood)) --allowed;
+  if (refuses) ++refused;
+  return refuses;
+}
+
+void* counted(void* memory) {
+  if (memory != nullptr) liveBytes += malloc_usable_size(memory);
+  peakBytes = std::max(peakBytes, liveBytes);
+  return memory;
+}
+
+void discounted(void* memory) {
+  if (memory != nullptr) liveBytes -= malloc_usable_size(memory);
+}
+
+}  // namespace
+
+namespace Allocations {
+
+void refuseAfter(long before, bool forGood) {
+  refused = 0;
+  refusesForGood = forGood;
+  allowed = before;
+}
+
+void refuseLargerThan(std::size_t bytes) {
+  refused = 0;
+  mostBytes = bytes;
+}
+
+long stopRefusing() {
+  allowed = -1;
+  mostBytes = SIZE_MAX;
+  return refused;
+}
+
+bool isSanitized() {
+  return !VELTRA_OWN_MALLOC;
+}
+
+std::size_t live() {
+  return liveBytes;
+}
+
+void startMeasuring() {
+  largest = 0;
+  bytesAtStart = peakBytes = liveBytes;
+}
+
+std::size_t largestRequest() {
+  return largest;
+}
+
+std::size_t peak() {
+  return peakBytes - bytesAtStart;
+}
+
+}  // namespace Allocations
+
+#if VELTRA_OWN_MALLOC
+
+extern "C" {
+
+void* __libc_malloc(std::size_t);
+void* __libc_calloc(std::size_t, std::size_t);
+void* __libc_realloc(void*, std::size_t);
+void __libc_free(void*);
+
+void* malloc(std::size_t size) {
+  if (!isRefused(size)) return counted(__libc_malloc(size));
+  errno = ENOMEM;
+  return nullptr;
+}
+
+void* calloc(std::size_t count, std::size_t size) {
+  if (!isRefused(count * size)) return counted(__libc_calloc(count, size));
+  errno = ENOMEM;
+  return nullptr;
+}
+
+void* realloc(void* memory, std::size_t size) {
+  if (isRefused(size)) {
+    errno = ENOMEM;
+    return nullptr;
+  }
+  const std::size_t before = memory != nullptr ? malloc_usable_size(memory) : 0;
+  void* const moved = __libc_realloc(memory, size);
+  if (moved != nullptr || size == 0) liveBytes -= before;
+  return counted(moved);
+}
+
+void free(void* memory) {
+  discounted(memory);
+  __libc_free(memory);
+}
+
+}  // extern "C"
+
+#else
+
+// g++ takes free() in an inlined operator delete for a mismatch.
+#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
+
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return isRefused(size) ? nullptr : counted(std::malloc(size != 0 ? size : 1));
+}
+void* operator new(std::size_t size) {
+  void* const memory = operator new(size, std::nothrow);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+void* operator new[](std::size_t size) {
+  return operator new(size);
+}
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+  return operator new(size, std::nothrow);
+}
+void operator delete(void* memory) noexcept {
+  discounted(memory);
+  std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+  operator delete(memory);
+}
+void operator delete(void* memory, std::size_t) noexcept {
+  operator delete(memory);
+}
+void operator delete[](void* memory, std::size_t) noexcept {
+  operator delete(memory);
+}
+
+#endif

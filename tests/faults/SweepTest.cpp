@@ -1,0 +1,182 @@
+// Every system call and every allocation of every workload fails in turn; every disk is full in turn.
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/statvfs.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <functional>
+
+#include "AllocationFaults.h"
+#include "CallFaults.h"
+#include "Workloads.h"
+
+using namespace Workloads;
+
+namespace {
+
+constexpr unsigned HANGS_AFTER_SECONDS = 20;
+constexpr int SKIPPED = 2;
+
+/// Runs it in a process of its own, which the changes it makes to the process end with.
+void inChild(const std::function<int()>& body) {
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    int code = body();
+    std::fflush(nullptr);
+    if (::testing::Test::HasFailure()) code = 1;
+    _exit(code);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
+  if (WEXITSTATUS(status) == SKIPPED) GTEST_SKIP() << "this machine does not allow it";
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+}
+
+class Sweep : public ::testing::TestWithParam<Workload> {
+ protected:
+  Sweep() {
+    setenv("TZ", "UTC0", 1);  // libc looks after its file of time zones, and at times frees what it knows of it
+    EXPECT_NE(mkdtemp(&_directory[0]), nullptr);
+    _path = pathIn(_directory);
+    for (int i = 0; i < 2; ++i) {  // what is allocated once is allocated now
+      prepare(workload, _directory);
+      EXPECT_EQ(run(workload, _path), 0);
+      EXPECT_EQ(check(workload, _directory, 0, Fault::CALL), "");
+    }
+  }
+  ~Sweep() override { std::filesystem::remove_all(_directory); }
+
+  /// One run between `arm` and `disarm`.
+  /// @return how many faults it met
+  long tryOnce(const std::function<void()>& arm, long (*disarm)(), Fault fault) {
+    prepare(workload, _directory);
+    const int descriptors = openDescriptors();
+    alarm(HANGS_AFTER_SECONDS);
+    const std::size_t bytes = Allocations::live();
+    arm();
+    const int code = run(workload, _path);
+    const long faults = disarm();
+    EXPECT_EQ(Allocations::live(), bytes) << "memory leaked";
+    alarm(0);
+    EXPECT_EQ(openDescriptors(), descriptors) << "a descriptor leaked";
+    EXPECT_EQ(check(workload, _directory, code, fault), "");
+    _met += faults > 0;
+    return faults;
+  }
+
+  void failsInTurn(const Calls::Call& call, int error, bool forGood) {
+    for (long k = 0, faults = 1; faults > 0; ++k) {
+      SCOPED_TRACE(std::string(call.name) + " number " + std::to_string(k) + ": " + std::strerror(error) +
+                   (forGood ? " for good" : " once"));
+      faults = tryOnce([&] { Calls::failAfter(call.number, k, error, forGood); }, Calls::stopFailing,
+                       std::string(call.name) == "unlink" ? Fault::REMOVING : Fault::CALL);
+    }
+  }
+
+  const Workload& workload = GetParam();
+  std::string _directory = ::testing::TempDir() + "veltra.XXXXXX";
+  std::string _path;
+  long _met = 0;  ///< runs that met a fault
+};
+
+std::string nameOf(const ::testing::TestParamInfo<Workload>& tested) {
+  std::string name = tested.param.name;
+  std::replace(name.begin(), name.end(), '-', '_');
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, Sweep, ::testing::ValuesIn(all()), nameOf);
+
+/// A file system of its own, this many bytes large. Needs the right to mount, or to be root of a name space.
+bool mountSmallDisk(const std::string& directory, std::size_t bytes) {
+  if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+  if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return false;
+  const std::string size = "size=" + std::to_string(bytes);
+  return mount("none", directory.c_str(), "tmpfs", 0, size.c_str()) == 0;
+}
+
+}  // namespace
+
+TEST_P(Sweep, EveryCallFailsInTurn) {
+  inChild([this] {
+    if (!Calls::trap()) return SKIPPED;
+    for (int i = 0; i < Calls::COUNT; ++i) {
+      const Calls::Call& call = Calls::ALL[i];
+      const long before = _met;
+      for (const int error : {EIO, ENOSPC, EINTR, EMFILE}) {
+        failsInTurn(call, error, false);
+        if (_met == before) break;  // a call that this workload does not make
+        failsInTurn(call, error, true);
+      }
+    }
+    std::printf("%ld runs met a failing call\n", _met);
+    EXPECT_GT(_met, 0);
+    return 0;
+  });
+}
+
+TEST_P(Sweep, EveryAllocationFailsInTurn) {
+  for (const bool forGood : {false, true}) {
+    for (long k = 0, faults = 1; faults > 0; ++k) {
+      SCOPED_TRACE("allocation " + std::to_string(k) + (forGood ? " and all later ones" : " alone"));
+      faults = tryOnce([&] { Allocations::refuseAfter(k, forGood); }, Allocations::stopRefusing, Fault::ALLOCATION);
+    }
+  }
+  std::printf("%ld runs met a failing allocation\n", _met);
+}
+
+TEST_P(Sweep, EveryFileEndsAtEveryLength) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  rlimit before{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+  const std::size_t size = workload.after.size();
+  const std::size_t step = size > 4096 ? 997 : 1;
+  for (std::size_t most = 0; most < size + step; most += step) {
+    SCOPED_TRACE("no file beyond " + std::to_string(most) + " bytes");
+    const auto limit = [&](rlim_t bytes) {
+      const rlimit wanted = {bytes, before.rlim_max};
+      setrlimit(RLIMIT_FSIZE, &wanted);
+    };
+    prepare(workload, _directory);
+    limit(most);
+    const int code = run(workload, _path);
+    limit(before.rlim_cur);
+    EXPECT_EQ(check(workload, _directory, code, Fault::CALL), "");
+    EXPECT_EQ(code == 0, workload.kind == Workload::READS || most >= size);
+  }
+}
+
+TEST_P(Sweep, TheDiskIsFullAtEveryStep) {
+  constexpr std::size_t BLOCK = 4096, BLOCKS = 128;
+  inChild([this] {
+    if (!mountSmallDisk(_directory, BLOCK * BLOCKS)) return SKIPPED;
+    int done = 0, refused = 0;
+    for (std::size_t left = 0; left <= 64; ++left) {
+      SCOPED_TRACE(std::to_string(left) + " blocks left");
+      prepare(workload, _directory);
+      struct statvfs disk {};
+      EXPECT_EQ(statvfs(_directory.c_str(), &disk), 0);
+      const auto free = static_cast<std::size_t>(disk.f_bfree);
+      const std::string filler = _directory + "/file.filler";
+      writeFile(filler, Bytes((free - std::min(left, free)) * BLOCK));
+      const int code = run(workload, _path);
+      std::filesystem::remove(filler);
+      EXPECT_EQ(check(workload, _directory, code, Fault::CALL), "");
+      ++(code == 0 ? done : refused);
+    }
+    EXPECT_GT(done, 0);
+    // A file of one block takes the place of another of one block.
+    EXPECT_EQ(refused > 0, workload.kind != Workload::READS && workload.after.size() > BLOCK);
+    return 0;
+  });
+}

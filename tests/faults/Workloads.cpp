@@ -1,0 +1,289 @@
+#include "Workloads.h"
+
+#include <fcntl.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <new>
+#include <ostream>
+
+#include <libcrossplatform/common/DatabaseVersionEx.h>
+#include <libcrossplatform/common/NetworkProfile.h>
+#include <libcrossplatform/common/ResultFile.h>
+
+#ifdef VELTRA_HAS_INSPECT
+#include <tools/inspect/Doctor.h>
+#include <tools/inspect/Recover.h>
+#include <tools/inspect/SafeFile.h>
+#endif
+
+namespace Workloads {
+namespace {
+
+using namespace PFile;
+
+/// Bytes that do not repeat within a buffer of stdio.
+Bytes trace(std::size_t size) {
+  Bytes bytes(size);
+  uint32_t state = 1;
+  for (uint8_t& byte : bytes) byte = static_cast<uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+  return bytes;
+}
+
+/// A summary, a compressed section, one larger than the buffer of the stream, and a small one behind it.
+int writeResult(FileWriter& file) {
+  Veltra::ResultSummary summary;
+  summary.resultName = "FDP-A1 port 07, measured from the far end";
+  Veltra::MemFileWriter writer(&file);
+  int code = writer.writeSection(summary, 1, SECTION_RESULT_SUMMARY, 0, 0);
+  struct Row {
+    uint16_t type, version, flags;
+    std::size_t size;
+  };
+  constexpr Row ROWS[] = {{300, 12, 0, 40}, {301, 3, SECTION_FLAG_COMPRESS, 9000}, {302, 1, 0, 70000}, {303, 12, 0, 9}};
+  for (const Row& row : ROWS) {
+    Bytes data = trace(row.size);
+    Section section;
+    if (code == 0) {
+      code = section.set(row.type, row.version, row.flags, data.data(), static_cast<unsigned>(row.size), false, 6);
+    }
+    if (code == 0) code = writer.write(section);
+  }
+  return code;
+}
+
+int save(const std::string& path) {
+  SafeFileWriter file;
+  int code = file.open(path.c_str());
+  if (code == 0) code = writeResult(file.writer());
+  return code == 0 ? file.commit() : code;
+}
+
+int saveInPlace(const std::string& path) {
+  FileWriter file;
+  const int opened = file.open(path.c_str());
+  const int written = opened == 0 ? writeResult(file) : opened;
+  const int closed = file.close(true);
+  return written != 0 ? written : closed;
+}
+
+/// Every way to go through a file, and every byte of it compared.
+int reopen(const std::string& path) {
+  Veltra::ResultSummary summary;
+  if (const int code = readResultSummary(summary, path.c_str(), true); code != 0) return code;
+  FileReader reader;
+  if (const int code = reader.open(path.c_str()); code != 0) return code;
+  if (const int code = reader.skipNextSection(); code != 0) return code;
+  for (const std::size_t size : {40u, 9000u, 70000u, 9u}) {
+    Header ahead;
+    Section section;
+    if (const int code = reader.peek(ahead); code != 0) return code;
+    if (const int code = reader.read(section, true); code != 0) return code;
+    if (Bytes(section.payload.data(), section.payload.data() + section.payload.size()) != trace(size)) {
+      return FOREIGN_EXCEPTION;  // read as good, and is not
+    }
+  }
+  Section behind;
+  return reader.read(behind, true) == PFILE_END_OF_DATA ? reader.close() : PFILE_FAILED;
+}
+
+/// The flat interface says nothing of a failed write: what is read back tells.
+int package(const std::string& path) {
+  int status = PFile::READER_ERROR_OPENING_FILE;
+  void* const version = databaseVersionExDatabaseVersion(1, 2, 3, 4);
+  void* const list = databaseVersionExDatabaseDescriptorList();
+  void* const summary = databaseVersionExDatabasePackageManifestSummary(3, 12, "a suffix beyond short texts", 1, 407, 0,
+                                                                        "V5.1 and whatever is newer");
+  if (version != nullptr && list != nullptr && summary != nullptr) {
+    void* const limits = databaseVersionExDatabaseDescriptor(version, 1, "limits/of/the/package/limits.db", "V5.0");
+    if (limits != nullptr) databaseVersionExDatabaseDescriptorListAdd(list, limits);
+    if (void* const manifest = databaseVersionExDatabasePackageManifest(summary, list); manifest != nullptr) {
+      databaseVersionExDatabasePackageManifestWriteLimit(manifest, path.c_str());
+      const int length = databaseVersionExDatabasePackageManifestDumpBuffer(manifest, nullptr, 0);
+      char text[16];
+      uint16_t build = 0;
+      status = getManifestFromPFile(static_cast<DatabaseVersionExManifest>(manifest), path.c_str());
+      if (status == 0) status = getDbVersionFromManifest(path.c_str(), text, sizeof text, &build);
+      if (status == 0) status = getDbMinReqFirmwareVersionFromManifest(path.c_str(), text, sizeof text);
+      if (length == -1) status = PFile::READER_ERROR_OPENING_FILE;
+      databaseVersionExDeDatabasePackageManifest(manifest);
+    }
+  }
+  databaseVersionExDeDatabaseVersion(version);
+  databaseVersionExDeDatabaseDescriptorList(list);
+  databaseVersionExDeDatabasePackageManifestSummary(summary);
+  return status;
+}
+
+constexpr char ADDRESS[] = "10.20.30.40";
+
+int saveProfile(const std::string& path) {
+  NetworkProfile profile;
+  const bool done = profile.setInetAddr(ADDRESS) && profile.setMask("255.255.255.0") && profile.addDNS("10.20.30.1") &&
+                    profile.addDNS("10.20.30.2") && profile.saveTo(path);
+  return done ? 0 : 1;
+}
+
+int readProfile(const std::string& path) {
+  NetworkProfile profile;
+  if (!profile.readFrom(path)) return 1;
+  return profile.getInetAddr() == ADDRESS && profile.getDNSSize() == 2 ? 0 : FOREIGN_EXCEPTION;
+}
+
+#ifdef VELTRA_HAS_INSPECT
+
+int doctor(const std::string& path) try {
+  std::string error;
+  Inspect::ByteSource source;
+  if (!source.open(path, error)) return 1;
+  const Inspect::ContainerReport report = examine(source, Inspect::Examination::DEEP);
+  if (source.hasFailed()) return 1;
+  return report.findings.empty() ? 0 : FOREIGN_EXCEPTION;  // there is nothing to find
+} catch (const Json::RuntimeError&) {                      // how JsonCpp reports lost memory; the command ends with it
+  return OUT_OF_MEMORY;
+}
+
+int recover(const std::string& path) {
+  std::string error;
+  Inspect::ByteSource source;
+  if (!source.open(path + ".other", error)) return 1;
+  const Inspect::Recovery recovery = findSections(source);
+  return !source.hasFailed() && writeRecovered(source, recovery, path, error) ? 0 : 1;
+}
+
+int extract(const std::string& path) {
+  const Bytes bytes = trace(70000);
+  std::string error;
+  return Inspect::writeSafely(path, bytes.data(), bytes.size(), error) ? 0 : 1;
+}
+
+#endif
+
+/// Beside the file that is worked on: a whole result file.
+std::string otherIn(const std::string& directory) {
+  return pathIn(directory) + ".other";
+}
+
+Bytes made(int (*make)(const std::string&)) {
+  std::string directory = std::filesystem::temp_directory_path().string() + "/veltra.XXXXXX";
+  if (mkdtemp(&directory[0]) == nullptr || make(pathIn(directory)) != 0) return {};
+  Bytes bytes = fileBytes(pathIn(directory));
+  std::filesystem::remove_all(directory);
+  return bytes;
+}
+
+const Bytes& wholeResult() {
+  static const Bytes bytes = made(saveInPlace);
+  return bytes;
+}
+
+}  // namespace
+
+const std::vector<Workload>& all() {
+  static const Bytes OLD = {'o', 'l', 'd'};
+  static const Bytes profile = made(saveProfile), manifest = made(package);
+  static const std::vector<Workload> list = {
+      {"save", save, OLD, wholeResult(), Workload::REPLACES, true, false},
+      {"save-in-place", saveInPlace, OLD, wholeResult(), Workload::OVERWRITES, true, false},
+      {"reopen", reopen, wholeResult(), wholeResult(), Workload::READS, true, false},
+      {"package", package, OLD, manifest, Workload::OVERWRITES, true, true},
+      {"profile-save", saveProfile, OLD, profile, Workload::OVERWRITES, false, false},
+      {"profile-read", readProfile, profile, profile, Workload::READS, false, false},
+#ifdef VELTRA_HAS_INSPECT
+      {"doctor", doctor, wholeResult(), wholeResult(), Workload::READS, true, false},
+      {"recover", recover, OLD, wholeResult(), Workload::REPLACES, true, false},
+      {"extract", extract, OLD, trace(70000), Workload::REPLACES, false, false},
+#endif
+  };
+  return list;
+}
+
+void PrintTo(const Workload& workload, std::ostream* out) {
+  *out << workload.name;
+}
+
+std::string pathIn(const std::string& directory) {
+  return directory + "/file";
+}
+
+const Workload* find(const std::string& name) {
+  for (const Workload& workload : all()) {
+    if (workload.name == name) return &workload;
+  }
+  return nullptr;
+}
+
+int run(const Workload& workload, const std::string& path) {
+  try {
+    return workload.run(path);
+  } catch (const std::bad_alloc&) {
+    return workload.isFlat ? FOREIGN_EXCEPTION : OUT_OF_MEMORY;
+  } catch (...) {
+    return FOREIGN_EXCEPTION;
+  }
+}
+
+void prepare(const Workload& workload, const std::string& directory) {
+  for (const auto& entry : std::filesystem::directory_iterator(directory)) std::filesystem::remove(entry);
+  writeFile(pathIn(directory), workload.before);
+  writeFile(otherIn(directory), wholeResult());
+}
+
+std::string check(const Workload& workload, const std::string& directory, int code, Fault fault) {
+  if (code == FOREIGN_EXCEPTION) return "an exception that is no bad_alloc left, or what was read is not what is there";
+  if (fileBytes(otherIn(directory)) != wholeResult()) return "another file was touched";
+  const Bytes now = fileBytes(pathIn(directory));
+  const bool isWhole = now == workload.after;
+  if (code == 0 && !isWhole) return "ended well without all of the bytes";
+  if (workload.kind == Workload::REPLACES && !isWhole && now != workload.before)
+    return "neither the old file nor the new";
+  if (workload.kind == Workload::READS && !isWhole) return "reading changed the file";
+  // A writer that an exception ends closes the file with the sections it has.
+  const bool mayBeShorter = fault == Fault::ALLOCATION && workload.kind == Workload::OVERWRITES;
+  if (workload.isContainer && !mayBeShorter && isClean(pathIn(directory)) != isWhole) {
+    return "taken for whole and is not, or the reverse";
+  }
+  const std::filesystem::directory_iterator first(directory);
+  if (fault != Fault::REMOVING && std::distance(first, {}) > 2) return "a temporary file was left";
+  return {};
+}
+
+int openDescriptors() {
+  constexpr int MOST = 64;
+  int open = 0;
+  for (int i = 0; i < MOST; ++i) open += fcntl(i, F_GETFD) != -1;
+  return open;
+}
+
+bool isClean(const std::string& path) {
+#ifdef VELTRA_HAS_INSPECT
+  std::string error;
+  Inspect::ByteSource source;
+  return source.open(path, error) && examine(source, Inspect::Examination::DEEP).findings.empty();
+#else
+  const Bytes bytes = fileBytes(path);
+  MemReader whole;
+  FileReader reader;
+  if (bytes.size() < 24 || whole.open(bytes.data(), static_cast<unsigned>(bytes.size())) != 0) return false;
+  const bool isRecorded = whole.seek(0, Marshal::STREAM_FROM_END) == static_cast<int>(bytes.size());
+  int code = reader.open(path.c_str());
+  while (code == 0) {
+    Section section;
+    code = reader.read(section, true);
+  }
+  return isRecorded && code == PFILE_END_OF_DATA;
+#endif
+}
+
+Bytes fileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return Bytes(std::istreambuf_iterator<char>(in), {});
+}
+
+void writeFile(const std::string& path, const Bytes& bytes) {
+  std::ofstream out(path, std::ios::binary);
+  out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+}
+
+}  // namespace Workloads

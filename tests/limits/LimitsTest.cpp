@@ -1,0 +1,249 @@
+// Small files that claim or become much, and 1 MiB of the most expensive bytes there are: what reading them costs.
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <zlib.h>
+
+#include <ctime>
+#include <filesystem>
+#include <functional>
+
+#include <libcrossplatform/common/DatabaseManifestFile.h>
+#include <libcrossplatform/common/ResultFile.h>
+
+#include "AllocationFaults.h"
+#include "PFileTesting.h"
+
+#ifdef VELTRA_HAS_INSPECT
+#include <tools/inspect/Doctor.h>
+#include <tools/inspect/Recover.h>
+#endif
+
+using namespace PFile;
+using namespace PFileTesting;
+
+namespace {
+
+constexpr std::size_t MIB = std::size_t{1} << 20;
+
+Bytes withDataCrc(uint16_t type, uint16_t flags, const Bytes& data) {
+  Header header;
+  header.set(type, 1, flags, 0, static_cast<unsigned>(data.size()), data.data());
+  return RecordTesting::bytesOf(header) + data;
+}
+
+/// A section of a few KiB that claims, and has, this many zeros.
+Bytes bomb(uint16_t type, uint32_t size) {
+  const Bytes zeros(size);
+  Bytes data(compressBound(size) + 4);
+  uLongf length = static_cast<uLongf>(data.size()) - 4;
+  EXPECT_EQ(compress2(&data[4], &length, zeros.data(), size, 9), Z_OK);
+  data.resize(length + 4);
+  Marshal::storeLittle32(data.data(), size);
+  return withDataCrc(type, SECTION_FLAG_COMPRESS, data);
+}
+
+/// A file header over these sections, as a closed file has it.
+Bytes closedFile(const Bytes& sections) {
+  Bytes total(4);
+  Marshal::storeLittle32(total.data(), static_cast<uint32_t>(24 + sections.size()));
+  return withDataCrc(FILE_HEADER_TYPE, 0, total) + sections;
+}
+
+Bytes repeated(const Bytes& unit, std::size_t room) {
+  Bytes bytes;
+  bytes.reserve(room);
+  while (bytes.size() + unit.size() <= room) bytes.insert(bytes.end(), unit.begin(), unit.end());
+  return bytes;
+}
+
+/// Headers alone, each of which claims everything behind it.
+Bytes lyingHeaders(std::size_t room) {
+  Bytes bytes;
+  while (bytes.size() + Header::BYTES <= room) {
+    const auto rest = static_cast<uint32_t>(room - bytes.size() - Header::BYTES);
+    bytes = std::move(bytes) + headerClaiming(300, rest, 1);
+  }
+  return bytes;
+}
+
+Bytes nested(std::size_t room) {
+  Bytes data(64, 'x');
+  for (int i = 0; i < 20; ++i) {
+    Bytes outer(compressBound(static_cast<uLong>(data.size())) + 4);
+    uLongf length = static_cast<uLongf>(outer.size()) - 4;
+    compress2(&outer[4], &length, data.data(), static_cast<uLong>(data.size()), 9);
+    outer.resize(length + 4);
+    Marshal::storeLittle32(outer.data(), static_cast<uint32_t>(data.size()));
+    data = outer;
+  }
+  return repeated(withDataCrc(301, SECTION_FLAG_COMPRESS, data), room);
+}
+
+/// 1 MiB each, and what they cost on the way.
+struct Input {
+  const char* name;
+  Bytes (*make)();
+};
+constexpr std::size_t ROOM = MIB - 24;
+const Input HOSTILE[] = {
+    {"sections of one byte", [] { return closedFile(repeated(withDataCrc(300, 0, {'x'}), ROOM)); }},
+    {"unknown types", [] { return closedFile(repeated(withDataCrc(60000, 0, {'x'}), ROOM)); }},
+    {"never closed", [] { return repeated(withDataCrc(60000, 0, {'x'}), MIB); }},
+    {"headers without data", [] { return closedFile(repeated(headerClaiming(300, 0), ROOM)); }},
+    {"headers that claim the rest", [] { return closedFile(lyingHeaders(ROOM)); }},
+    {"zeros", [] { return Bytes(MIB); }},
+    {"magic",
+     [] {
+       return repeated({'P', 'F'}, MIB);
+     }},
+    {"bombs", [] { return closedFile(repeated(bomb(301, Section::MAX_UNCOMPRESSED), ROOM)); }},
+    {"zlib in zlib", [] { return closedFile(nested(ROOM)); }},
+};
+
+/// Every section there is, by either reader.
+void walk(const std::string& path, const Bytes& bytes) {
+  FileReader file;
+  MemReader memory;
+  int code = file.open(path.c_str());
+  while (code == PFILE_OK) {
+    Section section;
+    code = file.read(section, false);
+  }
+  code = memory.quickOpen(bytes.data(), static_cast<unsigned>(bytes.size()));
+  while (code == PFILE_OK) code = memory.skipNextSection();
+}
+
+#ifdef VELTRA_HAS_INSPECT
+void doctor(const std::string& path, const Bytes&) {
+  std::string error;
+  Inspect::ByteSource source;
+  ASSERT_TRUE(source.open(path, error)) << error;
+  examine(source, Inspect::Examination::DEEP);
+}
+
+void recover(const std::string& path, const Bytes&) {
+  std::string error;
+  Inspect::ByteSource source;
+  ASSERT_TRUE(source.open(path, error)) << error;
+  const std::string output = path + ".recovered";
+  EXPECT_TRUE(writeRecovered(source, findSections(source), output, error)) << error;
+  doctor(output, {});
+}
+#endif
+
+/// Runs it in a process that may have 256 MiB of addresses. qemu-user, which needs more for itself, ignores the limit.
+void inSmallProcess(const std::function<void()>& body) {
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    const rlimit addresses = {256 * MIB, 256 * MIB};
+    EXPECT_EQ(setrlimit(RLIMIT_AS, &addresses), 0);
+    Allocations::startMeasuring();
+    body();
+    EXPECT_LT(Allocations::peak(), 16 * MIB);
+    std::printf("peak of the heap %zu KiB\n", Allocations::peak() / 1024);
+    std::fflush(nullptr);
+    _exit(::testing::Test::HasFailure() ? 1 : 0);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "status " << status;
+}
+
+struct Limits : ::testing::Test {
+  void SetUp() override {
+    if (Allocations::isSanitized()) GTEST_SKIP() << "the sanitizer's own memory and time would be measured";
+  }
+  const TempDir dir;
+  const std::string path = dir.file("a.pf");
+};
+
+}  // namespace
+
+TEST_F(Limits, AFileOfOneKibibyteThatClaimsFourGibibytes) {
+  Bytes bytes = EMPTY_FILE + headerClaiming(SECTION_RESULT_SUMMARY, 0xFFFFFFFF);
+  bytes.resize(1024);
+  RecordTesting::writeFile(path, bytes);
+  inSmallProcess([&] {
+    Section section;
+    FileReader file;
+    EXPECT_EQ(file.open(path.c_str()), 0);
+    EXPECT_EQ(file.read(section, true), -1);
+    MemReader memory;
+    EXPECT_EQ(memory.quickOpen(bytes.data(), 1024), 0);
+    EXPECT_EQ(memory.read(section, true), 0) << "insufficient space";
+    EXPECT_TRUE(section.payload.empty());
+    Veltra::ResultSummary summary;
+    EXPECT_EQ(readResultSummary(summary, path.c_str(), true), Veltra::RESULT_READER_CORRUPT);
+    EXPECT_EQ(readResultSummary(summary, bytes.data(), 1024), Veltra::RESULT_READER_CORRUPT);
+    Veltra::DatabasePackageManifest manifest;
+    EXPECT_EQ(readManifestFile(manifest, path.c_str()), READER_WRONG_FILE_TYPE);
+#ifdef VELTRA_HAS_INSPECT
+    doctor(path, bytes);
+    recover(path, bytes);
+#endif
+  });
+}
+
+TEST_F(Limits, EightKibibytesThatInflateToEightMebibytesAndOneMore) {
+  for (const bool isTooBig : {false, true}) {
+    const uint32_t size = Section::MAX_UNCOMPRESSED + (isTooBig ? 1 : 0);
+    const Bytes bytes = closedFile(bomb(SECTION_RESULT_SUMMARY, size));
+    EXPECT_LT(bytes.size(), 9000u);
+    RecordTesting::writeFile(path, bytes);
+    inSmallProcess([&] {
+      {
+        Section section;
+        FileReader file;
+        EXPECT_EQ(file.open(path.c_str()), 0);
+        EXPECT_EQ(file.read(section, true), isTooBig ? -1 : 0);
+        if (!isTooBig) {
+          EXPECT_EQ(section.payload.size(), size);
+        }
+      }
+      {
+        Section section;
+        MemReader memory;
+        EXPECT_EQ(memory.open(bytes.data(), static_cast<unsigned>(bytes.size())), 0);
+        EXPECT_EQ(memory.read(section, true), isTooBig ? -1 : 0);
+      }
+      Veltra::ResultSummary summary;
+      EXPECT_EQ(readResultSummary(summary, path.c_str(), true), Veltra::RESULT_READER_CORRUPT);
+#ifdef VELTRA_HAS_INSPECT
+      doctor(path, bytes);
+      recover(path, bytes);
+#endif
+    });
+  }
+}
+
+TEST_F(Limits, OneMebibyteIsGoneThroughInTwoSeconds) {
+  struct Way {
+    const char* name;
+    void (*go)(const std::string& path, const Bytes& bytes);
+  };
+  const Way ways[] = {
+      {"readers", walk},
+#ifdef VELTRA_HAS_INSPECT
+      {"doctor --deep", doctor},
+      {"recover", recover},
+#endif
+  };
+  for (const Input& input : HOSTILE) {
+    const Bytes bytes = input.make();
+    EXPECT_GT(bytes.size(), MIB - 10000);
+    RecordTesting::writeFile(path, bytes);
+    for (const Way& way : ways) {
+      SCOPED_TRACE(std::string(way.name) + " of " + input.name);
+      Allocations::startMeasuring();
+      const std::clock_t begun = std::clock();  // of the processor: other tests run meanwhile
+      way.go(path, bytes);
+      const double seconds = static_cast<double>(std::clock() - begun) / CLOCKS_PER_SEC;
+      EXPECT_LT(seconds, 2.0);
+      EXPECT_LT(Allocations::peak(), 64 * MIB);
+      std::printf("%-13s %-28s %5.2f s %6zu KiB\n", way.name, input.name, seconds, Allocations::peak() / 1024);
+    }
+  }
+}
