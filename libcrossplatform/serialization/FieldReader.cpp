@@ -34,6 +34,7 @@ void FieldReader::terminatedText(const char* name, std::string& v) {
   // The length is read as any number is: from an ended stream it stays 0, which is refused like a stored 0.
   get(name, size);
   if (size == 0) return fail(STREAM_WRONG_ELEMENT);
+  // NOLINTNEXTLINE(readability-redundant-string-cstr): the text ends at its first zero
   if (run(name, size, bytes)) v = bytes.c_str();
 }
 

@@ -59,7 +59,7 @@ bool ByteSource::refuse(uint64_t limit, std::string& error) {
 }
 
 bool ByteSource::takeIn(std::string& error) {
-  constexpr std::size_t PIECE = 64 * 1024;
+  constexpr std::size_t PIECE = std::size_t{64} * 1024;
   const uint64_t limit = _limit > 0 ? std::min(_limit, PIPE_LIMIT) : PIPE_LIMIT;
   _bytes.clear();
   for (;;) {
@@ -131,7 +131,7 @@ bool readText(const std::string& path, uint64_t limit, std::string& text, std::s
     return false;
   }
   text.resize(static_cast<std::size_t>(source.size()));
-  if (source.readAt(0, &text[0], text.size()) == text.size()) return true;
+  if (source.readAt(0, text.data(), text.size()) == text.size()) return true;
   error = fmt::format("{}: read error", source.name());
   return false;
 }

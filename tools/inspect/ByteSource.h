@@ -12,7 +12,7 @@ namespace Inspect {
 class ByteSource {
  public:
   static constexpr uint64_t PIPE_LIMIT = uint64_t{1} << 30;
-  static constexpr std::size_t WINDOW = 128 * 1024;
+  static constexpr std::size_t WINDOW = std::size_t{128} * 1024;
 
   ByteSource() = default;
   ~ByteSource();
