@@ -59,8 +59,14 @@ int answerAfter(const Inspect::ByteSource& source, int code);
 /// A section by its number. @return none, with complaints, and `code` what the command answers
 std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code);
 
+/// Complains of a section that a container does not have. @return the exit code
+int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::ContainerReport& report, int number);
+
 /// Says so when a file stands where one is to be written and must not be replaced.
 bool refusesToReplace(const std::string& path, bool force);
+
+/// Says so when what is to be written would replace what is to be read.
+bool refusesToReplaceInput(const std::string& input, const std::string& output);
 
 // Each adds its subcommand to the application and sets `run` when it is chosen.
 void addPack(CLI::App& app, const Options& options, Run& run);
