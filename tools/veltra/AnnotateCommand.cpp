@@ -145,7 +145,7 @@ int annotate(const Arguments& args, const Options& options) {
   out.finish();
   if (!options.quiet) complainOfEach(source.name(), report.findings);
   if (!isThere) return complainOfNoSection(source, report, *args.section);
-  return answerAfter(source, report.damaged() ? EXIT_NO : EXIT_DONE);
+  return answerAfter(source, report.damaged() ? EXIT_NO : report.findings.empty() ? EXIT_DONE : EXIT_WITH_LOSS);
 }
 
 }  // namespace

@@ -32,8 +32,8 @@ bool filesOf(const std::vector<std::string>& paths, const Options& options, std:
 /// file once it is printed.
 /// @param columns   of the CSV rows; none where the command has no CSV
 /// @param complain  findings go to standard error; without, the answers themselves tell them
-/// @return the worst of 0; 1 a file is damaged; 3 a file has warnings, where the answers tell findings, or is larger
-///         than wanted; 4 a file could not be read
+/// @return the worst of 0; 1 a file is damaged; 3 a file has warnings or is larger than wanted; 4 a file could not be
+///         read
 int answerForFiles(const std::vector<std::string>& paths, const Options& options,
                    const std::vector<std::string>& columns, bool complainOfFindings,
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);

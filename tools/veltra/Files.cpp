@@ -89,9 +89,9 @@ std::vector<Outcome> answerBatch(const std::vector<std::string>& files, std::siz
   return outcomes;
 }
 
-int codeOf(const Inspect::Findings& findings, bool warningsCount) {
+int codeOf(const Inspect::Findings& findings) {
   if (findings.hasDamage()) return EXIT_NO;
-  return warningsCount && !findings.empty() ? EXIT_WITH_LOSS : EXIT_DONE;
+  return findings.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
 }
 
 }  // namespace
@@ -137,7 +137,7 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
       const FileAnswer& given = outcomes[i].answer;
       answers.print(given.text, given.json, given.rows, given.list);
       std::fflush(stdout);
-      code = worse(code, codeOf(findings, !complainOfFindings));
+      code = worse(code, codeOf(findings));
       if (!complainOfFindings || options.quiet) continue;
       complainOfEach(files[begin + i] == "-" ? "standard input" : files[begin + i], findings);
     }

@@ -74,7 +74,7 @@ int showManifest(const Arguments& args, const Options& options) {
   Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
   manifest.deserialize(in);
   printDocument({textOf(manifest, file.kind), Inspect::packageJson(manifest), {}, {}}, options);
-  return file.report.damaged() ? EXIT_NO : EXIT_DONE;
+  return findings.hasDamage() ? EXIT_NO : findings.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
 }
 
 }  // namespace
