@@ -40,3 +40,13 @@ t veltra doctor lot/sub/w03-behind.vres missing.vres lot -f json
 cp lot/whole.vres odd.vres && patch odd.vres 6 0001 && header_crc odd.vres 0
 t veltra doctor odd.vres
 t veltra doctor odd.vres --quick
+# The next command can be given to a shell, whatever the file is called.
+mkdir names
+for name in ' a;b' "it's" $'\e[31m\n\\x\xff' '$(touch pwned)'; do cp lot/sub/e04-data.vres "names/$name"; done
+cp lot/sub/e04-data.vres ./-r
+t veltra doctor -r names
+t veltra doctor -- -r
+input=-r t veltra doctor -
+next() { veltra doctor -r names -f jsonl | sed -E 's/.*"next":"veltra recover (.*) -o NEW".*/\1/; s/\\\\/\\/g'; }
+eval "set -- $(next | tr '\n' ' ')"
+cmp -s "$1" ./-r && cmp -s "$2" ./-r && cmp -s "$3" ./-r && cmp -s "$4" ./-r && echo "$# files found again"

@@ -20,6 +20,8 @@ t veltra summary -r job -f jsonl --expect A08..A10 -q
 t veltra summary job/1.vres --expect A2..A1
 t veltra annotate job/1.vres
 t veltra annotate job/1.vres -s 0 -f csv
+t veltra annotate job/1.vres -s 3 -f csv
+t veltra annotate job/1.vres -s -1 -f csv
 t veltra extract job/1.vres -s 2
 t veltra extract job/1.vres -s 2 --raw -o raw.bin
 t stat -c %s raw.bin

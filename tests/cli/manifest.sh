@@ -19,6 +19,9 @@ t veltra show p.pkg
 cp p.pkg bad.pkg && patch bad.pkg 60 ff && t veltra manifest show bad.pkg
 t veltra manifest show package.json
 t veltra manifest new package.json -o no/such/directory/p.pkg
+echo mine > fresh.pkg.new
+t veltra manifest new package.json -o fresh.pkg
+t cat fresh.pkg.new
 
 refuse() { printf '%s' "$1" > bad.json; t veltra manifest new bad.json -o never.pkg; }
 refuse '{"version": "3.12"}'

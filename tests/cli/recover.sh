@@ -24,5 +24,9 @@ damaged zeroed && dd if=/dev/zero of=zeroed.vres bs=1 count=40 conv=notrunc stat
 cat whole.vres whole.vres > spliced.vres && saved spliced
 (echo "junk before"; cat whole.vres) > shifted.vres && saved shifted
 t veltra recover cut.vres -o cut2.new -f jsonl
+cp cut.vres alone.vres
+t veltra recover alone.vres -o ./alone.vres --force
+t cmp cut.vres alone.vres
+t veltra recover -q alone.vres -o quiet.new
 t veltra recover trace.bin -o none.new
 t ls none.new

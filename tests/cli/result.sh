@@ -13,6 +13,8 @@ t veltra pack result.json -o a.vres
 t veltra pack result.json -o a.vres --force --level 9 -f json
 t veltra info a.vres
 t veltra info -f jsonl a.vres
+t veltra info -f csv a.vres plot.bin
+t veltra summary a.vres
 t veltra list a.vres
 input=a.vres t veltra list -f jsonl -
 t veltra show a.vres
@@ -53,3 +55,6 @@ t veltra frobnicate
 t veltra list -f yaml a.vres
 t veltra info no-such-file a.vres
 t veltra list .
+t veltra diff a.vres
+help_on_full_disk() { veltra --help > /dev/full; }
+t help_on_full_disk

@@ -29,6 +29,8 @@ class ByteSource {
   bool open(const std::string& path, std::string& error);
   bool isOverLimit() const { return _isOverLimit; }  ///< that is why open() refused it
   const std::string& name() const { return _name; }  ///< the path, or "standard input"
+  /// As open() took it: "-" for standard input.
+  std::string path() const { return _descriptor == 0 ? "-" : _name; }
   uint64_t size() const { return _size; }
   /// A read failed since open(): what was found is no word on the input.
   bool hasFailed() const { return _hasFailed; }

@@ -84,6 +84,7 @@ class Walker {
   Walker(const ByteSource& source, WalkDepth depth, const OnSection& onSection)
       : _source(source), _depth(depth), _onSection(onSection) {
     _report.name = source.name();
+    _report.path = source.path();
     _report.size = source.size();
   }
 

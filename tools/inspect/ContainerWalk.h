@@ -78,7 +78,8 @@ class Findings {
 
 /// What a container holds, as far as it can be walked: up to the first header that does not verify.
 struct ContainerReport {
-  std::string name;
+  std::string name;  ///< of the input, for people
+  std::string path;  ///< and for commands
   uint64_t size = 0;
   std::optional<uint32_t> recordedLength;  ///< of an intact or never closed file header
   uint64_t sections = 0;                   ///< how many, the file header included

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <libcrossplatform/common/ResultFile.h>
+#include <tools/inspect/PrintableText.h>
 
 namespace Inspect {
 namespace {
@@ -62,7 +63,8 @@ ContainerReport examine(const ByteSource& source, Examination examination) {
   });
 }
 
-std::string nextCommand(const std::string& file, const Finding& finding) {
+std::string nextCommand(const std::string& path, const Finding& finding) {
+  const std::string file = shellWord(path);
   // A file header that does not serve is made anew.
   if (finding.code <= E06_LENGTH_DIFFERS || (finding.section == 0 && isDamage(finding.code))) {
     return finding.code == E02_NO_FILE_HEADER && finding.section && finding.offset == 0

@@ -20,7 +20,8 @@ ContainerReport examine(const ByteSource& source, Examination examination);
 DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section, std::vector<uint8_t>& bytes,
                             Findings& findings);
 
-/// The command line that helps next with a finding.
-std::string nextCommand(const std::string& file, const Finding& finding);
+/// The command line that helps next with a finding, as it can be given to a shell.
+/// @param path  of the file, "-" for standard input
+std::string nextCommand(const std::string& path, const Finding& finding);
 
 }  // namespace Inspect

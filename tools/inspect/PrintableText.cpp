@@ -1,5 +1,9 @@
 #include <tools/inspect/PrintableText.h>
 
+#include <algorithm>
+#include <cctype>
+#include <cstring>
+
 #include <fmt/format.h>
 
 namespace Inspect {
@@ -39,6 +43,22 @@ std::string printable(const std::string& text) {
     }
   }
   return shown;
+}
+
+std::string shellWord(const std::string& text) {
+  if (text.rfind('-', 0) == 0 && text != "-") return shellWord("./" + text);
+  std::string quoted;
+  if (printable(text) != text) {  // bash, zsh and ksh read these escapes
+    for (const char c : text) quoted += c == '\\' || c == '\'' ? std::string("\\") + c : std::string(1, c);
+    return "$'" + printable(quoted) + "'";
+  }
+  const auto isPlain = [](char c) {
+    return static_cast<unsigned char>(c) >= 0x80 || std::isalnum(static_cast<unsigned char>(c)) != 0 ||
+           (c != '\0' && std::strchr("_-./:@%+,", c) != nullptr);
+  };
+  if (!text.empty() && std::all_of(text.begin(), text.end(), isPlain)) return text;
+  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return "'" + quoted + "'";
 }
 
 std::string htmlText(const std::string& text) {

@@ -12,4 +12,8 @@ std::string printable(const std::string& text);
 /// would take for markup escaped.
 std::string htmlText(const std::string& text);
 
+/// Text from outside as one word of a command line that can be copied from the terminal into a shell: in quotes where a
+/// shell would take it for more than text, and never for an option.
+std::string shellWord(const std::string& text);
+
 }  // namespace Inspect

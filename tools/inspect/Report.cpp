@@ -74,7 +74,7 @@ FileNote noteOf(const ContainerReport& report) {
     } else {
       ++note.leftOut;
     }
-    if (note.next.empty()) note.next = nextCommand(report.name, finding);
+    if (note.next.empty()) note.next = nextCommand(report.path, finding);
   }
   return note;
 }

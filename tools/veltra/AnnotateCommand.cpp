@@ -1,4 +1,5 @@
 #include <memory>
+#include <optional>
 
 #include <fmt/format.h>
 
@@ -13,7 +14,7 @@ namespace {
 
 struct Arguments {
   std::string file;
-  int section = -1;
+  std::optional<int> section;
 };
 
 std::string valueText(const Json::Value& value) {
@@ -133,15 +134,18 @@ int annotate(const Arguments& args, const Options& options) {
   Inspect::ByteSource source;
   if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
   Annotation out(options);
+  bool isThere = !args.section.has_value();
   const auto annotateSection = [&](const Inspect::SectionInfo& section, Inspect::Findings&) {
-    if (args.section >= 0 && section.number != args.section) return;
+    if (args.section && section.number != *args.section) return;
+    isThere = true;
     annotateHeader(source, section, out);
     annotatePayload(source, section, out);
   };
   const Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS, annotateSection);
   out.finish();
   if (!options.quiet) complainOfEach(source.name(), report.findings);
-  return answerAfter(source, report.damaged() ? EXIT_NO : EXIT_DONE);
+  if (!isThere) return complainOfNoSection(source, report, *args.section);
+  return answerAfter(source, report.damaged() ? EXIT_NO : report.findings.empty() ? EXIT_DONE : EXIT_WITH_LOSS);
 }
 
 }  // namespace
@@ -149,7 +153,7 @@ int annotate(const Arguments& args, const Options& options) {
 void addAnnotate(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("annotate", "Every byte of headers and records beside its field");
   const auto args = std::make_shared<Arguments>();
-  command->add_option("file", args->file, "the file; - reads standard input")->required()->type_name("FILE");
+  command->add_option("FILE", args->file, "the file; - reads standard input")->required()->type_name("FILE");
   command->add_option("-s,--section", args->section, "one section alone, as list numbers them")->type_name("N");
   command->callback([args, &options, &run] { run = [args, &options] { return annotate(*args, options); }; });
 }

@@ -32,8 +32,8 @@ bool filesOf(const std::vector<std::string>& paths, const Options& options, std:
 /// file once it is printed.
 /// @param columns   of the CSV rows; none where the command has no CSV
 /// @param complain  findings go to standard error; without, the answers themselves tell them
-/// @return the worst of 0; 1 a file is damaged; 3 a file has warnings, where the answers tell findings, or is larger
-///         than wanted; 4 a file could not be read
+/// @return the worst of 0; 1 a file is damaged; 3 a file has warnings or is larger than wanted; 4 a file could not be
+///         read
 int answerForFiles(const std::vector<std::string>& paths, const Options& options,
                    const std::vector<std::string>& columns, bool complainOfFindings,
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
@@ -59,8 +59,14 @@ int answerAfter(const Inspect::ByteSource& source, int code);
 /// A section by its number. @return none, with complaints, and `code` what the command answers
 std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code);
 
+/// Complains of a section that a container does not have. @return the exit code
+int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::ContainerReport& report, int number);
+
 /// Says so when a file stands where one is to be written and must not be replaced.
 bool refusesToReplace(const std::string& path, bool force);
+
+/// Says so when what is to be written would replace what is to be read.
+bool refusesToReplaceInput(const std::string& input, const std::string& output);
 
 // Each adds its subcommand to the application and sets `run` when it is chosen.
 void addPack(CLI::App& app, const Options& options, Run& run);

@@ -185,7 +185,7 @@ int completion(const std::string& shell, const CLI::App& app) {
 void addCompletion(CLI::App& app, const Options&, Run& run) {
   CLI::App* const command = app.add_subcommand("completion", "Print the completion of a shell, to be sourced by it");
   const auto shell = std::make_shared<std::string>();
-  command->add_option("shell", *shell, "the shell")
+  command->add_option("SHELL", *shell, "the shell")
       ->required()
       ->check(CLI::IsMember({"bash", "zsh"}).description(""))
       ->type_name("bash|zsh");

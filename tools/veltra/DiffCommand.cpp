@@ -43,8 +43,8 @@ int diff(const Arguments& args, const Options& options) {
 void addDiff(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("diff", "The fields in which two files differ");
   const auto args = std::make_shared<Arguments>();
-  command->add_option("a", args->a, "one file")->required()->type_name("A");
-  command->add_option("b", args->b, "the other")->required()->type_name("B");
+  command->add_option("A", args->a, "one file")->required()->type_name("A");
+  command->add_option("B", args->b, "the other")->required()->type_name("B");
   command->callback([args, &options, &run] { run = [args, &options] { return diff(*args, options); }; });
 }
 

@@ -16,25 +16,35 @@ struct Arguments {
   bool deep = false;
 };
 
-FileAnswer answerOf(const Inspect::ContainerReport& report) {
+std::string textOf(const Inspect::ContainerReport& report) {
+  std::string text;
+  for (const Inspect::Finding& finding : report.findings) {
+    text += fmt::format("{}: {}: {}: {}; next: {}\n", printable(report.name), placeOf(finding),
+                        painted(nameOf(finding), toneOf(finding.code)), printable(detailsOf(finding)),
+                        nextCommand(report.path, finding));
+  }
+  if (report.findings.leftOut() > 0) text += printable(furtherText(report.name, report.findings)) + "\n";
+  return text;
+}
+
+/// Findings become JSON one by one when they are printed: a hostile folder has a thousand in each file.
+FileAnswer answerOf(const Inspect::ContainerReport& report, const Options& options) {
   FileAnswer answer;
   answer.findings = report.findings;
+  if (options.format == FORMAT_TABLE) {
+    if (!options.quiet) answer.text = textOf(report);
+    return answer;
+  }
   answer.json["file"] = report.name;
   answer.json["damaged"] = report.damaged();
-  answer.json["findings"] = Json::Value(Json::arrayValue);
-  for (const Inspect::Finding& finding : report.findings) {
-    const std::string next = nextCommand(report.name, finding);
-    answer.text +=
-        fmt::format("{}: {}: {}: {}; next: {}\n", printable(report.name), placeOf(finding),
-                    painted(nameOf(finding), toneOf(finding.code)), printable(detailsOf(finding)), printable(next));
-    Json::Value row = toJson(finding);
-    row["next"] = next;
-    answer.json["findings"].append(row);
-    row["file"] = report.name;
-    answer.rows.push_back(row);
-  }
-  if (report.findings.leftOut() > 0) answer.text += printable(furtherText(report.name, report.findings)) + "\n";
   answer.json["findingsLeftOut"] = static_cast<Json::UInt64>(report.findings.leftOut());
+  const auto size = static_cast<std::size_t>(report.findings.end() - report.findings.begin());
+  answer.list = LongList{"findings", size, [findings = report.findings, path = report.path](std::size_t i) {
+                           const Inspect::Finding& finding = *(findings.begin() + static_cast<std::ptrdiff_t>(i));
+                           Json::Value json = toJson(finding);
+                           json["next"] = nextCommand(path, finding);
+                           return json;
+                         }};
   return answer;
 }
 
@@ -44,9 +54,7 @@ int doctor(const Arguments& args, const Options& options) {
                                            : args.quick ? Inspect::Examination::QUICK
                                                         : Inspect::Examination::ORDINARY;
   return answerForFiles(args.paths, options, columns, false, [&](const Inspect::ByteSource& source) {
-    FileAnswer answer = answerOf(examine(source, examination));
-    if (options.quiet) answer.text.clear();
-    return answer;
+    return answerOf(examine(source, examination), options);
   });
 }
 
@@ -55,7 +63,7 @@ int doctor(const Arguments& args, const Options& options) {
 void addDoctor(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("doctor", "What is wrong with files, one line a finding");
   const auto args = std::make_shared<Arguments>();
-  command->add_option("paths", args->paths, "files, or directories with -r; - reads standard input")
+  command->add_option("PATH", args->paths, "files, or directories with -r; - reads standard input")
       ->required()
       ->type_name("PATH...");
   CLI::Option* const quick = command->add_flag("--quick", args->quick, "headers alone, no CRC of the data");

@@ -47,7 +47,7 @@ int extract(const Arguments& args, const Options& options) {
 void addExtract(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("extract", "The bytes of one section");
   const auto args = std::make_shared<Arguments>();
-  command->add_option("file", args->file, "the file; - reads standard input")->required()->type_name("FILE");
+  command->add_option("FILE", args->file, "the file; - reads standard input")->required()->type_name("FILE");
   command->add_option("-s,--section", args->section, "its number as list shows it")->required()->type_name("N");
   command->add_option("-o,--output", args->output, "the file to write; standard output without")->type_name("OUT");
   command->add_flag("--raw", args->raw, "as stored, still compressed");

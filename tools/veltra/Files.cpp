@@ -89,9 +89,9 @@ std::vector<Outcome> answerBatch(const std::vector<std::string>& files, std::siz
   return outcomes;
 }
 
-int codeOf(const Inspect::Findings& findings, bool warningsCount) {
+int codeOf(const Inspect::Findings& findings) {
   if (findings.hasDamage()) return EXIT_NO;
-  return warningsCount && !findings.empty() ? EXIT_WITH_LOSS : EXIT_DONE;
+  return findings.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
 }
 
 }  // namespace
@@ -115,7 +115,7 @@ bool filesOf(const std::vector<std::string>& paths, const Options& options, std:
 int answerForFiles(const std::vector<std::string>& paths, const Options& options,
                    const std::vector<std::string>& columns, bool complainOfFindings,
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer) {
-  constexpr std::size_t FILES_A_THREAD = 64;
+  constexpr std::size_t FILES_A_THREAD = 16;  // a hostile file may have a thousand findings
   std::vector<std::string> files;
   int code = filesOf(paths, options, files) ? EXIT_DONE : EXIT_COULD_NOT;
   const unsigned cores = options.jobs > 0 ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
@@ -137,7 +137,7 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
       const FileAnswer& given = outcomes[i].answer;
       answers.print(given.text, given.json, given.rows, given.list);
       std::fflush(stdout);
-      code = worse(code, codeOf(findings, !complainOfFindings));
+      code = worse(code, codeOf(findings));
       if (!complainOfFindings || options.quiet) continue;
       complainOfEach(files[begin + i] == "-" ? "standard input" : files[begin + i], findings);
     }
@@ -170,16 +170,27 @@ std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source,
   const std::optional<Inspect::SectionInfo> section = findSection(source, number, report);
   if (section) return section;
   complainOfEach(source.name(), report.findings);
+  code = complainOfNoSection(source, report, number);
+  return section;
+}
+
+int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::ContainerReport& report, int number) {
   complain(fmt::format("{}: no section {}; it has {}", source.name(), number,
                        report.sections == 0 ? "none" : fmt::format("0 to {}", report.sections - 1)));
-  code = answerAfter(source, report.damaged() ? EXIT_NO : EXIT_COULD_NOT);
-  return section;
+  return answerAfter(source, report.damaged() ? EXIT_NO : EXIT_COULD_NOT);
 }
 
 bool refusesToReplace(const std::string& path, bool force) {
   struct stat info {};
   if (force || lstat(path.c_str(), &info) != 0) return false;
   complain(path + ": exists; --force replaces it");
+  return true;
+}
+
+bool refusesToReplaceInput(const std::string& input, const std::string& output) {
+  std::error_code missing;
+  if (!fs::equivalent(input, output, missing)) return false;
+  complain(input + ": is to be read, and would be replaced");
   return true;
 }
 

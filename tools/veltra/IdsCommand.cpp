@@ -135,8 +135,8 @@ int ids(const Arguments& args, const CLI::App& command, const Options& options) 
 void addIds(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("ids", "Count, list and hand out the cable IDs between two IDs");
   const auto args = std::make_shared<Arguments>();
-  command->add_option("first", args->first, "the first ID")->required()->type_name("FIRST");
-  command->add_option("last", args->last, "the last ID")->required()->type_name("LAST");
+  command->add_option("FIRST", args->first, "the first ID")->required()->type_name("FIRST");
+  command->add_option("LAST", args->last, "the last ID")->required()->type_name("LAST");
   CLI::Option_group* const what =
       command->add_option_group("what", "At most one of; without any, how many IDs there are");
   CLI::Option* const list = what->add_flag("--list", args->list, "the IDs, one a line");

@@ -36,14 +36,32 @@ std::string screen(const Inspect::FileSummary& file) {
   return text + line("State", report.damaged() ? "damaged" : "intact", report.damaged() ? Tone::BAD : Tone::PLAIN);
 }
 
+/// A CSV row: what is told of the file, and of its result as summary tells it.
+Json::Value flatRow(const Inspect::FileSummary& file) {
+  Json::Value row = file.hasSummary ? toJson(Inspect::ResultRow{file.report.name, file.summary}) : Json::Value();
+  const Json::Value whole = toJson(file);
+  for (const char* member : {"file", "kind", "damaged", "bytes", "recordedBytes", "sections"}) {
+    row[member] = whole[member];
+  }
+  return row;
+}
+
 int info(const std::vector<std::string>& files, const Options& options) {
-  return answerForFiles(files, options, {}, true, [&options](const Inspect::ByteSource& source) {
+  std::vector<std::string> columns = {"file", "kind", "damaged", "bytes", "recordedBytes", "sections"};
+  columns.insert(columns.end(), Inspect::rowColumns().begin() + 1,
+                 Inspect::rowColumns().end());  // both begin with "file"
+  return answerForFiles(files, options, columns, true, [&options](const Inspect::ByteSource& source) {
     const Inspect::FileSummary file = Inspect::summarize(source);
     FileAnswer answer;
-    if (options.format == FORMAT_TABLE) answer.text = screen(file);
-    answer.json = toJson(file);
-    answer.rows = {answer.json};
     answer.findings = file.report.findings;
+    if (options.format == FORMAT_TABLE) {
+      answer.text = screen(file);
+    } else if (options.format == FORMAT_CSV) {
+      answer.rows = {flatRow(file)};
+    } else {
+      answer.json = toJson(file);
+      if (options.format == FORMAT_JSONL) answer.rows = {answer.json};
+    }
     return answer;
   });
 }
@@ -53,7 +71,7 @@ int info(const std::vector<std::string>& files, const Options& options) {
 void addInfo(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("info", "What a file is: result, verdict, measurements, sizes");
   const auto files = std::make_shared<std::vector<std::string>>();
-  command->add_option("files", *files, "files to look at; - reads standard input")->required()->type_name("FILE...");
+  command->add_option("FILE", *files, "files to look at; - reads standard input")->required()->type_name("FILE...");
   command->callback([files, &options, &run] { run = [files, &options] { return info(*files, options); }; });
 }
 

@@ -57,7 +57,7 @@ int list(const std::vector<std::string>& files, const Options& options) {
 void addList(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("list", "One row for each section of a file");
   const auto files = std::make_shared<std::vector<std::string>>();
-  command->add_option("files", *files, "files to list; - reads standard input")->required()->type_name("FILE...");
+  command->add_option("FILE", *files, "files to list; - reads standard input")->required()->type_name("FILE...");
   command->callback([files, &options, &run] { run = [files, &options] { return list(*files, options); }; });
 }
 

@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <memory>
 
 #include <fmt/format.h>
@@ -33,15 +32,9 @@ int newManifest(const Arguments& args) {
     return EXIT_COULD_NOT;
   }
   if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
-  // Beside the output and then into its place: the writing itself truncates in place.
-  const std::string temporary = args.output + ".new";
   const uint16_t type = args.cable ? PFile::SECTION_CABLE_MANIFEST : PFile::SECTION_LIMIT_MANIFEST;
-  if (Inspect::writePackage(manifest, type, temporary, error) &&
-      std::rename(temporary.c_str(), args.output.c_str()) == 0) {
-    return EXIT_DONE;
-  }
-  complain(error.empty() ? args.output + ": cannot be replaced" : error);
-  std::remove(temporary.c_str());
+  if (Inspect::writePackage(manifest, type, args.output, error)) return EXIT_DONE;
+  complain(error);
   return EXIT_COULD_NOT;
 }
 
@@ -81,7 +74,7 @@ int showManifest(const Arguments& args, const Options& options) {
   Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
   manifest.deserialize(in);
   printDocument({textOf(manifest, file.kind), Inspect::packageJson(manifest), {}, {}}, options);
-  return file.report.damaged() ? EXIT_NO : EXIT_DONE;
+  return findings.hasDamage() ? EXIT_NO : findings.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
 }
 
 }  // namespace
@@ -93,7 +86,7 @@ void addManifest(CLI::App& app, const Options& options, Run& run) {
   command->fallthrough();
 
   CLI::App* const creating = command->add_subcommand("new", "Write a package from a description in JSON");
-  creating->add_option("description", args->input, "the description; - reads standard input")
+  creating->add_option("DESCRIPTION", args->input, "the description; - reads standard input")
       ->required()
       ->type_name("PACKAGE.json");
   creating->add_option("-o,--output", args->output, "the file to write")->required()->type_name("FILE");
@@ -102,7 +95,7 @@ void addManifest(CLI::App& app, const Options& options, Run& run) {
   creating->callback([args, &run] { run = [args] { return newManifest(*args); }; });
 
   CLI::App* const showing = command->add_subcommand("show", "What a package holds");
-  showing->add_option("file", args->input, "the package; - reads standard input")->required()->type_name("FILE");
+  showing->add_option("FILE", args->input, "the package; - reads standard input")->required()->type_name("FILE");
   showing->callback([args, &options, &run] { run = [args, &options] { return showManifest(*args, options); }; });
 }
 

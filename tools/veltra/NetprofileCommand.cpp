@@ -125,8 +125,8 @@ void addNetprofile(CLI::App& app, const Options& options, Run& run) {
   showing->callback([args, &options, &run] { run = [args, &options] { return show(*args, options); }; });
 
   CLI::App* const setting = command->add_subcommand("set", "Change one setting; a secret is read from standard input");
-  setting->add_option("setting", args->setting, "its name, as show prints it")->required()->type_name("NAME");
-  CLI::Option* const value = setting->add_option("value", args->value, "its new value")->type_name("VALUE");
+  setting->add_option("NAME", args->setting, "its name, as show prints it")->required()->type_name("NAME");
+  CLI::Option* const value = setting->add_option("VALUE", args->value, "its new value")->type_name("VALUE");
   setting->callback([args, value, &run] { run = [args, value] { return set(*args, value->count() > 0); }; });
 
   CLI::App* const checking = command->add_subcommand("check", "Whether the stored values are ones the profile takes");

@@ -57,7 +57,7 @@ int pack(const Arguments& args, const Options& options) {
 void addPack(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("pack", "Write a result file from a description in JSON");
   const auto args = std::make_shared<Arguments>();
-  command->add_option("description", args->description, "the description; - reads standard input")
+  command->add_option("DESCRIPTION", args->description, "the description; - reads standard input")
       ->required()
       ->type_name("RESULT.json");
   command->add_option("-o,--output", args->output, "the file to write")->required()->type_name("FILE");

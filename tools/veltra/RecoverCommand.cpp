@@ -71,7 +71,7 @@ int recover(const Arguments& args, const Options& options) {
   std::string error;
   Inspect::ByteSource source;
   if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
-  if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
+  if (refusesToReplace(args.output, args.force) || refusesToReplaceInput(args.file, args.output)) return EXIT_COULD_NOT;
   constexpr uint64_t PASSES = 3;  // the sums of all bytes, the search, the copy
   Progress progress(options.progress);
   progress.expect(PASSES * source.size());
@@ -91,7 +91,7 @@ int recover(const Arguments& args, const Options& options) {
   }
   if (!passesDoctor(args.output)) return EXIT_COULD_NOT;
   if (options.format == FORMAT_TABLE) {
-    fmt::print("{}", textOf(args, recovery));
+    if (!options.quiet) fmt::print("{}", textOf(args, recovery));
   } else {
     printRecovery(args, recovery, options);
   }
@@ -103,7 +103,7 @@ int recover(const Arguments& args, const Options& options) {
 void addRecover(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("recover", "Save every intact section of a damaged file into a new one");
   const auto args = std::make_shared<Arguments>();
-  command->add_option("file", args->file, "the damaged file; - reads standard input")->required()->type_name("FILE");
+  command->add_option("FILE", args->file, "the damaged file; - reads standard input")->required()->type_name("FILE");
   command->add_option("-o,--output", args->output, "the file to write")->required()->type_name("NEW");
   command->add_flag("--force", args->force, "replace an existing file");
   command->callback([args, &options, &run] { run = [args, &options] { return recover(*args, options); }; });

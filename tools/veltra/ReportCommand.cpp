@@ -71,9 +71,7 @@ int report(const Arguments& args, const Options& options) {
   }
   if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
   for (const std::string& path : args.paths) {
-    if (!isSameFile(path, args.output)) continue;
-    complain(path + ": is to be read, and would be replaced");
-    return EXIT_COULD_NOT;
+    if (refusesToReplaceInput(path, args.output)) return EXIT_COULD_NOT;
   }
   int code = readJob(args, options, job);
   if (job.expected != nullptr) code = worse(code, codeOf(coverageOf(job.rows, expected)));
@@ -100,7 +98,7 @@ int report(const Arguments& args, const Options& options) {
 void addReport(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("report", "One page about many results, to print or to hand over");
   const auto args = std::make_shared<Arguments>();
-  command->add_option("paths", args->paths, "result files, or directories with -r")->required()->type_name("PATH...");
+  command->add_option("PATH", args->paths, "result files, or directories with -r")->required()->type_name("PATH...");
   command->add_option("-o,--output", args->output, "the page to write, HTML")->required()->type_name("PAGE");
   command->add_option("--expect", args->expected, "the IDs of the job: which are missing, doubled or foreign")
       ->type_name("FIRST..LAST");

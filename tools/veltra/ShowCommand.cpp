@@ -68,7 +68,7 @@ int showSection(const Arguments& args, const Options& options) {
 void addShow(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("show", "The record a section holds, or its bytes");
   const auto args = std::make_shared<Arguments>();
-  command->add_option("file", args->file, "the file; - reads standard input")->required()->type_name("FILE");
+  command->add_option("FILE", args->file, "the file; - reads standard input")->required()->type_name("FILE");
   command->add_option("-s,--section", args->section, "number of the section as list shows it")->capture_default_str();
   command->add_flag("--record", args->bareRecord, "the file is a record by itself, without a container");
   command->callback([args, &options, &run] {

@@ -119,7 +119,7 @@ int readResults(const std::vector<std::string>& paths, const Options& options, s
 void addSummary(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("summary", "One row for each result, in the order of their IDs");
   const auto args = std::make_shared<Arguments>();
-  command->add_option("paths", args->paths, "result files, or directories with -r")->required()->type_name("PATH...");
+  command->add_option("PATH", args->paths, "result files, or directories with -r")->required()->type_name("PATH...");
   command->add_option("--expect", args->expected, "the IDs of the job: which are missing, doubled or foreign")
       ->type_name("FIRST..LAST");
   command->callback([args, &options, &run] { run = [args, &options] { return summary(*args, options); }; });

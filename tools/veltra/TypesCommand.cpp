@@ -101,7 +101,7 @@ int types(const std::string& wanted, const Options& options) {
 void addTypes(CLI::App& app, const Options& options, Run& run) {
   CLI::App* const command = app.add_subcommand("types", "Section types, records and the texts of results and settings");
   const auto wanted = std::make_shared<std::string>();
-  command->add_option("id", *wanted, "one number, decimal or 0x hexadecimal, or one name")->type_name("ID");
+  command->add_option("ID", *wanted, "one number, decimal or 0x hexadecimal, or one name")->type_name("ID");
   command->callback([wanted, &options, &run] { run = [wanted, &options] { return types(*wanted, options); }; });
 }
 

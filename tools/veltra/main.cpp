@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 
+#include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
 #include <libcrossplatform/common/Version.h>
@@ -78,13 +79,18 @@ int runCommand(int argc, char** argv) {
   app.fallthrough();
   addOptions(app, options);
   addCommands(app, options, run);
+  int code = EXIT_DONE;
   try {
     app.parse(argc, argv);
+    setColor(options.color);
+    code = run();
+  } catch (const CLI::Success& asked) {  // --help and --version
+    app.exit(asked);
   } catch (const CLI::ParseError& e) {
-    return app.exit(e) == 0 ? EXIT_DONE : EXIT_USAGE;  // --help and --version are no errors
+    complain(e.what());
+    fmt::print(stderr, "Run with --help for more information.\n");
+    return EXIT_USAGE;
   }
-  setColor(options.color);
-  const int code = run();
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
   complain("standard output cannot be written");
   return EXIT_COULD_NOT;
