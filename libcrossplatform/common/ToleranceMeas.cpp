@@ -23,7 +23,7 @@ float quadrature(float a, float b) {
 
 ToleranceMeas::ToleranceMeas() : posTolerance(NO_BOUND), negTolerance(NO_BOUND) {}
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): five bytes, copied as fast as they are moved
+// NOLINTNEXTLINE(performance-unnecessary-value-param): a number and its scale, nothing that could be moved
 ToleranceMeas::ToleranceMeas(ScaledInt v, DisplayType t, float pos, float neg)
     : value(v), type(t), posTolerance(pos), negTolerance(neg) {}
 
