@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <memory>
 #include <numeric>
 #include <set>
 #include <sstream>
@@ -264,4 +265,20 @@ TEST(EncryptedStringDeathTest, PrintsNothingUntilAFlagIsOn) {
     std::exit(good && printed(otherKey).find('\n' + reason) != std::string::npos ? 0 : 1);
   };
   EXPECT_EXIT(child(), testing::ExitedWithCode(0), "");
+}
+
+// OpenSSL counts in int. The spans are only said to be this long: not a byte of them is there to be read.
+TEST(CredentialCipher, SizesThatOpenSslCannotCountAreRefusedUntouched) {
+  const uint8_t byte = 0;
+  const gsl::span<const uint8_t> tooLong(&byte, std::size_t{1} << 30);
+  EXPECT_TRUE(encryptCbc(tooLong, TEST_KEY).empty());
+  EXPECT_EQ(decryptCbc(tooLong, TEST_KEY).status, CbcPlain::STATUS_UPDATE_FAILED);
+  EXPECT_TRUE(encodeBase64(tooLong).empty());
+}
+
+TEST(CredentialEnvelope, IsNotReadBeforeItsBeginning) {
+  for (std::size_t size = 0; size < 9; ++size) {
+    const std::unique_ptr<uint8_t[]> bytes(new uint8_t[size]());  // to the byte, for the sanitizer
+    EXPECT_EQ(parseEnvelope({bytes.get(), size}).fault, EnvelopeContent::FAULT_CHECK_VALUE) << size;
+  }
 }

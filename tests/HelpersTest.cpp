@@ -227,12 +227,30 @@ void expectNumbersAsEver() {
             "  posTolerance: 0.5\n  negTolerance: nan\n}\n");
 }
 
+/// What becomes of documents, the good and the bad.
+std::vector<std::string> documentsRead() {
+  std::vector<std::string> read;
+  for (const std::string& text :
+       {std::string("[1.5, -1.234, 1.5e3, 2.5E-1, 1234567, 1e3, -0.0, 7]"), std::string("{\"1.5\": \"2.5 \\\" 3.5\"}"),
+        std::string("[1 /* 2.5 \" */, 1.25] // 3.5 \"\n"), "[0." + std::string(400, '3') + "]", std::string("[1.]"),
+        std::string("[-.5]"), std::string("[1.2.3]"), std::string("[1e5.3]"), std::string("[1.5e]"),
+        std::string("[1.5e+]"), std::string("[1.5e999]"), std::string("[.5]"), std::string("[-]"), std::string("[1.5"),
+        std::string("[\"1.5"), std::string("[1.5 /*"), std::string("1.5")}) {
+    Json::Value value;
+    read.push_back(parseJson(text, value, true) ? Dump::compactJson(value) : "refused: " + text);
+  }
+  return read;
+}
+
 }  // namespace
 
 TEST(NumberText, DoesNotDependOnTheLocale) {
   expectNumbersAsEver();
+  const std::vector<std::string> documents = documentsRead();
+  EXPECT_EQ(documents[0], "[1.5,-1.234,1500.0,0.25,1234567,1000.0,-0.0,7]");
   const std::locale before = std::locale::global(std::locale(std::locale::classic(), new DecimalComma));
   expectNumbersAsEver();
+  EXPECT_EQ(documentsRead(), documents);
   std::locale::global(before);
   for (const char* name : {"de_DE.UTF-8", "de_DE", "fr_FR.UTF-8"}) {
     if (std::setlocale(LC_ALL, name) != nullptr) expectNumbersAsEver();

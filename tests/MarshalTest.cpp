@@ -290,3 +290,14 @@ TEST(Marshal, NamesOfIds) {
   }
   EXPECT_STREQ(veltraSystemIdToString(0x51), "");
 }
+
+TEST(ByteStreamBuilder, WhatFourGigabytesCannotHoldFailsAndAllocatesNothing) {
+  Marshal::ByteStreamBuilder out;
+  EXPECT_EQ(out.writeUInt8(7), 1u);
+  EXPECT_EQ(out.window(0xFFFFFFFF).cursor, nullptr);
+  EXPECT_TRUE(out.failed());
+  EXPECT_EQ(out.writeBytes(out.data(), 0xFFFFFFFF), 0u) << "not a byte of it is read";
+  EXPECT_EQ(out.size(), 1u) << "what was written before stays";
+  out.reset();
+  EXPECT_EQ(out.writeUInt8(8), 1u) << "and it can be used again";
+}

@@ -577,6 +577,19 @@ TEST_F(NetworkProfileFile, UnreadableTextKeepsTheDocument) {
   EXPECT_EQ(profile.getUsbWifiSSID(), "");
 }
 
+// 30 kB that would be 14 MB: what could not be read again is not saved, and does not replace what can.
+TEST_F(NetworkProfileFile, ADocumentThatItsIndentationMakesTooLargeIsNotSaved) {
+  constexpr std::size_t DEEP = 900;
+  std::string text = "{ \"x\" : " + std::string(DEEP, '[');
+  for (int i = 0; i < 15000; ++i) text += "1,";
+  write(path("deep"), text + "1" + std::string(DEEP, ']') + "}");
+  write(path("kept"), "{}");
+  NetworkProfile profile;
+  ASSERT_TRUE(profile.readFrom(path("deep")));
+  EXPECT_FALSE(profile.saveTo(path("kept")));
+  EXPECT_EQ(content(path("kept")), "{}");
+}
+
 TEST_F(NetworkProfileFile, RefusesWhatIsNoFileWithoutBlocking) {
   ASSERT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
   expectRefused(path("fifo"));

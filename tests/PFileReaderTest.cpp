@@ -173,3 +173,40 @@ TEST(MemReader, Transcript) {
   STEP(seek(0, -1));
   transcript.expectGolden("pfile_mem_reader");
 }
+
+// Nothing behind the bytes that are there is touched, however large the image is said to be.
+TEST(MemReader, PositionsBeyondTwoGigabytesAreRefused) {
+  constexpr unsigned SAID = 0xFFFFFFF0, BEYOND = 0x80000000;
+  constexpr int MOST = 0x7FFFFFFF;
+  const Bytes image = EMPTY_FILE + headerClaiming(300, BEYOND);
+  MemReader reader;
+  ASSERT_EQ(reader.quickOpen(image.data(), SAID), 0);
+  EXPECT_EQ(reader.skipNextSection(), -1);
+  EXPECT_EQ(reader.seek(24, Marshal::STREAM_FROM_BEGIN), 24);
+  Section section;
+  EXPECT_EQ(reader.read(section, true), -1);
+  EXPECT_EQ(reader.seek(MOST, Marshal::STREAM_FROM_BEGIN), MOST);
+  EXPECT_EQ(reader.seek(1, Marshal::STREAM_FROM_CURRENT), -1);
+  EXPECT_EQ(reader.seek(0, Marshal::STREAM_FROM_END), -1);
+  EXPECT_EQ(reader.seek(0, Marshal::STREAM_FROM_CURRENT), MOST) << "a refused position is not taken";
+}
+
+TEST(MemReader, ARecordedLengthWithinTheFileHeaderLeavesNothingToRead) {
+  const Bytes word = {23, 0, 0, 0};
+  const Bytes image = headerClaiming(1, 4, crc32Of(word.data(), 4)) + word + headerClaiming(300, 1);
+  MemReader reader;
+  ASSERT_EQ(reader.open(image.data(), static_cast<unsigned>(image.size())), 0);
+  Section section;
+  Header header;
+  EXPECT_EQ(reader.read(section, true), -2);
+  EXPECT_EQ(reader.peek(header), -1);
+  EXPECT_EQ(reader.seek(0, Marshal::STREAM_FROM_CURRENT), -1);
+}
+
+TEST(FileReader, AFileCutWhileItIsReadIsAFailedRead) {
+  Files source;
+  ASSERT_EQ(source.open(fileOf(headerClaiming(300, 100000) + Bytes(200000))), 0);
+  std::filesystem::resize_file(source.dir.file("a.pf"), 10);
+  Section section;
+  EXPECT_EQ(source.reader.read(section, true), -1);
+}

@@ -77,3 +77,13 @@ TEST_F(SafeFileWriterTest, AFailedWriteLeavesTheOldFile) {
   std::signal(SIGXFSZ, handler);
   expectOldFileAlone();
 }
+
+TEST_F(SafeFileWriterTest, ANameWithoutAFolderIsSavedInTheCurrentOne) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  std::filesystem::current_path(dir.path);
+  SafeFileWriter file;
+  EXPECT_EQ(file.open("a.pf"), 0);
+  EXPECT_EQ(file.commit(), 0);
+  std::filesystem::current_path(before);
+  EXPECT_EQ(fileBytes(path), EMPTY_FILE);
+}

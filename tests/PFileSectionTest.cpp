@@ -104,4 +104,18 @@ TEST(PFileSection, DumpsItsPayloadAtLevelTwoOnly) {
   EXPECT_EQ(RecordTesting::dumpOf(section, 1), header);
   EXPECT_EQ(RecordTesting::dumpOf(section, 2),
             header.substr(0, header.size() - 2) + "  Payload {\n    size: 2\n    Payload Data: 00ff\n  }\n}\n");
+  section.payload.set(9, nullptr, false);  // what a reader leaves that was given no bytes
+  EXPECT_NE(RecordTesting::dumpOf(section, 2).find("    size: 9\n    Payload Data: \n"), std::string::npos)
+      << RecordTesting::dumpOf(section, 2);
+}
+
+TEST(PFileSection, IsEqualByHeaderAndPayload) {
+  Section one, same, otherByte, otherType;
+  setSection(one, {5, 1, 0, {1, 2}});
+  setSection(same, {5, 1, 0, {1, 2}});
+  setSection(otherType, {6, 1, 0, {1, 2}});
+  setSection(otherByte, {5, 1, 0, {1, 3}});
+  otherByte.header = one.header;
+  EXPECT_TRUE(one == same && Section() == Section());
+  EXPECT_FALSE(one == otherType || one == otherByte);
 }

@@ -135,3 +135,28 @@ TEST(MemWriter, Transcript) {
   STEP(buffers[199][20] == 44 + section.payload.size());
   transcript.expectGolden("pfile_mem_writer");
 }
+
+TEST(MemWriter, AFullBufferTakesNothingMore) {
+  std::array<uint8_t, 24> buffer{};
+  const uint8_t byte = 1;
+  MemWriter writer;
+  Section section;
+  setSection(section, {300, 12, 0, {1}});
+  ASSERT_EQ(writer.open(buffer.data(), 24), 0);
+  EXPECT_EQ(writer.write(section), -1);
+  EXPECT_EQ(writer.write(&byte, 1), -1);
+  EXPECT_EQ(writer.close(), 0);
+  EXPECT_EQ(Bytes(buffer.begin(), buffer.end()), EMPTY_FILE);
+}
+
+TEST(FileWriter, ADiskThatIsFullShowsInTheHeaderThatNoLongerFitsTheBuffer) {
+  Transcript transcript;
+  FileWriter writer(onDebug, onError);
+  ASSERT_EQ(writer.open("/dev/full"), 0);
+  Section section;
+  setSection(section, {300, 12, 0, Bytes(64 * 1024 - 24 - 20 - 10)});
+  EXPECT_EQ(writer.write(section), 0) << "it is in the buffer";
+  EXPECT_EQ(writer.write(section), -1);
+  EXPECT_TRUE(transcript.has("E PFileWriter::write fwrite failed when writing section header.errno:28"));
+  EXPECT_EQ(writer.close(false), -1);
+}

@@ -1,6 +1,7 @@
 #include <libcrossplatform/common/NetworkProfile.h>
 
-#include <sstream>
+#include <ostream>
+#include <streambuf>
 
 #include <arpa/inet.h>
 
@@ -48,6 +49,28 @@ bool setServer(Json::Value& document, const char* key, std::size_t i, const std:
       Stored::orBadAlloc([&] { return Json::Value(text); });
   return true;
 }
+
+// Takes what a profile file may hold and refuses the rest: the indentation of a deeply nested document comes to a
+// thousand times its own size.
+class FileText : public std::streambuf {
+ public:
+  const std::string& text() const { return _text; }
+
+ protected:
+  int_type overflow(int_type character) override {
+    const char byte = traits_type::to_char_type(character);
+    return xsputn(&byte, 1) == 1 ? character : traits_type::eof();
+  }
+  std::streamsize xsputn(const char* bytes, std::streamsize count) override {
+    const auto size = static_cast<std::size_t>(count);
+    if (size > Veltra::PROFILE_FILE_MAX_BYTES - _text.size()) return 0;
+    _text.append(bytes, size);
+    return count;
+  }
+
+ private:
+  std::string _text;
+};
 
 }  // namespace
 
@@ -216,9 +239,10 @@ bool NetworkProfile::save() const {
 
 bool NetworkProfile::saveTo(const std::string& path) const {
   const std::lock_guard<std::mutex> lock(_mutex);
-  std::ostringstream text;
-  dump(text);
-  return !text.fail() && Veltra::writeProfileFile(path, text.str());
+  FileText file;
+  std::ostream stream(&file);
+  dump(stream);
+  return !stream.fail() && Veltra::writeProfileFile(path, file.text());
 }
 
 bool NetworkProfile::read() {

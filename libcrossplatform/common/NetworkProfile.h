@@ -174,8 +174,9 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   void dump(std::ostream& stream) const;
 
   /// Writes the document to FILE_PATH, or a path of the caller's choice. The file is created with mode 0600.
-  /// @return false when a byte could not be written, or the path is not a regular file. A symbolic link is followed
-  ///         when it belongs to root or the caller
+  /// @return false when a byte could not be written, the path is not a regular file, or the text has more than the
+  ///         4 MiB that read() takes: the file is not touched then. A symbolic link is followed when it belongs to root
+  ///         or the caller
   bool save() const;
   bool saveTo(const std::string& path) const;
 

@@ -4,13 +4,24 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <random>
+#include <ctime>
 #include <utility>
 
 namespace PFile {
 namespace {
+
+/// A number for the name of a temporary file, another at each call. From clock, process and a count: a source of random
+/// numbers may fail, and saving must not depend on it. That no other file has the name is for O_EXCL to settle.
+unsigned nextNumber() {
+  constexpr unsigned SPREAD = 0x9E3779B9;
+  static std::atomic<unsigned> calls{0};
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  return static_cast<unsigned>(now.tv_nsec) ^ static_cast<unsigned>(getpid()) * SPREAD ^ calls++ * SPREAD;
+}
 
 /// Creates an empty file beside `path` that no other saving uses, with the mode the replaced file had, so that saving
 /// does not change who may read it.
@@ -18,10 +29,9 @@ bool createTemporary(const std::string& path, std::string& temporary) {
   constexpr int MOST_TRIES = 100;
   struct stat replaced {};
   const bool replaces = stat(path.c_str(), &replaced) == 0;
-  std::random_device random("default");
   for (int i = 0; i < MOST_TRIES; ++i) {
     char ending[16];
-    std::snprintf(ending, sizeof ending, ".%08x", static_cast<unsigned>(random()));
+    std::snprintf(ending, sizeof ending, ".%08x", nextNumber());
     temporary = path + ending;
     const int descriptor = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor >= 0) {

@@ -9,6 +9,7 @@
 
 #include <libcrossplatform/common/TextUtil.h>
 #include <libcrossplatform/common/TimeUtil.h>
+#include <libcrossplatform/common/internal/JsonFractions.h>
 #include <libcrossplatform/logging/Assert.h>
 #include <libcrossplatform/logging/Logger.h>
 #include <libcrossplatform/serialization/NumberText.h>
@@ -83,7 +84,11 @@ Json::Value toJson(unsigned long long value) {
 bool parseJson(const std::string& text, Json::Value& out, bool collectComments) {
   try {
     Json::Value root;
-    if (!Json::Reader().parse(text, root, collectComments)) return false;
+    if (!hasForeignDecimalPoint()) {
+      if (!Json::Reader().parse(text, root, collectComments)) return false;
+    } else if (!Json::Reader().parse(withoutFractions(text), root, collectComments) || !restoreFractions(root, text)) {
+      return false;
+    }
     out = std::move(root);
     return true;
   } catch (const Json::Exception&) {  // thrown beyond 1000 levels of nesting

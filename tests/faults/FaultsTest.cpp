@@ -3,6 +3,11 @@
 #include <unistd.h>
 #include <zlib.h>
 
+#include <random>
+#include <stdexcept>
+#include <thread>
+
+#include <libcrossplatform/common/EncryptedString.h>
 #include <libcrossplatform/common/ResultSummary.h>
 #include <libcrossplatform/serialization/FieldCodec.h>
 
@@ -34,6 +39,29 @@ extern "C" int compress2(Bytef* dest, uLongf* destLen, const Bytef* source, uLon
   answers.erase(answers.begin());
   *destLen = answer.left;
   return answer.code;
+}
+
+/// Whether the machine has random numbers to give.
+bool hasEntropy = true;
+void std::random_device::_M_init(const std::string&) {
+  if (!hasEntropy) throw std::runtime_error("random_device");
+}
+std::random_device::result_type std::random_device::_M_getval() {
+  return 4;
+}
+void std::random_device::_M_fini() {}
+
+TEST(Entropy, WithoutItNothingIsEncryptedAndFilesAreSavedAllTheSame) {
+  hasEntropy = false;
+  std::string text = "?";
+  std::thread([&text] { text = EncryptedString::Encrypt("secret"); }).join();  // each thread asks for its own
+  const TempDir dir;
+  SafeFileWriter file;
+  EXPECT_EQ(file.open(dir.file("a.pf").c_str()), 0);
+  EXPECT_EQ(file.commit(), 0);
+  hasEntropy = true;
+  EXPECT_EQ(text, "");
+  EXPECT_EQ(RecordTesting::fileBytes(dir.file("a.pf")), EMPTY_FILE);
 }
 
 TEST(Compression, TranscriptOfTheRetry) {

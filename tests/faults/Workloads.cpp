@@ -1,12 +1,15 @@
 #include "Workloads.h"
 
 #include <fcntl.h>
+#include <openssl/crypto.h>
 
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <new>
 #include <ostream>
+
+#include <gsl/util>
 
 #include <libcrossplatform/common/DatabaseVersionEx.h>
 #include <libcrossplatform/common/NetworkProfile.h>
@@ -131,6 +134,28 @@ int readProfile(const std::string& path) {
   return profile.getInetAddr() == ADDRESS && profile.getDNSSize() == 2 ? 0 : FOREIGN_EXCEPTION;
 }
 
+/// Secrets into the document and out again, through every layer of a stored text. A secret that cannot be read is
+/// empty.
+int keepSecrets(const std::string& path) {
+  const auto forget = gsl::finally([] { OPENSSL_thread_stop(); });  // what OpenSSL keeps for the thread is no leak
+  constexpr char SECRET[] = "a pass phrase beyond short texts";
+  NetworkProfile profile;
+  const bool done = profile.readFrom(path) && profile.setUsbWifiSSID("a name beyond the short texts") &&
+                    profile.setUsbWifiDHCP(true) && profile.setUsbWifiSecurity(UsbWifiSecurity::PERSONAL) &&
+                    profile.setWirelessPassword(SECRET) && profile.addCurrentWifiProfile() &&
+                    profile.setUsbWifiSecurity(UsbWifiSecurity::WEP) && profile.setWirelessKey(2, "0123456789") &&
+                    profile.addUsbWifiDNS("10.20.30.1");
+  WifiProfile recent;
+  if (!done || !profile.getWifiProfile(0, recent)) return 1;
+  NetworkProfile other;
+  if (!other.setConfigFromWifiProfile(recent)) return 1;
+  for (const std::string& secret : {recent.wirelessPassword, other.getWirelessPassword()}) {
+    if (secret.empty()) return 1;
+    if (secret != SECRET) return FOREIGN_EXCEPTION;
+  }
+  return profile.getWirelessKey(2) == "0123456789" ? 0 : 1;
+}
+
 #ifdef VELTRA_HAS_INSPECT
 
 int doctor(const std::string& path) try {
@@ -190,6 +215,7 @@ const std::vector<Workload>& all() {
       {"package", package, OLD, manifest, Workload::OVERWRITES, true, true},
       {"profile-save", saveProfile, OLD, profile, Workload::OVERWRITES, false, false},
       {"profile-read", readProfile, profile, profile, Workload::READS, false, false},
+      {"secrets", keepSecrets, profile, profile, Workload::READS, false, false},
 #ifdef VELTRA_HAS_INSPECT
       {"doctor", doctor, wholeResult(), wholeResult(), Workload::READS, true, false},
       {"recover", recover, OLD, wholeResult(), Workload::REPLACES, true, false},

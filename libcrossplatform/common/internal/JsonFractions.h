@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include <json/value.h>
+
+namespace Veltra {
+
+/// JsonCpp reads fractions by the global locale of the program: where that writes a decimal comma, 1.5 is refused and
+/// 1.234 may be read as 1234. These two let it read a document that has none.
+
+/// Whether the global locale has another decimal point than JSON.
+bool hasForeignDecimalPoint();
+
+/// The document with zeros in the place of each fraction. Every value stays where it is.
+std::string withoutFractions(std::string text);
+
+/// Gives the values of a document read without its fractions what they stand for.
+/// @param text  the document as it was; the values' offsets are places in it
+/// @return false when a number cannot be read: `value` is then partly done
+bool restoreFractions(Json::Value& value, const std::string& text);
+
+}  // namespace Veltra
