@@ -14,7 +14,7 @@ using Fields = std::map<std::string, Json::Value>;
 
 void flatten(const std::string& name, const Json::Value& value, Fields& out) {
   if (value.isObject() && !value.isMember("relation")) {
-    for (const std::string& key : value.getMemberNames()) flatten(name + "." + key, value[key], out);
+    for (const std::string& key : value.getMemberNames()) flatten(fmt::format("{}.{}", name, key), value[key], out);
   } else if (value.isObject()) {
     out[name] = value["text"];
   } else if (value.isArray()) {

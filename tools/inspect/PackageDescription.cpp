@@ -75,7 +75,7 @@ bool parsePackage(const std::string& text, DatabasePackageManifest& manifest, st
     in.fail("databases", isList ? Json::Value(databases->size()) : Json::Value(),
             fmt::format("a list of 1 to {} databases", MOST_ENTRIES));
   }
-  for (Json::ArrayIndex i = 0; in.ok() && i < databases->size(); ++i) {
+  for (Json::ArrayIndex i = 0; isList && in.ok() && i < databases->size(); ++i) {
     auto database = std::make_unique<DatabaseDescriptor>();
     parseDatabase((*databases)[i], fmt::format("databases[{}]", i), *database, error);
     manifest.descriptors.add(std::move(database));

@@ -243,7 +243,7 @@ void checkValues(const NetworkProfile& profile, std::vector<std::string>& found)
       found.push_back(fmt::format("{}: found \"{}\", wanted {}", setting.name, value.asString(), setting.wanted));
   }
   if (profile.getUsbWifiSecurity() != UsbWifiSecurity::WEP) return;
-  if (profile.getWirelessKey(profile.getActiveKey()).empty()) found.push_back("active-key: that WEP key is not set");
+  if (profile.getWirelessKey(profile.getActiveKey()).empty()) found.emplace_back("active-key: that WEP key is not set");
 }
 
 }  // namespace
@@ -276,7 +276,7 @@ std::vector<std::string> checkProfile(const NetworkProfile& profile) {
   std::vector<std::string> found;
   const Json::Value& document = profile;
   if (!document.isObject() && !document.isNull()) {
-    found.push_back("the document is not an object");
+    found.emplace_back("the document is not an object");
     return found;
   }
   checkValues(profile, found);
