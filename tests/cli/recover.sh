@@ -28,5 +28,6 @@ cp cut.vres alone.vres
 t veltra recover alone.vres -o ./alone.vres --force
 t cmp cut.vres alone.vres
 t veltra recover -q alone.vres -o quiet.new
+head -c 24 unclosed.vres > header-alone.vres && saved header-alone
 t veltra recover trace.bin -o none.new
 t ls none.new

@@ -62,6 +62,7 @@ class Search {
 
   Recovery run() {
     uint64_t at = 0;
+    _recovery.isContainer = isFileHeader();
     while (at < _source.size() && !_source.hasFailed()) {
       SectionInfo section;
       section.offset = at;

@@ -17,8 +17,9 @@ struct LostRange {
 struct Recovery {
   std::vector<SectionInfo> kept;  ///< numbered as in the output, 1 and on
   std::vector<LostRange> lost;
-  bool wasClosed = false;  ///< the input had a file header that verified
-  uint64_t missing = 0;    ///< bytes it records beyond the end of the input
+  bool isContainer = false;  ///< the input begins with a file header, closed or not
+  bool wasClosed = false;    ///< the input had a file header that verified
+  uint64_t missing = 0;      ///< bytes it records beyond the end of the input
 };
 
 /// Finds every section that verifies, header and data. Behind damage the next header that verifies is looked for, from

@@ -77,9 +77,10 @@ int recover(const Arguments& args, const Options& options) {
   progress.expect(PASSES * source.size());
   source.onRead([&progress](std::size_t bytes) { progress.advance(bytes); });
   const Inspect::Recovery recovery = findSections(source);
-  if (source.hasFailed() || recovery.kept.empty()) progress.hide();
+  const bool isNothing = recovery.kept.empty() && !recovery.isContainer;
+  if (source.hasFailed() || isNothing) progress.hide();
   if (source.hasFailed()) return answerAfter(source, EXIT_COULD_NOT);
-  if (recovery.kept.empty()) {
+  if (isNothing) {
     complain(fmt::format("{}: no intact section in it", source.name()));
     return EXIT_NO;
   }
