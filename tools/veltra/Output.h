@@ -104,8 +104,8 @@ class Table {
     bool right = false;
   };
   struct Cell {
-    template <class Text>
-    Cell(Text&& cellText, Tone cellTone = Tone::PLAIN) : text(std::forward<Text>(cellText)), tone(cellTone) {}
+    Cell(std::string cellText, Tone cellTone = Tone::PLAIN) : text(std::move(cellText)), tone(cellTone) {}
+    Cell(const char* cellText, Tone cellTone = Tone::PLAIN) : text(cellText), tone(cellTone) {}
     std::string text;
     Tone tone;
   };
