@@ -2,9 +2,9 @@
 
 #include <cstring>
 
-#include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/IObjectWriter.h>
 #include <libcrossplatform/serialization/WireBytes.h>
+#include <tests/PlainStreams.h>
 
 namespace Bench {
 
@@ -44,26 +44,7 @@ class OwnWriter final : public Marshal::IObjectWriter {
   uint8_t* _to;
 };
 
-/// The counterpart for reading.
-class OwnReader final : public Marshal::IObjectReader {
- public:
-  OwnReader(const uint8_t* from, uint32_t size) : _in(from, size) {}
-
-  bool readBool(bool& v) override { return _in.readBool(v); }
-  bool readUInt8(uint8_t& v) override { return _in.readUInt8(v); }
-  bool readInt8(int8_t& v) override { return _in.readInt8(v); }
-  bool readUInt16(uint16_t& v) override { return _in.readUInt16(v); }
-  bool readInt16(int16_t& v) override { return _in.readInt16(v); }
-  bool readUInt32(uint32_t& v) override { return _in.readUInt32(v); }
-  bool readInt32(int32_t& v) override { return _in.readInt32(v); }
-  bool readInt64(int64_t& v) override { return _in.readInt64(v); }
-  bool readFloat(float& v) override { return _in.readFloat(v); }
-  bool readBytes(uint8_t* data, uint32_t size) override { return _in.readBytes(data, size); }
-  bool readString(std::string& v) override { return _in.readString(v); }
-  Marshal::StreamOpStatus status() const override { return _in.status(); }
-
- private:
-  Marshal::ByteStreamReader _in;
-};
+/// The counterpart for reading, as the tests have it.
+using OwnReader = RecordTesting::PlainReader;
 
 }  // namespace Bench

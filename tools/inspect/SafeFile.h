@@ -30,7 +30,6 @@ class UnfinishedFile {
   UnfinishedFile(const UnfinishedFile&) = delete;
   UnfinishedFile& operator=(const UnfinishedFile&) = delete;
   /// The file was created, or nothing was with the empty path; signals come through again.
-  /// @param path  borrowed until this ends
   void created(const std::string& path);
   /// Has this remove the file when it ends, unless it was kept.
   void removeAtEnd() { _removes = true; }

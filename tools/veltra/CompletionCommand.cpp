@@ -66,7 +66,7 @@ void collect(const CLI::App& app, const std::string& parent, Grammar& grammar) {
   grammar.all[at] = words;
 }
 
-std::string shellWord(const std::string& text) {
+std::string inQuotes(const std::string& text) {
   return "'" + CLI::detail::find_and_replace(text, "'", "'\\''") + "'";
 }
 
@@ -74,7 +74,7 @@ std::string shellWord(const std::string& text) {
 std::string knownPaths(const Grammar& grammar) {
   std::string known;
   for (const Words& words : grammar.all) {
-    if (words.path.find(' ') != std::string::npos) known += (known.empty() ? "" : "|") + shellWord(words.path);
+    if (words.path.find(' ') != std::string::npos) known += (known.empty() ? "" : "|") + inQuotes(words.path);
   }
   return known;
 }
@@ -83,7 +83,7 @@ std::string knownPaths(const Grammar& grammar) {
 template <class Line>
 std::string casesOf(const Grammar& grammar, const Line& line) {
   std::string cases;
-  for (const Words& words : grammar.all) cases += fmt::format("      {}) {} ;;\n", shellWord(words.path), line(words));
+  for (const Words& words : grammar.all) cases += fmt::format("      {}) {} ;;\n", inQuotes(words.path), line(words));
   return cases;
 }
 
@@ -133,7 +133,7 @@ std::string zshScript(const Grammar& grammar) {
   const auto listOf = [](const std::vector<Described>& words) {
     std::string list;
     for (const Described& word : words) {
-      list += " " + shellWord(CLI::detail::find_and_replace(word.first, ":", "\\:") + ":" + word.second);
+      list += " " + inQuotes(CLI::detail::find_and_replace(word.first, ":", "\\:") + ":" + word.second);
     }
     return list;
   };
