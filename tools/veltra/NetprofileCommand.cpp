@@ -51,7 +51,8 @@ int show(const Arguments& args, const Options& options) {
   return EXIT_DONE;
 }
 
-/// One line without echo from the terminal, or the first line of what standard input is.
+/// One line without echo from the terminal, or the first line of what standard input is. At a prompt an empty line is a
+/// change of mind; in a file it is an empty secret.
 bool readSecret(const std::string& name, std::string& secret) {
   constexpr std::size_t MOST = 4096;
   secret.reserve(MOST);  // growing would leave pieces behind in freed memory
@@ -59,7 +60,7 @@ bool readSecret(const std::string& name, std::string& secret) {
   secret.resize(MOST);
   const bool ok = readpassphrase((name + ": ").c_str(), &secret[0], secret.size(), RPP_ECHO_OFF) != nullptr;
   secret.resize(ok ? std::strlen(secret.c_str()) : 0);
-  return ok;
+  return !secret.empty();
 }
 
 int usage(const std::string& text) {
@@ -80,7 +81,7 @@ int set(const Arguments& args, bool hasValue) {
   if (!readProfile(args.file, true, profile)) return EXIT_COULD_NOT;
   std::string value = args.value;
   if (setting->secret && !readSecret(setting->name, value)) {
-    complain(fmt::format("{}: nothing on standard input", args.setting));
+    complain(fmt::format("{}: nothing was given; the profile stays as it is", args.setting));
     return EXIT_COULD_NOT;
   }
   const bool taken = setting->set(profile, value);

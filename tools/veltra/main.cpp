@@ -69,6 +69,16 @@ void addCommands(CLI::App& app, const Options& options, Run& run) {
   }
 }
 
+/// What the parser says, but for a misspelt command: all it says of that is that a command is missing.
+std::string explain(const CLI::ParseError& error, const CLI::App& app) {
+  const CLI::App* command = &app;
+  while (!command->get_subcommands().empty()) command = command->get_subcommands().front();
+  const std::vector<std::string> unknown =
+      command->get_require_subcommand_min() > 0 ? app.remaining(true) : std::vector<std::string>();
+  const bool isWord = !unknown.empty() && unknown.front().rfind('-', 0) != 0;
+  return isWord ? fmt::format("{}: no such command", unknown.front()) : error.what();
+}
+
 int runCommand(int argc, char** argv) {
   CLI::App app("Looks at the files of cabling testers, checks, saves and makes them.", "veltra");
   Options options;
@@ -87,7 +97,7 @@ int runCommand(int argc, char** argv) {
   } catch (const CLI::Success& asked) {  // --help and --version
     app.exit(asked);
   } catch (const CLI::ParseError& e) {
-    complain(e.what());
+    complain(explain(e, app));
     fmt::print(stderr, "Run with --help for more information.\n");
     return EXIT_USAGE;
   }
