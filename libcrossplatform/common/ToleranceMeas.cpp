@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include <libcrossplatform/serialization/NumberText.h>
 
@@ -23,9 +24,8 @@ float quadrature(float a, float b) {
 
 ToleranceMeas::ToleranceMeas() : posTolerance(NO_BOUND), negTolerance(NO_BOUND) {}
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): a number and its scale, nothing that could be moved
 ToleranceMeas::ToleranceMeas(ScaledInt v, DisplayType t, float pos, float neg)
-    : value(v), type(t), posTolerance(pos), negTolerance(neg) {}
+    : value(std::move(v)), type(t), posTolerance(pos), negTolerance(neg) {}
 
 void ToleranceMeas::clear() {
   *this = ToleranceMeas();

@@ -179,8 +179,11 @@ bool parseDescription(const std::string& text, const std::string& payloads, Resu
   }
   ObjectReader in(root, "description", error);
   const Json::Value* const summary = in.take("summary");
-  if (in.ok() && summary == nullptr) in.fail("summary", Json::Value(), "an object");
-  if (in.ok()) parseSummary(*summary, description.summary, error);
+  if (summary != nullptr) {
+    parseSummary(*summary, description.summary, error);
+  } else if (in.ok()) {
+    in.fail("summary", Json::Value(), "an object");
+  }
   const Json::Value* const sections = in.take("sections");
   if (in.ok() && sections != nullptr && !sections->isArray()) in.fail("sections", *sections, "a list");
   for (Json::ArrayIndex i = 0; in.ok() && sections != nullptr && i < sections->size(); ++i) {
