@@ -136,7 +136,7 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
       }
       const FileAnswer& given = outcomes[i].answer;
       answers.print(given.text, given.json, given.rows, given.list);
-      std::fflush(stdout);
+      (void)std::fflush(stdout);  // whether all was written is asked at the end
       code = worse(code, codeOf(findings));
       if (!complainOfFindings || options.quiet) continue;
       complainOfEach(files[begin + i] == "-" ? "standard input" : files[begin + i], findings);
@@ -167,7 +167,7 @@ int answerAfter(const Inspect::ByteSource& source, int code) {
 
 std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code) {
   Inspect::ContainerReport report;
-  const std::optional<Inspect::SectionInfo> section = findSection(source, number, report);
+  std::optional<Inspect::SectionInfo> section = findSection(source, number, report);
   if (section) return section;
   complainOfEach(source.name(), report.findings);
   code = complainOfNoSection(source, report, number);

@@ -11,7 +11,7 @@
 namespace Command {
 namespace {
 
-constexpr uint64_t MAX_USED_LIST = 16 * 1024 * 1024;
+constexpr uint64_t MAX_USED_LIST = uint64_t{16} * 1024 * 1024;
 
 struct Arguments {
   std::string first;
