@@ -20,7 +20,7 @@ struct Arguments {
 };
 
 int newManifest(const Arguments& args) {
-  constexpr uint64_t MAX_DESCRIPTION = 16 * 1024 * 1024;
+  constexpr uint64_t MAX_DESCRIPTION = uint64_t{16} * 1024 * 1024;
   std::string text, error;
   Veltra::DatabasePackageManifest manifest;
   if (!Inspect::readText(args.input, MAX_DESCRIPTION, text, error)) {

@@ -58,7 +58,7 @@ bool readSecret(const std::string& name, std::string& secret) {
   secret.reserve(MOST);  // growing would leave pieces behind in freed memory
   if (isatty(STDIN_FILENO) == 0) return static_cast<bool>(std::getline(std::cin, secret));
   secret.resize(MOST);
-  const bool ok = readpassphrase((name + ": ").c_str(), &secret[0], secret.size(), RPP_ECHO_OFF) != nullptr;
+  const bool ok = readpassphrase((name + ": ").c_str(), secret.data(), secret.size(), RPP_ECHO_OFF) != nullptr;
   secret.resize(ok ? std::strlen(secret.c_str()) : 0);
   return !secret.empty();
 }
@@ -89,7 +89,7 @@ int set(const Arguments& args, bool hasValue) {
     complain(fmt::format("{}: found {}, wanted {}", args.setting,
                          setting->secret ? "something else" : "\"" + value + "\"", setting->wanted));
   }
-  if (setting->secret) explicit_bzero(&value[0], value.size());
+  if (setting->secret) explicit_bzero(value.data(), value.size());
   if (!taken) return EXIT_NO;
   if (profile.saveTo(args.file)) return EXIT_DONE;
   complain(fmt::format("{}: cannot be written: {}", args.file, std::strerror(errno)));
