@@ -10,7 +10,7 @@
 namespace Command {
 namespace {
 
-constexpr uint64_t MAX_DESCRIPTION = 16 * 1024 * 1024;
+constexpr uint64_t MAX_DESCRIPTION = uint64_t{16} * 1024 * 1024;
 
 struct Arguments {
   std::string description;

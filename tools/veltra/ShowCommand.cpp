@@ -35,7 +35,7 @@ int showRecord(const std::vector<uint8_t>& bytes, Json::Value json, const std::s
 }
 
 int showBareRecord(const std::string& file, const Options& options) {
-  constexpr uint64_t MAX_RECORD = 64 * 1024 * 1024;
+  constexpr uint64_t MAX_RECORD = uint64_t{64} * 1024 * 1024;
   std::string text, error;
   if (!Inspect::readText(file, MAX_RECORD, text, error)) {
     complain(error);
