@@ -24,11 +24,15 @@ unsigned nextNumber() {
 }
 
 /// Creates an empty file beside `path` that no other saving uses, with the mode the replaced file had, so that saving
-/// does not change who may read it.
+/// does not change who may read it. Only a file is replaced: a device or a pipe of that name stays what it is.
 bool createTemporary(const std::string& path, std::string& temporary) {
   constexpr int MOST_TRIES = 100;
   struct stat replaced {};
   const bool replaces = stat(path.c_str(), &replaced) == 0;
+  if (replaces && !S_ISREG(replaced.st_mode)) {
+    errno = S_ISDIR(replaced.st_mode) ? EISDIR : ENOTSUP;
+    return false;
+  }
   for (int i = 0; i < MOST_TRIES; ++i) {
     char ending[16];
     std::snprintf(ending, sizeof ending, ".%08x", nextNumber());
@@ -81,7 +85,8 @@ int SafeFileWriter::open(char const* path) {
 
 int SafeFileWriter::commit() {
   if (_temporary.empty()) return PFILE_FAILED;
-  if (_writer->close(true) != PFILE_OK || std::rename(_temporary.c_str(), _path.c_str()) != 0) {
+  // A writer that somebody else closed need not have its bytes on the disk.
+  if (!_writer->isOpen() || _writer->close(true) != PFILE_OK || std::rename(_temporary.c_str(), _path.c_str()) != 0) {
     discard();
     return PFILE_FAILED;
   }

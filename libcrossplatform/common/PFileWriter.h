@@ -32,6 +32,7 @@ class VELTRA_EXPORT FileWriter {
   /// @param sync  true: the bytes are on the disk when this returns 0
   /// @return 0, also when nothing is open; -1 something could not be written or synced. The file is closed either way.
   int close(bool sync);
+  bool isOpen() const { return _stream != nullptr; }
 
  private:
   bool append(void const* data, uint32_t size);
