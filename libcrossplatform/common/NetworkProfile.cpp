@@ -36,7 +36,7 @@ bool setMaskMember(Json::Value& document, const char* key, const std::string& te
 
 bool addServer(Json::Value& document, const char* key, const std::string& text) {
   if (Stored::array(document, key).size() >= NetworkProfile::MAX_DNS || NetworkProfile::invalidIPv4(text)) return false;
-  Stored::writableArray(document, key).append(Stored::orBadAlloc([&] { return Json::Value(text); }));
+  Stored::writableArray(document, key).append(Dump::orBadAlloc([&] { return Json::Value(text); }));
   return true;
 }
 
@@ -46,7 +46,7 @@ bool setServer(Json::Value& document, const char* key, std::size_t i, const std:
   if (i == size) return addServer(document, key, text);
   if (!text.empty() && NetworkProfile::invalidIPv4(text)) return false;
   Stored::writableArray(document, key)[static_cast<Json::ArrayIndex>(i)] =
-      Stored::orBadAlloc([&] { return Json::Value(text); });
+      Dump::orBadAlloc([&] { return Json::Value(text); });
   return true;
 }
 

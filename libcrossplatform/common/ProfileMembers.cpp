@@ -4,6 +4,7 @@
 #include <utility>
 
 #include <libcrossplatform/common/EncryptedString.h>
+#include <libcrossplatform/serialization/JsonText.h>
 
 namespace Veltra::ProfileMembers {
 namespace {
@@ -15,7 +16,7 @@ const Json::Value* findOfType(const Json::Value& parent, const char* key, Json::
 
 Json::Value& writable(Json::Value& parent, const char* key, Json::ValueType type) {
   if (!parent.isObject()) parent = Json::Value(Json::objectValue);
-  Json::Value& member = orBadAlloc([&]() -> Json::Value& { return parent[key]; });
+  Json::Value& member = Dump::orBadAlloc([&]() -> Json::Value& { return parent[key]; });
   if (member.type() != type) member = Json::Value(type);
   return member;
 }
@@ -69,11 +70,11 @@ bool set(Json::Value& parent, const char* key, Json::Value&& value) {
 }
 
 bool set(Json::Value& parent, const char* key, const std::string& text) {
-  return set(parent, key, orBadAlloc([&] { return Json::Value(text); }));
+  return set(parent, key, Dump::orBadAlloc([&] { return Json::Value(text); }));
 }
 
 bool set(Json::Value& parent, const char* key, const char* text) {
-  return set(parent, key, orBadAlloc([&] { return Json::Value(text); }));
+  return set(parent, key, Dump::orBadAlloc([&] { return Json::Value(text); }));
 }
 
 void remove(Json::Value& parent, const char* key) {
@@ -115,7 +116,7 @@ bool setWirelessKey(Json::Value& document, unsigned number, const std::string& k
   if (!key.empty()) {
     const std::string encrypted = EncryptedString::Encrypt(key);
     if (encrypted.empty()) return false;
-    stored = orBadAlloc([&] { return Json::Value(encrypted); });
+    stored = Dump::orBadAlloc([&] { return Json::Value(encrypted); });
   }
   Json::Value& keys = writableArray(writableSecurity(document), KEYS);
   if (keys.size() < WIRELESS_KEYS) keys.resize(WIRELESS_KEYS);

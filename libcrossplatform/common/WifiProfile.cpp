@@ -6,6 +6,7 @@
 #include <libcrossplatform/common/EncryptedString.h>
 #include <libcrossplatform/common/internal/ProfileMembers.h>
 #include <libcrossplatform/common/internal/SecretBytes.h>
+#include <libcrossplatform/serialization/JsonText.h>
 
 namespace Stored = Veltra::ProfileMembers;
 
@@ -18,7 +19,9 @@ namespace {
 void writeAddresses(const WifiProfile& profile, Json::Value& json) {
   Stored::set(json, Stored::USB_WIFI.useDhcp, profile.useDhcp);
   Json::Value& dns = Stored::writableArray(json, Stored::USB_WIFI.dnsList);
-  for (const std::string& address : profile.dns) dns.append(address);
+  for (const std::string& address : profile.dns) {
+    Dump::orBadAlloc([&] { return dns.append(address); });
+  }
   if (profile.useDhcp) return;
   Stored::set(json, Stored::USB_WIFI.inetAddr, profile.inetAddr);
   Stored::set(json, Stored::USB_WIFI.mask, profile.mask);

@@ -19,8 +19,10 @@ void IFormatter::field(const char* name, const uint8_t* bytes, uint32_t size) {
 }
 
 std::string toJsonString(const IJsonable& record, const DumpFlags& flags, bool styled) {
-  const Json::Value json = record.toJson(flags);
-  return styled ? styledJson(json) : compactJson(json);
+  return orBadAlloc([&] {
+    const Json::Value json = record.toJson(flags);
+    return styled ? styledJson(json) : compactJson(json);
+  });
 }
 
 std::string toJsonString(const IJsonable& record) {

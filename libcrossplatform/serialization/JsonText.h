@@ -1,6 +1,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <new>
 #include <string>
 
 #include <json/value.h>
@@ -17,5 +18,15 @@ VELTRA_EXPORT std::string compactJson(const Json::Value& value);
 
 /// The styled stream form with the given indentation for each level, ending in a newline.
 VELTRA_EXPORT void writeStyledJson(std::ostream& out, const Json::Value& value, const char* indentation);
+
+/// Calls JsonCpp, which reports lost memory as an exception of its own: what leaves is std::bad_alloc, as everywhere.
+template <class Call>
+decltype(auto) orBadAlloc(Call call) {
+  try {
+    return call();
+  } catch (const Json::RuntimeError&) {
+    throw std::bad_alloc();
+  }
+}
 
 }  // namespace Dump

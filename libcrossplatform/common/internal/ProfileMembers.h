@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <new>
 #include <string>
 
 #include <json/value.h>
@@ -65,16 +64,6 @@ uint32_t name(const Json::Value& parent, const char* key, const char* const (&na
     if (stored == names[i]) return i;
   }
   return 0;
-}
-
-/// Calls JsonCpp, which reports lost memory as an exception of its own: what leaves is std::bad_alloc, as everywhere.
-template <class Call>
-decltype(auto) orBadAlloc(Call call) {
-  try {
-    return call();
-  } catch (const Json::RuntimeError&) {
-    throw std::bad_alloc();
-  }
 }
 
 // Always true.
