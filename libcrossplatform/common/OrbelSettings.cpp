@@ -1,15 +1,20 @@
 #include <libcrossplatform/common/OrbelSettings.h>
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
+#include <libcrossplatform/common/internal/JsonScan.h>
 #include <libcrossplatform/common/jsonutil.h>
 #include <libcrossplatform/serialization/FieldCodec.h>
+#include <libcrossplatform/serialization/JsonText.h>
 
 namespace Veltra {
 namespace {
 
 constexpr char SOURCE[] = "libcrossplatform/common/OrbelSettings";
+
+constexpr std::size_t MOST_JSON_BYTES = std::size_t{4} * 1024 * 1024;
 
 constexpr char PROJECT_ID[] = "project_id";
 constexpr char PROJECT_NAME[] = "project_name";
@@ -110,8 +115,10 @@ bool OrbelSettings::fromJson(const Json::Value* root) {
 }
 
 bool OrbelSettings::fromString(const std::string& text) {
+  // The styled text, in which the record is written again, indents each value by its depth.
+  if (text.size() > MOST_JSON_BYTES / std::max(nestingOf(text), std::size_t{1})) return false;
   Json::Value root;
-  return parseJson(text, root, true) && fromJson(&root);
+  return parseJson(text, root, true) && Dump::orBadAlloc([&] { return fromJson(&root); });
 }
 
 void OrbelSettings::dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const {

@@ -37,8 +37,9 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
   /// @return true; false, with the record unchanged, for a null pointer, without the root member, and when a value
   ///         cannot be converted (logged)
   bool fromJson(const Json::Value* root) override;
-  /// fromJson() of a JSON text; comments in the network profile are kept.
-  /// @return false also for text that is no JSON
+  /// fromJson() of a JSON text; comments in the network profile are kept as parseJson() keeps them.
+  /// @return false also for text that is no JSON, and for one whose length times the depth of its nesting is more than
+  ///         4 MiB: the text it is written in again would be many times that
   bool fromString(const std::string& text);
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;

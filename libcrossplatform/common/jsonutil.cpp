@@ -1,15 +1,17 @@
 #include <libcrossplatform/common/jsonutil.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <new>
 #include <utility>
 
 #include <json/reader.h>
 
 #include <libcrossplatform/common/TextUtil.h>
 #include <libcrossplatform/common/TimeUtil.h>
-#include <libcrossplatform/common/internal/JsonFractions.h>
+#include <libcrossplatform/common/internal/JsonScan.h>
 #include <libcrossplatform/logging/Assert.h>
 #include <libcrossplatform/logging/Logger.h>
 #include <libcrossplatform/serialization/NumberText.h>
@@ -82,6 +84,7 @@ Json::Value toJson(unsigned long long value) {
 }
 
 bool parseJson(const std::string& text, Json::Value& out, bool collectComments) {
+  collectComments = collectComments && canAffordComments(text);
   try {
     Json::Value root;
     if (!hasForeignDecimalPoint()) {
@@ -91,7 +94,8 @@ bool parseJson(const std::string& text, Json::Value& out, bool collectComments) 
     }
     out = std::move(root);
     return true;
-  } catch (const Json::Exception&) {  // thrown beyond 1000 levels of nesting
+  } catch (const Json::RuntimeError& e) {  // thrown beyond 1000 levels of nesting, and when memory is lost
+    if (std::strstr(e.what(), "allocate") != nullptr) throw std::bad_alloc();
     return false;
   }
 }

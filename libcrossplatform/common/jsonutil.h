@@ -20,8 +20,8 @@ VELTRA_EXPORT Json::Value toJson(long long value);
 /// The same through the signed conversion: values of 2^63 and above come out as negative text.
 VELTRA_EXPORT Json::Value toJson(unsigned long long value);
 
-/// Parses a document; comments are allowed and kept when asked for. The one place that depends on the locale: JsonCpp
-/// reads "2.5" with the global C++ locale and refuses it under one with a decimal comma.
+/// Parses a document, whatever the locale. Comments are allowed, and kept when asked for, unless there are so many that
+/// their number times the length of the text comes to more than 2^24: JsonCpp would take seconds to place them.
 /// @return false on any fault, nesting beyond 1000 levels included; `out` is then as it was
 VELTRA_EXPORT bool parseJson(const std::string& text, Json::Value& out, bool collectComments);
 

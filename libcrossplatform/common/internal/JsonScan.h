@@ -6,13 +6,22 @@
 
 namespace Veltra {
 
+// Looks at JSON text before JsonCpp reads it.
+
+/// Whether keeping the comments costs no more than some milliseconds. JsonCpp looks back from each comment to the value
+/// before it, over all that stands between them: their number times the length of the text.
+bool canAffordComments(const std::string& text);
+
+/// How many arrays and objects are open at once.
+std::size_t nestingOf(const std::string& text);
+
 /// JsonCpp reads fractions by the global locale of the program: where that writes a decimal comma, 1.5 is refused and
 /// 1.234 may be read as 1234. These two let it read a document that has none.
 
 /// Whether the global locale has another decimal point than JSON.
 bool hasForeignDecimalPoint();
 
-/// The document with zeros in the place of each fraction. Every value stays where it is.
+/// The document with zero and blanks in the place of each fraction. Every value stays where it begins.
 std::string withoutFractions(std::string text);
 
 /// Gives the values of a document read without its fractions what they stand for.
