@@ -314,7 +314,7 @@ TEST(NetworkProfile, ConfiguredNetworkBecomesARecentOneWithWhatItsSecurityTypeNe
   }
 }
 
-TEST(WifiProfile, StoredFormLeavesOutEmptyBroadcastAndAddressesOfDhcp) {
+TEST(WifiProfile, StoredFormIsAnObjectWithoutEmptyBroadcastOrAddressesOfDhcp) {
   using Names = std::vector<std::string>;
   WifiProfile full = fullNetwork(UsbWifiSecurity::PERSONAL);
   full.broadcast = "";
@@ -323,6 +323,8 @@ TEST(WifiProfile, StoredFormLeavesOutEmptyBroadcastAndAddressesOfDhcp) {
   full.useDhcp = true;
   EXPECT_EQ(full.toJson().getMemberNames(),
             (Names{"UsbWifiDNSList", "UsbWifiUse DHCP", "WiFi SSID", "Wireless Security"}));
+  EXPECT_FALSE(full.fromJson(Json::Value("text")));
+  EXPECT_EQ(full.ssid, "net");
   const char* const secret = full.wirelessPassword.data();
   full.wipeSecrets();
   EXPECT_EQ(std::string(secret, 11), std::string(11, '\0'));
@@ -350,7 +352,7 @@ TEST(NetworkProfile, ConfigStopsAtTheFirstRefusal) {
   enterprise.user = "never stored";
   EXPECT_FALSE(profile.setConfigFromWifiProfile(enterprise));
   EXPECT_EQ(profile.getUser(), "user");
-  EXPECT_EQ(profile.getUsbWifiDNSSize(), 2U);  // with DHCP the servers stay as they were
+  EXPECT_EQ(profile.getUsbWifiDNSSize(), 3U);  // with DHCP the servers stay as they were
 }
 
 TEST(NetworkProfile, ConfigOfWepNeedsItsActiveKeyStoredBefore) {

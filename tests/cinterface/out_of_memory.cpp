@@ -1,5 +1,5 @@
-// out_of_memory PACKAGE: what the flat interface answers while each of its allocations fails in turn: dumping -1,
-// reading 4, and nothing else until memory suffices. That nothing leaks or is thrown is seen in tests/faults.
+// out_of_memory PATH: what the flat interface answers while each of its allocations fails in turn: dumping -1, reading
+// 4, and nothing else until memory suffices. That nothing leaks or is thrown is seen in tests/faults.
 #include <libcrossplatform/common/DatabaseVersionEx.h>
 
 #include <cstdio>
@@ -41,9 +41,14 @@ void operator delete(void* p, std::size_t) noexcept {
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
   const char* const path = argv[1];
+  constexpr char LONG_TEXT[] = "longer than any text that is kept without an allocation";
+  void* const version = databaseVersionExDatabaseVersion(1, 2, 3, 4);
   void* const list = databaseVersionExDatabaseDescriptorList();
-  void* const summary = databaseVersionExDatabasePackageManifestSummary(1, 2, "", 3, 4, 5, "");
+  databaseVersionExDatabaseDescriptorListAdd(list,
+                                             databaseVersionExDatabaseDescriptor(version, 1, LONG_TEXT, LONG_TEXT));
+  void* const summary = databaseVersionExDatabasePackageManifestSummary(1, 2, LONG_TEXT, 3, 4, 5, LONG_TEXT);
   void* const manifest = databaseVersionExDatabasePackageManifest(summary, list);
+  databaseVersionExDatabasePackageManifestWriteLimit(manifest, path);
   const int length = databaseVersionExDatabasePackageManifestDumpBuffer(manifest, nullptr, 0);
   char text[64];
   uint16_t build = 0;
@@ -55,6 +60,7 @@ int main(int argc, char** argv) {
       isRefusedUntilMemorySuffices(4, 0, [&] { return getDbVersionFromManifest(path, text, sizeof text, &build); }) &&
       isRefusedUntilMemorySuffices(4, 0,
                                    [&] { return getDbMinReqFirmwareVersionFromManifest(path, text, sizeof text); });
+  databaseVersionExDeDatabaseVersion(version);
   databaseVersionExDeDatabaseDescriptorList(list);
   databaseVersionExDeDatabasePackageManifestSummary(summary);
   databaseVersionExDeDatabasePackageManifest(manifest);
