@@ -250,8 +250,9 @@ TEST(NetworkProfile, AnyMemberMayHoldAnyKindOfJson) {
       const std::string key = place.substr(place.find('/') + 1);
       const Json::Value& own = full.isMember(key) ? full[key] : security[key];
       const NetworkProfile profile = profileOf(withShape(full, place, shape));
+      const std::string answers = answersOf(profile);
       if (own.type() != shape.value.type() && !(own.isUInt() && shape.value.isUInt())) {
-        EXPECT_EQ(answersOf(profile), answersOf(profileOf(withShape(full, place, missing))));
+        EXPECT_EQ(answers, answersOf(profileOf(withShape(full, place, missing))));
       }
       expectWritable(profile);
     }
