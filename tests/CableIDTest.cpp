@@ -124,6 +124,9 @@ TEST(CIDNumber, RefusesWhatDoesNotFit) {
   EXPECT_FALSE(number.setOrdinal(360));
   EXPECT_EQ(number.Ordinal(), 359u);  // as it was
   EXPECT_EQ(number.getValue(2) + number.getValue(-1), 0u);
+  const CIDNumber moved(std::move(number));
+  EXPECT_EQ(moved.Ordinal(), 359u);
+  EXPECT_EQ(number.getTotal() + number.Ordinal(), 0u);  // NOLINT: a number moved from is cleared
 
   for (const std::array<uint32_t, 3>& refused :
        {std::array<uint32_t, 3>{2, 0, 2}, {2, 32768, 1}, {256, 128, 1}, {2, 0x80000001u, 1}}) {

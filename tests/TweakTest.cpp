@@ -62,6 +62,7 @@ TEST_F(Tweaks, ListTellsAllOfEachSortedByName) {
             "profile|string|field|field|profile the analysis starts from\n"
             "threshold|float|0.1|0.1|smallest loss of an event in dB\n");
   EXPECT_EQ(dumpOf(offset), "offset: 7\n");
+  EXPECT_EQ(offset.get(), 7);
 }
 
 TEST_F(Tweaks, WholeTextMustBeAValueOfTheType) {
