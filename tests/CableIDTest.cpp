@@ -22,12 +22,6 @@ std::string repeated(int n, const std::string& text) {
   return result;
 }
 
-Strings takeAll(CableIDSeq& sequence) {
-  Strings ids;
-  for (std::string id = sequence.takeNextID(); !id.empty(); id = sequence.takeNextID()) ids.push_back(id);
-  return ids;
-}
-
 CableIDSeq sequenceOf(const std::string& first, const std::string& last, const Strings& taken = {}) {
   CableIDSeq sequence;
   EXPECT_TRUE(sequence.verifyIDSet(first, last));
@@ -35,13 +29,13 @@ CableIDSeq sequenceOf(const std::string& first, const std::string& last, const S
   return sequence;
 }
 
-/// A random set, spelled out position by position: all its IDs in order, without the classes under test.
-Strings randomSet(std::mt19937& random, size_t limit) {
+/// A random set of 2 to 60 IDs, spelled out position by position: all its IDs in order, without the classes under test.
+Strings randomSet(std::mt19937& random) {
   const auto pick = [&random](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
   const Strings literals = {"-", " ", "\u00e9", "\0"s, "\xff", "/"};
   enum { LITERAL, LOWER, UPPER, FIELD };
   Strings ids;
-  while (ids.size() < 2 || ids.size() > limit) {
+  while (ids.size() < 2 || ids.size() > 60) {
     ids = {""};
     int kind = LITERAL;
     for (int parts = 1 + pick(6); parts > 0; --parts) {
@@ -65,6 +59,7 @@ Strings randomSet(std::mt19937& random, size_t limit) {
 
 }  // namespace
 
+// Most of the rules that refuse a pair are in tests/cli/ids.sh.
 TEST(CIDPattern, CountsASetOrRefusesIt) {
   constexpr int REFUSED = -1;
   struct Row {
@@ -72,22 +67,11 @@ TEST(CIDPattern, CountsASetOrRefusesIt) {
     int total;
   };
   const Row rows[] = {
-      {"A001", "C120", 360},
-      {"A5", "C7", 9},
-      {"09", "10", 2},
       {"A0", "Z9", 260},
       {"00000", "32766", 32767},
       {"00000", "32767", REFUSED},            // one radix over the limit
-      {"AA000", "ZZ999", REFUSED},            // the product over the limit
-      {"A001", "A001", REFUSED},              // a set of one
       {"", "", 0},                            // no position: a set of none
-      {"--", "-+", REFUSED},                  // literals differ
-      {"0", "32766", REFUSED},                // widths differ
-      {"a1", "B1", REFUSED},                  // letter case differs
-      {"C1", "A1", REFUSED},                  // a letter falls
       {"10", "09", REFUSED},                  // a field falls, although its last digit rises
-      {"x1\0a"s, "x2\0b"s, 4},                // a zero byte is a literal
-      {"\u00e91", "\u00e99", 9},              // so is each byte of another character
       {"0000000000", "4294967298", REFUSED},  // two more than 32 bits hold
       {repeated(60, "0"), repeated(59, "0") + "9", 10},
       {repeated(61, "0"), repeated(60, "0") + "9", REFUSED},
@@ -97,43 +81,11 @@ TEST(CIDPattern, CountsASetOrRefusesIt) {
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.first + " .. " + row.last);
-    CIDPattern pattern;
-    CIDNumber number;
-    const bool valid = pattern.compile(row.first) && pattern.setEnding(row.last, number);
-    EXPECT_EQ(valid ? static_cast<int>(number.getTotal()) : REFUSED, row.total);
     CableIDSeq sequence = sequenceOf("a", "b", {"a"});
     EXPECT_EQ(sequence.verifyIDSet(row.first, row.last), row.total != REFUSED);
     EXPECT_EQ(sequence.getTotal(), static_cast<uint32_t>(std::max(row.total, 0)));
     EXPECT_EQ(sequence.getLastID(), row.total == REFUSED ? "" : row.last);
     EXPECT_EQ(sequence == CableIDSeq(), row.total == REFUSED);  // cleared; a set of none is not that
-  }
-}
-
-TEST(CIDPattern, OrdinalsAndIDsAreOneToOneAndInOrder) {
-  std::mt19937 random(1);
-  for (int round = 0; round < 300; ++round) {
-    const Strings ids = randomSet(random, 2000);
-    SCOPED_TRACE(ids.front() + " .. " + ids.back());
-    CIDPattern pattern;
-    CIDNumber number;
-    ASSERT_TRUE(pattern.compile(ids.front()) && pattern.setEnding(ids.back(), number));
-    ASSERT_EQ(number.getTotal(), ids.size());
-    for (uint32_t ordinal = 0; ordinal < ids.size(); ++ordinal) {
-      ASSERT_TRUE(number.setOrdinal(ordinal));
-      ASSERT_EQ(pattern.toString(number), ids[ordinal]);
-      number.setOrdinal(uint32_t{0});
-      ASSERT_TRUE(pattern.checkOrdinal(ids[ordinal], number) && pattern.setOrdinal(ids[ordinal], number));
-      ASSERT_EQ(number.Ordinal(), ordinal);
-    }
-    EXPECT_FALSE(number.setOrdinal(number.getTotal()));
-    EXPECT_EQ(number.Ordinal(), ids.size() - 1);  // as it was
-    const std::set<std::string> members(ids.begin(), ids.end());
-    EXPECT_EQ(members.size(), ids.size());
-    for (int i = 0; i < 200; ++i) {  // one byte changed: in the set only if it is one of the IDs
-      std::string id = ids[random() % ids.size()];
-      id[random() % id.size()] = static_cast<char>(random() % 4 == 0 ? random() : '0' + random() % 10);
-      ASSERT_EQ(pattern.checkOrdinal(id, number), members.count(id) == 1) << id;
-    }
   }
 }
 
@@ -167,22 +119,22 @@ TEST(CIDNumber, RefusesWhatDoesNotFit) {
   const uint32_t largest[] = {2, 119};
   EXPECT_FALSE(number.setOrdinal(tooLarge, 2));
   EXPECT_EQ(number.Ordinal(), 0u);  // no value is copied before all are tested
-  EXPECT_FALSE(number.setOrdinal(largest, 1));
-  EXPECT_FALSE(number.checkOrdinal(largest, -1));
+  EXPECT_FALSE(number.setOrdinal(largest, 1) || number.checkOrdinal(largest, -1));
   EXPECT_TRUE(number.setOrdinal(largest, 2));
-  EXPECT_EQ(number.Ordinal(), 359u);
+  EXPECT_FALSE(number.setOrdinal(360));
+  EXPECT_EQ(number.Ordinal(), 359u);  // as it was
   EXPECT_EQ(number.getValue(2) + number.getValue(-1), 0u);
+  const CIDNumber moved(std::move(number));
+  EXPECT_EQ(moved.Ordinal(), 359u);
+  EXPECT_EQ(number.getTotal() + number.Ordinal(), 0u);  // NOLINT: a number moved from is cleared
 
   for (const std::array<uint32_t, 3>& refused :
        {std::array<uint32_t, 3>{2, 0, 2}, {2, 32768, 1}, {256, 128, 1}, {2, 0x80000001u, 1}}) {
     EXPECT_FALSE(number.initialize(refused.data(), 3));
     EXPECT_EQ(number.getTotal() + number.Ordinal() + static_cast<uint32_t>(number.getCount()), 0u);
   }
-  EXPECT_TRUE(number.initialize(nullptr, 0));
+  EXPECT_TRUE(number.initialize(nullptr, 0) && number.checkOrdinal(nullptr, 0));
   EXPECT_FALSE(number.setOrdinal(uint32_t{0}));
-  EXPECT_TRUE(number.checkOrdinal(nullptr, 0));
-  const CIDNumber moved(std::move(number));
-  EXPECT_EQ(number.Ordinal(), 0u);  // NOLINT: a number moved from is cleared
 }
 
 TEST(CIDPattern, AcceptsNumbersNotMadeForIt) {
@@ -199,32 +151,6 @@ TEST(CIDPattern, AcceptsNumbersNotMadeForIt) {
   EXPECT_EQ(text("--", 5), "--");
 }
 
-TEST(CableIDSeq, WrapsBehindAnIDPickedByHand) {
-  CableIDSeq sequence = sequenceOf("A001", "A005", {"A003"});
-  EXPECT_EQ(sequence.getNextOrd(), 2);
-  EXPECT_EQ(takeAll(sequence), (Strings{"A004", "A005", "A001", "A002"}));
-  EXPECT_EQ(sequence.takeNextID(), "");
-  EXPECT_FALSE(sequence.pruneID("A002") || sequence.updateNextID("A002"));
-  EXPECT_EQ(sequence.getUsed(), 5u);
-
-  sequence = sequenceOf("A001", "A005", {"A002"});
-  EXPECT_FALSE(sequence.updateNextID("A002"));
-  EXPECT_TRUE(sequence.updateNextID("A005"));
-  EXPECT_EQ(sequence.takeNextID(), "A005");
-  EXPECT_EQ(sequence.takeNextID(), "A001");
-}
-
-TEST(CableIDSeq, TheLastFreeIDsSuccessorIsWhatWasLeftBehindIt) {
-  CableIDSeq sequence = sequenceOf("A1", "A4");
-  EXPECT_EQ(sequence.calcID("A3"), "A4");
-  EXPECT_EQ(sequence.calcID("A4"), "");  // the sentinel, while nothing is taken
-  EXPECT_TRUE(sequence.pruneID("A1"));
-  EXPECT_EQ(sequence.calcID("A4"), "A4");  // itself
-  EXPECT_EQ(sequence.calcID("A1"), "");    // taken: the lookup must not leave the list
-  EXPECT_TRUE(sequence.pruneID("A4"));
-  EXPECT_EQ(sequence.calcID("A3"), "A4");  // the one just taken, which was the last
-}
-
 TEST(CableIDSeq, SameTakenIDsAreEqualInWhateverOrderTheyWereTaken) {
   const CableIDSeq sequence = sequenceOf("A1", "A5", {"A1", "A5"});
   const CableIDSeq other = sequenceOf("A1", "A5", {"A5", "A1"});
@@ -237,7 +163,7 @@ TEST(CableIDSeq, SameTakenIDsAreEqualInWhateverOrderTheyWereTaken) {
 }
 
 TEST(CableIDSeq, OfNoIDsAnswersNothing) {
-  for (CableIDSeq sequence : {CableIDSeq(), sequenceOf("", ""), sequenceOf("-", "-")}) {
+  for (CableIDSeq sequence : {CableIDSeq(), sequenceOf("-", "-")}) {
     const std::string& id = sequence.getFirstID();
     EXPECT_FALSE(sequence.pruneID(id) || sequence.updateNextID(id));
     EXPECT_EQ(sequence.takeNextID() + sequence.calcID(id) + sequence[0], "");
@@ -249,20 +175,15 @@ TEST(CableIDSeq, VerifiesItsOwnIDsAgain) {
   CableIDSeq sequence = sequenceOf("A1", "A5", {"A3"});
   EXPECT_TRUE(sequence.verifyIDSet(sequence.getFirstID(), sequence.getLastID()));
   EXPECT_EQ(sequence, sequenceOf("A1", "A5"));
-  EXPECT_FALSE(sequence.verifyIDSet(sequence.getLastID(), sequence.getFirstID()));
-  EXPECT_EQ(sequence, CableIDSeq());
 }
 
 TEST(CableIDSeq, HandsOutTheFullSet) {
   CableIDSeq sequence = sequenceOf("00000", "32766");
   EXPECT_EQ(sequence.getTotal(), MAX_CABLE_IDS);
-  EXPECT_EQ(sequence[32766], "32766");
-  EXPECT_EQ(sequence[32767], "");
-  EXPECT_EQ(sequence.calcID("32766"), "");
+  EXPECT_EQ(sequence[32766] + sequence[32767] + sequence.calcID("32766"), "32766");
   EXPECT_TRUE(sequence.pruneID("32766"));
-  const Strings ids = takeAll(sequence);
-  EXPECT_EQ(ids.size(), 32766u);
-  EXPECT_TRUE(std::is_sorted(ids.begin(), ids.end(), std::less_equal<>()));  // every one once
+  for (int i = 0; i < 32766; ++i) ASSERT_EQ(sequence.takeNextID(), std::to_string(100000 + i).substr(1));
+  EXPECT_EQ(sequence.takeNextID(), "");
   EXPECT_EQ(sequence.getNextOrd(), 0);
 }
 
@@ -306,9 +227,12 @@ struct Model {
 TEST(CableIDSeq, AgreesWithAModelAndIsRebuiltFromItsIDs) {
   std::mt19937 random(2);
   for (int round = 0; round < 3000; ++round) {
-    const Strings ids = randomSet(random, 60);
+    const Strings ids = randomSet(random);
     SCOPED_TRACE(ids.front() + " .. " + ids.back() + ", round " + std::to_string(round));
     Model model(ids);
+    CIDPattern pattern;
+    CIDNumber number;
+    ASSERT_TRUE(pattern.compile(ids.front()) && pattern.setEnding(ids.back(), number));
     CableIDSeq sequence = sequenceOf(ids.front(), ids.back());
     Strings taken;
     for (int i = 0; i < 50; ++i) {
@@ -327,6 +251,7 @@ TEST(CableIDSeq, AgreesWithAModelAndIsRebuiltFromItsIDs) {
       } else if (operation == 2) {
         ASSERT_EQ(sequence.updateNextID(id), model.updateNext(id)) << id;
       }
+      ASSERT_EQ(pattern.checkOrdinal(id, number), model.indexOf(id) < ids.size()) << id;
       ASSERT_EQ(sequence.calcID(id), model.calc(id)) << id;
       const int index = static_cast<int>(random() % (ids.size() + 2)) - 1;
       ASSERT_EQ(sequence[index], model.at(index));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iostream>
 #include <memory>
 #include <numeric>
 #include <set>
@@ -45,15 +46,13 @@ struct Opened {
   bool ok;
   Bytes payload;
   std::string debug;
-  std::string verbose;
 };
 
-Opened open(const std::string& text, const CredentialKey& key = TEST_KEY) {
+Opened open(const std::string& text) {
   std::ostringstream debug;
-  std::ostringstream verbose;
   SecretBytes payload(3);
-  const bool ok = openCredential(text, key, {&debug, &verbose}, payload);
-  return {ok, Bytes(payload.begin(), payload.end()), debug.str(), verbose.str()};
+  const bool ok = openCredential(text, TEST_KEY, {&debug, nullptr}, payload);
+  return {ok, Bytes(payload.begin(), payload.end()), debug.str()};
 }
 
 // Text of bytes that were encrypted properly but need not be an envelope.
@@ -74,15 +73,6 @@ Bytes envelopeWith(std::size_t size, uint8_t offset, uint8_t lengthLow, uint8_t 
 
 }  // namespace
 
-TEST(CredentialEnvelope, DrawsOffsetThenFillerAndPlacesTheFields) {
-  const Bytes expected = {0x47, 0x0a, 0xaa, 0x0b, 0x00, 0x57, 0xa3, 0x81, 0x94, 0xcb, 0x73, 0x65,
-                          0x63, 0x72, 0x65, 0x74, 0x20, 0x70, 0x61, 0x73, 0x73, 0x66, 0x3f, 0x03,
-                          0x43, 0xfb, 0x9c, 0x73, 0x22, 0x57, 0x05, 0x5e, 0x60, 0xfd, 0xa0, 0x9c,
-                          0x2c, 0xfa, 0x90, 0x39, 0x15, 0x98, 0xd0, 0x15, 0x3d, 0xbd, 0x07, 0x9a};
-  const SecretBytes envelope = buildEnvelope(bytesOf("secret pass"), fixedWords());
-  EXPECT_EQ(Bytes(envelope.begin(), envelope.end()), expected);
-}
-
 // Made by another implementation of envelope, AES and base64 from the same random words.
 TEST(CredentialText, MatchesTheKnownText) {
   const std::string known =
@@ -92,18 +82,14 @@ TEST(CredentialText, MatchesTheKnownText) {
 }
 
 TEST(CredentialText, LengthsUpToTheLimitComeBack) {
-  struct Row {
-    std::size_t payload;
-    std::size_t envelope;
-  };
-  for (const Row& row : {Row{0, 32}, Row{1, 48}, Row{16, 48}, Row{17, 64}, Row{65535, 65568}}) {
-    SCOPED_TRACE(row.payload);
-    Bytes payload(row.payload);
+  const std::pair<std::size_t, std::size_t> envelopeByPayload[] = {
+      {0, 32}, {1, 48}, {16, 48}, {17, 64}, {65535, 65568}};
+  for (const auto& [size, envelope] : envelopeByPayload) {
+    SCOPED_TRACE(size);
+    Bytes payload(size);
     std::iota(payload.begin(), payload.end(), uint8_t{1});
-    EXPECT_EQ(buildEnvelope(payload, fixedWords()).size(), row.envelope);
-    const Opened opened = open(seal(payload));
-    EXPECT_TRUE(opened.ok);
-    EXPECT_EQ(opened.payload, payload);
+    EXPECT_EQ(buildEnvelope(payload, fixedWords()).size(), envelope);
+    EXPECT_EQ(open(seal(payload)).payload, payload);
   }
   EXPECT_EQ(seal(Bytes(0)).size(), 64U);
   EXPECT_EQ(seal(Bytes(65536)), "");
@@ -137,13 +123,8 @@ TEST(CredentialText, EveryRefusalSaysWhy) {
     EXPECT_TRUE(opened.payload.empty());
     EXPECT_EQ(opened.debug, row.message);
   }
-  EXPECT_EQ(open("=").verbose, "base64 decoded length=0\n");
-  EXPECT_EQ(open("=").debug, "");
   EXPECT_EQ(ERR_peek_error(), 0U);  // nothing is left for the next reader of OpenSSL's queue
-}
-
-// The length is compared with the room behind the offset, check value included: kept for stored texts.
-TEST(CredentialText, PayloadMayReachIntoTheCheckValue) {
+  // The length is compared with the room behind the offset, check value included: kept for stored texts.
   EXPECT_EQ(open(sealRaw(envelopeWith(32, 5, 27, 0))).payload.size(), 27U);
 }
 
@@ -151,43 +132,17 @@ TEST(CredentialText, LineBreaksMayStandAnywhereAndNothingElse) {
   const std::string text = seal(Bytes(63, 'x'));
   std::string bare = text;
   bare.erase(std::remove(bare.begin(), bare.end(), '\n'), bare.end());
-  const auto with = [&](std::size_t at, const std::string& inserted) {
-    return bare.substr(0, at) + inserted + bare.substr(at);
-  };
-  const std::string accepted[] = {bare, text + "\n", with(1, "\n\n"), with(7, "\r\n"), "\n" + bare};
-  for (const std::string& good : accepted) EXPECT_TRUE(open(good).ok) << testing::PrintToString(good);
-  const std::string refused[] = {with(64, " "),
-                                 with(64, "\r"),
-                                 with(64, std::string(1, '\0')),
-                                 text + "\r",
-                                 with(4, "===="),
-                                 "AAAA\n" + bare,
-                                 "junk!\n" + text,
-                                 text + "AAAA",
-                                 text.substr(0, 152),
-                                 "-----\n" + bare + "\n-----"};
-  for (const std::string& bad : refused) EXPECT_FALSE(open(bad).ok) << testing::PrintToString(bad);
-
-  // 2 and 1 spare bits before the padding: only zeros are the text of the bytes.
-  EXPECT_EQ(decodeBase64("QQ=="), bytesOf("A"));
-  EXPECT_TRUE(decodeBase64("QR==").empty());
-  EXPECT_TRUE(decodeBase64("QUE").empty());
-}
-
-TEST(CredentialText, ExhaustiveNoCharacterCanBeChanged) {
-  for (const std::size_t size : {0U, 8U, 13U, 63U}) {
-    const std::string text = seal(Bytes(size, 'p'));
-    ASSERT_TRUE(open(text).ok);
-    std::string changed = text;
-    SecretBytes payload;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-      for (int delta = 1; delta < 256; ++delta) {
-        changed[at] = static_cast<char>(text[at] ^ delta);
-        ASSERT_FALSE(openCredential(changed, TEST_KEY, {}, payload)) << size << " bytes, position " << at;
-      }
-      changed[at] = text[at];
-    }
+  const auto with = [&](std::size_t at, const std::string& inserted) { return std::string(bare).insert(at, inserted); };
+  for (const std::string& good : {bare, text + "\n", with(1, "\n\n"), with(7, "\r\n")}) {
+    EXPECT_TRUE(open(good).ok) << testing::PrintToString(good);
   }
+  for (const std::string& bad :
+       {with(64, " "), with(64, "\r"), with(64, std::string(1, '\0')), text + "\r", with(4, "===="), "AAAA\n" + bare,
+        "junk!\n" + text, text + "AAAA", text.substr(0, 152), "-----\n" + bare + "\n-----"}) {
+    EXPECT_FALSE(open(bad).ok) << testing::PrintToString(bad);
+  }
+  EXPECT_EQ(decodeBase64("QQ=="), bytesOf("A"));
+  EXPECT_TRUE(decodeBase64("QR==").empty() && decodeBase64("QUE").empty());  // spare bits set, no padding
 }
 
 TEST(CredentialText, HexDumpLayout) {
@@ -222,9 +177,8 @@ TEST(EncryptedString, Crc32InvertsOnEntryAndExit) {
 }
 
 TEST(EncryptedString, ThreadsDrawDifferentTexts) {
-  constexpr int THREADS = 8;
   constexpr int TEXTS = 2000;
-  std::vector<std::vector<std::string>> texts(THREADS);
+  std::vector<std::vector<std::string>> texts(8);
   std::vector<std::thread> threads;
   for (std::vector<std::string>& mine : texts) {
     threads.emplace_back([&mine] {
@@ -233,38 +187,34 @@ TEST(EncryptedString, ThreadsDrawDifferentTexts) {
   }
   for (std::thread& thread : threads) thread.join();
   std::set<std::string> all;
-  for (const std::vector<std::string>& some : texts) {
-    for (const std::string& text : some) {
-      all.insert(text);
-      ASSERT_EQ(EncryptedString::Decrypt(text), "same");
-    }
-  }
-  EXPECT_EQ(all.size(), static_cast<std::size_t>(THREADS) * TEXTS);
+  for (const std::vector<std::string>& some : texts) all.insert(some.begin(), some.end());
+  EXPECT_EQ(all.size(), texts.size() * TEXTS);
+  for (const std::string& text : all) ASSERT_EQ(EncryptedString::Decrypt(text), "same");
 }
 
 // The flags cannot be switched off again, so they are switched on in a child.
 TEST(EncryptedStringDeathTest, PrintsNothingUntilAFlagIsOn) {
   const auto child = [] {
-    const auto printed = [](const std::string& text) {
-      testing::internal::CaptureStdout();
-      EncryptedString::Decrypt(text);
+    std::cout.rdbuf(std::cerr.rdbuf());
+    const auto use = [](const char* flag) {
+      std::cout << flag;
+      EncryptedString::Decrypt(seal({}, CredentialKey{{9}}));  // under another key
+      EncryptedString::Decrypt(std::string(64, '?'));
       EncryptedString::Encrypt("secret");
-      return testing::internal::GetCapturedStdout();
     };
-    const std::string undecodable(64, '?');
-    const std::string otherKey = seal({}, CredentialKey{{9}});
-    bool good = printed(otherKey).empty() && printed(undecodable).empty();
+    use("none:");
     EncryptedString::debug();
-    const std::string reason = printed(otherKey);
-    good = good && !reason.empty() && reason.back() == '\n' && printed(undecodable).empty();
+    use("debug:");
     EncryptedString::verbose();
-    const std::string stages = printed(undecodable);
-    std::size_t dumps = 0;
-    for (std::size_t at = 0; (at = stages.find("\n0000  ", at)) != std::string::npos; ++at) ++dumps;
-    good = good && stages.rfind("base64 decoded length=0\ncrc=", 0) == 0 && dumps == 3;
-    std::exit(good && printed(otherKey).find('\n' + reason) != std::string::npos ? 0 : 1);
+    use("verbose:");
+    std::cout << "end";
+    std::exit(0);
   };
-  EXPECT_EXIT(child(), testing::ExitedWithCode(0), "");
+  const std::string reason = "[^\n]+\n";
+  const std::string dump = "0000  [^\n]+\n(00[1-9]0  [^\n]+\n)+";
+  EXPECT_EXIT(child(), testing::ExitedWithCode(0),
+              "none:debug:" + reason + "verbose:" + dump + reason + "base64 decoded length=0\ncrc=[0-9a-f]+\n(" + dump +
+                  "){3}end");
 }
 
 // OpenSSL counts in int. The spans are only said to be this long: not a byte of them is there to be read.

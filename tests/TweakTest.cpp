@@ -1,6 +1,5 @@
 #include <libcrossplatform/common/Tweak.h>
 
-#include <cmath>
 #include <limits>
 
 #include "RecordTesting.h"
@@ -27,42 +26,28 @@ struct Tweaks : testing::Test {
   std::vector<TweakBase*> all() { return {&offset, &depth, &threshold, &profile}; }
 };
 
-/// As expectRoundTrip() needs it: read into one with another value.
-template <class T>
-struct AnyTweak : Marshal::ISerializable {
-  Tweak<T> tweak{"any", T(), ""};
-  AnyTweak() = default;
-  explicit AnyTweak(T value) { tweak.set(value); }
-  unsigned serialize(Marshal::IObjectWriter& out) override { return tweak.serialize(out); }
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override { return tweak.deserialize(in); }
-};
-
-template <class T>
-void expectWire(T value) {
-  AnyTweak<T> tweak(value);
-  expectRoundTrip(tweak);
-  expectEveryPrefixRefused(tweak);
-}
-
 }  // namespace
 
 TEST_F(Tweaks, Wire) {
-  expectWire<int>(std::numeric_limits<int>::min());
-  expectWire<unsigned>(4000000000u);
-  expectWire<float>(-INFINITE);
-  expectWire<std::string>(std::string("a\0b", 3));
   Bytes all4;
   for (TweakBase* tweak : all()) {
     const Bytes bytes = bytesOf(*tweak);
     all4.insert(all4.end(), bytes.begin(), bytes.end());
   }
   expectGoldenBytes(all4, "tweak_values");
+  offset.set(std::numeric_limits<int>::min());
+  depth.set(3000000000u);
+  threshold.set(-INFINITE);
+  profile.set(std::string("a\0b", 3));
   for (TweakBase* tweak : all()) {
-    EXPECT_EQ(readFrom(*tweak, {0xFF, 0xFF, 0xFF}), -3);
+    const std::string text = tweak->getValueText();
+    const Bytes bytes = bytesOf(*tweak);
+    tweak->reset();
+    EXPECT_EQ(readFrom(*tweak, Bytes(bytes.begin(), bytes.end() - 1)), -3);
     EXPECT_EQ(tweak->getValueText(), tweak->getDefaultText()) << "unchanged by a failed read";
+    EXPECT_EQ(readFrom(*tweak, bytes), 0);
+    EXPECT_EQ(tweak->getValueText(), text);
   }
-  EXPECT_EQ(readFrom(profile, {0xFF, 0xFF, 0xFF, 0xFF, 'a'}), -3);
-  EXPECT_EQ(profile.get(), "field");
 }
 
 TEST_F(Tweaks, ListTellsAllOfEachSortedByName) {
@@ -77,6 +62,7 @@ TEST_F(Tweaks, ListTellsAllOfEachSortedByName) {
             "profile|string|field|field|profile the analysis starts from\n"
             "threshold|float|0.1|0.1|smallest loss of an event in dB\n");
   EXPECT_EQ(dumpOf(offset), "offset: 7\n");
+  EXPECT_EQ(offset.get(), 7);
 }
 
 TEST_F(Tweaks, WholeTextMustBeAValueOfTheType) {
@@ -126,18 +112,4 @@ TEST_F(Tweaks, SecondTweakOfANameIsRefused) {
   EXPECT_EQ(asserts.reports().size(), 1u);
   EXPECT_EQ(list.size(), 4u);
   EXPECT_EQ(list.find("offset"), &offset);
-}
-
-TEST_F(Tweaks, EveryFloatComesBackFromItsText) {
-  Tweak<float> copy("copy", 1.0f, "");
-  for (const float value : {0.1f, 16777217.0f, 1e-40f, -3.4028235e38f, 1.0f / 3.0f, -0.0f, INFINITE, -INFINITE}) {
-    threshold.set(value);
-    EXPECT_EQ(copy.setFromText(threshold.getValueText()), TWEAK_OK) << threshold.getValueText();
-    EXPECT_EQ(copy.get(), value);
-  }
-  threshold.set(std::nanf(""));
-  EXPECT_EQ(copy.setFromText(threshold.getValueText()), TWEAK_OK);
-  EXPECT_TRUE(std::isnan(copy.get()));
-  list.reset();
-  EXPECT_EQ(threshold.get(), 0.1f);
 }
