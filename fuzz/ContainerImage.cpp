@@ -63,9 +63,10 @@ void repairHeader(PFile::Header& header) {
 bool DeclaredSizes::allow(const PFile::Header& header, const uint8_t* payload, std::size_t size) {
   if ((header.flags & PFile::SECTION_FLAG_COMPRESS) == 0 || size < sizeof(uint32_t)) return true;
   const uint32_t declared = Marshal::loadLittle32(payload);
-  // More is refused before anything is allocated.
-  if (declared <= PFile::Section::MAX_UNCOMPRESSED) _declared += declared;
-  return _declared <= BUDGET;
+  if (declared > PFile::Section::MAX_UNCOMPRESSED) return true;  // refused before anything is allocated
+  if (declared > BUDGET - _declared) return false;
+  _declared += declared;
+  return true;
 }
 
 }  // namespace Fuzz

@@ -37,7 +37,7 @@ int runInput(const uint8_t* data, std::size_t size, void (*target)(const Input& 
     Veltra::Logger::setSink(dropLine);
     return true;
   }();
-  if (READY && size <= INPUT_LIMIT) guarded([&] { target({data, size}); });
+  if (READY) guarded([&] { target({data, size}); });
   return 0;
 }
 

@@ -11,7 +11,7 @@
 /// What all fuzz targets share. Each target has one LLVMFuzzerTestOneInput, made of a runInput().
 namespace Fuzz {
 
-/// More is refused: what an input claims is unbounded anyway, what it holds need not be larger to reach every line.
+/// What the fuzzers go up to, given as -max_len. A replayed input may be larger: what takes too long often is.
 constexpr std::size_t INPUT_LIMIT = 64 * 1024;
 
 using Bytes = std::vector<uint8_t>;

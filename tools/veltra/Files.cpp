@@ -182,6 +182,10 @@ int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::Contai
 
 bool refusesToReplace(const std::string& path, bool force) {
   struct stat info {};
+  if (stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) {
+    complain(path + ": found something else than a file, which is not replaced");
+    return true;
+  }
   if (force || lstat(path.c_str(), &info) != 0) return false;
   complain(path + ": exists; --force replaces it");
   return true;
