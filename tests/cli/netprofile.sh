@@ -19,7 +19,6 @@ t np set certificate x
 t np set colour blue
 t np set address
 input=secret.txt t np set wep-key1
-t np show
 t np show -f jsonl
 t np show --reveal -f jsonl
 t sh -c 'grep -c "correct horse" p.dat'
@@ -35,7 +34,6 @@ cat > p.dat << 'EOF'
 EOF
 t np check
 echo '[' > p.dat
-t np show
 t np set wifi no
 echo '[]' > p.dat
 t np check
