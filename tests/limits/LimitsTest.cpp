@@ -27,12 +27,6 @@ namespace {
 
 constexpr std::size_t MIB = std::size_t{1} << 20;
 
-Bytes withDataCrc(uint16_t type, uint16_t flags, const Bytes& data) {
-  Header header;
-  header.set(type, 1, flags, 0, static_cast<unsigned>(data.size()), data.data());
-  return RecordTesting::bytesOf(header) + data;
-}
-
 /// A section of a few KiB that claims, and has, this many zeros.
 Bytes bomb(uint16_t type, uint32_t size) {
   const Bytes zeros(size);
@@ -41,14 +35,7 @@ Bytes bomb(uint16_t type, uint32_t size) {
   EXPECT_EQ(compress2(&data[4], &length, zeros.data(), size, 9), Z_OK);
   data.resize(length + 4);
   Marshal::storeLittle32(data.data(), size);
-  return withDataCrc(type, SECTION_FLAG_COMPRESS, data);
-}
-
-/// A file header over these sections, as a closed file has it.
-Bytes closedFile(const Bytes& sections) {
-  Bytes total(4);
-  Marshal::storeLittle32(total.data(), static_cast<uint32_t>(24 + sections.size()));
-  return withDataCrc(FILE_HEADER_TYPE, 0, total) + sections;
+  return storedSection(type, SECTION_FLAG_COMPRESS, data);
 }
 
 Bytes repeated(const Bytes& unit, std::size_t room) {
@@ -78,7 +65,7 @@ Bytes nested(std::size_t room) {
     Marshal::storeLittle32(outer.data(), static_cast<uint32_t>(data.size()));
     data = outer;
   }
-  return repeated(withDataCrc(301, SECTION_FLAG_COMPRESS, data), room);
+  return repeated(storedSection(301, SECTION_FLAG_COMPRESS, data), room);
 }
 
 /// 1 MiB each, and what they cost on the way.
@@ -88,9 +75,9 @@ struct Input {
 };
 constexpr std::size_t ROOM = MIB - 24;
 const Input HOSTILE[] = {
-    {"sections of one byte", [] { return closedFile(repeated(withDataCrc(300, 0, {'x'}), ROOM)); }},
-    {"unknown types", [] { return closedFile(repeated(withDataCrc(60000, 0, {'x'}), ROOM)); }},
-    {"never closed", [] { return repeated(withDataCrc(60000, 0, {'x'}), MIB); }},
+    {"sections of one byte", [] { return closedFile(repeated(storedSection(300, 0, {'x'}), ROOM)); }},
+    {"unknown types", [] { return closedFile(repeated(storedSection(60000, 0, {'x'}), ROOM)); }},
+    {"never closed", [] { return repeated(storedSection(60000, 0, {'x'}), MIB); }},
     {"headers without data", [] { return closedFile(repeated(headerClaiming(300, 0), ROOM)); }},
     {"headers that claim the rest", [] { return closedFile(lyingHeaders(ROOM)); }},
     {"zeros", [] { return Bytes(MIB); }},
