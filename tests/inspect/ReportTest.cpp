@@ -14,14 +14,7 @@
 namespace Inspect {
 namespace {
 
-using Veltra::DisplayMeas;
 using Veltra::ScaledInt;
-
-DisplayMeas measurement(const std::string& text) {
-  DisplayMeas meas;
-  EXPECT_TRUE(meas.fromString(text)) << text;
-  return meas;
-}
 
 ResultRow row(const std::string& id, Veltra::Status status, const std::string& length, const std::string& headroom,
               Veltra::ResultType type = Veltra::RESULT_TYPE_COPPER) {
@@ -30,14 +23,14 @@ ResultRow row(const std::string& id, Veltra::Status status, const std::string& l
   row.summary.status = status;
   row.summary.resultType = type;
   row.summary.timeStamp = 1706692500;
-  row.summary.length = measurement(length);
-  row.summary.headroom = measurement(headroom);
+  EXPECT_TRUE(row.summary.length.fromString(length));
+  EXPECT_TRUE(row.summary.headroom.fromString(headroom));
   return row;
 }
 
-JobFiles jobOf(std::size_t count, int32_t lengths, int32_t headrooms, uint32_t seed = 1) {
+JobFiles jobOf(std::size_t count, int32_t lengths, int32_t headrooms) {
   JobFiles job;
-  std::mt19937 random(seed);
+  std::mt19937 random(1);
   for (std::size_t i = 0; i < count; ++i) {
     ResultRow made = row("A" + std::to_string(i), static_cast<Veltra::Status>(1 << (random() % 8)), "1.0", "1.0");
     const auto draw = [&random](int32_t range) {
@@ -142,10 +135,8 @@ TEST(ChartScale, TicksAreRoundAndZeroIsAnEdge) {
 }
 
 TEST(ChartScale, FarValuesLeaveRoomForTheOthers) {
-  std::vector<double> values;
+  std::vector<double> values = {2000, -900};
   for (int i = 0; i < 50; ++i) values.push_back(i / 10.0);
-  values.push_back(2000);
-  values.push_back(-900);
   const Histogram histogram = histogramOf(values, true);
   EXPECT_EQ(histogram.below, 1u);
   EXPECT_EQ(histogram.above, 1u);
@@ -251,10 +242,7 @@ TEST(Report, ExpectedIdsTakeTheirWorstVerdict) {
   EXPECT_EQ(verdictLook(report.expected[2].severity).status, Veltra::STATUS_FAIL);
   const std::string page = reportPage(job, "Job");
   expectSelfContained(page);
-  EXPECT_EQ(countOf(page, "<li class=\"missing\">"), 2u);
   EXPECT_EQ(countOf(page, "<li class=\"twice\" title=\"Fail\">"), 1u);
-  EXPECT_EQ(countOf(page, "<li class=\"present\" title=\"Pass\">"), 1u);
-  EXPECT_EQ(countOf(page, "<li>Z9</li>"), 1u);
 }
 
 }  // namespace
