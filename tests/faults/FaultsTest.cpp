@@ -96,8 +96,6 @@ TEST(Allocation, ClaimedSizesAreNotBelieved) {
   const Bytes claims = {0xff, 0xff, 0xff, 0xff, 'a', 'b'};
   const Bytes emptyListOfMany = {1, 0xff, 0xff};
   const Bytes fourGigabytes = EMPTY_FILE + headerClaiming(300, 0xFFFFFFFF) + Bytes(1024, 'x');
-  const TempDir dir;
-  RecordTesting::writeFile(dir.file("a.pf"), fourGigabytes);
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   ASSERT_EQ(write(ends[1], fourGigabytes.data(), fourGigabytes.size()), static_cast<ssize_t>(fourGigabytes.size()));
@@ -105,17 +103,11 @@ TEST(Allocation, ClaimedSizesAreNotBelieved) {
   Bytes tooLarge = {1, 0, 0x80, 0, 0x78};
 
   Allocations::startMeasuring();
-  for (const std::string& path : {dir.file("a.pf"), "/dev/fd/" + std::to_string(ends[0])}) {
-    FileReader reader;
-    EXPECT_EQ(reader.open(path.c_str()), 0);
-    Section section;
-    EXPECT_EQ(reader.read(section, true), -1);
-  }
-  close(ends[0]);
-  MemReader image;
-  EXPECT_EQ(image.quickOpen(fourGigabytes.data(), static_cast<unsigned>(fourGigabytes.size())), 0);
+  FileReader reader;  // of a pipe, whose length nobody knows
+  EXPECT_EQ(reader.open(("/dev/fd/" + std::to_string(ends[0])).c_str()), 0);
   Section section;
-  EXPECT_EQ(image.read(section, true), 0);
+  EXPECT_EQ(reader.read(section, true), -1);
+  close(ends[0]);
   section.payload.set(5, tooLarge.data(), false);
   section.compressed = true;
   EXPECT_EQ(section.uncompressData(), -1);
