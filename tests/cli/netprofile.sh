@@ -21,8 +21,6 @@ t np set address
 input=secret.txt t np set wep-key1
 t np show -f jsonl
 t np show --reveal -f jsonl
-t sh -c 'grep -c "correct horse" p.dat'
-t stat -c %a p.dat
 t np check
 sed -i 's/192.168.1.20/300.1.1.1/; s/"Auto"/"auto"/; s/"Wireless Password" : "./&!/' p.dat
 t np check
