@@ -137,6 +137,6 @@ TEST(Allocation, ALargeSectionThatFindsNoMemoryIsAFailedRead) {
   Section section;
   Allocations::refuseAfter(0, true);
   const int code = reader.read(section, true);
-  EXPECT_EQ(Allocations::stopRefusing(), 1);
+  EXPECT_GT(Allocations::stopRefusing(), 0);
   EXPECT_EQ(code, -1);
 }
