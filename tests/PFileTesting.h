@@ -25,7 +25,6 @@ class Transcript {
   Transcript() { text.clear(); }
 
   static inline std::string text;
-  static bool has(const std::string& line) { return text.find("  " + line + "\n") != std::string::npos; }
 
   void begin(const char* call) {
     text += call;
@@ -115,6 +114,30 @@ inline Bytes headerClaiming(uint16_t type, uint32_t dataSize, uint32_t dataCrc =
 inline Bytes operator+(Bytes a, const Bytes& b) {
   a.insert(a.end(), b.begin(), b.end());
   return a;
+}
+
+/// A section as it stands in a file, its CRCs right, whatever its flags say of the data.
+inline Bytes storedSection(uint16_t type, uint16_t flags, const Bytes& data) {
+  PFile::Header header;
+  header.set(type, 1, flags, 0, static_cast<unsigned>(data.size()), data.data());
+  return RecordTesting::bytesOf(header) + data;
+}
+
+/// Compressed, and nothing when uncompressed.
+inline Bytes sectionOfNothing(uint16_t type) {
+  return storedSection(type, PFile::SECTION_FLAG_COMPRESS, {0, 0, 0, 0, 0x78, 0x9c, 3, 0, 0, 0, 0, 1});
+}
+
+/// A file header that records this length.
+inline Bytes fileHeader(std::size_t length) {
+  Bytes word(4);
+  Marshal::storeLittle32(word.data(), static_cast<uint32_t>(length));
+  return storedSection(PFile::FILE_HEADER_TYPE, 0, word);
+}
+
+/// These sections behind the file header of a closed file.
+inline Bytes closedFile(const Bytes& sections) {
+  return fileHeader(24 + sections.size()) + sections;
 }
 
 inline Bytes bytesOf(const PFile::Payload& payload) {

@@ -1,23 +1,20 @@
-# What doctor finds, at each depth, in each format, in whole folders.
+# What doctor finds, at each depth, in each format, in whole folders; and what other commands say of the same files.
 printf 'trace data\n%.0s' {1..50} > trace.bin
-printf '%s' '{"summary": {"resultName": "B-1", "resultType": "FIBER", "status": "Fail", "length": "12.5"},
+mkdir -p lot/sub names
+veltra pack - -o lot/whole.vres > /dev/null << 'JSON'
+{"summary": {"resultName": "B-1", "resultType": "FIBER", "status": "Fail", "length": "12.5"},
  "sections": [{"type": 300, "version": 12, "payload": "trace.bin", "compress": true},
-              {"type": 301, "version": 3, "payload": "trace.bin"}]}' > result.json
-mkdir -p lot/sub
-veltra pack result.json -o lot/whole.vres > /dev/null
-damaged() { cp lot/whole.vres "lot/sub/$1.vres"; file=lot/sub/$1.vres; }
-data_crc() { # FILE OFFSET SIZE: makes the data CRC of the section at OFFSET right again, and its header's
-  local crc
-  crc=$(tail -c +$(($2 + 21)) "$1" | head -c "$3" | gzip -c | tail -c 8 | head -c 4 | od -An -tx1 | tr -d ' ')
-  patch "$1" $(($2 + 12)) "${crc:6:2}${crc:4:2}${crc:2:2}${crc:0:2}"
-  header_crc "$1" "$2"
-}
+              {"type": 301, "version": 3, "payload": "trace.bin"}]}
+JSON
+damaged() { file=lot/sub/$1.vres && cp lot/whole.vres "$file"; }
 
-damaged e01-unclosed && patch "$file" 12 2144df1c && patch "$file" 16 58c7e4e3 && patch "$file" 20 14000000
+damaged e01-unclosed && never_closed "$file"
 damaged e02-not-one && patch "$file" 0 00
 damaged e03-header && patch "$file" 30 ff
 damaged e04-data && patch "$file" 60 ff
+damaged e04-total && patch "$file" 20 00000000
 damaged e05-cut && truncate -s 400 "$file"
+damaged e05-header && truncate -s 150 "$file"
 damaged e06-short && truncate -s 145 "$file"
 damaged e07-inflate && patch "$file" 120 ffff && data_crc "$file" 96 29
 damaged e08-too-big && patch "$file" 116 01008000 && data_crc "$file" 96 29
@@ -34,14 +31,21 @@ t veltra doctor -r lot --deep
 t veltra doctor -r lot --quick -f csv -j 1
 t veltra doctor lot/sub/w01-newer.vres
 t veltra doctor lot/sub/e04-data.vres lot/sub/w03-behind.vres -f jsonl
-t veltra doctor -q lot/sub/e04-data.vres
 t veltra doctor lot/sub/w03-behind.vres missing.vres lot -f json
 # A compressed file header that cannot be uncompressed stops every reader.
 cp lot/whole.vres odd.vres && patch odd.vres 6 0001 && header_crc odd.vres 0
 t veltra doctor odd.vres
 t veltra doctor odd.vres --quick
+
+: > empty.vres
+t veltra info lot/sub/e01-unclosed.vres lot/sub/e03-header.vres lot/sub/e04-data.vres empty.vres
+t veltra list lot/sub/e04-total.vres
+t veltra list lot/sub/e05-cut.vres
+t veltra list lot/sub/w05-magic.vres
+t veltra show lot/sub/e04-data.vres
+t veltra show trace.bin
+
 # The next command can be given to a shell, whatever the file is called.
-mkdir names
 for name in ' a;b' "it's" $'\e[31m\n\\x\xff' '$(touch pwned)'; do cp lot/sub/e04-data.vres "names/$name"; done
 cp lot/sub/e04-data.vres ./-r
 t veltra doctor -r names

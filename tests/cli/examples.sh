@@ -3,10 +3,14 @@ examples=$data/../../tools/veltra/examples
 mkdir job stick
 for i in {1..40}; do printf 'trace sample %03d\n' "$i"; done > trace.bin
 result() { # ID STATUS LENGTH HEADROOM TIME
-  printf '{\n  "summary": {"resultName": "%s", "resultType": "COPPER", "status": "%s", "length": "%s", "headroom": "%s",\n' "$1" "$2" "$3" "$4"
-  printf '              "timeStamp": "2026-03-11T10:%s:00Z"},\n' "$5"
-  printf '  "sections": [{"type": 302, "version": 1, "payload": "trace.bin", "compress": true},\n'
-  printf '               {"type": 301, "version": 3, "payload": "trace.bin"}]\n}\n'
+  cat << JSON
+{
+  "summary": {"resultName": "$1", "resultType": "COPPER", "status": "$2", "length": "$3", "headroom": "$4",
+              "timeStamp": "2026-03-11T10:$5:00Z"},
+  "sections": [{"type": 302, "version": 1, "payload": "trace.bin", "compress": true},
+               {"type": 301, "version": 3, "payload": "trace.bin"}]
+}
+JSON
 }
 packed() { result "${@:2}" | veltra pack - -o "$1" > /dev/null; }
 packed job/A-01.vres A-01 Pass 42.5 6.12 20
@@ -16,9 +20,7 @@ packed job/A-10.vres A-10 Pass 7.0 9.50 31
 packed stick/A-05.vres A-05 Pass 42.5 6.12 27
 packed stick/A-06.vres A-06 Pass 42.5 6.12 29
 patch stick/A-05.vres 130 ff
-patch stick/A-06.vres 12 2144df1c
-patch stick/A-06.vres 16 58c7e4e3
-patch stick/A-06.vres 20 14000000
+never_closed stick/A-06.vres
 result A-07 Pass 31.0 4.75 40 > result.json
 printf 'A-08\n' > used.txt
 printf 'correct horse battery\n' > passphrase.txt

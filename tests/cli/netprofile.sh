@@ -19,11 +19,8 @@ t np set certificate x
 t np set colour blue
 t np set address
 input=secret.txt t np set wep-key1
-t np show
 t np show -f jsonl
 t np show --reveal -f jsonl
-t sh -c 'grep -c "correct horse" p.dat'
-t stat -c %a p.dat
 t np check
 sed -i 's/192.168.1.20/300.1.1.1/; s/"Auto"/"auto"/; s/"Wireless Password" : "./&!/' p.dat
 t np check
@@ -35,7 +32,6 @@ cat > p.dat << 'EOF'
 EOF
 t np check
 echo '[' > p.dat
-t np show
 t np set wifi no
 echo '[]' > p.dat
 t np check

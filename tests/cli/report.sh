@@ -22,7 +22,6 @@ page job.html
 t veltra report -r job -o job.html
 t veltra report job/1.vres job/sub/5.vres -o job.html --force --title 'Floor <2>' -f json
 grep -c '<h1>Floor &lt;2&gt;</h1>' job.html
-t veltra report job/1.vres -o expected.html --expect A01..A02
 t veltra report -r job -o all.html --expect A01..A04
 page all.html | sed -n '/^ Expected/,/^ Copper/p'
 veltra report -j 1 -r job -o one-thread.html > /dev/null

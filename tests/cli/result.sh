@@ -15,7 +15,6 @@ t veltra info a.vres
 t veltra info -f jsonl a.vres
 t veltra info -f csv a.vres plot.bin
 t veltra summary a.vres
-t veltra list a.vres
 input=a.vres t veltra list -f jsonl -
 t veltra show a.vres
 t veltra -f jsonl show a.vres -s 1
@@ -55,6 +54,5 @@ t veltra frobnicate
 t veltra list -f yaml a.vres
 t veltra info no-such-file a.vres
 t veltra list .
-t veltra diff a.vres
 help_on_full_disk() { veltra --help > /dev/full; }
 t help_on_full_disk

@@ -5,15 +5,10 @@
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstring>
-#include <filesystem>
 #include <random>
-
-#include <tools/inspect/Doctor.h>
 
 #include "CallFaults.h"
 #include "Workloads.h"
@@ -23,7 +18,6 @@ using namespace Workloads;
 namespace {
 
 constexpr std::size_t SECTOR = 512;
-constexpr int SKIPPED = 2;
 
 /// What was done to the file that the workload writes, in order.
 struct Step {
@@ -34,17 +28,15 @@ struct Step {
 std::vector<Step> steps;
 int descriptor = -1, directoryDescriptor = -1;
 std::size_t position = 0;
-bool isRecording = false;
 
 /// Follows the one descriptor that is written to.
 void record(int number, const long* arguments, long result) {
-  if (!isRecording || result < 0) return;
+  if (result < 0) return;
   const int fd = static_cast<int>(arguments[0]);
   if (number == SYS_openat) {
-    const bool writes = (arguments[2] & O_ACCMODE) == O_WRONLY;
     if ((arguments[2] & O_DIRECTORY) != 0) directoryDescriptor = static_cast<int>(result);
-    if (writes) descriptor = static_cast<int>(result);
-    if (writes) position = 0;
+    if ((arguments[2] & O_ACCMODE) == O_WRONLY) descriptor = static_cast<int>(result);
+    if (result == descriptor) position = 0;
   } else if (number == SYS_write && fd == descriptor) {
     const auto* const at = reinterpret_cast<const uint8_t*>(arguments[1]);
     steps.push_back({Step::WRITE, position, Bytes(at, at + result)});
@@ -83,12 +75,11 @@ class Disk {
   /// What a reader finds of the new file after the power failed now: each sector from any version since the last sync,
   /// or never written, and the length of any version.
   Bytes afterPowerLoss() {
-    const std::size_t oldest = _isSynced ? 1 : 0;
     Bytes found = _versions.empty() ? Bytes() : _versions[_random() % _versions.size()];
     for (std::size_t at = 0; at < found.size(); at += SECTOR) {
       const std::size_t end = std::min(at + SECTOR, found.size());
-      const std::size_t pick = _random() % (_versions.size() + 1);
-      const Bytes* const version = pick > 0 || oldest == 1 ? &_versions[pick > 0 ? pick - 1 : 0] : nullptr;
+      const std::size_t pick = _random() % (_versions.size() + (_isSynced ? 0 : 1));
+      const Bytes* const version = pick < _versions.size() ? &_versions[pick] : nullptr;
       const unsigned unwritten = static_cast<unsigned>(_random() % 3);
       for (std::size_t i = at; i < end; ++i) {
         const auto garbage = static_cast<uint8_t>(unwritten == 0 ? 0 : _random());
@@ -107,23 +98,14 @@ class Disk {
   bool _isSynced = false;
 };
 
-unsigned long numberFrom(const char* variable, unsigned long otherwise) {
-  const char* const text = std::getenv(variable);
-  return text != nullptr ? std::strtoul(text, nullptr, 10) : otherwise;
-}
-
 /// The steps of a workload, recorded from its system calls.
 bool recordSteps(const Workload& workload) {
-  std::string directory = ::testing::TempDir() + "veltra.XXXXXX";
-  EXPECT_NE(mkdtemp(&directory[0]), nullptr);
-  prepare(workload, directory);
+  const RecordTesting::TempDir directory;
+  prepare(workload, directory.path);
   if (!Calls::trap()) return false;
   Calls::observe(record);
-  isRecording = true;
-  EXPECT_EQ(run(workload, pathIn(directory)), 0);
-  isRecording = false;
+  EXPECT_EQ(run(workload, pathIn(directory.path)), 0);
   Calls::observe(nullptr);
-  std::filesystem::remove_all(directory);
   return true;
 }
 
@@ -147,7 +129,7 @@ int cutPower(const Workload& workload, const Bytes& before, unsigned long subset
     const std::size_t done = random() % (steps.size() + 1);
     for (std::size_t i = 0; i < done; ++i) disk.apply(steps[i]);
     const Bytes found = disk.afterPowerLoss();
-    writeFile(image, found);
+    RecordTesting::writeFile(image, found);
     const bool isWhole = found == workload.after;
     EXPECT_EQ(isClean(image), isWhole) << "doctor is content with " << found.size() << " bytes that are not the file";
     whole += isWhole;
@@ -158,7 +140,7 @@ int cutPower(const Workload& workload, const Bytes& before, unsigned long subset
 
 class PowerLoss : public ::testing::TestWithParam<const char*> {};
 
-INSTANTIATE_TEST_SUITE_P(Of, PowerLoss, ::testing::Values("save", "save-in-place", "package", "recover"));
+INSTANTIATE_TEST_SUITE_P(Of, PowerLoss, ::testing::Values("save", "save_in_place", "package", "recover"));
 
 }  // namespace
 
@@ -169,22 +151,15 @@ TEST_P(PowerLoss, DoctorIsContentWithTheWholeFileAlone) {
   std::printf("VELTRA_SEED=%lu VELTRA_SUBSETS=%lu\n", seed, subsets);
   // A file of the same kind stood there before: its sections verify too.
   const Bytes before = find("save")->after;
-  std::fflush(stdout);
-  const pid_t child = fork();
-  if (child == 0) {
+  inChild([&] {
     std::mt19937 random(static_cast<unsigned>(seed));
-    if (!recordSteps(workload)) _exit(SKIPPED);
+    if (!recordSteps(workload)) return false;
     if (workload.kind == Workload::REPLACES) expectNamedOnlyWhenSynced();
     // The same writing in place of another file, in other sectors: shifted, so that it is not the new one itself.
-    Bytes other(before.begin() + 24, before.end());
+    const Bytes other(before.begin() + 24, before.end());
     const int whole = cutPower(workload, other, subsets, random);
     std::printf("%zu steps; %d of the images whole\n", steps.size(), whole);
     EXPECT_GT(whole, 0);
-    std::fflush(stdout);
-    _exit(HasFailure() ? 1 : 0);
-  }
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  if (WIFEXITED(status) && WEXITSTATUS(status) == SKIPPED) GTEST_SKIP() << "this machine does not trap system calls";
-  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    return true;
+  });
 }

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <cstdlib>
 #include <new>
 
@@ -24,15 +23,12 @@ namespace {
 long allowed = -1;  ///< allocations until the next refused one; negative: none is refused
 bool refusesForGood = false;
 long refused = 0;
-std::size_t mostBytes = SIZE_MAX;
-std::size_t liveBytes = 0, peakBytes = 0, bytesAtStart = 0, largest = 0;
+std::size_t liveBytes = 0, peakBytes = 0, bytesAtStart = 0;
 
-bool isRefused(std::size_t size) {
-  largest = std::max(largest, size);
-  bool refuses = size > mostBytes;
-  if (allowed == 0) refuses = true;
-  if (allowed > 0 || (allowed == 0 && !refusesForGood)) --allowed;
-  if (refuses) ++refused;
+bool isRefused() {
+  const bool refuses = allowed == 0;
+  if (allowed > 0 || (refuses && !refusesForGood)) --allowed;
+  refused += refuses;
   return refuses;
 }
 
@@ -56,14 +52,8 @@ void refuseAfter(long before, bool forGood) {
   allowed = before;
 }
 
-void refuseLargerThan(std::size_t bytes) {
-  refused = 0;
-  mostBytes = bytes;
-}
-
 long stopRefusing() {
   allowed = -1;
-  mostBytes = SIZE_MAX;
   return refused;
 }
 
@@ -76,12 +66,7 @@ std::size_t live() {
 }
 
 void startMeasuring() {
-  largest = 0;
   bytesAtStart = peakBytes = liveBytes;
-}
-
-std::size_t largestRequest() {
-  return largest;
 }
 
 std::size_t peak() {
@@ -100,19 +85,19 @@ void* __libc_realloc(void*, std::size_t);
 void __libc_free(void*);
 
 void* malloc(std::size_t size) {
-  if (!isRefused(size)) return counted(__libc_malloc(size));
+  if (!isRefused()) return counted(__libc_malloc(size));
   errno = ENOMEM;
   return nullptr;
 }
 
 void* calloc(std::size_t count, std::size_t size) {
-  if (!isRefused(count * size)) return counted(__libc_calloc(count, size));
+  if (!isRefused()) return counted(__libc_calloc(count, size));
   errno = ENOMEM;
   return nullptr;
 }
 
 void* realloc(void* memory, std::size_t size) {
-  if (isRefused(size)) {
+  if (isRefused()) {
     errno = ENOMEM;
     return nullptr;
   }
@@ -135,7 +120,7 @@ void free(void* memory) {
 #pragma GCC diagnostic ignored "-Wmismatched-new-delete"
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return isRefused(size) ? nullptr : counted(std::malloc(size != 0 ? size : 1));
+  return isRefused() ? nullptr : counted(std::malloc(size != 0 ? size : 1));
 }
 void* operator new(std::size_t size) {
   void* const memory = operator new(size, std::nothrow);

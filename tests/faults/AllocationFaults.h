@@ -10,8 +10,6 @@ namespace Allocations {
 /// Refuses the allocation that follows `before` others.
 /// @param forGood  also all that follow it
 void refuseAfter(long before, bool forGood);
-/// Refuses what is larger than this.
-void refuseLargerThan(std::size_t bytes);
 /// Refuses no more. @return how many were refused since
 long stopRefusing();
 
@@ -19,9 +17,8 @@ long stopRefusing();
 bool isSanitized();
 /// Bytes that are allocated now.
 std::size_t live();
-/// Forgets the largest request and the peak.
+/// Forgets the peak.
 void startMeasuring();
-std::size_t largestRequest();
 /// The most bytes that were allocated at once, above those at startMeasuring().
 std::size_t peak();
 

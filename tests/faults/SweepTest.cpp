@@ -4,57 +4,34 @@
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/statvfs.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <filesystem>
-#include <functional>
 
 #include "AllocationFaults.h"
 #include "CallFaults.h"
 #include "Workloads.h"
 
 using namespace Workloads;
+using RecordTesting::writeFile;
 
 namespace {
 
 constexpr unsigned HANGS_AFTER_SECONDS = 20;
-constexpr int SKIPPED = 2;
-
-/// Runs it in a process of its own, which the changes it makes to the process end with.
-void inChild(const std::function<int()>& body) {
-  std::fflush(nullptr);
-  const pid_t child = fork();
-  if (child == 0) {
-    int code = body();
-    std::fflush(nullptr);
-    if (::testing::Test::HasFailure()) code = 1;
-    _exit(code);
-  }
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
-  if (WEXITSTATUS(status) == SKIPPED) GTEST_SKIP() << "this machine does not allow it";
-  EXPECT_EQ(WEXITSTATUS(status), 0);
-}
 
 class Sweep : public ::testing::TestWithParam<Workload> {
  protected:
   Sweep() {
-    setenv("TZ", "UTC0", 1);  // libc looks after its file of time zones, and at times frees what it knows of it
-    EXPECT_NE(mkdtemp(&_directory[0]), nullptr);
-    _path = pathIn(_directory);
+    setenv("TZ", "UTC0", 1);       // libc looks after its file of time zones, and at times frees what it knows of it
     for (int i = 0; i < 2; ++i) {  // what is allocated once is allocated now
       prepare(workload, _directory);
       EXPECT_EQ(run(workload, _path), 0);
       EXPECT_EQ(check(workload, _directory, 0, Fault::CALL), "");
     }
   }
-  ~Sweep() override { std::filesystem::remove_all(_directory); }
 
   /// One run between `arm` and `disarm`.
   /// @return how many faults it met
@@ -91,18 +68,13 @@ class Sweep : public ::testing::TestWithParam<Workload> {
   }
 
   const Workload& workload = GetParam();
-  std::string _directory = ::testing::TempDir() + "veltra.XXXXXX";
-  std::string _path;
+  const RecordTesting::TempDir _scratch;
+  const std::string& _directory = _scratch.path;
+  const std::string _path = pathIn(_directory);
   long _met = 0;  ///< runs that met a fault
 };
 
-std::string nameOf(const ::testing::TestParamInfo<Workload>& tested) {
-  std::string name = tested.param.name;
-  std::replace(name.begin(), name.end(), '-', '_');
-  return name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Of, Sweep, ::testing::ValuesIn(all()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Of, Sweep, ::testing::ValuesIn(all()), [](const auto& tested) { return tested.param.name; });
 
 /// A file system of its own, this many bytes large. Needs the right to mount, or to be root of a name space.
 bool mountSmallDisk(const std::string& directory, std::size_t bytes) {
@@ -116,7 +88,7 @@ bool mountSmallDisk(const std::string& directory, std::size_t bytes) {
 
 TEST_P(Sweep, EveryCallFailsInTurn) {
   inChild([this] {
-    if (!Calls::trap()) return SKIPPED;
+    if (!Calls::trap()) return false;
     for (int i = 0; i < Calls::COUNT; ++i) {
       const Calls::Call& call = Calls::ALL[i];
       const long before = _met;
@@ -128,7 +100,7 @@ TEST_P(Sweep, EveryCallFailsInTurn) {
     }
     std::printf("%ld runs met a failing call\n", _met);
     EXPECT_GT(_met, 0);
-    return 0;
+    return true;
   });
 }
 
@@ -166,7 +138,7 @@ TEST_P(Sweep, EveryFileEndsAtEveryLength) {
 TEST_P(Sweep, TheDiskIsFullAtEveryStep) {
   constexpr std::size_t BLOCK = 4096, BLOCKS = 128;
   inChild([this] {
-    if (!mountSmallDisk(_directory, BLOCK * BLOCKS)) return SKIPPED;
+    if (!mountSmallDisk(_directory, BLOCK * BLOCKS)) return false;
     int done = 0, refused = 0;
     for (std::size_t left = 0; left <= 64; ++left) {
       SCOPED_TRACE(std::to_string(left) + " blocks left");
@@ -184,6 +156,6 @@ TEST_P(Sweep, TheDiskIsFullAtEveryStep) {
     EXPECT_GT(done, 0);
     // A file of one block takes the place of another of one block.
     EXPECT_EQ(refused > 0, workload.kind != Workload::READS && workload.after.size() > BLOCK);
-    return 0;
+    return true;
   });
 }

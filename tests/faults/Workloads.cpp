@@ -2,10 +2,9 @@
 
 #include <fcntl.h>
 #include <openssl/crypto.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <new>
 #include <ostream>
 
@@ -25,6 +24,7 @@ namespace Workloads {
 namespace {
 
 using namespace PFile;
+using RecordTesting::fileBytes, RecordTesting::writeFile;
 
 /// Bytes that do not repeat within a buffer of stdio.
 Bytes trace(std::size_t size) {
@@ -191,11 +191,8 @@ std::string otherIn(const std::string& directory) {
 }
 
 Bytes made(int (*make)(const std::string&)) {
-  std::string directory = std::filesystem::temp_directory_path().string() + "/veltra.XXXXXX";
-  if (mkdtemp(&directory[0]) == nullptr || make(pathIn(directory)) != 0) return {};
-  Bytes bytes = fileBytes(pathIn(directory));
-  std::filesystem::remove_all(directory);
-  return bytes;
+  const RecordTesting::TempDir directory;
+  return make(pathIn(directory.path)) == 0 ? fileBytes(pathIn(directory.path)) : Bytes();
 }
 
 const Bytes& wholeResult() {
@@ -210,11 +207,11 @@ const std::vector<Workload>& all() {
   static const Bytes profile = made(saveProfile), manifest = made(package);
   static const std::vector<Workload> list = {
       {"save", save, OLD, wholeResult(), Workload::REPLACES, true, false},
-      {"save-in-place", saveInPlace, OLD, wholeResult(), Workload::OVERWRITES, true, false},
+      {"save_in_place", saveInPlace, OLD, wholeResult(), Workload::OVERWRITES, true, false},
       {"reopen", reopen, wholeResult(), wholeResult(), Workload::READS, true, false},
       {"package", package, OLD, manifest, Workload::OVERWRITES, true, true},
-      {"profile-save", saveProfile, OLD, profile, Workload::OVERWRITES, false, false},
-      {"profile-read", readProfile, profile, profile, Workload::READS, false, false},
+      {"profile_save", saveProfile, OLD, profile, Workload::OVERWRITES, false, false},
+      {"profile_read", readProfile, profile, profile, Workload::READS, false, false},
       {"secrets", keepSecrets, profile, profile, Workload::READS, false, false},
 #ifdef VELTRA_HAS_INSPECT
       {"doctor", doctor, wholeResult(), wholeResult(), Workload::READS, true, false},
@@ -302,14 +299,25 @@ bool isClean(const std::string& path) {
 #endif
 }
 
-Bytes fileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(in), {});
+void inChild(const std::function<bool()>& body) {
+  constexpr int FAILED = 1, SKIPPED = 2;
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    const bool isAllowed = body();
+    std::fflush(nullptr);
+    _exit(::testing::Test::HasFailure() ? FAILED : isAllowed ? 0 : SKIPPED);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
+  if (WEXITSTATUS(status) == SKIPPED) GTEST_SKIP() << "this machine does not allow it";
+  EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
-void writeFile(const std::string& path, const Bytes& bytes) {
-  std::ofstream out(path, std::ios::binary);
-  out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+unsigned long numberFrom(const char* variable, unsigned long otherwise) {
+  const char* const text = std::getenv(variable);
+  return text != nullptr ? std::strtoul(text, nullptr, 10) : otherwise;
 }
 
 }  // namespace Workloads

@@ -1,14 +1,16 @@
 #pragma once
 
-#include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <vector>
 
+#include "RecordTesting.h"
+
 /// What the library is used for, as it is done while calls and allocations fail.
 namespace Workloads {
 
-using Bytes = std::vector<uint8_t>;
+using RecordTesting::Bytes;
 
 struct Workload {
   const char* name;
@@ -58,7 +60,10 @@ int openDescriptors();
 /// built, and otherwise by reading every section and comparing the recorded length.
 bool isClean(const std::string& path);
 
-Bytes fileBytes(const std::string& path);
-void writeFile(const std::string& path, const Bytes& bytes);
+/// Runs it in a process of its own, with which the changes end that it makes to the process.
+/// @param body  returns whether this machine allows what it tests; the test is skipped otherwise
+void inChild(const std::function<bool()>& body);
+/// What an environment variable says.
+unsigned long numberFrom(const char* variable, unsigned long otherwise);
 
 }  // namespace Workloads

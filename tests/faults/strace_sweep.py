@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""strace_sweep.py WORKLOAD_PROGRAM [--errors EIO,...]
+"""strace_sweep.py WORKLOAD_PROGRAM [ERROR...]
 
 Every system call of every workload fails in turn, made to by strace: the sweep of SweepTest.cpp once more, by a tool
 that knows nothing of it. Exit: 0 all is well, 1 not, 77 the machine does not allow tracing or has no strace.
 """
-import argparse
 import collections
+import itertools
 import os
 import re
 import shutil
@@ -14,23 +14,15 @@ import sys
 import tempfile
 
 CALLS = ("openat", "newfstatat", "read", "pread64", "write", "lseek", "fsync", "close")
-WORKLOADS = ("save", "save-in-place", "reopen", "package", "profile-save", "profile-read")
-HANGS_AFTER_SECONDS = 60
+WORKLOADS = ("save", "save_in_place", "reopen", "package", "profile_save", "profile_read")
 
 
 def strace(program, name, directory, *options, env=None):
     log = directory + ".trace"
     command = ["strace", "-o", log, "-e", "trace=" + ",".join(CALLS) + ",getppid", *options, program, "run", name, directory]
-    code = subprocess.run(command, env=env, stderr=subprocess.DEVNULL, timeout=HANGS_AFTER_SECONDS).returncode
+    code = subprocess.run(command, env=env, stderr=subprocess.DEVNULL, timeout=60).returncode
     with open(log, encoding="utf-8", errors="replace") as lines:
         return code, [line.split("(")[0] for line in lines if re.match(r"\w+\(", line)]
-
-
-def counted(calls):
-    """How many calls of each kind come before the workload, and within it."""
-    marks = [i for i, call in enumerate(calls) if call == "getppid"]
-    before, within = collections.Counter(calls[: marks[0]]), collections.Counter(calls[marks[0] : marks[1]])
-    return before, within
 
 
 def sweep(program, name, directory, errors):
@@ -39,40 +31,30 @@ def sweep(program, name, directory, errors):
     code, calls = strace(program, name, directory)
     if code != 0:
         sys.exit(f"{name}: {code} without a fault")
-    before, within = counted(calls)
+    begin, end = [i for i, call in enumerate(calls) if call == "getppid"]
+    before, within = collections.Counter(calls[:begin]), collections.Counter(calls[begin:end])
     runs, wrong = 0, 0
-    for call in CALLS:
-        for error in errors:
-            for k in range(1, within[call] + 1):
-                for forGood in ("", "+"):
-                    step("prepare", name, directory)
-                    env = dict(os.environ, VELTRA_CLOSE_FAILS="1") if call == "close" else None
-                    when = f"inject={call}:error={error}:when={before[call] + k}{forGood}"
-                    code, _ = strace(program, name, directory, "-e", when, env=env)
-                    checked = step("check", name, directory, str(code))
-                    runs += 1
-                    if checked.returncode != 0 or code < 0:
-                        wrong += 1
-                        print(f"{name}, {when}: ended with {code}: {checked.stderr}")
+    for call, error in itertools.product(CALLS, errors):
+        for k, for_good in itertools.product(range(1, within[call] + 1), ("", "+")):
+            step("prepare", name, directory)
+            env = dict(os.environ, VELTRA_CLOSE_FAILS="1") if call == "close" else None
+            when = f"inject={call}:error={error}:when={before[call] + k}{for_good}"
+            code, _ = strace(program, name, directory, "-e", when, env=env)
+            checked = step("check", name, directory, str(code))
+            runs += 1
+            if checked.returncode != 0 or code < 0:
+                wrong += 1
+                print(f"{name}, {when}: ended with {code}: {checked.stderr}")
     print(f"{name}: {runs} runs", flush=True)
     return wrong
 
 
-def main():
-    parser = argparse.ArgumentParser()
-    parser.add_argument("program")
-    parser.add_argument("--errors", default="EIO,ENOSPC,EINTR,EMFILE")
-    arguments = parser.parse_args()
-    if shutil.which("strace") is None or subprocess.run(["strace", "-o", "/dev/null", "true"], capture_output=True).returncode:
-        print("no tracing here")
-        sys.exit(77)
-    os.environ["TZ"] = "UTC0"
-    with tempfile.TemporaryDirectory() as scratch:
-        directory = os.path.join(scratch, "d")
-        os.mkdir(directory)
-        wrong = sum(sweep(arguments.program, name, directory, arguments.errors.split(",")) for name in WORKLOADS)
-    sys.exit(1 if wrong else 0)
-
-
-if __name__ == "__main__":
-    main()
+if shutil.which("strace") is None or subprocess.run(["strace", "-o", "/dev/null", "true"], capture_output=True).returncode:
+    print("no tracing here")
+    sys.exit(77)
+os.environ["TZ"] = "UTC0"
+wanted = sys.argv[2:] or ["EIO", "ENOSPC", "EINTR", "EMFILE"]
+with tempfile.TemporaryDirectory() as scratch:
+    place = os.path.join(scratch, "d")
+    os.mkdir(place)
+    sys.exit(any([sweep(sys.argv[1], workload, place, wanted) for workload in WORKLOADS]))
