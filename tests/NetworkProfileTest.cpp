@@ -493,7 +493,7 @@ TEST(NetworkProfile, SavesToTheFixedPath) {
   constexpr int NOT_ALLOWED = 77;
   const pid_t child = fork();
   if (child == 0) {
-    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0 ||
         mount("tmpfs", "/tmp", "tmpfs", 0, "size=64k") != 0) {
       std::_Exit(NOT_ALLOWED);
     }

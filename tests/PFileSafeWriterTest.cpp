@@ -55,6 +55,20 @@ TEST_F(SafeFileWriterTest, ReplacesTheFileOnlyWhenCommitted) {
   EXPECT_EQ(mode(dir.file("new.pf")), 0640u) << "what the umask leaves";
 }
 
+TEST_F(SafeFileWriterTest, ReplacesNothingThatIsNoFileAndNothingByWhatNeedNotBeOnTheDisk) {
+  const std::string pipe = dir.file("pipe"), link = dir.file("link");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  std::filesystem::create_symlink("pipe", link);
+  SafeFileWriter file;
+  for (const std::string& name : {pipe, link, dir.path}) EXPECT_EQ(file.open(name.c_str()), -1) << name;
+  EXPECT_TRUE(std::filesystem::is_fifo(pipe) && std::filesystem::is_symlink(link));
+
+  ASSERT_EQ(file.open(path.c_str()), 0);
+  EXPECT_EQ(file.writer().close(false), 0);
+  EXPECT_EQ(file.commit(), -1);
+  EXPECT_EQ(fileBytes(path), OLD);
+}
+
 TEST_F(SafeFileWriterTest, ANameWithoutAFolderIsSavedInTheCurrentOne) {
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(dir.path);

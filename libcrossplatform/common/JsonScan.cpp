@@ -60,17 +60,16 @@ bool canAffordComments(const std::string& text) {
   return comments == 0 || text.size() <= MOST_STEPS / comments;
 }
 
-std::size_t nestingOf(const std::string& text) {
-  std::size_t depth = 0, deepest = 0;
+std::size_t mostValues(const std::string& text) {
+  std::size_t values = 1;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t begin = at;
     at = endOfText(text, begin);
     if (at != begin) continue;
     ++at;
-    if (text[begin] == '{' || text[begin] == '[') deepest = std::max(deepest, ++depth);
-    if ((text[begin] == '}' || text[begin] == ']') && depth > 0) --depth;
+    if (text[begin] == '{' || text[begin] == '[' || text[begin] == ',') ++values;
   }
-  return deepest;
+  return values;
 }
 
 bool hasForeignDecimalPoint() {

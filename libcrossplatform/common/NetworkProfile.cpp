@@ -1,7 +1,6 @@
 #include <libcrossplatform/common/NetworkProfile.h>
 
 #include <ostream>
-#include <streambuf>
 
 #include <arpa/inet.h>
 
@@ -13,6 +12,8 @@
 namespace Stored = Veltra::ProfileMembers;
 
 namespace {
+
+constexpr char INDENTATION[] = "\t";
 
 // The wired and the USB Wi-Fi settings differ in their keys alone: these serve both.
 
@@ -49,28 +50,6 @@ bool setServer(Json::Value& document, const char* key, std::size_t i, const std:
       Dump::orBadAlloc([&] { return Json::Value(text); });
   return true;
 }
-
-// Takes what a profile file may hold and refuses the rest: the indentation of a deeply nested document comes to a
-// thousand times its own size.
-class FileText : public std::streambuf {
- public:
-  const std::string& text() const { return _text; }
-
- protected:
-  int_type overflow(int_type character) override {
-    const char byte = traits_type::to_char_type(character);
-    return xsputn(&byte, 1) == 1 ? character : traits_type::eof();
-  }
-  std::streamsize xsputn(const char* bytes, std::streamsize count) override {
-    const auto size = static_cast<std::size_t>(count);
-    if (size > Veltra::PROFILE_FILE_MAX_BYTES - _text.size()) return 0;
-    _text.append(bytes, size);
-    return count;
-  }
-
- private:
-  std::string _text;
-};
 
 }  // namespace
 
@@ -230,7 +209,7 @@ bool NetworkProfile::invalidMask(const std::string& text) {
 }
 
 void NetworkProfile::dump(std::ostream& stream) const {
-  Dump::writeStyledJson(stream, *this, "\t");
+  Dump::writeStyledJson(stream, *this, INDENTATION);
 }
 
 bool NetworkProfile::save() const {
@@ -239,10 +218,9 @@ bool NetworkProfile::save() const {
 
 bool NetworkProfile::saveTo(const std::string& path) const {
   const std::lock_guard<std::mutex> lock(_mutex);
-  FileText file;
-  std::ostream stream(&file);
-  dump(stream);
-  return !stream.fail() && Veltra::writeProfileFile(path, file.text());
+  std::string text;
+  return Dump::writeStyledJson(text, *this, INDENTATION, Veltra::PROFILE_FILE_MAX_BYTES) &&
+         Veltra::writeProfileFile(path, text);
 }
 
 bool NetworkProfile::read() {

@@ -1,6 +1,5 @@
 #include <libcrossplatform/common/OrbelSettings.h>
 
-#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -14,7 +13,9 @@ namespace {
 
 constexpr char SOURCE[] = "libcrossplatform/common/OrbelSettings";
 
-constexpr std::size_t MOST_JSON_BYTES = std::size_t{4} * 1024 * 1024;
+// What a text may become in memory, and when it is written again.
+constexpr std::size_t MOST_VALUES = std::size_t{128} * 1024;
+constexpr std::size_t MOST_WRITTEN = std::size_t{4} * 1024 * 1024;
 
 constexpr char PROJECT_ID[] = "project_id";
 constexpr char PROJECT_NAME[] = "project_name";
@@ -115,10 +116,15 @@ bool OrbelSettings::fromJson(const Json::Value* root) {
 }
 
 bool OrbelSettings::fromString(const std::string& text) {
-  // The styled text, in which the record is written again, indents each value by its depth.
-  if (text.size() > MOST_JSON_BYTES / std::max(nestingOf(text), std::size_t{1})) return false;
   Json::Value root;
-  return parseJson(text, root, true) && Dump::orBadAlloc([&] { return fromJson(&root); });
+  if (mostValues(text) > MOST_VALUES || !parseJson(text, root, true)) return false;
+  return Dump::orBadAlloc([&] {
+    OrbelSettings read = *this;
+    std::string written;
+    if (!read.fromJson(&root) || !Dump::writeStyledJson(written, read.netProfile, "   ", MOST_WRITTEN)) return false;
+    *this = std::move(read);
+    return true;
+  });
 }
 
 void OrbelSettings::dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const {

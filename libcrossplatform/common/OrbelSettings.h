@@ -38,8 +38,8 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
   ///         cannot be converted (logged)
   bool fromJson(const Json::Value* root) override;
   /// fromJson() of a JSON text; comments in the network profile are kept as parseJson() keeps them.
-  /// @return false also for text that is no JSON, and for one whose length times the depth of its nesting is more than
-  ///         4 MiB: the text it is written in again would be many times that
+  /// @return false also for text that is no JSON, that holds more than 131072 values, or whose network profile is more
+  ///         than 4 MiB of styled text: a few bytes could become gigabytes
   bool fromString(const std::string& text);
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;

@@ -18,6 +18,11 @@ VELTRA_EXPORT std::string compactJson(const Json::Value& value);
 
 /// The styled stream form with the given indentation for each level, ending in a newline.
 VELTRA_EXPORT void writeStyledJson(std::ostream& out, const Json::Value& value, const char* indentation);
+/// The same into a text of at most `most` bytes: the indentation of a deeply nested value comes to a thousand times the
+/// size of the document it was read from.
+/// @return false when there is more; `text` then holds its beginning
+VELTRA_EXPORT bool writeStyledJson(std::string& text, const Json::Value& value, const char* indentation,
+                                   std::size_t most);
 
 /// Calls JsonCpp, which reports lost memory as an exception of its own: what leaves is std::bad_alloc, as everywhere.
 template <class Call>

@@ -12,7 +12,9 @@
 
 #include <libcrossplatform/common/DatabaseVersionEx.h>
 #include <libcrossplatform/common/NetworkProfile.h>
+#include <libcrossplatform/common/OrbelSettings.h>
 #include <libcrossplatform/common/ResultFile.h>
+#include <libcrossplatform/serialization/ByteStreamBuilder.h>
 
 #ifdef VELTRA_HAS_INSPECT
 #include <tools/inspect/Doctor.h>
@@ -141,10 +143,10 @@ int keepSecrets(const std::string& path) {
   constexpr char SECRET[] = "a pass phrase beyond short texts";
   NetworkProfile profile;
   const bool done = profile.readFrom(path) && profile.setUsbWifiSSID("a name beyond the short texts") &&
-                    profile.setUsbWifiDHCP(true) && profile.setUsbWifiSecurity(UsbWifiSecurity::PERSONAL) &&
-                    profile.setWirelessPassword(SECRET) && profile.addCurrentWifiProfile() &&
-                    profile.setUsbWifiSecurity(UsbWifiSecurity::WEP) && profile.setWirelessKey(2, "0123456789") &&
-                    profile.addUsbWifiDNS("10.20.30.1");
+                    profile.setUsbWifiDHCP(true) && profile.addUsbWifiDNS("10.20.30.1") &&
+                    profile.setUsbWifiSecurity(UsbWifiSecurity::PERSONAL) && profile.setWirelessPassword(SECRET) &&
+                    profile.addCurrentWifiProfile() && profile.setUsbWifiSecurity(UsbWifiSecurity::WEP) &&
+                    profile.setWirelessKey(2, "0123456789");
   WifiProfile recent;
   if (!done || !profile.getWifiProfile(0, recent)) return 1;
   NetworkProfile other;
@@ -154,6 +156,22 @@ int keepSecrets(const std::string& path) {
     if (secret != SECRET) return FOREIGN_EXCEPTION;
   }
   return profile.getWirelessKey(2) == "0123456789" ? 0 : 1;
+}
+
+/// A record that is JSON text on the wire, with a stored profile in it.
+int rebuildSettings(const std::string& path) {
+  NetworkProfile profile;
+  if (!profile.readFrom(path)) return 1;
+  Veltra::OrbelSettings settings({"7", "a name beyond the short texts"}, true, false, "user", "password",
+                                 std::move(profile), false, 3);
+  Marshal::ByteStreamBuilder out;
+  settings.serialize(out);
+  if (out.failed()) return 1;
+  Bytes bytes(out.data(), out.data() + out.size());
+  Marshal::StreamOpStatus status = 0;
+  const auto made = Veltra::Settings::create(bytes.data(), out.size(), status);
+  if (made == nullptr) return 1;
+  return static_cast<const Veltra::OrbelSettings&>(*made) == settings ? 0 : FOREIGN_EXCEPTION;
 }
 
 #ifdef VELTRA_HAS_INSPECT
@@ -213,6 +231,7 @@ const std::vector<Workload>& all() {
       {"profile_save", saveProfile, OLD, profile, Workload::OVERWRITES, false, false},
       {"profile_read", readProfile, profile, profile, Workload::READS, false, false},
       {"secrets", keepSecrets, profile, profile, Workload::READS, false, false},
+      {"settings", rebuildSettings, profile, profile, Workload::READS, false, false},
 #ifdef VELTRA_HAS_INSPECT
       {"doctor", doctor, wholeResult(), wholeResult(), Workload::READS, true, false},
       {"recover", recover, OLD, wholeResult(), Workload::REPLACES, true, false},

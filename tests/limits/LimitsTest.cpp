@@ -5,7 +5,10 @@
 #include <functional>
 
 #include <libcrossplatform/common/DatabaseManifestFile.h>
+#include <libcrossplatform/common/OrbelSettings.h>
 #include <libcrossplatform/common/ResultFile.h>
+#include <libcrossplatform/serialization/Header.h>
+#include <libcrossplatform/serialization/WireBytes.h>
 
 #include "AllocationFaults.h"
 #include "PFileTesting.h"
@@ -109,6 +112,20 @@ void recover(const std::string& path, const Bytes&) {
 }
 #endif
 
+/// A settings record that says of the network what `profile` is.
+Bytes settingsRecord(const std::string& profile) {
+  constexpr auto HEADER = Marshal::Header::BYTES;
+  const std::string text = R"({"OrbelSettings": {"net_profile": )" + profile + "}}";
+  Veltra::OrbelSettings settings;
+  Bytes bytes = RecordTesting::bytesOf(settings);
+  bytes.resize(HEADER + 4);
+  bytes.insert(bytes.end(), text.begin(), text.end());
+  bytes.push_back(0);
+  Marshal::storeBig(&bytes[8], static_cast<uint32_t>(bytes.size() - HEADER));
+  Marshal::storeBig(&bytes[HEADER], static_cast<uint32_t>(text.size() + 1));
+  return bytes;
+}
+
 /// Runs it in a process that may have 256 MiB of addresses. qemu-user, which needs more for itself, ignores the limit.
 void inSmallProcess(const std::function<void()>& body) {
   Workloads::inChild([&body] {
@@ -207,5 +224,43 @@ TEST_F(Limits, OneMebibyteIsGoneThroughInTwoSeconds) {
       EXPECT_LT(Allocations::peak(), 64 * MIB);
       std::printf("%-13s %-28s %5.2f s %6zu KiB\n", way.name, input.name, seconds, Allocations::peak() / 1024);
     }
+  }
+}
+
+TEST_F(Limits, OneMebibyteOfJsonIsReadOrRefusedInTwoSeconds) {
+  const auto filled = [](const std::string& before, const std::string& unit, const std::string& after) {
+    std::string text = before;
+    while (text.size() < MIB) text += unit;
+    return text + after;
+  };
+  constexpr std::size_t DEEP = 990;
+  struct Document {
+    const char* name;
+    std::string profile;
+    bool isTaken;
+  };
+  const Document documents[] = {
+      {"comments behind a value", filled("1 ", "/**/", ""), true},
+      {"comments in front of it", filled("", "//\n", "1"), true},
+      {"numbers", filled("[", "1,", "1]"), false},
+      {"as many numbers as are taken", filled("[", "1,       ", "1]"), true},
+      {"numbers, deep", filled(std::string(DEEP, '['), "1,          ", "1" + std::string(DEEP, ']')), false},
+      {"brackets", std::string(MIB, '['), false},
+      {"pieces", filled("", "{,]:", ""), false},
+  };
+  for (const Document& document : documents) {
+    SCOPED_TRACE(document.name);
+    Bytes bytes = settingsRecord(document.profile);
+    Marshal::StreamOpStatus status = 0;
+    Allocations::startMeasuring();
+    const std::clock_t begun = std::clock();
+    const auto settings = Veltra::Settings::create(bytes.data(), static_cast<unsigned>(bytes.size()), status);
+    EXPECT_EQ(status, document.isTaken ? 0 : -1);
+    const std::size_t written = settings != nullptr ? RecordTesting::bytesOf(*settings).size() : 0;
+    const double seconds = static_cast<double>(std::clock() - begun) / CLOCKS_PER_SEC;
+    EXPECT_LT(seconds, 2.0);
+    EXPECT_LT(Allocations::peak(), 32 * MIB);
+    std::printf("%-30s %5.2f s %6zu KiB, written as %zu\n", document.name, seconds, Allocations::peak() / 1024,
+                written);
   }
 }
