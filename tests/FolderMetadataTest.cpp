@@ -30,13 +30,7 @@ Bytes listBytes(uint16_t count, const Bytes& elements) {
 
 TEST(FolderMetadata, Wire) {
   static_assert(std::is_nothrow_move_constructible_v<FolderMetadata>);
-  FolderMetadataList list = sampleList();
-  expectRoundTrip(list);
-  expectEveryPrefixRefused(list);
-  expectGolden(list, "folder_metadata_list_v1");
-  FolderMetadata folder("Site 4", "/results", true);
-  expectRoundTrip(folder);
-  expectEveryPrefixRefused(folder);
+  expectWire(sampleList(), "folder_metadata_list_v1");
 }
 
 TEST(FolderMetadata, LengthZeroIsRefusedAndATextEndsAtItsFirstZeroByte) {
@@ -70,14 +64,13 @@ TEST(FolderMetadataList, ElementCodeIsNotLookedAtOnlyAFailedStreamEndsTheList) {
 }
 
 TEST(FolderMetadataList, IsEmptiedBeforeItsHeaderIsRead) {
-  FolderMetadataList list = sampleList();
-  EXPECT_EQ(readFrom(list, {0xAB}), -3);
-  EXPECT_TRUE(list.empty());
-  list = sampleList();
-  Bytes cut = bytesOf(list);
-  cut.resize(13);
-  EXPECT_EQ(readFrom(list, cut), -3) << "inside the count";
-  EXPECT_TRUE(list.empty());
+  for (const std::size_t size : {std::size_t{1}, std::size_t{13}}) {
+    FolderMetadataList list = sampleList();
+    Bytes cut = bytesOf(list);
+    cut.resize(size);
+    EXPECT_EQ(readFrom(list, cut), -3);
+    EXPECT_TRUE(list.empty());
+  }
 }
 
 TEST(FolderMetadataList, CountIsCutTo16BitsAndEveryElementWritten) {
@@ -96,8 +89,7 @@ TEST(FolderMetadataList, Dumps) {
             "  _name: Site 4\n  _dirPath: /results/Site 4\n  _hasSubdir: true\n"
             "  _name: NULL\n  _dirPath: NULL\n  _hasSubdir: false\n"
             "}\n");
-  for (const int other : {0, 1, 3}) EXPECT_EQ(dumpOf(list[0], other), "Site 4") << other;
-  EXPECT_EQ(dumpOf(list[1], 1), "") << "the name as it is, not NULL";
+  for (const int other : {0, 1, 3}) EXPECT_EQ(dumpOf(list[0], other) + dumpOf(list[1], other), "Site 4") << other;
 }
 
 TEST(FolderMetadata, CustomObjectsAreNamesBetweenAsterisks) {
