@@ -16,16 +16,6 @@ FolderMetadataList sampleList() {
   return list;
 }
 
-/// A list record of `count` elements around the given bytes.
-Bytes listBytes(uint16_t count, const Bytes& elements) {
-  FolderMetadataList none;
-  Bytes bytes = bytesOf(none);
-  Marshal::storeBig(&bytes[12], count);
-  bytes.insert(bytes.end(), elements.begin(), elements.end());
-  Marshal::storeBig(&bytes[8], static_cast<uint32_t>(bytes.size() - 12));
-  return bytes;
-}
-
 }  // namespace
 
 TEST(FolderMetadata, Wire) {
@@ -46,21 +36,16 @@ TEST(FolderMetadata, LengthZeroIsRefusedAndATextEndsAtItsFirstZeroByte) {
 
 TEST(FolderMetadataList, ElementCodeIsNotLookedAtOnlyAFailedStreamEndsTheList) {
   // The first element ends at a name of length 0; the next four bytes are then the second one's name length.
-  FolderMetadata whole("b", "/b", true);
-  Bytes elements = {0, 0, 0, 0};
-  const Bytes second = bytesOf(whole);
-  elements.insert(elements.end(), second.begin(), second.end());
+  const Bytes bytes = {0xab, 0xcd, 1, 1, 0, 0x51, 0,   6, 0, 0, 0, 20, 0,   2,   0, 0,
+                       0,    0,    0, 0, 0, 2,    'b', 0, 0, 0, 0, 3,  '/', 'b', 0, 1};
   FolderMetadataList list;
-  EXPECT_EQ(readFrom(list, listBytes(2, elements)), 0);
+  EXPECT_EQ(readFrom(list, bytes), 0);
   ASSERT_EQ(list.size(), 2u);
   EXPECT_EQ(list[0]._name, "");
   EXPECT_EQ(list[1]._name, "b");
-
-  Bytes cut = listBytes(2, elements);
-  cut.pop_back();
-  EXPECT_EQ(readFrom(list, cut), -1) << "not the -3 of other records";
+  EXPECT_EQ(readFrom(list, Bytes(bytes.begin(), bytes.end() - 1)), -1) << "not the -3 of other records";
   EXPECT_EQ(list.size(), 1u) << "those before it stay";
-  EXPECT_EQ(readFrom(list, listBytes(1, elements)), -4);
+  EXPECT_EQ(readFrom(list, withByte(bytes, 13, 1)), -4) << "one element alone";
 }
 
 TEST(FolderMetadataList, IsEmptiedBeforeItsHeaderIsRead) {

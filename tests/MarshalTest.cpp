@@ -1,4 +1,5 @@
 #include <cstring>
+#include <tuple>
 
 #include <libcrossplatform/common/ScaledInt.h>
 #include <libcrossplatform/serialization/IJsonable.h>
@@ -142,20 +143,17 @@ TEST(MarshalHeader, TwelveBytesAndTheirCodes) {
   const Bytes good(out.data(), out.data() + out.size());
   EXPECT_EQ(good, (Bytes{0xab, 0xcd, 1, 3, 0, 0x51, 0, 3, 0, 0, 0, 1, 9}));
 
-  struct Row {
-    std::size_t at;
-    int value;
-    StreamOpStatus code;
-  };
-  for (const Row& row : {Row{0, 0xaa, -2}, Row{1, 0, -2}, Row{2, 0, -2}, Row{2, 2, -5}, Row{3, 255, 0}}) {
-    SCOPED_TRACE(row.at);
-    const Bytes bytes = withByte(good, row.at, row.value);
+  using Row = std::tuple<std::size_t, int, StreamOpStatus>;
+  for (const auto& [at, value, code] :
+       {Row{0, 0xaa, -2}, Row{1, 0, -2}, Row{2, 0, -2}, Row{2, 2, -5}, Row{3, 255, 0}}) {
+    SCOPED_TRACE(at);
+    const Bytes bytes = withByte(good, at, value);
     Header header;
-    EXPECT_EQ(readFrom(header, bytes), row.code);
+    EXPECT_EQ(readFrom(header, bytes), code);
     ByteStreamReader in(bytes.data(), 13);
     uint32_t id = 7;
-    EXPECT_EQ(peekHeaderSerialTypeID(in, id), row.code);
-    EXPECT_EQ(id, row.code == 0 ? 0x510003u : 7u);
+    EXPECT_EQ(peekHeaderSerialTypeID(in, id), code);
+    EXPECT_EQ(id, code == 0 ? 0x510003u : 7u);
     EXPECT_EQ(in.position(), 0u) << "nothing is consumed";
   }
   uint32_t id = 7;
