@@ -34,7 +34,7 @@ TEST(DatabaseDescriptor, Wire) {
 }
 
 TEST(DatabaseDescriptor, PathIsReadUpToItsLimitAndWholeButForTheLastZero) {
-  for (const std::size_t size : {0, 1022, 1023, 1024, 5000}) {
+  for (const std::size_t size : {0u, 1022u, 1023u, 1024u, 5000u}) {
     DatabaseDescriptor d = sampleDescriptor(), read;
     d.filePath.assign(size, '\0');
     EXPECT_EQ(readFrom(read, bytesOf(d)), size > 1023 ? -1 : 0) << size;
@@ -65,7 +65,7 @@ TEST(DatabaseDescriptorList, Wire) {
 }
 
 TEST(DatabaseDescriptorList, EmptyAndOverlongListsAreWrittenButNotRead) {
-  for (const std::size_t count : {0, 1, 50, 51}) {
+  for (const std::size_t count : {0u, 1u, 50u, 51u}) {
     DatabaseDescriptorList list = listOf(count), read = listOf(3);
     const bool readable = count >= 1 && count <= 50;
     EXPECT_EQ(readFrom(read, bytesOf(list)), readable ? 0 : -1) << count;
@@ -77,7 +77,7 @@ TEST(DatabaseDescriptorList, FailedDescriptorGivesItsOwnCodeAndClearsTheList) {
   DatabaseDescriptorList list = listOf(3);
   const Bytes good = bytesOf(list);
   const std::size_t second = Marshal::Header::BYTES + 4 + (good.size() - Marshal::Header::BYTES - 4) / 3;
-  const auto cut = [&good](std::size_t at) { return Bytes(good.begin(), good.begin() + at); };
+  const auto cut = [&good](std::size_t at) { return Bytes(good.data(), good.data() + at); };
   const CodedBytes rows[] = {{"cut in the count", cut(14), -3},
                              {"count of what is not there", withByte(good, 15, 4), -3},
                              {"no header", withByte(good, second, 0), -2},

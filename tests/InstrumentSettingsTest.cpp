@@ -72,7 +72,9 @@ TEST(InstrumentSettings, ClearingDoesNotResetTheLocale) {
 TEST(InstrumentSettings, MissingChoicesAreUnknownAndOtherMissingMembersAreTheFactorySettings) {
   InstrumentSettings factory;
   Bytes expected = bytesOf(factory);
-  for (const std::size_t choice : {0, 1, 4, 5, 6, 7, 8, 9, 10, 14}) expected[Marshal::Header::BYTES + choice] = 0xFF;
+  for (const unsigned choice : {0u, 1u, 4u, 5u, 6u, 7u, 8u, 9u, 10u, 14u}) {
+    expected[Marshal::Header::BYTES + choice] = 0xFF;
+  }
   Json::Value nullMember;
   nullMember["Instrument"] = Json::Value();
   for (const Json::Value& root : {Json::Value(), Json::Value(Json::objectValue), nullMember, document("other", 1)}) {
