@@ -9,9 +9,7 @@ using namespace Veltra;
 
 TEST(Celsius, Wire) {
   Celsius c(-2.56f);
-  expectRoundTrip(c);
-  expectEveryPrefixRefused(c);
-  expectGolden(c, "celsius");
+  expectWire(c, "celsius");
   EXPECT_EQ(readFrom(c, {0x12}), -3);
   EXPECT_TRUE(std::isnan(c.degrees)) << "a failed read clears";
 }
@@ -42,18 +40,15 @@ TEST(Celsius, EveryScaledValueComesBackTimesTheFloatHundredth) {
 }
 
 TEST(Celsius, TextForms) {
-  struct Row {
-    float degrees;
-    const char* text;
-  };
-  for (const Row& row :
+  using Row = std::pair<float, std::string>;
+  for (const auto& [degrees, text] :
        {Row{21.5f, "21.50"}, Row{-0.125f, "-0.13"}, Row{INFINITY, "+inf"}, Row{-INFINITY, "-inf"}, Row{NAN, "NaN"}}) {
-    const Celsius c(row.degrees);
-    EXPECT_EQ(dumpOf(c), std::string("celsius : ") + row.text + "\n");
-    EXPECT_EQ(c.toJson(level(0)), row.text);
+    const Celsius c(degrees);
+    EXPECT_EQ(dumpOf(c), "celsius : " + text + "\n");
+    EXPECT_EQ(c.toJson(level(0)), text);
     Celsius read(1.0f);
     EXPECT_TRUE(read.fromJsonString("/* comment */ " + Dump::toJsonString(c)));
-    EXPECT_TRUE(read == c) << row.text;
+    EXPECT_TRUE(read == c) << text;
   }
 }
 
@@ -67,7 +62,6 @@ TEST(Celsius, JsonOfAnyShape) {
   expectJsonShapes(before, document, JSON_NONE, {{"celsius", JSON_NONE}}, keyed);
   expectJsonShapes(before, "21.50", JSON_NONE, {}, plain);
   expectJsonRead(before, "21.50", false, keyed);  // with a key an object is needed
-  expectBrokenJsonTextRefused(before, [](Celsius& c, const std::string& text) { return c.fromJsonString(text); });
 
   Celsius c = before;
   log.lines().clear();

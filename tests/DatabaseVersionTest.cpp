@@ -6,64 +6,29 @@ using namespace RecordTesting;
 using namespace Veltra;
 
 TEST(DatabaseVersion, Wire) {
-  DatabaseVersion v(1, 0x0203, 0xFFFF, 407);
-  expectRoundTrip(v);
-  expectEveryPrefixRefused(v);
-  expectGolden(v, "database_version_v1");
-  Bytes newer = bytesOf(v);
-  newer[3] = 2;
-  EXPECT_EQ(readFrom(v, newer), -5);
-}
-
-TEST(DatabaseVersion, DumpsItsJson) {
-  EXPECT_EQ(dumpOf(DatabaseVersion(1, 2, 3, 65535), 0),
-            "{\n   \"DatabaseVersion\" : {\n      \"build\" : 65535,\n      \"content\" : 2,\n      \"object\" : 3,\n"
-            "      \"schema\" : 1\n   }\n}\n");
-}
-
-TEST(CustomerDatabaseVersion, Wire) {
-  CustomerDatabaseVersion v(3, 12, "beta");
-  expectRoundTrip(v);
-  expectEveryPrefixRefused(v);
-  expectGolden(v, "customer_database_version");
-}
-
-TEST(CustomerDatabaseVersion, SuffixFollowsABlankOnlyWhenThereIsOne) {
-  EXPECT_EQ(CustomerDatabaseVersion(3, 12, "beta").getVersionString(), "V3.12 beta");
-  EXPECT_EQ(CustomerDatabaseVersion(0, 65535, "").getVersionString(), "V0.65535");
+  expectWire(DatabaseVersion(1, 0x0203, 0xFFFF, 407), "database_version_v1");
+  expectWire(CustomerDatabaseVersion(3, 12, "beta"), "customer_database_version");
 }
 
 TEST(CustomerDatabaseVersion, IsReadFromTextFullOfJunk) {
-  struct Row {
-    const char* text;
-    bool complete;
-    CustomerDatabaseVersion expected;
-  };
-  const CustomerDatabaseVersion before(8, 9, "old");
-  const Row rows[] = {
-      {"V2.5", true, {2, 5, "old"}},
-      {"V2.5 rc1", true, {2, 5, "rc1"}},
-      {"V2.5 ", true, {2, 5, ""}},
-      {"V2.5  rc 1", true, {2, 5, " rc 1"}},
-      {"limits, V2.5.7 rc1", true, {2, 5, "rc1"}},
-      {"V65536.65541", true, {0, 5, "old"}},
-      {"V99999999999999999999999.1", true, {65535, 1, "old"}},
-      {"V-1.+5", true, {0, 0, "old"}},
-      {"V1x.x1", true, {1, 0, "old"}},
-      {"V.5 x", false, {8, 5, "x"}},
-      {"V3.", false, {3, 9, "old"}},
-      {"V3. x", false, {3, 9, "x"}},
-      {"V3", false, before},
-      {"V3 beta", false, before},
-      {"3.12", false, {8, 12, "old"}},
-      {"a.V3.5", false, {8, 0, "old"}},
-      {"", false, before},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(row.text);
-    CustomerDatabaseVersion v = before;
-    EXPECT_EQ(v.setVersionFromString(row.text), row.complete);
-    EXPECT_EQ(v, row.expected) << v.getVersionString();
+  // A text and what it makes of "V8.9 old", first where it holds both numbers, then where it does not.
+  const std::vector<const char*> complete = {"V2.5|V2.5 old",
+                                             "V2.5 rc1|V2.5 rc1",
+                                             "V2.5 |V2.5",
+                                             "V2.5  rc 1|V2.5  rc 1",
+                                             "limits, V2.5.7 rc1|V2.5 rc1",
+                                             "V65536.65541|V0.5 old",
+                                             "V99999999999999999999999.1|V65535.1 old",
+                                             "V-1.+5|V0.0 old",
+                                             "V1x.x1|V1.0 old"};
+  const std::vector<const char*> incomplete = {"V.5 x|V8.5 x",     "V3.|V3.9 old",   "V3. x|V3.9 x",    "V3|V8.9 old",
+                                               "V3 beta|V8.9 old", "3.12|V8.12 old", "a.V3.5|V8.0 old", "|V8.9 old"};
+  for (const auto& rows : {complete, incomplete}) {
+    for (const char* row : rows) {
+      CustomerDatabaseVersion v(8, 9, "old");
+      EXPECT_EQ(v.setVersionFromString(split(row)[0]), rows == complete) << row;
+      EXPECT_EQ(v.getVersionString(), split(row)[1]) << row;
+    }
   }
 }
 
@@ -71,19 +36,13 @@ TEST(CustomerDatabaseVersion, JsonOfAnyShape) {
   CapturedLog log;
   const auto read = [](CustomerDatabaseVersion& v, const Json::Value& json) { return v.fromJson(json); };
   const CustomerDatabaseVersion before(8, 9, "old");
-  const Json::Value document = CustomerDatabaseVersion(3, 12, "beta").toJson(level(0));
-  EXPECT_EQ(document["CustomDatabaseVersion"]["Version"], "V3.12 beta");
+  Json::Value document = CustomerDatabaseVersion(3, 12, "beta").toJson(level(0));
   expectJsonShapes(before, document, JSON_NONE,
                    {{"CustomDatabaseVersion", JSON_NONE}, {"CustomDatabaseVersion/Version", JSON_NONE}}, read);
-  Json::Value half = document;
-  half["CustomDatabaseVersion"]["Version"] = "V3.";
-  expectJsonRead(before, half, false, read);
+  document["CustomDatabaseVersion"]["Version"] = "V3.";
+  expectJsonRead(before, document, false, read);
 
   CustomerDatabaseVersion v = before;
-  half["CustomDatabaseVersion"]["Version"] = "V3.12";
-  EXPECT_TRUE(v.fromJson(&half));
-  EXPECT_EQ(v, CustomerDatabaseVersion(3, 12, "old")) << "without a blank the old suffix stays";
-
   log.lines().clear();
   EXPECT_FALSE(v.fromJson(nullptr));
   EXPECT_EQ(v, CustomerDatabaseVersion());

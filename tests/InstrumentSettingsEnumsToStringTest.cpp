@@ -7,62 +7,47 @@ using namespace Veltra;
 
 namespace {
 
+/// Values from 0 to count - 1 have a text that parses back, but for `shownOnly`; every other value is reported and
+/// shown as the fallback.
 template <class E>
-struct Vocabulary {
-  int count;  ///< values 0 to count - 1 have a text
-  E (*parse)(const std::string&);
-  const char* fallback;
-  const char* report;  ///< of a value outside the table, but for the path
-};
-
-/// Every value has a text that parses back, but for `shownOnly`; every other value is reported and reads as the
-/// fallback.
-template <class E>
-void expectVocabulary(const Vocabulary<E>& v, int shownOnly = -1) {
-  SCOPED_TRACE(v.report);
-  CapturedAsserts captured;
-  for (int i = 0; i < v.count; ++i) {
-    const std::string text = toString(static_cast<E>(i));
-    EXPECT_FALSE(text.empty());
-    EXPECT_EQ(v.parse(text), i == shownOnly ? -1 : i) << text;
-    EXPECT_EQ(v.parse(text + " "), -1);
-    EXPECT_EQ(v.parse(text + '\0'), -1);
-  }
-  EXPECT_EQ(v.parse(""), -1);
-  EXPECT_TRUE(captured.reports().empty()) << "parsers report nothing";
-  for (const int outside : {-128, -1, v.count, 255}) {
+void expectVocabulary(const std::string& name, int count, E (*parse)(const std::string&), const std::string& fallback,
+                      int line, int shownOnly = -1) {
+  const std::vector<std::string> nothing,
+      report = {"Invalid " + name + " enum|libcrossplatform/common/InstrumentSettingsEnumsToString|" +
+                std::to_string(line)};
+  const CapturedAsserts captured;
+  EXPECT_EQ(parse(""), -1);
+  for (int value = -128; value <= 255; ++value) {
+    SCOPED_TRACE(name + " " + std::to_string(value));
+    const bool known = value >= 0 && value < count;
     captured.reports().clear();
-    EXPECT_STREQ(toString(static_cast<E>(outside)), v.fallback) << outside;
-    const std::string at = std::string(v.report);
-    const std::size_t bar = at.find('|');
-    EXPECT_EQ(captured.reports(),
-              (std::vector<std::string>{at.substr(0, bar) + "|libcrossplatform/common/InstrumentSettingsEnumsToString" +
-                                        at.substr(bar)}));
+    const std::string text = toString(static_cast<E>(value));
+    EXPECT_EQ(captured.reports(), known ? nothing : report);
+    if (!known) {
+      EXPECT_EQ(text, fallback);
+      continue;
+    }
+    EXPECT_EQ(parse(text), value == shownOnly ? -1 : value) << text;
+    EXPECT_EQ(parse(text + " "), -1);
+    EXPECT_EQ(parse(text + '\0'), -1);
+    EXPECT_EQ(captured.reports(), nothing) << "parsers report nothing";
   }
 }
 
 }  // namespace
 
 TEST(InstrumentSettingsVocabulary, EveryTableHoldsBothWaysAndFallsBack) {
-  expectVocabulary<Language>({16, fromLanguageString, "English", "Invalid Language enum|33"});
-  expectVocabulary<LengthUnits>({2, fromLengthUnitsString, "m", "Invalid LengthUnits enum|63"});
-  expectVocabulary<DateFormat>({6, fromDateFormatString, "MM/dd/yyyy", "Invalid DateFormat enum|83"});
-  expectVocabulary<TimeFormat>({2, fromTimeFormatString, "12 hr", "Invalid TimeFormat enum|103"});
-  expectVocabulary<PowerLineFrequency>(
-      {2, fromPowerLineFrequencyString, "50 Hz", "Invalid PowerLineFrequency enum|140"});
-  expectVocabulary<ResultStorageLocation>(
-      {2, fromResultStorageLocationString, "MMC", "Invalid ResultStorageLocation enum|176"});
-  expectVocabulary<NumericFormat>({2, fromNumericFormatString, "0.0", "Invalid NumericFormat enum|192"});
-  expectVocabulary<IPAddressSource>({2, fromIPAddressSourceString, "DHCP", "Invalid IPAddressSource enum|208"});
-  expectVocabulary<LocaleType>({21, fromLocaleTypeString, "NOT_SET", "Invalid LocaleType enum|244"});
-}
-
-TEST(InstrumentSettingsVocabulary, InvalidTimeoutsNeverReadAsSwitchedOff) {
-  expectVocabulary<BacklightTimeout>({4, fromBacklightTimeoutString, "5 Minutes", "Invalid BacklightTimeout enum|158"});
-}
-
-TEST(InstrumentSettingsVocabulary, SixtyMinutesAreShownButNotParsed) {
+  expectVocabulary("Language", 16, fromLanguageString, "English", 33);
+  expectVocabulary("LengthUnits", 2, fromLengthUnitsString, "m", 63);
+  expectVocabulary("DateFormat", 6, fromDateFormatString, "MM/dd/yyyy", 83);
+  expectVocabulary("TimeFormat", 2, fromTimeFormatString, "12 hr", 103);
+  expectVocabulary("PowerLineFrequency", 2, fromPowerLineFrequencyString, "50 Hz", 140);
+  expectVocabulary("ResultStorageLocation", 2, fromResultStorageLocationString, "MMC", 176);
+  expectVocabulary("NumericFormat", 2, fromNumericFormatString, "0.0", 192);
+  expectVocabulary("IPAddressSource", 2, fromIPAddressSourceString, "DHCP", 208);
+  expectVocabulary("LocaleType", 21, fromLocaleTypeString, "NOT_SET", 244);
+  // An invalid timeout never reads as switched off; sixty minutes are shown, but not parsed.
+  expectVocabulary("BacklightTimeout", 4, fromBacklightTimeoutString, "5 Minutes", 158);
+  expectVocabulary("PowerDownTimeout", 5, fromPowerDownTimeoutString, "10 Minutes", 122, POWER_DOWN_60_MIN);
   EXPECT_STREQ(toString(POWER_DOWN_60_MIN), "60 Minutes");
-  expectVocabulary<PowerDownTimeout>({5, fromPowerDownTimeoutString, "10 Minutes", "Invalid PowerDownTimeout enum|122"},
-                                     POWER_DOWN_60_MIN);
 }

@@ -1,6 +1,7 @@
 #include <libcrossplatform/common/Length.h>
 
 #include <cmath>
+#include <tuple>
 
 #include "RecordTesting.h"
 
@@ -21,34 +22,19 @@ TEST(Length, NamesEveryPrecisionAndFallsBackWithAnAssertion) {
 }
 
 TEST(Length, RoundsHalfAwayFromZeroAtEveryPrecision) {
-  struct Row {
-    float meters;
-    int decimals;
-    float inMeters;
-    int digits;
-    float inFeet;
-    int feetDigits;
-  };
-  const Row rows[] = {
-      {12.345f, 1, 12.3f, 3, 40.5f, 3},
-      {-12.35f, 1, -12.4f, 3, -40.5f, 3},
-      {1234.0f, -2, 1200.0f, 2, 4000.0f, 2},
-      {2.5f, 0, 3.0f, 1, 8.0f, 1},
-      {-2.5f, 0, -3.0f, 1, -8.0f, 1},
-      {1.0f, 0, 1.0f, 1, 3.0f, 1},
-      {15.0f, -1, 20.0f, 1, 50.0f, 1},
-      {99.96f, 1, 100.0f, 4, 328.0f, 4},
-      {49.0f, -2, 0.0f, 1, 200.0f, 1},
-      {0.125f, 2, 0.13f, 2, 0.41f, 2},
-      {INFINITY, 0, INFINITY, 10, INFINITY, 10},
-  };
-  for (const Row& row : rows) {
-    SCOPED_TRACE(std::to_string(row.meters) + " to " + std::to_string(row.decimals));
-    const auto r = static_cast<LengthRoundedTo>(row.decimals);
-    EXPECT_FLOAT_EQ(displayLengthMeters(row.meters, r), row.inMeters);
-    EXPECT_FLOAT_EQ(displayLengthFeet(row.meters, r), row.inFeet);
-    EXPECT_EQ(getMetersNumSigDigits(row.meters, r), row.digits);
-    EXPECT_EQ(getFeetNumSigDigits(row.meters, r), row.feetDigits);
+  // Metres, decimals; the length in metres and feet, each with its digits.
+  using Row = std::tuple<float, int, float, int, float, int>;
+  for (const auto& [meters, decimals, inMeters, digits, inFeet, feetDigits] :
+       {Row{12.345f, 1, 12.3f, 3, 40.5f, 3}, Row{-12.35f, 1, -12.4f, 3, -40.5f, 3},
+        Row{1234.0f, -2, 1200.0f, 2, 4000.0f, 2}, Row{2.5f, 0, 3.0f, 1, 8.0f, 1}, Row{-2.5f, 0, -3.0f, 1, -8.0f, 1},
+        Row{15.0f, -1, 20.0f, 1, 50.0f, 1}, Row{99.96f, 1, 100.0f, 4, 328.0f, 4}, Row{49.0f, -2, 0.0f, 1, 200.0f, 1},
+        Row{0.125f, 2, 0.13f, 2, 0.41f, 2}, Row{INFINITY, 0, INFINITY, 10, INFINITY, 10}}) {
+    SCOPED_TRACE(testing::Message() << meters << " to " << decimals);
+    const auto r = static_cast<LengthRoundedTo>(decimals);
+    EXPECT_FLOAT_EQ(displayLengthMeters(meters, r), inMeters);
+    EXPECT_FLOAT_EQ(displayLengthFeet(meters, r), inFeet);
+    EXPECT_EQ(getMetersNumSigDigits(meters, r), digits);
+    EXPECT_EQ(getFeetNumSigDigits(meters, r), feetDigits);
   }
   EXPECT_EQ(getMetersNumSigDigits(NAN, LENGTH_ROUNDED_TO_ONES), 1);
 }

@@ -2,35 +2,25 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-
 using namespace Veltra;
 
 TEST(ModelId, NamesBothWays) {
-  const std::map<unsigned, std::string> names = {{3000, "Orbel"}, {3001, "Quill"}, {3002, "Orbel2"}, {3003, "Quill2"}};
-  std::vector<std::string> inOrder;
-  for (const auto& [id, name] : names) inOrder.push_back(name);
-  EXPECT_EQ(modelNameList, inOrder);
+  const std::vector<std::string> names = {"Orbel", "Quill", "Orbel2", "Quill2"};
+  EXPECT_EQ(modelNameList, names);
   for (unsigned id = 2990; id < 3010; ++id) {
     SCOPED_TRACE(id);
     const auto model = static_cast<ModelId>(id);
-    const auto row = names.find(id);
-    EXPECT_EQ(toString(model), row != names.end() ? row->second : std::string());
-    EXPECT_EQ(isQuill(model), id == 3001 || id == 3003);
-    EXPECT_EQ(isModelV2(model), id == 3002 || id == 3003);
-    if (row == names.end()) continue;
+    const std::string name = id >= 3000 && id <= 3003 ? names[id - 3000] : "";
+    EXPECT_EQ(toString(model), name);
     ModelId read{};
-    EXPECT_TRUE(modelIdStrToEnum(row->second.c_str(), read));
-    EXPECT_EQ(read, model);
-    EXPECT_EQ(isQuill(row->second), isQuill(model));
-    EXPECT_EQ(isModelV2(row->second), isModelV2(model));
-  }
-  for (const char* unknown : {"orbel", "Orbel3", "Quil", "Quill ", ""}) {
-    ModelId untouched = MODEL_ID_QUILL2;
-    EXPECT_FALSE(modelIdStrToEnum(unknown, untouched)) << unknown;
-    EXPECT_EQ(untouched, MODEL_ID_QUILL2);
-    EXPECT_FALSE(isQuill(std::string(unknown)) || isModelV2(std::string(unknown))) << unknown;
+    EXPECT_EQ(modelIdStrToEnum(name.c_str(), read), !name.empty());
+    EXPECT_EQ(read, name.empty() ? ModelId{} : model);
+    EXPECT_TRUE(isQuill(model) == (id == 3001 || id == 3003) && isQuill(name) == isQuill(model));
+    EXPECT_TRUE(isModelV2(model) == (id == 3002 || id == 3003) && isModelV2(name) == isModelV2(model));
   }
   ModelId untouched = MODEL_ID_QUILL2;
-  EXPECT_FALSE(modelIdStrToEnum(nullptr, untouched));
+  for (const char* unknown : {"orbel", "Orbel3", "Quil", "Quill ", static_cast<const char*>(nullptr)}) {
+    EXPECT_FALSE(modelIdStrToEnum(unknown, untouched));
+    EXPECT_EQ(untouched, MODEL_ID_QUILL2);
+  }
 }

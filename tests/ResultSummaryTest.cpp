@@ -42,14 +42,11 @@ struct InZone {
 }  // namespace
 
 TEST(ResultSummary, Wire) {
+  expectWire(sampleSummary(), "result_summary_v1");
+  // Counts and enumerations are single signed bytes.
   ResultSummary r = sampleSummary();
-  expectRoundTrip(r);
-  expectEveryPrefixRefused(r);
-  expectGolden(r, "result_summary_v1");
-}
-
-TEST(ResultSummary, CountsAndEnumerationsAreSingleSignedBytes) {
-  ResultSummary r = sampleSummary();
+  r.resultName.assign("a\0b", 3);
+  r.timeStamp = -2;
   r.numFailTests = 200;
   r.numPassTests = -1;
   r.numPassStarTests = 0x17F;
@@ -57,30 +54,16 @@ TEST(ResultSummary, CountsAndEnumerationsAreSingleSignedBytes) {
   r.status = static_cast<Status>(0x80);
   ResultSummary read;
   ASSERT_EQ(readFrom(read, bytesOf(r)), 0);
-  EXPECT_EQ(read.numFailTests, -56);
-  EXPECT_TRUE(read.numPassTests == -1 && read.numPassStarTests == 127 && read.resultType == -3 && read.status == -128);
-}
-
-TEST(ResultSummary, PassesCodesUpAndChecksItsLength) {
-  ResultSummary r = sampleSummary();
-  const Bytes good = bytesOf(r);
-  struct Row {
-    std::size_t at;
-    int value;
-    Marshal::StreamOpStatus code;
-  };
-  // Class, class version; length's and its value's version, headroom's; length of the body, length of the name.
-  for (const Row& row : {Row{7, 2, -1}, Row{3, 2, -5}, Row{31, 2, -5}, Row{32, 2, -5}, Row{39, 2, -5}, Row{11, 99, -4},
-                         Row{12, 1, -3}}) {
-    ResultSummary read;
-    EXPECT_EQ(readFrom(read, withByte(good, row.at, row.value)), row.code) << "byte " << row.at;
-  }
+  EXPECT_TRUE(read.resultName == r.resultName && read.timeStamp == -2);
+  EXPECT_TRUE(read.numPassTests == -1 && read.numPassStarTests == 127 && read.numFailTests == -56);
+  EXPECT_TRUE(read.resultType == -3 && read.status == -128);
 }
 
 TEST(ResultSummary, EqualityLooksAtEveryMember) {
   const ResultSummary r = sampleSummary();
-  const ResultSummary same = r;
-  EXPECT_TRUE(r == same);
+  ResultSummary self = r;
+  self = *&self;
+  EXPECT_TRUE(self == r);
   const auto differs = [&r](auto ResultSummary::*member, auto value) {
     ResultSummary other = r;
     other.*member = value;
@@ -92,9 +75,6 @@ TEST(ResultSummary, EqualityLooksAtEveryMember) {
               differs(&ResultSummary::headroom, DisplayMeas(r.headroom.value, DISPLAY_TYPE_VALUE)) &&
               differs(&ResultSummary::numPassTests, 9) && differs(&ResultSummary::numPassStarTests, 9) &&
               differs(&ResultSummary::numFailTests, 9));
-  ResultSummary self = r;
-  self = *&self;
-  EXPECT_TRUE(self == r);
   EXPECT_FALSE(ResultSummary() == ResultSummary()) << "measurements that are no numbers equal nothing";
 }
 
@@ -107,37 +87,28 @@ TEST(ResultSummary, JsonShowsDetailAtLevelTwoOnly) {
                         R"("testFlags":[1,-2147483648],"timeStamp":"Wed Jan 31 12:15:00 2024\n"}})");
   setenv("TZ", "XYZ+5", 1);
   EXPECT_NE(json(r, 2).find("Wed Jan 31 04:15:00 2024"), std::string::npos) << "a zone set since";
-  EXPECT_EQ(dumpOf(r), "") << "only lists show themselves";
-  EXPECT_EQ(dumpOf(samplePath()), "");
 }
 
 TEST(ResultSummaryList, WireAndTexts) {
   ResultSummaryList list;
   addCopy(list, sampleSummary());
   addCopy(list, ResultSummary());
-  expectRoundTrip(list);
-  expectEveryPrefixRefused(list);
-  expectGolden(list, "result_summary_list_v1");
-  const Json::Value items = list.toJson(level(2))["ResultSummaryList"]["items"];
-  EXPECT_EQ(items[0], list[0].toJson(level(2)));
+  expectWire(list, "result_summary_list_v1");
+  EXPECT_EQ(list.toJson(level(2))["ResultSummaryList"]["items"][0], list[0].toJson(level(2)));
   EXPECT_EQ(dumpOf(list, 1), "{\n   \"ResultSummaryList\" : {\n      \"size\" : 2\n   }\n}\n");
   EXPECT_NE(dumpOf(list, 2).find("\"items\" : ["), std::string::npos);
 }
 
 TEST(ResultSummaryList, AFailingElementIsMinusOneAndThoseBeforeItStay) {
-  ResultSummaryList list;
-  addCopy(list, sampleSummary());
-  addCopy(list, sampleSummary());
-  Bytes bytes = bytesOf(list);
-  const std::size_t element = (bytes.size() - 14) / 2;
-  bytes[14 + element + 3] = 2;  // its class version
-  ResultSummaryList read;
+  ResultSummaryList list, read;
+  for (int i = 0; i < 2; ++i) addCopy(list, sampleSummary());
+  const Bytes good = bytesOf(list);
+  const std::size_t second = 14 + (good.size() - 14) / 2;
   addCopy(read, ResultSummary());
-  EXPECT_EQ(readFrom(read, bytes), -1);
+  EXPECT_EQ(readFrom(read, withByte(good, second + 3, 2)), -1) << "its class version";
   ASSERT_EQ(read.size(), 1u);
   EXPECT_TRUE(read[0] == list[0]);
-  bytes[3] = 2;
-  EXPECT_EQ(readFrom(read, bytes), -5);
+  EXPECT_EQ(readFrom(read, withByte(good, 3, 2)), -5);
   EXPECT_EQ(read.size(), 1u) << "the header comes before the clearing";
 
   CapturedAsserts asserts;
@@ -161,19 +132,14 @@ TEST(ResultSummaryList, SeventyThousandAreWrittenBehindACountCutToSixteenBits) {
 
 TEST(ResultPathSummary, Wire) {
   ResultPathSummary p = samplePath();
-  expectRoundTrip(p);
-  expectEveryPrefixRefused(p);
-  expectGolden(p, "result_path_summary_v1");
+  expectWire(p, "result_path_summary_v1");
   ResultPathSummaryList list;
   addCopy(list, p);
   addCopy(list, samplePath("", 0));
-  expectRoundTrip(list);
-  expectEveryPrefixRefused(list);
-  expectGolden(list, "result_path_summary_list_v1");
+  expectWire(list, "result_path_summary_list_v1");
 
   for (Marshal::ISerializable* const record : std::initializer_list<Marshal::ISerializable*>{&p, &list}) {
     const Bytes bytes = bytesOf(*record);
-    EXPECT_EQ(readFrom(*record, withByte(bytes, 0, 0)), 0) << "version 0";
     EXPECT_EQ(readFrom(*record, withByte(bytes, 0, 2)), -6);
     EXPECT_EQ(bytesOf(*record), bytes) << "nothing further is read";
   }
@@ -191,12 +157,11 @@ TEST(ResultPathSummary, TextsAtEveryLevel) {
   ResultPathSummaryList list;
   addCopy(list, p);
   for (const int n : {0, 1, 2}) {
-    EXPECT_EQ(json(p, n), object);
     EXPECT_EQ(json(list, n), R"({"ResultPathSummaryList":{"items":[)" + object + R"(],"size":1}})");
     EXPECT_EQ(dumpOf(list, n), Dump::toJsonString(list));
   }
+  EXPECT_EQ(dumpOf(p) + dumpOf(sampleSummary()), "") << "only lists show themselves";
   EXPECT_EQ(p.getDateTimeString(), "2019-03-04T05:06:07");
-  EXPECT_EQ(ResultPathSummary().getDateTimeString(), "1970-01-01T00:00:00");
 }
 
 TEST(ResultPathSummaryList, FindsTheLastOfOneName) {
