@@ -59,7 +59,7 @@ stage_tsan() {
 stage_valgrind() {
   quietly cmake --preset release
   cmake --build --preset release -j "$jobs" --target veltra_tests -- --quiet
-  valgrind --quiet --leak-check=full --errors-for-leak-kinds=definite,indirect --error-exitcode=1 \
+  valgrind --quiet --child-silent-after-fork=yes --leak-check=full --errors-for-leak-kinds=definite,indirect --error-exitcode=1 \
     build/release/tests/veltra_tests --gtest_brief=1 --gtest_filter='-*DeathTest*:*Every*:*Exhaustive*:*All*'
 }
 
