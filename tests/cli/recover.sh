@@ -31,3 +31,5 @@ t veltra recover cut.vres -o ./cut.vres --force
 t veltra recover -q cut.vres -o quiet.new
 t veltra recover trace.bin -o none.new
 t ls none.new
+mkfifo pipe.new
+t veltra recover cut.vres -o pipe.new --force

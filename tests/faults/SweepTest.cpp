@@ -36,24 +36,23 @@ class Sweep : public ::testing::TestWithParam<Workload> {
   /// One run between `arm` and `disarm`.
   /// @return how many faults it met
   long tryOnce(const std::function<void()>& arm, long (*disarm)(), Fault fault) {
-    int descriptors = 0, code = 0;
     long faults = 0;
     bool isLeaking = true;
     alarm(HANGS_AFTER_SECONDS);
     // What leaks does so each time; OpenSSL's tables grow and shrink by a slot as it pleases.
     for (int attempt = 0; attempt < 8 && isLeaking; ++attempt) {
       prepare(workload, _directory);
-      descriptors = openDescriptors();
+      const int descriptors = openDescriptors();
       const std::size_t bytes = Allocations::live();
       arm();
-      code = run(workload, _path);
+      const int code = run(workload, _path);
       faults = disarm();
       isLeaking = Allocations::live() > bytes;
+      EXPECT_EQ(openDescriptors(), descriptors) << "a descriptor leaked";
+      EXPECT_EQ(check(workload, _directory, code, fault), "");
     }
     EXPECT_FALSE(isLeaking) << "memory leaked";
     alarm(0);
-    EXPECT_EQ(openDescriptors(), descriptors) << "a descriptor leaked";
-    EXPECT_EQ(check(workload, _directory, code, fault), "");
     _met += faults > 0;
     return faults;
   }
