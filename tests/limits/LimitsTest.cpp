@@ -60,6 +60,27 @@ Bytes nested(std::size_t room) {
   return repeated(storedSection(301, SECTION_FLAG_COMPRESS, data), room);
 }
 
+/// A settings record that says of the network what `profile` is.
+Bytes settingsRecord(const std::string& profile) {
+  constexpr auto HEADER = Marshal::Header::BYTES;
+  const std::string text = R"({"OrbelSettings": {"net_profile": )" + profile + "}}";
+  Veltra::OrbelSettings settings;
+  Bytes bytes = RecordTesting::bytesOf(settings);
+  bytes.resize(HEADER + 4);
+  bytes.insert(bytes.end(), text.begin(), text.end());
+  bytes.push_back(0);
+  Marshal::storeBig(&bytes[8], static_cast<uint32_t>(bytes.size() - HEADER));
+  Marshal::storeBig(&bytes[HEADER], static_cast<uint32_t>(text.size() + 1));
+  return bytes;
+}
+
+/// A compressed settings record: 400 bytes, 260 kB, 130,000 values.
+Bytes records() {
+  std::string profile = "[1";
+  for (int i = 0; i < 130000; ++i) profile += ",1";
+  return storedSection(303, SECTION_FLAG_COMPRESS, compressed(settingsRecord(profile + "]")));
+}
+
 /// 1 MiB each, and what they cost on the way.
 struct Input {
   const char* name;
@@ -79,6 +100,7 @@ const Input HOSTILE[] = {
      }},
     {"bombs", [] { return closedFile(repeated(bomb(301, Section::MAX_UNCOMPRESSED), ROOM)); }},
     {"zlib in zlib", [] { return closedFile(nested(ROOM)); }},
+    {"records", [] { return closedFile(repeated(records(), ROOM)); }},
 };
 
 /// Every section there is, by either reader.
@@ -111,20 +133,6 @@ void recover(const std::string& path, const Bytes&) {
   doctor(output, {});
 }
 #endif
-
-/// A settings record that says of the network what `profile` is.
-Bytes settingsRecord(const std::string& profile) {
-  constexpr auto HEADER = Marshal::Header::BYTES;
-  const std::string text = R"({"OrbelSettings": {"net_profile": )" + profile + "}}";
-  Veltra::OrbelSettings settings;
-  Bytes bytes = RecordTesting::bytesOf(settings);
-  bytes.resize(HEADER + 4);
-  bytes.insert(bytes.end(), text.begin(), text.end());
-  bytes.push_back(0);
-  Marshal::storeBig(&bytes[8], static_cast<uint32_t>(bytes.size() - HEADER));
-  Marshal::storeBig(&bytes[HEADER], static_cast<uint32_t>(text.size() + 1));
-  return bytes;
-}
 
 /// Runs it in a process that may have 256 MiB of addresses. qemu-user, which needs more for itself, ignores the limit.
 void inSmallProcess(const std::function<void()>& body) {

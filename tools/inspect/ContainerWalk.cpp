@@ -35,6 +35,7 @@ constexpr CodeRow CODES[] = {
     {W03_BYTES_BEHIND_END, "W03", "bytes behind the end"},
     {W04_NEGATIVE_COUNT, "W04", "negative count"},
     {W05_WRONG_MAGIC, "W05", "wrong magic"},
+    {W06_RECORDS_NOT_DECODED, "W06", "records not decoded"},
 };
 
 const CodeRow& rowOf(FindingCode code) {

@@ -28,6 +28,7 @@ enum FindingCode {
   W03_BYTES_BEHIND_END,
   W04_NEGATIVE_COUNT,
   W05_WRONG_MAGIC,
+  W06_RECORDS_NOT_DECODED,
 };
 
 /// "E01" and so on.

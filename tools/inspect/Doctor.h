@@ -8,7 +8,7 @@ namespace Inspect {
 enum class Examination {
   QUICK,     ///< headers alone
   ORDINARY,  ///< and CRCs
-  DEEP,      ///< and every compressed section inflated, every known record decoded
+  DEEP,      ///< and every compressed section inflated, every known record decoded, until there was 1 MiB of them
 };
 
 /// Walks a container and says what is wrong with it. Memory follows the largest section.
