@@ -60,7 +60,8 @@ bool canAffordComments(const std::string& text) {
   return comments == 0 || text.size() <= MOST_STEPS / comments;
 }
 
-std::size_t mostValues(const std::string& text) {
+bool hasTooManyValues(const std::string& text) {
+  constexpr std::size_t MOST_VALUES = std::size_t{128} * 1024;
   std::size_t values = 1;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t begin = at;
@@ -69,7 +70,7 @@ std::size_t mostValues(const std::string& text) {
     ++at;
     if (text[begin] == '{' || text[begin] == '[' || text[begin] == ',') ++values;
   }
-  return values;
+  return values > MOST_VALUES;
 }
 
 bool hasForeignDecimalPoint() {

@@ -4,6 +4,7 @@
 
 #include <arpa/inet.h>
 
+#include <libcrossplatform/common/internal/JsonScan.h>
 #include <libcrossplatform/common/internal/ProfileFile.h>
 #include <libcrossplatform/common/internal/ProfileMembers.h>
 #include <libcrossplatform/common/jsonutil.h>
@@ -230,5 +231,5 @@ bool NetworkProfile::read() {
 bool NetworkProfile::readFrom(const std::string& path) {
   const std::lock_guard<std::mutex> lock(_mutex);
   std::string text;
-  return Veltra::readProfileFile(path, text) && Veltra::parseJson(text, *this, true);
+  return Veltra::readProfileFile(path, text) && !Veltra::hasTooManyValues(text) && Veltra::parseJson(text, *this, true);
 }

@@ -13,8 +13,6 @@ namespace {
 
 constexpr char SOURCE[] = "libcrossplatform/common/OrbelSettings";
 
-// What a text may become in memory, and when it is written again.
-constexpr std::size_t MOST_VALUES = std::size_t{128} * 1024;
 constexpr std::size_t MOST_WRITTEN = std::size_t{4} * 1024 * 1024;
 
 constexpr char PROJECT_ID[] = "project_id";
@@ -117,7 +115,7 @@ bool OrbelSettings::fromJson(const Json::Value* root) {
 
 bool OrbelSettings::fromString(const std::string& text) {
   Json::Value root;
-  if (mostValues(text) > MOST_VALUES || !parseJson(text, root, true)) return false;
+  if (hasTooManyValues(text) || !parseJson(text, root, true)) return false;
   return Dump::orBadAlloc([&] {
     OrbelSettings read = *this;
     std::string written;

@@ -24,8 +24,7 @@ class VELTRA_EXPORT SafeFileWriter {
 
   /// Creates the temporary file beside the path. It gets the mode of the file it is to replace, or what a new file
   /// gets. May be called again after commit().
-  /// @return 0; -1 not committed yet, null path, something else than a regular file has the name, or the file could not
-  /// be
+  /// @return 0; -1 not committed yet, null path, what has the name is no regular file, or the new one could not be
   ///         created or written: nothing is open then and errno tells why
   int open(char const* path);
   /// Where the sections go. Its failures are not remembered: look at each code before commit().
@@ -34,8 +33,7 @@ class VELTRA_EXPORT SafeFileWriter {
   const std::string& temporaryPath() const { return _temporary; }
   /// Makes the new file the file; a symbolic link is replaced, not followed.
   /// @return 0: it is on the disk under its name; -1 nothing open, the writer closed already, or a write, sync or
-  /// rename failed: the old file is
-  ///         then as it was, unless only the directory could not be synced
+  ///         rename failed: the old file is then as it was, unless only the directory could not be synced
   int commit();
 
  private:

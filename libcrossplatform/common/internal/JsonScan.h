@@ -12,8 +12,8 @@ namespace Veltra {
 /// before it, over all that stands between them: their number times the length of the text.
 bool canAffordComments(const std::string& text);
 
-/// How many values the document can have. JsonCpp takes some hundred bytes for each, where the text has two.
-std::size_t mostValues(const std::string& text);
+/// Whether a stored document could have more than 131072 values, each of two bytes in the text, of hundreds in memory.
+bool hasTooManyValues(const std::string& text);
 
 /// JsonCpp reads fractions by the global locale of the program: where that writes a decimal comma, 1.5 is refused and
 /// 1.234 may be read as 1234. These two let it read a document that has none.
