@@ -425,8 +425,8 @@ TEST_F(NetworkProfileFile, UnreadableTextKeepsTheDocument) {
   EXPECT_EQ(profile.getUsbWifiSSID(), "");
 }
 
-// 30 kB that would be 14 MB: what could not be read again is not saved, and does not replace what can.
-TEST_F(NetworkProfileFile, ADocumentThatItsIndentationMakesTooLargeIsNotSaved) {
+// 30 kB that would be 14 MB, and more values than are taken: neither replaces what can be read.
+TEST_F(NetworkProfileFile, ADocumentThatCouldNotBeReadAgainIsNotSaved) {
   constexpr std::size_t DEEP = 900;
   std::string text = "{ \"x\" : " + std::string(DEEP, '[');
   for (int i = 0; i < 15000; ++i) text += "1,";
@@ -435,6 +435,14 @@ TEST_F(NetworkProfileFile, ADocumentThatItsIndentationMakesTooLargeIsNotSaved) {
   NetworkProfile profile;
   ASSERT_TRUE(profile.readFrom(path("deep")));
   EXPECT_FALSE(profile.saveTo(path("kept")));
+  Json::Value numbers(Json::arrayValue);
+  numbers.resize(131072);
+  profile = numbers;
+  EXPECT_FALSE(profile.saveTo(path("kept")));
+  numbers.resize(131071);
+  profile = numbers;
+  EXPECT_TRUE(profile.saveTo(path("many")));
+  EXPECT_TRUE(profile.readFrom(path("many")));
   EXPECT_EQ(content("kept"), "{}");
 }
 

@@ -221,7 +221,7 @@ bool NetworkProfile::saveTo(const std::string& path) const {
   const std::lock_guard<std::mutex> lock(_mutex);
   std::string text;
   return Dump::writeStyledJson(text, *this, INDENTATION, Veltra::PROFILE_FILE_MAX_BYTES) &&
-         Veltra::writeProfileFile(path, text);
+         !Veltra::hasTooManyValues(text) && Veltra::writeProfileFile(path, text);
 }
 
 bool NetworkProfile::read() {

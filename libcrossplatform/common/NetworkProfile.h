@@ -174,14 +174,13 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   void dump(std::ostream& stream) const;
 
   /// Writes the document to FILE_PATH, or a path of the caller's choice. The file is created with mode 0600.
-  /// @return false when a byte could not be written, the path is not a regular file, or the text has more than the
-  ///         4 MiB that read() takes: the file is not touched then. A symbolic link is followed when it belongs to root
-  ///         or the caller
+  /// @return false when a byte could not be written, the path is not a regular file, or the text is more than read()
+  ///         takes: the file is not touched then. A symbolic link is followed when it belongs to root or the caller
   bool save() const;
   bool saveTo(const std::string& path) const;
 
-  /// Replaces the document by the one in FILE_PATH, or a path of the caller's choice. Comments are kept
-  /// as parseJson() keeps them.
+  /// Replaces the document by the one in FILE_PATH, or a path of the caller's choice. Comments are kept as
+  /// parseJson() keeps them.
   /// @return false, the document as it was, when the file is missing, not JSON, longer than 4 MiB, holds more than
   ///         131072 values, or is not a file that saveTo would write to
   bool read();
