@@ -174,3 +174,10 @@ TEST(MemReader, PositionsBeyondTwoGigabytesAreRefused) {
   EXPECT_EQ(reader.seek(0, Marshal::STREAM_FROM_END), -1);
   EXPECT_EQ(reader.seek(0, Marshal::STREAM_FROM_CURRENT), MOST) << "a refused position is not taken";
 }
+
+TEST(MemReader, AnImageIsReadFromItsBeginningWhereverTheReaderStood) {
+  MemReader reader;
+  EXPECT_EQ(reader.open(nullptr, 1000), -1);
+  EXPECT_EQ(reader.seek(30, Marshal::STREAM_FROM_BEGIN), 30);
+  EXPECT_EQ(reader.open(EMPTY_FILE.data(), static_cast<unsigned>(EMPTY_FILE.size())), 0);
+}

@@ -235,6 +235,23 @@ TEST_F(Limits, OneMebibyteIsGoneThroughInTwoSeconds) {
   }
 }
 
+#ifdef VELTRA_HAS_INSPECT
+TEST_F(Limits, DoctorSaysOnceThatFurtherRecordsAreNotDecoded) {
+  const Bytes sections = repeated(records(), 20000);
+  ASSERT_GT(sections.size(), 10 * records().size());
+  RecordTesting::writeFile(path, closedFile(sections));
+  std::string error;
+  Inspect::ByteSource source;
+  ASSERT_TRUE(source.open(path, error)) << error;
+  EXPECT_TRUE(examine(source, Inspect::Examination::ORDINARY).findings.empty());
+  const Inspect::ContainerReport report = examine(source, Inspect::Examination::DEEP);
+  ASSERT_EQ(std::distance(report.findings.begin(), report.findings.end()), 1);
+  EXPECT_EQ(report.findings.begin()->code, Inspect::W06_RECORDS_NOT_DECODED);
+  EXPECT_EQ(report.findings.begin()->section, 6) << "five records of 260 kB are more than 1 MiB";
+  EXPECT_FALSE(report.damaged());
+}
+#endif
+
 TEST_F(Limits, OneMebibyteOfJsonIsReadOrRefusedInTwoSeconds) {
   const auto filled = [](const std::string& before, const std::string& unit, const std::string& after) {
     std::string text = before;
