@@ -1,9 +1,9 @@
 // What the command does with a file: doctor, recover, annotate, diff. Their answers must fit each other and the
 // readers.
-#include <tools/inspect/Doctor.h>
-#include <tools/inspect/FileDiff.h>
-#include <tools/inspect/FileSummary.h>
-#include <tools/inspect/Recover.h>
+#include <libinspect/container/Doctor.h>
+#include <libinspect/container/FileDiff.h>
+#include <libinspect/container/Recover.h>
+#include <libinspect/records/FileSummary.h>
 
 #include "ContainerImage.h"
 #include "Scratch.h"

@@ -75,7 +75,7 @@ stage_report() {
 stage_tidy() {
   quietly cmake --preset dev
   export -f quietly
-  git ls-files -z -- 'libcrossplatform/*.cpp' 'tools/*.cpp' |
+  git ls-files -z -- 'libcrossplatform/*.cpp' 'libinspect/*.cpp' 'tools/*.cpp' |
     xargs -0 -n 1 -P "$jobs" bash -c 'quietly clang-tidy-14 -p build/dev --quiet "$0"'
 }
 

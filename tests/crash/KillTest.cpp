@@ -8,7 +8,7 @@
 #include <random>
 
 #include <libcrossplatform/common/PFile.h>
-#include <tools/inspect/Recover.h>
+#include <libinspect/container/Recover.h>
 
 #include "Workloads.h"
 

@@ -17,9 +17,9 @@
 #include <libcrossplatform/serialization/ByteStreamBuilder.h>
 
 #ifdef VELTRA_HAS_INSPECT
-#include <tools/inspect/Doctor.h>
-#include <tools/inspect/Recover.h>
-#include <tools/inspect/SafeFile.h>
+#include <libinspect/container/Doctor.h>
+#include <libinspect/container/Recover.h>
+#include <libinspect/container/SafeFile.h>
 #endif
 
 namespace Workloads {

@@ -8,9 +8,9 @@
 
 #include <fmt/format.h>
 
-#include <tools/inspect/ChartScale.h>
-#include <tools/inspect/PrintableText.h>
-#include <tools/inspect/ReportPage.h>
+#include <libinspect/container/PrintableText.h>
+#include <libinspect/report/ChartScale.h>
+#include <libinspect/report/ReportPage.h>
 
 namespace Inspect {
 namespace {

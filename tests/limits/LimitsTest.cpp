@@ -15,8 +15,8 @@
 #include "Workloads.h"
 
 #ifdef VELTRA_HAS_INSPECT
-#include <tools/inspect/Doctor.h>
-#include <tools/inspect/Recover.h>
+#include <libinspect/container/Doctor.h>
+#include <libinspect/container/Recover.h>
 #endif
 
 using namespace PFile;

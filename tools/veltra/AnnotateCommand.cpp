@@ -4,8 +4,8 @@
 #include <fmt/format.h>
 
 #include <libcrossplatform/serialization/ByteStreamReader.h>
-#include <tools/inspect/FieldTrace.h>
-#include <tools/inspect/FileSummary.h>
+#include <libinspect/container/FieldTrace.h>
+#include <libinspect/records/FileSummary.h>
 
 #include "Commands.h"
 

@@ -5,8 +5,8 @@
 
 #include <CLI/CLI.hpp>
 
-#include <tools/inspect/ContainerWalk.h>
-#include <tools/inspect/ResultRows.h>
+#include <libinspect/container/ContainerWalk.h>
+#include <libinspect/job/ResultRows.h>
 
 #include "Output.h"
 

@@ -1,6 +1,6 @@
 #include <memory>
 
-#include <tools/inspect/FileDiff.h>
+#include <libinspect/container/FileDiff.h>
 
 #include "Commands.h"
 

@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <tools/inspect/Doctor.h>
-#include <tools/inspect/FileSummary.h>
+#include <libinspect/container/Doctor.h>
+#include <libinspect/records/FileSummary.h>
 
 #include "Commands.h"
 

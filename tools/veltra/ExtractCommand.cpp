@@ -3,8 +3,8 @@
 
 #include <fmt/format.h>
 
-#include <tools/inspect/ContainerWalk.h>
-#include <tools/inspect/SafeFile.h>
+#include <libinspect/container/ContainerWalk.h>
+#include <libinspect/container/SafeFile.h>
 
 #include "Commands.h"
 

@@ -3,8 +3,8 @@
 
 #include <fmt/format.h>
 
-#include <tools/inspect/ByteSource.h>
-#include <tools/inspect/CableIds.h>
+#include <libinspect/container/ByteSource.h>
+#include <libinspect/job/CableIds.h>
 
 #include "Commands.h"
 

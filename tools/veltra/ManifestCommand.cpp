@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 
 #include <libcrossplatform/serialization/ByteStreamReader.h>
-#include <tools/inspect/Doctor.h>
-#include <tools/inspect/FileSummary.h>
-#include <tools/inspect/PackageDescription.h>
+#include <libinspect/container/Doctor.h>
+#include <libinspect/describe/PackageDescription.h>
+#include <libinspect/records/FileSummary.h>
 
 #include "Commands.h"
 

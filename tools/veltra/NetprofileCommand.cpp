@@ -8,7 +8,7 @@
 
 #include <fmt/format.h>
 
-#include <tools/inspect/ProfileView.h>
+#include <libinspect/records/ProfileView.h>
 
 #include "Commands.h"
 

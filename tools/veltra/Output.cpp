@@ -11,7 +11,7 @@
 #include <json/writer.h>
 #include <libsmartcols/libsmartcols.h>
 
-#include <tools/inspect/RecordView.h>
+#include <libinspect/records/RecordView.h>
 
 namespace Command {
 

@@ -9,8 +9,8 @@
 #include <json/value.h>
 
 #include <libcrossplatform/common/ResultVocabulary.h>
-#include <tools/inspect/ContainerWalk.h>
-#include <tools/inspect/PrintableText.h>
+#include <libinspect/container/ContainerWalk.h>
+#include <libinspect/container/PrintableText.h>
 
 #include "Terminal.h"
 

@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <tools/inspect/ByteSource.h>
-#include <tools/inspect/ResultDescription.h>
+#include <libinspect/container/ByteSource.h>
+#include <libinspect/describe/ResultDescription.h>
 
 #include "Commands.h"
 

@@ -2,9 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <tools/inspect/Doctor.h>
-#include <tools/inspect/FileSummary.h>
-#include <tools/inspect/Recover.h>
+#include <libinspect/container/Doctor.h>
+#include <libinspect/container/Recover.h>
+#include <libinspect/records/FileSummary.h>
 
 #include "Commands.h"
 

@@ -5,8 +5,8 @@
 
 #include <fmt/format.h>
 
-#include <tools/inspect/ReportPage.h>
-#include <tools/inspect/SafeFile.h>
+#include <libinspect/container/SafeFile.h>
+#include <libinspect/report/ReportPage.h>
 
 #include "Commands.h"
 

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <tools/inspect/FileSummary.h>
+#include <libinspect/records/FileSummary.h>
 
 #include "Commands.h"
 

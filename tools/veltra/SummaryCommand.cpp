@@ -4,7 +4,7 @@
 
 #include <fmt/format.h>
 
-#include <tools/inspect/ResultRows.h>
+#include <libinspect/job/ResultRows.h>
 
 #include "Commands.h"
 

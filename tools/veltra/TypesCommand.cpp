@@ -6,7 +6,7 @@
 #include <libcrossplatform/common/InstrumentSettingsEnumsToString.h>
 #include <libcrossplatform/common/ResultFile.h>
 #include <libcrossplatform/serialization/MarshalTypes.h>
-#include <tools/inspect/RecordView.h>
+#include <libinspect/records/RecordView.h>
 
 #include "Commands.h"
 

@@ -8,7 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include <libcrossplatform/common/Version.h>
-#include <tools/inspect/SafeFile.h>
+#include <libinspect/container/SafeFile.h>
 
 #include "Commands.h"
 #include "Examples.h"

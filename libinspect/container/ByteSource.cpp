@@ -1,0 +1,139 @@
+#include <libinspect/container/ByteSource.h>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <fmt/format.h>
+
+#include <libinspect/container/Uninterrupted.h>
+
+namespace Inspect {
+
+ByteSource::~ByteSource() {
+  close();
+}
+
+void ByteSource::close() {
+  if (_descriptor > STDIN_FILENO) ::close(_descriptor);
+  _descriptor = -1;
+  _windowSize = 0;
+}
+
+bool ByteSource::open(const std::string& path, std::string& error) {
+  close();
+  _isOverLimit = false;
+  _hasFailed = false;
+  const bool isStandardInput = path == "-";
+  _name = isStandardInput ? "standard input" : path;
+  // A FIFO among the files of a folder must not hold everything up.
+  _descriptor = isStandardInput ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  struct stat info {};
+  if (_descriptor < 0 || fstat(_descriptor, &info) != 0) {
+    error = fmt::format("{}: {}", _name, std::strerror(errno));
+    return false;
+  }
+  if (S_ISDIR(info.st_mode)) {
+    error = fmt::format("{}: is a directory, a file is wanted", _name);
+    return false;
+  }
+  _inMemory = !S_ISREG(info.st_mode);
+  if (_inMemory) {
+    fcntl(_descriptor, F_SETFL, fcntl(_descriptor, F_GETFL) & ~O_NONBLOCK);  // a pipe may be slow to fill
+    return takeIn(error);
+  }
+  _size = static_cast<uint64_t>(info.st_size);
+  if (_limit > 0 && _size > _limit) return refuse(_limit, error);
+  _bytes.resize(WINDOW);
+  return true;
+}
+
+bool ByteSource::refuse(uint64_t limit, std::string& error) {
+  error = fmt::format("{}: more than {} bytes", _name, limit);
+  _isOverLimit = true;
+  return false;
+}
+
+bool ByteSource::takeIn(std::string& error) {
+  constexpr std::size_t PIECE = std::size_t{64} * 1024;
+  const uint64_t limit = _limit > 0 ? std::min(_limit, PIPE_LIMIT) : PIPE_LIMIT;
+  _bytes.clear();
+  for (;;) {
+    const std::size_t at = _bytes.size();
+    if (at > limit) return refuse(limit, error);
+    _bytes.resize(at + PIECE);
+    const ssize_t got = uninterrupted([&] { return read(_descriptor, &_bytes[at], PIECE); });
+    _bytes.resize(at + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
+    if (got == 0) break;
+    if (got < 0) {
+      error = fmt::format("{}: {}", _name, std::strerror(errno));
+      return false;
+    }
+  }
+  _size = _bytes.size();
+  return true;
+}
+
+std::size_t ByteSource::readFile(uint64_t offset, uint8_t* to, std::size_t size) const {
+  std::size_t done = 0;
+  while (done < size) {
+    const ssize_t got =
+        uninterrupted([&] { return pread(_descriptor, to + done, size - done, static_cast<off_t>(offset + done)); });
+    if (got < 0) _hasFailed = true;
+    if (got <= 0) break;
+    done += static_cast<std::size_t>(got);
+  }
+  if (_told) _told(done);
+  return done;
+}
+
+std::size_t ByteSource::view(uint64_t offset, const uint8_t*& at) const {
+  if (offset >= _size) return 0;
+  if (_inMemory) {
+    at = &_bytes[static_cast<std::size_t>(offset)];
+    return static_cast<std::size_t>(std::min<uint64_t>(WINDOW, _size - offset));
+  }
+  // Most inputs fit the window whole; of the others a header at its end is read again with what follows.
+  const bool isInside = offset >= _windowAt && offset - _windowAt < _windowSize;
+  const std::size_t skipped = isInside ? static_cast<std::size_t>(offset - _windowAt) : 0;
+  const bool reachesEnd = _windowAt + _windowSize >= _size;
+  if (!isInside || (!reachesEnd && _windowSize - skipped < WINDOW / 2)) {
+    _windowAt = offset;
+    _windowSize = readFile(offset, _bytes.data(), static_cast<std::size_t>(std::min<uint64_t>(WINDOW, _size - offset)));
+    at = _bytes.data();
+    return _windowSize;
+  }
+  at = &_bytes[skipped];
+  return _windowSize - skipped;
+}
+
+std::size_t ByteSource::readAt(uint64_t offset, void* to, std::size_t size) const {
+  std::size_t done = 0;
+  while (done < size) {
+    const uint8_t* at = nullptr;
+    const std::size_t got = std::min(view(offset + done, at), size - done);
+    if (got == 0) break;
+    std::memcpy(static_cast<uint8_t*>(to) + done, at, got);
+    done += got;
+  }
+  return done;
+}
+
+bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error) {
+  ByteSource source;
+  if (!source.open(path, error)) return false;
+  if (source.size() > limit) {
+    error = fmt::format("{}: {} bytes, at most {} are wanted", source.name(), source.size(), limit);
+    return false;
+  }
+  text.resize(static_cast<std::size_t>(source.size()));
+  if (source.readAt(0, text.data(), text.size()) == text.size()) return true;
+  error = fmt::format("{}: read error", source.name());
+  return false;
+}
+
+}  // namespace Inspect

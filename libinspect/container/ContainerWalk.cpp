@@ -1,0 +1,313 @@
+#include <libinspect/container/ContainerWalk.h>
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+#include <fmt/format.h>
+#include <zlib.h>
+
+#include <libcrossplatform/common/EnumText.h>
+#include <libcrossplatform/serialization/ByteStreamReader.h>
+#include <libcrossplatform/serialization/WireBytes.h>
+
+namespace Inspect {
+namespace {
+
+struct CodeRow {
+  FindingCode code;
+  const char* name;
+  const char* meaning;
+};
+constexpr CodeRow CODES[] = {
+    {E01_NEVER_CLOSED, "E01", "never closed"},
+    {E02_NO_FILE_HEADER, "E02", "no file header"},
+    {E03_HEADER_CRC, "E03", "header CRC differs"},
+    {E04_DATA_CRC, "E04", "data CRC differs"},
+    {E05_TRUNCATED, "E05", "truncated"},
+    {E06_LENGTH_DIFFERS, "E06", "recorded length differs"},
+    {E07_INFLATE_FAILED, "E07", "cannot be uncompressed"},
+    {E08_TOO_BIG, "E08", "over 8 MiB uncompressed"},
+    {E09_RECORD, "E09", "record does not decode"},
+    {E10_SCALE_WITHOUT_TEXT, "E10", "measurement scale without a text"},
+    {W01_NEWER_VERSION, "W01", "newer version"},
+    {W02_UNKNOWN_TYPE, "W02", "unknown section type"},
+    {W03_BYTES_BEHIND_END, "W03", "bytes behind the end"},
+    {W04_NEGATIVE_COUNT, "W04", "negative count"},
+    {W05_WRONG_MAGIC, "W05", "wrong magic"},
+    {W06_RECORDS_NOT_DECODED, "W06", "records not decoded"},
+};
+
+const CodeRow& rowOf(FindingCode code) {
+  return CODES[code];
+}
+
+std::string hex(uint32_t value) {
+  return fmt::format("0x{:08x}", value);
+}
+
+uint32_t crcOf(const ByteSource& source, uint64_t offset, uint32_t size) {
+  uLong crc = crc32(0, nullptr, 0);
+  while (size > 0) {
+    const uint8_t* at = nullptr;
+    const auto got = static_cast<uint32_t>(std::min<std::size_t>(source.view(offset, at), size));
+    if (got == 0) break;
+    crc = crc32(crc, at, got);
+    offset += got;
+    size -= got;
+  }
+  return static_cast<uint32_t>(crc);
+}
+
+uint32_t crcOfLittle32(uint32_t value) {
+  uint8_t bytes[4];
+  Marshal::storeLittle32(bytes, value);
+  return PFile::crc32Of(bytes, sizeof bytes);
+}
+
+/// What PFile::Section::uncompressData() does, straight into `bytes`, so that the payload is held once.
+bool inflate(const std::vector<uint8_t>& compressed, std::vector<uint8_t>& bytes) {
+  constexpr uLong SIZE_WORD = 4;
+  if (compressed.size() < SIZE_WORD) return false;
+  uLongf size = Marshal::loadLittle32(compressed.data());
+  if (size > PFile::Section::MAX_UNCOMPRESSED) return false;
+  uint8_t nothing = 0;
+  bytes.resize(size);
+  const int code = uncompress(bytes.empty() ? &nothing : bytes.data(), &size, compressed.data() + SIZE_WORD,
+                              static_cast<uLong>(compressed.size()) - SIZE_WORD);
+  if (code == Z_MEM_ERROR) throw std::bad_alloc();
+  bytes.resize(size);
+  return code == Z_OK;
+}
+
+class Walker {
+ public:
+  Walker(const ByteSource& source, WalkDepth depth, const OnSection& onSection)
+      : _source(source), _depth(depth), _onSection(onSection) {
+    _report.name = source.name();
+    _report.path = source.path();
+    _report.size = source.size();
+  }
+
+  ContainerReport run() {
+    uint64_t offset = 0;
+    if (_report.size == 0) add(E02_NO_FILE_HEADER, 0, 0, "20 bytes of file header", "an empty file");
+    while (offset < _report.size) {
+      SectionInfo info;
+      info.number = static_cast<int>(_report.sections);
+      info.offset = offset;
+      if (!readHeader(info) || !readData(info)) break;
+      offset = info.payloadOffset() + info.header.dataSize;
+    }
+    compareLength();
+    return std::move(_report);
+  }
+
+ private:
+  void add(FindingCode code, uint64_t offset, std::optional<int> section, std::string wanted, std::string found) {
+    _report.findings.add({code, offset, section, std::move(wanted), std::move(found)});
+  }
+
+  bool isAtRecordedEnd(uint64_t offset) const { return _report.recordedLength == offset; }
+
+  bool readHeader(SectionInfo& info) {
+    uint8_t bytes[PFile::Header::BYTES];
+    const std::size_t got = _source.readAt(info.offset, bytes, sizeof bytes);
+    // Behind the recorded end anything may follow; compareLength() tells of it.
+    if (got < sizeof bytes) {
+      if (isAtRecordedEnd(info.offset)) return false;
+      add(info.number == 0 ? E02_NO_FILE_HEADER : E05_TRUNCATED, info.offset, info.number,
+          fmt::format("{} bytes of header", sizeof bytes), fmt::format("{} bytes", got));
+      return false;
+    }
+    Marshal::ByteStreamReader in(bytes, sizeof bytes);
+    info.header.deserialize(in);
+    const uint32_t crc = PFile::crc32Of(bytes, PFile::Header::HDR_CRC_BYTES);
+    if (crc != info.header.hdrCrc) {
+      if (isAtRecordedEnd(info.offset)) return false;
+      const bool isContainer = info.number > 0 || info.header.magic == PFile::Header::MAGIC;
+      add(isContainer ? E03_HEADER_CRC : E02_NO_FILE_HEADER, info.offset, info.number,
+          isContainer ? hex(info.header.hdrCrc) : "the letters PF and a valid header CRC",
+          isContainer ? hex(crc) : fmt::format("0x{:04x}", info.header.magic));
+      return false;
+    }
+    if (info.header.magic != PFile::Header::MAGIC) {
+      add(W05_WRONG_MAGIC, info.offset, info.number, fmt::format("0x{:04x}", PFile::Header::MAGIC),
+          fmt::format("0x{:04x}", info.header.magic));
+    }
+    if (info.number == 0 && info.header.type != PFile::FILE_HEADER_TYPE) {
+      add(E02_NO_FILE_HEADER, info.offset, info.number, "a first section of type 1",
+          fmt::format("type {}", info.header.type));
+    }
+    return true;
+  }
+
+  /// @return false when the walk ends here
+  bool readData(SectionInfo& info) {
+    const PFile::Header& header = info.header;
+    const uint64_t left = _report.size - info.payloadOffset();
+    if (header.dataSize > left) {
+      info.verdict = DataVerdict::CUT;
+      add(E05_TRUNCATED, info.payloadOffset(), info.number, fmt::format("{} bytes of data", header.dataSize),
+          fmt::format("{} bytes", left));
+      note(info);
+      return false;
+    }
+    uint8_t word[4] = {};
+    const bool hasWord = header.dataSize >= 4 && _source.readAt(info.payloadOffset(), word, 4) == 4;
+    if (hasWord && (header.flags & PFile::SECTION_FLAG_COMPRESS) != 0) {
+      info.originalSize = Marshal::loadLittle32(word);
+    }
+    const bool isFileHeader = info.number == 0 && header.type == PFile::FILE_HEADER_TYPE;
+    if (isFileHeader && header.dataSize == 4 && !info.originalSize) {
+      checkFileHeader(info, Marshal::loadLittle32(word));
+    } else if (isFileHeader || _depth == WalkDepth::HEADERS_AND_CRCS) {
+      checkData(info);
+      if (isFileHeader && info.verdict == DataVerdict::OK) checkOddFileHeader(info);
+    }
+    note(info);
+    return true;
+  }
+
+  void note(const SectionInfo& info) {
+    ++_report.sections;
+    _report.storedBytes += info.header.dataSize;
+    _report.originalBytes += info.originalSize.value_or(info.header.dataSize);
+    if (info.number == 1) _report.first = info;
+    if (_onSection) _onSection(info, _report.findings);
+  }
+
+  void checkData(SectionInfo& info) {
+    const PFile::Header& header = info.header;
+    const uint32_t crc = crcOf(_source, info.payloadOffset(), header.dataSize);
+    info.verdict = DataVerdict::WRONG;
+    if (header.dataSize == 0) {  // the readers refuse a section without bytes, whatever its CRC
+      add(E04_DATA_CRC, info.payloadOffset(), info.number, "data of at least one byte", "none");
+    } else if (crc != header.dataCrc) {
+      add(E04_DATA_CRC, info.payloadOffset(), info.number, hex(header.dataCrc), hex(crc));
+    } else {
+      info.verdict = DataVerdict::OK;
+    }
+  }
+
+  /// A writer leaves the CRC of the total before its own header until it closes: that is how an unclosed file is known.
+  void checkFileHeader(SectionInfo& info, uint32_t total) {
+    if (info.header.dataCrc != crcOfLittle32(total - PFile::Header::BYTES)) {
+      checkData(info);
+      if (info.verdict == DataVerdict::OK) _report.recordedLength = total;
+      return;
+    }
+    info.verdict = DataVerdict::WRONG;
+    add(E01_NEVER_CLOSED, info.offset, info.number, "the total length of a closed file",
+        fmt::format("{}, which a writer leaves until it closes", total));
+  }
+
+  /// No writer makes a file header that is compressed, or of another size. The readers take it all the same, if a total
+  /// length comes out.
+  void checkOddFileHeader(const SectionInfo& info) {
+    std::vector<uint8_t> total(sizeof(uint32_t));
+    std::string error;
+    if (!info.originalSize) {
+      total.resize(_source.readAt(info.payloadOffset(), total.data(), std::min(info.header.dataSize, 4U)));
+    } else if (!loadPayload(_source, info, total, error)) {
+      _report.findings.add(inflateFinding(info));
+      return;
+    }
+    if (total.size() < sizeof(uint32_t)) {
+      add(E02_NO_FILE_HEADER, info.payloadOffset(), info.number, "4 bytes of total length",
+          fmt::format("{} bytes", total.size()));
+    } else {
+      _report.recordedLength = Marshal::loadLittle32(total.data());
+    }
+  }
+
+  void compareLength() {
+    if (!_report.recordedLength || *_report.recordedLength == _report.size) return;
+    const bool isLonger = *_report.recordedLength > _report.size;
+    add(isLonger ? E06_LENGTH_DIFFERS : W03_BYTES_BEHIND_END, isLonger ? _report.size : *_report.recordedLength,
+        std::nullopt, fmt::format("{} bytes, as recorded", *_report.recordedLength),
+        fmt::format("{} bytes", _report.size));
+  }
+
+  const ByteSource& _source;
+  WalkDepth _depth;
+  const OnSection& _onSection;
+  ContainerReport _report;
+};
+
+}  // namespace
+
+const char* toString(FindingCode code) {
+  return rowOf(code).name;
+}
+
+const char* meaningOf(FindingCode code) {
+  return rowOf(code).meaning;
+}
+
+void Findings::add(Finding finding) {
+  _hasDamage = _hasDamage || isDamage(finding.code);
+  if (_kept.size() < MOST_KEPT) {
+    _kept.push_back(std::move(finding));
+  } else {
+    ++_leftOut;
+  }
+}
+
+ContainerReport walk(const ByteSource& source, WalkDepth depth, const OnSection& onSection) {
+  return Walker(source, depth, onSection).run();
+}
+
+std::vector<SectionInfo> sectionsOf(const ByteSource& source) {
+  std::vector<SectionInfo> sections;
+  walk(source, WalkDepth::HEADERS_AND_CRCS,
+       [&sections](const SectionInfo& section, Findings&) { sections.push_back(section); });
+  return sections;
+}
+
+std::optional<SectionInfo> findSection(const ByteSource& source, int number, ContainerReport& report) {
+  std::optional<SectionInfo> found;
+  report = walk(source, WalkDepth::HEADERS, [&](const SectionInfo& section, Findings&) {
+    if (section.number == number) found = section;
+  });
+  return found;
+}
+
+bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<uint8_t>& bytes, std::string& error) {
+  const PFile::Header& header = info.header;
+  if (header.dataSize > source.size() - info.payloadOffset()) {
+    error =
+        fmt::format("section {}: {} bytes of data are recorded, the file ends before", info.number, header.dataSize);
+    return false;
+  }
+  const bool isCompressed = (header.flags & PFile::SECTION_FLAG_COMPRESS) != 0;
+  std::vector<uint8_t> compressed;
+  std::vector<uint8_t>& stored = isCompressed ? compressed : bytes;
+  stored.resize(header.dataSize);
+  const std::size_t got = source.readAt(info.payloadOffset(), stored.data(), stored.size());
+  if (got == 0 || got != stored.size() || PFile::crc32Of(stored.data(), header.dataSize) != header.dataCrc) {
+    error = fmt::format("section {}: {}", info.number, meaningOf(E04_DATA_CRC));
+    return false;
+  }
+  if (isCompressed && !inflate(compressed, bytes)) {
+    const bool tooBig = info.originalSize > PFile::Section::MAX_UNCOMPRESSED;
+    error = fmt::format("section {}: {}", info.number, meaningOf(tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED));
+    return false;
+  }
+  return true;
+}
+
+Finding inflateFinding(const SectionInfo& info) {
+  const bool tooBig = info.originalSize > PFile::Section::MAX_UNCOMPRESSED;
+  return {tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED, info.payloadOffset(), info.number,
+          tooBig ? "8388608 bytes at most" : "a zlib stream of the original size",
+          fmt::format("{} bytes claimed", info.originalSize.value_or(0))};
+}
+
+std::string typeName(uint16_t type) {
+  if (type == PFile::FILE_HEADER_TYPE) return "FILE_HEADER";
+  const char* const name = PFile::sectionIdToString(type);
+  return name != nullptr ? name : std::to_string(type);
+}
+
+}  // namespace Inspect

@@ -1,0 +1,114 @@
+#include <libinspect/container/FieldTrace.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+
+#include <fmt/format.h>
+
+namespace Inspect {
+namespace {
+
+template <class T>
+Json::Value jsonOf(const T& v) {
+  return v;
+}
+Json::Value jsonOf(int64_t v) {
+  return static_cast<Json::Int64>(v);
+}
+Json::Value jsonOf(float v) {
+  // The shortest decimal that is this float: 0.1, not 0.10000000149.
+  return std::isfinite(v) ? Json::Value(std::strtod(fmt::format("{}", v).c_str(), nullptr)) : Json::Value();
+}
+
+constexpr char ELEMENT[] = "element";  // what list records call each of theirs
+
+}  // namespace
+
+void TracingReader::beginRecord(const char* name) {
+  if (_refusesOpenRuns) return;
+  std::string segment = name;
+  if (segment == ELEMENT) segment += "[" + std::to_string(_elements[_path]++) + "]";
+  _path.push_back(segment);
+}
+
+void TracingReader::endRecord() {
+  if (!_path.empty()) _path.pop_back();
+}
+
+template <class T>
+bool TracingReader::noted(bool (Marshal::IObjectReader::*read)(T&), T& v, const char* kind) {
+  const uint32_t start = position();
+  if (_failed || !(_in.*read)(v)) return false;
+  note(kind, start, jsonOf(v));
+  return true;
+}
+
+void TracingReader::note(const char* kind, uint32_t start, Json::Value value) {
+  if (_refusesOpenRuns) return;
+  std::vector<std::string> path = _path;
+  path.push_back(_name);
+  _fields.push_back({std::move(path), kind, start, _in.position() - start, std::move(value)});
+}
+
+bool TracingReader::readBool(bool& v) {
+  return noted(&IObjectReader::readBool, v, "bool");
+}
+bool TracingReader::readUInt8(uint8_t& v) {
+  return noted(&IObjectReader::readUInt8, v, "u8");
+}
+bool TracingReader::readInt8(int8_t& v) {
+  return noted(&IObjectReader::readInt8, v, "i8");
+}
+bool TracingReader::readUInt16(uint16_t& v) {
+  return noted(&IObjectReader::readUInt16, v, "u16");
+}
+bool TracingReader::readInt16(int16_t& v) {
+  return noted(&IObjectReader::readInt16, v, "i16");
+}
+bool TracingReader::readUInt32(uint32_t& v) {
+  return noted(&IObjectReader::readUInt32, v, "u32");
+}
+bool TracingReader::readInt32(int32_t& v) {
+  return noted(&IObjectReader::readInt32, v, "i32");
+}
+bool TracingReader::readInt64(int64_t& v) {
+  return noted(&IObjectReader::readInt64, v, "i64");
+}
+bool TracingReader::readFloat(float& v) {
+  return noted(&IObjectReader::readFloat, v, "float");
+}
+bool TracingReader::readString(std::string& v) {
+  return noted(&IObjectReader::readString, v, "string");
+}
+
+bool TracingReader::readBytes(uint8_t* data, uint32_t size) {
+  const uint32_t start = position();
+  if (_failed || !_in.readBytes(data, size)) return false;
+  if (_refusesOpenRuns && (size == 0 || data[size - 1] != 0)) {
+    _failed = true;
+    return false;
+  }
+  note("bytes", start, std::string(reinterpret_cast<const char*>(data), size));
+  return true;
+}
+
+Json::Value treeOf(const std::vector<TracedField>& fields) {
+  Json::Value tree(Json::objectValue);
+  for (const TracedField& field : fields) {
+    if (field.path.front() == "header" || field.path.back() == "count") continue;
+    Json::Value* node = &tree;
+    for (const std::string& segment : field.path) node = &(*node)[segment];
+    // A counted text is read as its length and then its bytes, in pieces: the bytes take the length's place.
+    const bool isBytes = std::strcmp(field.kind, "bytes") == 0;
+    const std::string text = isBytes ? field.value.asString().c_str() : "";
+    if (!isBytes) {
+      *node = field.value;
+    } else {
+      *node = node->isString() ? node->asString() + text : text;
+    }
+  }
+  return tree;
+}
+
+}  // namespace Inspect

@@ -1,0 +1,174 @@
+#include <libinspect/container/Recover.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+#include <fmt/format.h>
+#include <zlib.h>
+
+#include <libcrossplatform/serialization/ByteStreamReader.h>
+#include <libcrossplatform/serialization/WireBytes.h>
+#include <libinspect/container/SafeFile.h>
+
+namespace Inspect {
+namespace {
+
+/// CRC-32 of any range of the input at a bounded cost: the CRCs of all bytes before each checkpoint, and the rule that
+/// takes the CRC of a beginning out of the CRC of the whole (zlib's crc32_combine). Without it a file of many headers
+/// that each claim the whole rest would cost the square of its size.
+class CrcIndex {
+ public:
+  explicit CrcIndex(const ByteSource& source) : _source(source) {
+    _prefixes.push_back(0);
+    for (uint64_t at = 0; at < source.size(); at += STEP) {
+      const uint64_t end = std::min(at + STEP, source.size());
+      _prefixes.push_back(extend(_prefixes.back(), at, end));
+    }
+  }
+
+  /// CRC-32 of [begin, end), both within the input.
+  uint32_t crcOf(uint64_t begin, uint64_t end) const {
+    if (end - begin <= STEP) return extend(0, begin, end);
+    const auto length = static_cast<z_off_t>(end - begin);
+    return prefix(end) ^ static_cast<uint32_t>(crc32_combine(prefix(begin), 0, length));
+  }
+
+ private:
+  static constexpr uint64_t STEP = 1024;
+
+  uint32_t prefix(uint64_t end) const { return extend(_prefixes[end / STEP], end / STEP * STEP, end); }
+
+  uint32_t extend(uint32_t crc, uint64_t begin, uint64_t end) const {
+    uLong extended = crc;
+    while (begin < end) {
+      const uint8_t* at = nullptr;
+      const auto got = static_cast<uInt>(std::min<uint64_t>(_source.view(begin, at), end - begin));
+      if (got == 0) break;
+      extended = crc32(extended, at, got);
+      begin += got;
+    }
+    return static_cast<uint32_t>(extended);
+  }
+
+  const ByteSource& _source;
+  std::vector<uint32_t> _prefixes;
+};
+
+class Search {
+ public:
+  explicit Search(const ByteSource& source) : _source(source), _crcs(source) {}
+
+  Recovery run() {
+    uint64_t at = 0;
+    _recovery.isContainer = isFileHeader();
+    while (at < _source.size() && !_source.hasFailed()) {
+      SectionInfo section;
+      section.offset = at;
+      if (!hasHeader(section)) {
+        ++at;
+      } else if (!isIntact(section)) {
+        // An unclosed file header is one of these: it is made anew anyway.
+        at += PFile::Header::BYTES;
+      } else {
+        keep(section);
+        at = _covered;
+      }
+    }
+    lose(_source.size());
+    return std::move(_recovery);
+  }
+
+ private:
+  bool hasHeader(SectionInfo& section) const {
+    uint8_t bytes[PFile::Header::BYTES];
+    const uint8_t* at = nullptr;
+    if (_source.view(section.offset, at) < sizeof bytes) {
+      if (_source.readAt(section.offset, bytes, sizeof bytes) < sizeof bytes) return false;
+      at = bytes;
+    }
+    Marshal::ByteStreamReader in(at, sizeof bytes);
+    section.header.deserialize(in);
+    return PFile::crc32Of(at, PFile::Header::HDR_CRC_BYTES) == section.header.hdrCrc;
+  }
+
+  bool isIntact(const SectionInfo& section) const {
+    const uint64_t begin = section.payloadOffset();
+    const uint32_t size = section.header.dataSize;
+    return size != 0 && size <= _source.size() - begin && _crcs.crcOf(begin, begin + size) == section.header.dataCrc;
+  }
+
+  void keep(SectionInfo section) {
+    lose(section.offset);
+    _covered = section.payloadOffset() + section.header.dataSize;
+    // The output gets a file header of its own; one in the middle is the rest of another file.
+    if (section.header.type == PFile::FILE_HEADER_TYPE) {
+      if (section.offset == 0) noteFileHeader(section);
+      return;
+    }
+    section.number = static_cast<int>(_recovery.kept.size()) + 1;
+    _recovery.kept.push_back(section);
+  }
+
+  void noteFileHeader(const SectionInfo& section) {
+    uint8_t word[4] = {};
+    _recovery.wasClosed = true;
+    _source.readAt(section.payloadOffset(), word, sizeof word);
+    const uint32_t recorded = Marshal::loadLittle32(word);
+    if (section.header.dataSize == sizeof word && recorded > _source.size()) {
+      _recovery.missing = recorded - _source.size();
+    }
+  }
+
+  /// What lies between the last section kept and `end` is lost, but for the file header that stands at the beginning.
+  void lose(uint64_t end) {
+    constexpr uint64_t FILE_HEADER_BYTES = PFile::Header::BYTES + 4;
+    uint64_t begin = _covered;
+    if (begin == 0 && isFileHeader()) begin = std::min(FILE_HEADER_BYTES, end);
+    if (end > begin) _recovery.lost.push_back({begin, end - begin});
+  }
+
+  bool isFileHeader() const {
+    SectionInfo first;
+    return hasHeader(first) && first.header.type == PFile::FILE_HEADER_TYPE && first.header.dataSize == 4;
+  }
+
+  const ByteSource& _source;
+  CrcIndex _crcs;
+  Recovery _recovery;
+  uint64_t _covered = 0;
+};
+
+}  // namespace
+
+Recovery findSections(const ByteSource& source) {
+  return Search(source).run();
+}
+
+bool writeRecovered(const ByteSource& source, const Recovery& recovery, const std::string& path, std::string& error) {
+  UnfinishedFile unfinished;
+  PFile::SafeFileWriter file;
+  const auto failed = [&] {
+    error = fmt::format("{}: {}", path, std::strerror(errno));
+    return false;
+  };
+  const int opened = file.open(path.c_str());
+  unfinished.created(file.temporaryPath());
+  if (opened != 0) return failed();
+  for (const SectionInfo& info : recovery.kept) {
+    std::unique_ptr<unsigned char[]> bytes(new unsigned char[info.header.dataSize]);
+    if (source.readAt(info.payloadOffset(), bytes.get(), info.header.dataSize) != info.header.dataSize) {
+      error = fmt::format("{}: read error", source.name());
+      return false;
+    }
+    PFile::Section section;
+    section.header = info.header;
+    section.payload.set(info.header.dataSize, bytes.release(), true);
+    section.compressed = section.compressable();  // as stored: it is written as it is
+    if (file.writer().write(section) != 0) return failed();
+  }
+  return file.commit() == 0 || failed();
+}
+
+}  // namespace Inspect

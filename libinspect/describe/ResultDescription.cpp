@@ -1,0 +1,230 @@
+#include <libinspect/describe/ResultDescription.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <limits>
+#include <memory>
+
+#include <fmt/format.h>
+
+#include <libcrossplatform/common/PFile.h>
+#include <libcrossplatform/common/ResultFile.h>
+#include <libcrossplatform/common/jsonutil.h>
+#include <libinspect/container/ByteSource.h>
+#include <libinspect/container/ContainerWalk.h>
+#include <libinspect/container/SafeFile.h>
+#include <libinspect/describe/ObjectReader.h>
+#include <libinspect/records/RecordView.h>
+
+namespace Inspect {
+namespace {
+
+constexpr uint64_t MAX_PAYLOAD = std::numeric_limits<int32_t>::max();  // what every reader can still address
+
+/// Values by the text the library prints for them, tried over the range the wire has.
+template <class E>
+bool enumFromText(const std::string& text, E& out) {
+  for (int v = 0; v <= std::numeric_limits<int8_t>::max(); ++v) {
+    if (text.empty() || text != toString(static_cast<E>(v))) continue;
+    out = static_cast<E>(v);
+    return true;
+  }
+  return false;
+}
+
+template <class E>
+void enumeration(ObjectReader& in, const char* key, E& out) {
+  std::string text = toString(out);
+  in.text(key, text);
+  if (in.ok() && !enumFromText(text, out))
+    in.fail(key, text, "a text the library prints, such as \"" + std::string(toString(out)) + "\"");
+}
+
+void timeStamp(ObjectReader& in, const char* key, long& out) {
+  const Json::Value* const v = in.take(key);
+  if (v == nullptr) return;
+  time_t time = 0;
+  if (v->isInt64()) {
+    time = static_cast<time_t>(v->asInt64());
+  } else if (!v->isString() || !fromIsoUtc(v->asString(), time)) {
+    in.fail(key, *v, "a time such as \"2024-01-31T09:15:00Z\" or seconds since 1970");
+  }
+  out = static_cast<long>(time);
+}
+
+std::string withoutBlanks(std::string text) {
+  text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
+  return text;
+}
+
+/// A measurement as text, or as the object the commands print, whose text counts.
+void measurement(ObjectReader& in, const char* key, Veltra::DisplayMeas& out) {
+  const Json::Value* v = in.take(key);
+  if (v == nullptr) return;
+  const Json::Value& found = *v;
+  if (found.isObject() && found.isMember("text")) v = &found["text"];
+  const std::string text = v->isString() ? v->asString() : "";
+  Veltra::DisplayMeas read;
+  // What does not print back as it was written is no measurement, or one the record cannot hold exactly.
+  const bool ok = v->isString() && read.fromString(text) && read.value.hasPrintableScale() &&
+                  (text.empty() || withoutBlanks(read.toString()) == withoutBlanks(text));
+  if (!ok) {
+    return in.fail(key, found, "a measurement of up to 4 decimals such as \"45.2\", \"> 12.50\", \"N/A\" or \"---\"");
+  }
+  out = read;
+}
+
+void testFlags(ObjectReader& in, const char* key, unsigned& out) {
+  const Json::Value* const v = in.take(key);
+  if (v == nullptr) return;
+  unsigned flags = 0;
+  bool ok = v->isArray();
+  for (Json::ArrayIndex i = 0; ok && i < v->size(); ++i) {
+    // Bit 31 is printed as a signed number.
+    const boost::optional<int64_t> flag = Veltra::int64FromJson((*v)[i], nullptr);
+    const auto bits = flag ? static_cast<uint32_t>(*flag) : 0u;
+    ok = bits != 0 && (bits & (bits - 1)) == 0 && (*flag == bits || *flag == static_cast<int32_t>(bits));
+    flags |= bits;
+  }
+  if (!ok) return in.fail(key, *v, "a list of powers of two");
+  out = flags;
+}
+
+void count(ObjectReader& in, const char* key, int& out) {
+  // One signed byte in the file: a larger count would come back as another number.
+  in.integer(key, out, std::numeric_limits<int8_t>::min(), std::numeric_limits<int8_t>::max());
+}
+
+void parseSummary(const Json::Value& json, Veltra::ResultSummary& s, std::string& error) {
+  ObjectReader in(json, "summary", error);
+  in.text("resultName", s.resultName);
+  enumeration(in, "resultType", s.resultType);
+  timeStamp(in, "timeStamp", s.timeStamp);
+  enumeration(in, "status", s.status);
+  measurement(in, "length", s.length);
+  measurement(in, "headroom", s.headroom);
+  testFlags(in, "testFlags", s.testFlags);
+  count(in, "numPassTests", s.numPassTests);
+  count(in, "numPassStarTests", s.numPassStarTests);
+  count(in, "numFailTests", s.numFailTests);
+  in.finish();
+}
+
+bool typeFromName(const std::string& name, uint16_t& type) {
+  for (uint32_t id = 0; id <= std::numeric_limits<uint16_t>::max(); ++id) {
+    const char* const known = PFile::sectionIdToString(static_cast<uint16_t>(id));
+    if (known == nullptr || name != known) continue;
+    type = static_cast<uint16_t>(id);
+    return true;
+  }
+  return false;
+}
+
+void parseSection(const Json::Value& json, const std::string& path, DescribedSection& section, std::string& error) {
+  ObjectReader in(json, path, error);
+  if (json.isObject() && json["type"].isString()) {
+    std::string name;
+    in.text("type", name);
+    if (!typeFromName(name, section.type)) in.fail("type", name, "the name or number of a section type");
+  } else {
+    in.integer("type", section.type, 2, std::numeric_limits<uint16_t>::max());
+    if (in.ok() && section.type == 0) in.fail("type", Json::Value(), "the name or number of a section type");
+  }
+  in.integer("version", section.version, 0, std::numeric_limits<uint16_t>::max());
+  in.boolean("compress", section.compress);
+  in.text("payload", section.payload);
+  if (in.ok() && section.payload.empty()) in.fail("payload", Json::Value(), "the path of a file");
+  in.finish();
+}
+
+bool writeDataSection(const DescribedSection& described, int level, Veltra::MemFileWriter& writer, std::string& error) {
+  ByteSource source;
+  if (!source.open(described.payload, error)) return false;
+  if (source.size() == 0 || source.size() > MAX_PAYLOAD) {
+    error = fmt::format("{}: {} bytes, a payload has 1 to {}", source.name(), source.size(), MAX_PAYLOAD);
+    return false;
+  }
+  const auto size = static_cast<uint32_t>(source.size());
+  std::unique_ptr<unsigned char[]> bytes(new unsigned char[size]);
+  if (source.readAt(0, bytes.get(), size) != size) {
+    error = fmt::format("{}: read error", source.name());
+    return false;
+  }
+  if (described.compress && size > PFile::Section::MAX_UNCOMPRESSED) {
+    error = fmt::format("{}: {} bytes, readers uncompress at most {}: store it uncompressed", source.name(), size,
+                        PFile::Section::MAX_UNCOMPRESSED);
+    return false;
+  }
+  PFile::Section section;
+  const PFile::SECTION_FLAGS flags = described.compress ? PFile::SECTION_FLAG_COMPRESS : PFile::SECTION_FLAGS{0};
+  if (section.set(described.type, described.version, flags, bytes.release(), size, true, level) != 0) {
+    error = fmt::format("{}: cannot be compressed", source.name());
+    return false;
+  }
+  if (writer.write(section) == 0) return true;
+  error = fmt::format("section {}: {}", typeName(described.type), std::strerror(errno));
+  return false;
+}
+
+}  // namespace
+
+bool parseDescription(const std::string& text, const std::string& payloads, ResultDescription& description,
+                      std::string& error) {
+  Json::Value root;
+  error.clear();
+  if (!Veltra::parseJson(text, root, false)) {
+    error = "not JSON";
+    return false;
+  }
+  ObjectReader in(root, "description", error);
+  const Json::Value* const summary = in.take("summary");
+  if (summary != nullptr) {
+    parseSummary(*summary, description.summary, error);
+  } else if (in.ok()) {
+    in.fail("summary", Json::Value(), "an object");
+  }
+  const Json::Value* const sections = in.take("sections");
+  if (in.ok() && sections != nullptr && !sections->isArray()) in.fail("sections", *sections, "a list");
+  for (Json::ArrayIndex i = 0; in.ok() && sections != nullptr && i < sections->size(); ++i) {
+    DescribedSection section;
+    parseSection((*sections)[i], fmt::format("sections[{}]", i), section, error);
+    if (section.payload[0] != '/' && !payloads.empty()) section.payload = payloads + "/" + section.payload;
+    description.sections.push_back(section);
+  }
+  in.finish();
+  return in.ok();
+}
+
+bool packResult(ResultDescription& description, const std::string& path, int level, PackedFile& packed,
+                std::string& error) {
+  UnfinishedFile unfinished;
+  PFile::SafeFileWriter file;
+  error.clear();
+  const int opened = file.open(path.c_str());
+  unfinished.created(file.temporaryPath());
+  if (opened != 0) {
+    error = fmt::format("{}: {}", path, std::strerror(errno));
+    return false;
+  }
+  Veltra::MemFileWriter writer(&file.writer());
+  if (writer.writeSection(description.summary, Veltra::ResultSummary::CLASS_VERSION, PFile::SECTION_RESULT_SUMMARY, 0,
+                          0) != Veltra::RESULT_WRITER_OK) {
+    error = fmt::format("{}: the summary could not be written: {}", path, std::strerror(errno));
+    return false;
+  }
+  for (const DescribedSection& section : description.sections) {
+    if (!writeDataSection(section, level, writer, error)) return false;
+  }
+  if (file.commit() != 0) {
+    error = fmt::format("{}: {}", path, std::strerror(errno));
+    return false;
+  }
+  ByteSource written;
+  if (!written.open(path, error)) return false;
+  packed.bytes = written.size();
+  packed.sections = static_cast<int>(description.sections.size()) + 2;
+  return true;
+}
+
+}  // namespace Inspect

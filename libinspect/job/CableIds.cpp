@@ -1,0 +1,89 @@
+#include <libinspect/job/CableIds.h>
+
+#include <fmt/format.h>
+
+#include <libcrossplatform/common/CableIDSeq.h>
+
+namespace Inspect {
+namespace {
+
+enum class Kind { LITERAL, LOWER, UPPER, DIGIT };
+
+Kind kindOf(char c) {
+  if (c >= '0' && c <= '9') return Kind::DIGIT;
+  if (c >= 'A' && c <= 'Z') return Kind::UPPER;
+  if (c >= 'a' && c <= 'z') return Kind::LOWER;
+  return Kind::LITERAL;
+}
+
+bool isLetter(Kind kind) {
+  return kind == Kind::LOWER || kind == Kind::UPPER;
+}
+
+/// What the first position that does not fit has against it; empty when all fit.
+std::string positionRefusal(const std::string& first, const std::string& last) {
+  for (std::size_t i = 0; i < first.size(); ++i) {
+    const Kind kind = kindOf(first[i]);
+    const Kind lastKind = kindOf(last[i]);
+    const std::string where = fmt::format("position {}: '{}' and '{}'", i + 1, first[i], last[i]);
+    if (kind != lastKind) {
+      return where + (isLetter(kind) && isLetter(lastKind) ? " differ in letter case" : " are of different kinds");
+    }
+    if (kind == Kind::LITERAL && first[i] != last[i]) return where + " are no letters or digits and must be the same";
+    if (isLetter(kind) && last[i] < first[i]) return where + " fall";
+    if (kind == Kind::DIGIT && (i + 1 == first.size() || kindOf(first[i + 1]) != Kind::DIGIT)) {
+      const std::size_t begin = first.find_last_not_of("0123456789", i) + 1;  // 0 when nothing stands before the field
+      const std::string from = first.substr(begin, i + 1 - begin), to = last.substr(begin, i + 1 - begin);
+      if (to < from) return fmt::format("position {}: {} and {} fall", begin + 1, from, to);
+    }
+  }
+  return {};
+}
+
+std::string refusalOf(const std::string& first, const std::string& last) {
+  CIDPattern pattern;
+  if (!pattern.compile(first)) return fmt::format("longer than {} characters", CIDPattern::MAX_CHARACTERS);
+  if (first.size() != last.size()) {
+    return fmt::format("the lengths differ: {} and {} bytes", first.size(), last.size());
+  }
+  if (std::string refusal = positionRefusal(first, last); !refusal.empty()) return refusal;
+  return first == last ? "a set of a single ID" : fmt::format("more than {} IDs", MAX_CABLE_IDS);
+}
+
+}  // namespace
+
+bool CableIdSet::build(const std::string& first, const std::string& last, std::string& refusal) {
+  if (_pattern.compile(first) && _pattern.setEnding(last, _number)) return true;
+  refusal = refusalOf(first, last);
+  return false;
+}
+
+std::vector<std::string> CableIdSet::ids(uint32_t from, uint32_t wanted) const {
+  std::vector<std::string> ids;
+  CIDNumber number(_number);
+  for (uint32_t ordinal = from; ids.size() < wanted && number.setOrdinal(ordinal); ++ordinal) {
+    ids.push_back(_pattern.toString(number));
+  }
+  return ids;
+}
+
+std::optional<uint32_t> CableIdSet::ordinalOf(const std::string& id) const {
+  CIDNumber number(_number);
+  if (!_pattern.setOrdinal(id, number)) return std::nullopt;
+  return number.Ordinal();
+}
+
+std::vector<std::string> nextFreeIds(const std::string& first, const std::string& last,
+                                     const std::vector<std::string>& used, uint32_t wanted,
+                                     std::vector<std::string>& foreign) {
+  CableIDSeq sequence;
+  std::vector<std::string> ids;
+  if (!sequence.verifyIDSet(first, last)) return ids;
+  for (const std::string& id : used) {
+    if (!sequence.pruneID(id)) foreign.push_back(id);
+  }
+  while (ids.size() < wanted && sequence.getUsed() < sequence.getTotal()) ids.push_back(sequence.takeNextID());
+  return ids;
+}
+
+}  // namespace Inspect

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <ctime>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <libinspect/job/CableIds.h>
+#include <libinspect/records/FileSummary.h>
+
+namespace Inspect {
+
+/// One result file in a table of many: what is kept of it once it was read.
+struct ResultRow {
+  std::string file;
+  Veltra::ResultSummary summary;
+};
+
+/// True when `a` comes before `b` where runs of digits count as numbers: A2 before A10.
+bool comesBefore(const std::string& a, const std::string& b);
+
+/// Puts rows in the numeric order of their IDs; equal IDs by time, then by file.
+void sortRows(std::vector<ResultRow>& rows);
+
+/// The row as a flat object: file, id, type, status, length and headroom with their relations, time, counts.
+Json::Value toJson(const ResultRow& row);
+/// The columns of that object, in order.
+const std::vector<std::string>& rowColumns();
+
+/// Which IDs of a job were tested.
+struct Coverage {
+  std::vector<std::string> missing;  ///< expected, without a result
+  std::vector<std::string> twice;    ///< expected, with more than one result
+  std::vector<std::string> foreign;  ///< results whose ID is not of the set
+  std::vector<int> results;          ///< of each ID of the set, in their order
+};
+Coverage coverageOf(const std::vector<ResultRow>& rows, const CableIdSet& expected);
+
+/// Splits "FIRST..LAST" and builds its set. @return false, with `error` filled
+bool parseExpected(const std::string& text, CableIdSet& set, std::string& error);
+
+}  // namespace Inspect

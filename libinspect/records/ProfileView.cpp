@@ -1,0 +1,296 @@
+#include <libinspect/records/ProfileView.h>
+
+#include <algorithm>
+#include <cstring>
+#include <iterator>
+
+#include <fmt/format.h>
+
+#include <libcrossplatform/common/EncryptedString.h>
+
+namespace Inspect {
+namespace {
+
+constexpr char MASK[] = "********";
+constexpr char WANTED_ADDRESS[] = "an IPv4 address an interface can have, such as 192.168.1.20";
+constexpr char WANTED_MASK[] = "an IPv4 mask of ones followed by zeros, such as 255.255.255.0";
+constexpr char WANTED_FLAG[] = "yes or no";
+constexpr char WANTED_TEXT[] = "a text of at most 65535 bytes";
+constexpr char WANTED_DNS[] = "an IPv4 address; servers are set in order, 3 at most";
+constexpr char WANTED_KEY[] =
+    "5 characters or 10 hexadecimal digits, for WEP-128 13 or 26; an empty line removes the key";
+
+Json::Value textOrNull(const std::string& text) {
+  return text.empty() ? Json::Value() : Json::Value(text);
+}
+
+template <std::string (NetworkProfile::*GET)() const>
+Json::Value text(const NetworkProfile& p) {
+  return textOrNull((p.*GET)());
+}
+
+template <bool (NetworkProfile::*GET)() const>
+Json::Value flag(const NetworkProfile& p) {
+  return (p.*GET)();
+}
+
+template <bool (NetworkProfile::*SET)(bool)>
+bool setFlag(NetworkProfile& p, const std::string& value) {
+  return (value == "yes" || value == "no") && (p.*SET)(value == "yes");
+}
+
+template <bool (NetworkProfile::*SET)(const std::string&)>
+bool setText(NetworkProfile& p, const std::string& value) {
+  return (p.*SET)(value);
+}
+
+template <std::string (NetworkProfile::*GET)(std::size_t) const, std::size_t I>
+Json::Value dns(const NetworkProfile& p) {
+  return textOrNull((p.*GET)(I));
+}
+
+template <bool (NetworkProfile::*SET)(std::size_t, const std::string&), std::size_t I>
+bool setDns(NetworkProfile& p, const std::string& value) {
+  return (p.*SET)(I, value);
+}
+
+template <unsigned K>
+Json::Value wepKey(const NetworkProfile& p) {
+  return textOrNull(p.getWirelessKey(K));
+}
+
+template <unsigned K>
+bool setWepKey(NetworkProfile& p, const std::string& value) {
+  return p.setWirelessKey(K, value);
+}
+
+template <class Enumeration>
+bool setByName(NetworkProfile& p, const std::string& name, bool (NetworkProfile::*set)(uint32_t)) {
+  const auto* const end = std::end(Enumeration::desc);
+  const auto* const found = std::find(std::begin(Enumeration::desc), end, name);
+  return found != end && (p.*set)(static_cast<uint32_t>(found - std::begin(Enumeration::desc)));
+}
+
+bool setActiveKey(NetworkProfile& p, const std::string& value) {
+  return value.size() == 1 && value[0] >= '1' && value[0] <= '4' &&
+         p.setActiveKey(static_cast<unsigned>(value[0] - '0'));
+}
+
+Json::Value certificateSize(const std::vector<uint8_t>& bytes) {
+  return bytes.empty() ? Json::Value() : Json::Value(fmt::format("{} bytes", bytes.size()));
+}
+
+using P = NetworkProfile;
+
+const ProfileSetting SETTINGS[] = {
+    {"wifi", false, WANTED_FLAG, flag<&P::getWifiEnabled>, setFlag<&P::setWifiEnabled>},
+    {"address", false, WANTED_ADDRESS, text<&P::getInetAddr>, setText<&P::setInetAddr>},
+    {"mask", false, WANTED_MASK, text<&P::getMask>, setText<&P::setMask>},
+    {"broadcast", false, WANTED_ADDRESS, text<&P::getBroadcast>, setText<&P::setBroadcast>},
+    {"gateway", false, WANTED_ADDRESS, text<&P::getGateway>, setText<&P::setGateway>},
+    {"dhcp", false, WANTED_FLAG, flag<&P::getDHCP>, setFlag<&P::setDHCP>},
+    {"dns1", false, WANTED_DNS, dns<&P::getDNS, 0>, setDns<&P::setDNS, 0>},
+    {"dns2", false, WANTED_DNS, dns<&P::getDNS, 1>, setDns<&P::setDNS, 1>},
+    {"dns3", false, WANTED_DNS, dns<&P::getDNS, 2>, setDns<&P::setDNS, 2>},
+    {"wifi-address", false, WANTED_ADDRESS, text<&P::getUsbWifiInetAddr>, setText<&P::setUsbWifiInetAddr>},
+    {"wifi-mask", false, WANTED_MASK, text<&P::getUsbWifiMask>, setText<&P::setUsbWifiMask>},
+    {"wifi-broadcast", false, WANTED_ADDRESS, text<&P::getUsbWifiBroadcast>, setText<&P::setUsbWifiBroadcast>},
+    {"wifi-gateway", false, WANTED_ADDRESS, text<&P::getUsbWifiGateway>, setText<&P::setUsbWifiGateway>},
+    {"wifi-dhcp", false, WANTED_FLAG, flag<&P::getUsbWifiDHCP>, setFlag<&P::setUsbWifiDHCP>},
+    {"wifi-dns1", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 0>, setDns<&P::setUsbWifiDNS, 0>},
+    {"wifi-dns2", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 1>, setDns<&P::setUsbWifiDNS, 1>},
+    {"wifi-dns3", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 2>, setDns<&P::setUsbWifiDNS, 2>},
+    {"ssid", false, "a network name", text<&P::getUsbWifiSSID>, setText<&P::setUsbWifiSSID>},
+    {"security", false, "Open, WEP, WPA-WPA2-Personal or WPA-WPA2-Enterprise",
+     [](const P& p) { return Json::Value(UsbWifiSecurity::desc[p.getUsbWifiSecurity()]); },
+     [](P& p, const std::string& name) { return setByName<UsbWifiSecurity>(p, name, &P::setUsbWifiSecurity); }},
+    {"encryption", false, "None, WEP-64, WEP-128, Auto, TKIP, AES or WEP",
+     [](const P& p) { return Json::Value(Encryption::desc[p.getEncryption()]); },
+     [](P& p, const std::string& name) { return setByName<Encryption>(p, name, &P::setEncryption); }},
+    {"eap", false, "an EAP method such as \"PEAP MSCHAP V2\" or \"TTLS PAP\"",
+     [](const P& p) { return p.anyEap() ? Json::Value(Eap::desc[p.getEap()]) : Json::Value(); },
+     [](P& p, const std::string& name) { return setByName<Eap>(p, name, &P::setEap); }},
+    {"wep-key1", true, WANTED_KEY, wepKey<1>, setWepKey<1>},
+    {"wep-key2", true, WANTED_KEY, wepKey<2>, setWepKey<2>},
+    {"wep-key3", true, WANTED_KEY, wepKey<3>, setWepKey<3>},
+    {"wep-key4", true, WANTED_KEY, wepKey<4>, setWepKey<4>},
+    {"active-key", false, "the number of a key that is set, 1 to 4",
+     [](const P& p) { return p.getActiveKey() != 0 ? Json::Value(p.getActiveKey()) : Json::Value(); }, setActiveKey},
+    {"passphrase", true, WANTED_TEXT, text<&P::getWirelessPassword>, setText<&P::setWirelessPassword>},
+    {"user", true, WANTED_TEXT, text<&P::getUser>, setText<&P::setUser>},
+    {"password", true, WANTED_TEXT, text<&P::getPassword>, setText<&P::setPassword>},
+    {"identity", true, WANTED_TEXT, text<&P::getSecurityId>, setText<&P::setSecurityId>},
+    {"alternate-id", false, WANTED_FLAG, flag<&P::getAlternateId>, setFlag<&P::setAlternateId>},
+    {"certificate-name", false, "a text", text<&P::getCertificateName>, setText<&P::setCertificateName>},
+    {"certificate", false, nullptr, [](const P& p) { return certificateSize(p.getCertificate()); }, nullptr},
+    {"certificate-key", false, nullptr, [](const P& p) { return certificateSize(p.getCertificateKey()); }, nullptr},
+};
+
+Json::Value recentJson(const NetworkProfile& profile) {
+  Json::Value recent(Json::arrayValue);
+  WifiProfile network;
+  for (unsigned i = 0; profile.getWifiProfile(i, network); ++i) {
+    Json::Value entry(Json::objectValue);
+    entry["ssid"] = network.ssid;
+    entry["security"] = network.securityType < std::size(UsbWifiSecurity::desc)
+                            ? Json::Value(UsbWifiSecurity::desc[network.securityType])
+                            : Json::Value();
+    recent.append(entry);
+    network.wipeSecrets();
+  }
+  return recent;
+}
+
+// The names members are stored under, for the checks that no getter answers. No name stands both in the document and in
+// its security object, so one list serves the two.
+struct StoredKind {
+  const char* kind;
+  bool (Json::Value::*is)() const;
+  std::vector<const char*> members;
+};
+const StoredKind STORED_KINDS[] = {
+    // clang-format off
+    {"true or false", &Json::Value::isBool, {"Wifi Interface", "Use DHCP", "UsbWifiUse DHCP", "Alternate Id"}},
+    {"a text", &Json::Value::isString,
+     {"InetAddr", "Mask", "Broadcast", "Gateway", "UsbWifiInetAddr", "UsbWifiMask", "UsbWifiBroadcast", "UsbWifiGateway",
+      "WiFi SSID", "Security Type", "Encryption", "EAP", "Wireless Password", "User", "Password", "ID", "Certificate",
+      "Certificate Key", "Certificate Name"}},
+    {"a list", &Json::Value::isArray, {"DNSList", "UsbWifiDNSList", "Recent", "Key"}},
+    {"an object", &Json::Value::isObject, {"Wireless Security"}},
+    {"a key number", &Json::Value::isUInt, {"Active Key"}},
+    // clang-format on
+};
+
+constexpr const char* ENCRYPTED_TEXTS[] = {"Wireless Password", "User", "Password", "ID"};
+constexpr const char* ENCRYPTED_BLOBS[] = {"Certificate", "Certificate Key"};
+
+struct ListedName {
+  const char* member;
+  const char* const* names;
+  std::size_t count;
+};
+const ListedName LISTED_NAMES[] = {
+    {"Security Type", UsbWifiSecurity::desc, std::size(UsbWifiSecurity::desc)},
+    {"Encryption", Encryption::desc, std::size(Encryption::desc)},
+    {"EAP", Eap::desc, std::size(Eap::desc)},
+};
+
+/// Goes through a stored document, the whole profile or one of its recent networks.
+class DocumentCheck {
+ public:
+  DocumentCheck(std::string place, std::vector<std::string>& found) : m_place(std::move(place)), m_found(found) {}
+
+  void run(const Json::Value& document) {
+    checkKinds(document);
+    const Json::Value& security = document["Wireless Security"];
+    if (!security.isObject()) return;
+    checkKinds(security);
+    for (const ListedName& listed : LISTED_NAMES) checkName(listed, security[listed.member]);
+    for (const char* member : ENCRYPTED_TEXTS) checkSecret(member, security[member], false);
+    for (const char* member : ENCRYPTED_BLOBS) checkSecret(member, security[member], true);
+    const Json::Value& keys = security["Key"];
+    for (Json::ArrayIndex i = 0; keys.isArray() && i < keys.size(); ++i) {
+      const std::string name = fmt::format("Key {}", i + 1);
+      if (!keys[i].isNull() && !keys[i].isString()) add(name, "is not a text");
+      checkSecret(name, keys[i], false);
+    }
+  }
+
+ private:
+  void add(const std::string& member, const char* fault) {
+    m_found.push_back(fmt::format("{}\"{}\" {}", m_place, member, fault));
+  }
+
+  void checkKinds(const Json::Value& parent) {
+    for (const StoredKind& stored : STORED_KINDS) {
+      for (const char* const member : stored.members) {
+        const Json::Value& value = parent[member];
+        if (!value.isNull() && !(value.*stored.is)()) add(member, fmt::format("is not {}", stored.kind).c_str());
+      }
+    }
+  }
+
+  void checkName(const ListedName& listed, const Json::Value& name) {
+    const bool known = !name.isString() || std::any_of(listed.names, listed.names + listed.count,
+                                                       [&](const char* n) { return name.asString() == n; });
+    if (!known) add(listed.member, "is none of the known names");
+  }
+
+  /// A text form that this library cannot read reads as empty. The shortest text form holds the empty secret.
+  void checkSecret(const std::string& name, const Json::Value& value, bool isBlob) {
+    constexpr std::size_t EMPTY_SECRET = 64;
+    const std::string stored = value.isString() ? value.asString() : std::string();
+    if (stored.empty() || stored.size() == EMPTY_SECRET) return;
+    if (isBlob ? EncryptedString::DecryptBlob(stored).empty() : EncryptedString::Decrypt(stored).empty()) {
+      add(name, "does not decrypt: it was changed, or written under another key");
+    }
+  }
+
+  std::string m_place;
+  std::vector<std::string>& m_found;
+};
+
+/// Values that the setters of a fresh profile refuse.
+void checkValues(const NetworkProfile& profile, std::vector<std::string>& found) {
+  for (const ProfileSetting& setting : SETTINGS) {
+    const bool isAddress =
+        setting.wanted == WANTED_ADDRESS || setting.wanted == WANTED_MASK || setting.wanted == WANTED_DNS;
+    const Json::Value value = setting.get(profile);
+    if (!isAddress || !value.isString()) continue;
+    const bool bad = setting.wanted == WANTED_MASK ? NetworkProfile::invalidMask(value.asString())
+                                                   : NetworkProfile::invalidIPv4(value.asString());
+    if (bad)
+      found.push_back(fmt::format("{}: found \"{}\", wanted {}", setting.name, value.asString(), setting.wanted));
+  }
+  if (profile.getUsbWifiSecurity() != UsbWifiSecurity::WEP) return;
+  if (profile.getWirelessKey(profile.getActiveKey()).empty()) found.emplace_back("active-key: that WEP key is not set");
+}
+
+}  // namespace
+
+const std::vector<ProfileSetting>& profileSettings() {
+  static const std::vector<ProfileSetting> LIST(std::begin(SETTINGS), std::end(SETTINGS));
+  return LIST;
+}
+
+const ProfileSetting* findProfileSetting(const std::string& name) {
+  for (const ProfileSetting& setting : profileSettings()) {
+    if (name == setting.name) return &setting;
+  }
+  return nullptr;
+}
+
+Json::Value profileJson(const NetworkProfile& profile, bool reveal) {
+  Json::Value json(Json::objectValue);
+  Json::Value& settings = json["settings"] = Json::Value(Json::objectValue);
+  for (const ProfileSetting& setting : profileSettings()) {
+    Json::Value value = setting.get(profile);
+    if (setting.secret && !reveal && !value.isNull()) value = MASK;
+    settings[setting.name] = value;
+  }
+  json["recent"] = recentJson(profile);
+  return json;
+}
+
+std::vector<std::string> checkProfile(const NetworkProfile& profile) {
+  std::vector<std::string> found;
+  const Json::Value& document = profile;
+  if (!document.isObject() && !document.isNull()) {
+    found.emplace_back("the document is not an object");
+    return found;
+  }
+  checkValues(profile, found);
+  DocumentCheck("", found).run(document);
+  const Json::Value& recent = document["Recent"];
+  for (Json::ArrayIndex i = 0; recent.isArray() && i < recent.size(); ++i) {
+    const std::string place = fmt::format("recent network {}: ", i + 1);
+    if (recent[i].isObject()) {
+      DocumentCheck(place, found).run(recent[i]);
+    } else if (!recent[i].isNull()) {
+      found.push_back(place + "is not an object");
+    }
+  }
+  return found;
+}
+
+}  // namespace Inspect

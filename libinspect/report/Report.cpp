@@ -1,0 +1,103 @@
+#include <libinspect/report/Report.h>
+
+#include <algorithm>
+#include <limits>
+#include <numeric>
+#include <set>
+
+#include <libinspect/container/Doctor.h>
+
+namespace Inspect {
+namespace {
+
+constexpr const char* MEDIA[] = {"Copper", "Fibre", "No medium"};
+
+std::size_t mediumOf(const ResultRow& row) {
+  if (row.summary.resultType == Veltra::RESULT_TYPE_COPPER) return 0;
+  return row.summary.resultType == Veltra::RESULT_TYPE_FIBER ? 1 : 2;
+}
+
+/// Worst first. Rows come in the order of their IDs, which a stable sort keeps.
+void sortByNeed(std::vector<ReportRow>& rows) {
+  const auto headroom = [](const ReportRow& row) {
+    return measuredNumber(row.result->summary.headroom).value_or(std::numeric_limits<double>::max());
+  };
+  std::stable_sort(rows.begin(), rows.end(), [&headroom](const ReportRow& a, const ReportRow& b) {
+    return a.severity != b.severity ? a.severity < b.severity : headroom(a) < headroom(b);
+  });
+}
+
+void addMedia(const JobFiles& job, Report& report) {
+  std::set<std::string> damaged;
+  for (const FileNote& note : job.notes) {
+    if (note.isDamaged) damaged.insert(note.file);
+  }
+  std::vector<ReportRow> rows[std::size(MEDIA)];
+  for (const ResultRow& row : job.rows) {
+    rows[mediumOf(row)].push_back({&row, severityOf(row.summary.status), damaged.count(row.file) > 0});
+  }
+  for (std::size_t i = 0; i < std::size(MEDIA); ++i) {
+    if (rows[i].empty()) continue;
+    sortByNeed(rows[i]);
+    report.media.push_back({MEDIA[i], std::move(rows[i])});
+  }
+}
+
+void addExpected(const JobFiles& job, Report& report) {
+  const CableIdSet& set = *job.expected;
+  report.hasExpected = true;
+  report.coverage = coverageOf(job.rows, set);
+  const std::vector<std::string> ids = set.ids(0, set.count());
+  report.expected.resize(ids.size());
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    report.expected[i].id = ids[i];
+    report.expected[i].results = report.coverage.results[i];
+  }
+  for (const ResultRow& row : job.rows) {
+    const std::optional<uint32_t> ordinal = set.ordinalOf(row.summary.resultName);
+    if (!ordinal) continue;
+    std::size_t& severity = report.expected[*ordinal].severity;
+    severity = std::min(severity, severityOf(row.summary.status));
+  }
+}
+
+}  // namespace
+
+FileNote noteOf(const ContainerReport& report) {
+  FileNote note;
+  note.file = report.name;
+  note.isDamaged = report.damaged();
+  note.leftOut = report.findings.leftOut();
+  for (const Finding& finding : report.findings) {
+    if (note.findings.size() < FileNote::MOST_FINDINGS) {
+      note.findings.push_back(describe(finding));
+    } else {
+      ++note.leftOut;
+    }
+    if (note.next.empty()) note.next = nextCommand(report.path, finding);
+  }
+  return note;
+}
+
+VerdictCounts verdictCounts(const std::vector<ReportRow>& rows) {
+  VerdictCounts counts{};
+  for (const ReportRow& row : rows) ++counts[row.severity];
+  return counts;
+}
+
+Report reportOf(const JobFiles& job) {
+  Report report;
+  report.results = job.rows.size();
+  for (const ResultRow& row : job.rows) {
+    ++report.verdicts[severityOf(row.summary.status)];
+    const auto time = static_cast<time_t>(row.summary.timeStamp);
+    if (time <= 0) continue;  // never set
+    report.firstTime = report.firstTime == 0 ? time : std::min(report.firstTime, time);
+    report.lastTime = std::max(report.lastTime, time);
+  }
+  addMedia(job, report);
+  if (job.expected != nullptr) addExpected(job, report);
+  return report;
+}
+
+}  // namespace Inspect

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include <libinspect/job/ResultRows.h>
+#include <libinspect/records/FileSummary.h>
+#include <libinspect/report/VerdictLook.h>
+
+namespace Inspect {
+
+/// A file that is not as it should be, in doctor's words.
+struct FileNote {
+  static constexpr std::size_t MOST_FINDINGS = 5;
+
+  std::string file;
+  bool isDamaged = false;  ///< or there are warnings alone
+  std::vector<std::string> findings;
+  uint64_t leftOut = 0;  ///< findings beyond those
+  std::string next;      ///< the command that helps next
+};
+FileNote noteOf(const ContainerReport& report);
+
+/// What is known of a job: one row a file, and the files that need a word.
+struct JobFiles {
+  std::vector<ResultRow> rows;
+  std::vector<FileNote> notes;
+  std::vector<std::string> withoutResult;  ///< sound, but no result files
+  std::vector<std::string> unread;         ///< could not be opened or read
+  const CableIdSet* expected = nullptr;    ///< null where no IDs were named
+};
+
+/// One result among those of its medium.
+struct ReportRow {
+  const ResultRow* result;
+  std::size_t severity;  ///< of its verdict, see verdictLook()
+  bool isDamaged;        ///< the file is damaged behind its summary
+};
+
+/// The results of one medium.
+struct MediumReport {
+  std::string name;
+  std::vector<ReportRow> rows;  ///< the worst verdict first, then the least headroom, then by ID
+};
+
+/// An ID of the job and what was found of it.
+struct ExpectedId {
+  std::string id;
+  int results = 0;
+  std::size_t severity = VERDICTS;  ///< the worst of its results; VERDICTS without any
+};
+
+using VerdictCounts = std::array<std::size_t, VERDICTS>;
+VerdictCounts verdictCounts(const std::vector<ReportRow>& rows);
+
+/// What the page says. Holds pointers to the rows it was made from.
+struct Report {
+  std::size_t results = 0;
+  VerdictCounts verdicts{};
+  std::vector<MediumReport> media;  ///< copper, fibre, none: those with results
+  time_t firstTime = 0;             ///< of the results with a time after 1970, 0 without any
+  time_t lastTime = 0;
+  bool hasExpected = false;
+  Coverage coverage;
+  std::vector<ExpectedId> expected;
+};
+Report reportOf(const JobFiles& job);
+
+}  // namespace Inspect
