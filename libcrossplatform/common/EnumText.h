@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <string_view>
 
+#include <gsl/span>
+
 namespace Veltra {
 
 /// In which directions a row of a text table holds.
@@ -18,6 +20,11 @@ struct EnumText {
   const char* text;
   TextUse use = TEXT_BOTH_WAYS;
 };
+
+/// The table of an enumeration, in the order of its values: what its toString() and its parser read. Each header that
+/// declares an enumeration with such a table declares its specialisation.
+template <class E>
+gsl::span<const EnumText<E>> enumTexts();
 
 /// Text of a value; `fallback` outside the table.
 template <class E, std::size_t N>

@@ -194,4 +194,59 @@ LocaleType fromLocaleTypeString(const std::string& text) {
   return valueOrUnknown(LOCALE_TEXTS, text);
 }
 
+template <>
+gsl::span<const EnumText<Language>> enumTexts<Language>() {
+  return LANGUAGE_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<LocaleType>> enumTexts<LocaleType>() {
+  return LOCALE_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<DateFormat>> enumTexts<DateFormat>() {
+  return DATE_FORMAT_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<TimeFormat>> enumTexts<TimeFormat>() {
+  return TIME_FORMAT_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<PowerDownTimeout>> enumTexts<PowerDownTimeout>() {
+  return POWER_DOWN_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<BacklightTimeout>> enumTexts<BacklightTimeout>() {
+  return BACKLIGHT_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<LengthUnits>> enumTexts<LengthUnits>() {
+  return LENGTH_UNITS_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<PowerLineFrequency>> enumTexts<PowerLineFrequency>() {
+  return POWER_LINE_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<ResultStorageLocation>> enumTexts<ResultStorageLocation>() {
+  return RESULT_STORAGE_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<NumericFormat>> enumTexts<NumericFormat>() {
+  return NUMERIC_FORMAT_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<IPAddressSource>> enumTexts<IPAddressSource>() {
+  return IP_ADDRESS_TEXTS;
+}
+
 }  // namespace Veltra

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include <libcrossplatform/common/EnumText.h>
 #include <libcrossplatform/logging/Export.h>
 
 /// The choices of the instrument settings and the texts they are shown and stored by. toString() of a value outside its
@@ -30,6 +31,8 @@ enum Language : int32_t {
   LANGUAGE_TURKISH = 15,
 };
 VELTRA_EXPORT const char* toString(Language value);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<Language>> enumTexts<Language>();
 VELTRA_EXPORT Language fromLanguageString(const std::string& text);
 
 /// Language and region, as in "en-US". Fallback "NOT_SET".
@@ -57,6 +60,8 @@ enum LocaleType : int32_t {
   LOCALE_TR_TR = 20,
 };
 VELTRA_EXPORT const char* toString(LocaleType value);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<LocaleType>> enumTexts<LocaleType>();
 VELTRA_EXPORT LocaleType fromLocaleTypeString(const std::string& text);
 
 /// Order and separator of a date. Fallback "MM/dd/yyyy".
@@ -69,6 +74,8 @@ enum DateFormat : int32_t {
   DATE_FORMAT_YMD_DASH = 5,
 };
 VELTRA_EXPORT const char* toString(DateFormat value);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<DateFormat>> enumTexts<DateFormat>();
 VELTRA_EXPORT DateFormat fromDateFormatString(const std::string& text);
 
 /// Clock of 12 or 24 hours. Fallback "12 hr".
@@ -77,6 +84,8 @@ enum TimeFormat : int32_t {
   TIME_FORMAT_24_HR = 1,
 };
 VELTRA_EXPORT const char* toString(TimeFormat value);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<TimeFormat>> enumTexts<TimeFormat>();
 VELTRA_EXPORT TimeFormat fromTimeFormatString(const std::string& text);
 
 /// Idle time until the instrument switches off. Fallback "10 Minutes": an invalid timeout never reads as switched off.
@@ -88,6 +97,8 @@ enum PowerDownTimeout : int32_t {
   POWER_DOWN_60_MIN = 4,
 };
 VELTRA_EXPORT const char* toString(PowerDownTimeout value);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<PowerDownTimeout>> enumTexts<PowerDownTimeout>();
 /// "60 Minutes" gives -1: it is shown, but not parsed.
 VELTRA_EXPORT PowerDownTimeout fromPowerDownTimeoutString(const std::string& text);
 
@@ -99,6 +110,8 @@ enum BacklightTimeout : int32_t {
   BACKLIGHT_15_MIN = 3,
 };
 VELTRA_EXPORT const char* toString(BacklightTimeout value);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<BacklightTimeout>> enumTexts<BacklightTimeout>();
 VELTRA_EXPORT BacklightTimeout fromBacklightTimeoutString(const std::string& text);
 
 /// Unit lengths are shown in. Fallback "m".
@@ -107,6 +120,8 @@ enum LengthUnits : int32_t {
   LENGTH_UNITS_FT = 1,
 };
 VELTRA_EXPORT const char* toString(LengthUnits value);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<LengthUnits>> enumTexts<LengthUnits>();
 VELTRA_EXPORT LengthUnits fromLengthUnitsString(const std::string& text);
 
 /// Mains frequency whose noise measurements leave out. Fallback "50 Hz".
@@ -115,6 +130,8 @@ enum PowerLineFrequency : int32_t {
   POWER_LINE_60_HZ = 1,
 };
 VELTRA_EXPORT const char* toString(PowerLineFrequency value);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<PowerLineFrequency>> enumTexts<PowerLineFrequency>();
 VELTRA_EXPORT PowerLineFrequency fromPowerLineFrequencyString(const std::string& text);
 
 /// Memory that results are stored in. Fallback "MMC".
@@ -123,6 +140,8 @@ enum ResultStorageLocation : int32_t {
   RESULT_STORAGE_INTERNAL = 1,
 };
 VELTRA_EXPORT const char* toString(ResultStorageLocation value);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<ResultStorageLocation>> enumTexts<ResultStorageLocation>();
 VELTRA_EXPORT ResultStorageLocation fromResultStorageLocationString(const std::string& text);
 
 /// Decimal point or comma. Fallback "0.0".
@@ -131,6 +150,8 @@ enum NumericFormat : int32_t {
   NUMERIC_FORMAT_COMMA = 1,
 };
 VELTRA_EXPORT const char* toString(NumericFormat value);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<NumericFormat>> enumTexts<NumericFormat>();
 VELTRA_EXPORT NumericFormat fromNumericFormatString(const std::string& text);
 
 /// Where the wired address comes from. Fallback "DHCP".
@@ -139,6 +160,8 @@ enum IPAddressSource : int32_t {
   IP_ADDRESS_STATIC = 1,
 };
 VELTRA_EXPORT const char* toString(IPAddressSource value);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<IPAddressSource>> enumTexts<IPAddressSource>();
 VELTRA_EXPORT IPAddressSource fromIPAddressSourceString(const std::string& text);
 
 }  // namespace Veltra

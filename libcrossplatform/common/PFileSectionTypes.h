@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
+
+#include <gsl/span>
 
 #include <libcrossplatform/logging/Export.h>
 
@@ -11,12 +14,32 @@ constexpr uint16_t SECTION_LIMIT_MANIFEST = 101;
 constexpr uint16_t SECTION_CABLE_MANIFEST = 102;
 constexpr uint16_t SECTION_RESULT_SUMMARY = 200;
 
-/// Name of a section type, kept exactly as files and logs carry it.
+/// What is known of a section type. Every function below, the versions that result files are checked against and the
+/// lists of the `veltra` command read these rows.
+struct SectionType {
+  static constexpr int32_t UNVERSIONED = -1;
+
+  // Bits of `classes`.
+  static constexpr uint8_t CLASS_END_2 = 1;
+  static constexpr uint8_t CLASS_OTDR_RAW = 2;
+  static constexpr uint8_t CLASS_OTDR_TEST = 4;
+
+  uint16_t id;
+  char const* name;       ///< kept exactly as files and logs carry it; null for a type without one
+  int32_t newestVersion;  ///< newest content version this library reads, 0 to 65535; or UNVERSIONED
+  uint8_t classes;
+};
+
+/// All known types by ascending id. The file header (1) is none of them.
+VELTRA_EXPORT gsl::span<const SectionType> sectionTypes();
+/// @return null for a type that is not known; else a row that lives as long as the program
+VELTRA_EXPORT const SectionType* findSectionType(unsigned int id);
+/// The type of that name, to the letter. @return null when there is none
+VELTRA_EXPORT const SectionType* findSectionType(std::string_view name);
+
+/// Name of a section type.
 /// @return null for a type without a name, the file header (1) among them: the caller must handle it
 VELTRA_EXPORT char const* sectionIdToString(unsigned short id);
-
-// The three sets are kept as listed, not derived from the names: OTDR_BIDI_RAW is no raw section and the OTDR_BIDI
-// sections are no end-2 sections, while OTDR_BIDI_TEST is a test section.
 
 /// 303 to 305, 309 to 311, 318 to 320, 324, 327, 328.
 VELTRA_EXPORT bool isEnd2Section(unsigned int id);

@@ -77,53 +77,9 @@ ResultReaderStatus streamOpToReaderStatus(Marshal::StreamOpStatus status) {
 }
 
 boost::optional<uint16_t> newestKnownVersion(uint16_t sectionType) {
-  switch (sectionType) {
-    case PFile::SECTION_RESULT_SUMMARY:
-      return uint16_t{1};
-    case 300:
-    case 303:
-    case 306:
-    case 309:
-    case 312:
-    case 315:
-    case 318:
-    case 330:
-      return uint16_t{12};  // *_TEST
-    case 301:
-    case 304:
-    case 307:
-    case 310:
-    case 313:
-    case 316:
-    case 319:
-    case 331:
-      return uint16_t{3};  // *_PLOT
-    case 302:
-    case 305:
-    case 308:
-    case 311:
-    case 314:
-    case 317:
-    case 320:
-    case 332:
-      return uint16_t{1};  // *_RAW
-    case 321:
-    case 325:
-    case 327:
-      return uint16_t{7};  // LOSS_LENGTH_TEST, IMAGE_END_*_TEST
-    case 323:
-    case 324:
-    case 326:
-    case 328:
-      return uint16_t{2};  // POWER_METER_*, IMAGE_END_*_IMAGE
-    case 700:
-      return uint16_t{6};  // known, though 700 to 702 have no names
-    case 701:
-    case 702:
-      return uint16_t{0};
-    default:
-      return boost::none;
-  }
+  const PFile::SectionType* const type = PFile::findSectionType(sectionType);
+  if (type == nullptr || type->newestVersion == PFile::SectionType::UNVERSIONED) return boost::none;
+  return static_cast<uint16_t>(type->newestVersion);
 }
 
 ResultReaderStatus readResultSummary(ResultSummary& out, char const* path, bool checkAllSections) {

@@ -164,4 +164,29 @@ int32_t fromTestMergeFlagsString(const std::string& text) {
   return valueOf(MERGE_FLAG_TEXTS, text, flag) ? static_cast<int32_t>(flag) : -1;
 }
 
+template <>
+gsl::span<const EnumText<Status>> enumTexts<Status>() {
+  return STATUS_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<ResultType>> enumTexts<ResultType>() {
+  return RESULT_TYPE_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<CableEnd>> enumTexts<CableEnd>() {
+  return CABLE_END_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<TestType>> enumTexts<TestType>() {
+  return TEST_TYPE_TEXTS;
+}
+
+template <>
+gsl::span<const EnumText<TestMergeFlags>> enumTexts<TestMergeFlags>() {
+  return MERGE_FLAG_TEXTS;
+}
+
 }  // namespace Veltra

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include <libcrossplatform/common/EnumText.h>
 #include <libcrossplatform/logging/Export.h>
 
 /// The enumerations every stored test result speaks in. Their texts are part of the file formats: documents and dumps
@@ -22,6 +23,8 @@ enum Status : int32_t {
 };
 
 VELTRA_EXPORT const char* toString(Status status);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<Status>> enumTexts<Status>();
 /// @return false, with `out` "Not set", for an unknown text
 VELTRA_EXPORT bool fromStatusString(const std::string& text, Status& out);
 /// "Not set" for an unknown text.
@@ -39,6 +42,8 @@ enum ResultType : int32_t {
 };
 
 VELTRA_EXPORT const char* toString(ResultType type);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<ResultType>> enumTexts<ResultType>();
 
 /// Which end of the link a result belongs to.
 enum CableEnd : int32_t {
@@ -47,7 +52,9 @@ enum CableEnd : int32_t {
   CABLE_END_2 = 2,  ///< the remote unit's end
 };
 
-VELTRA_EXPORT const char* toString(CableEnd end);                       ///< "End 1", "End 2"; empty when not set
+VELTRA_EXPORT const char* toString(CableEnd end);  ///< "End 1", "End 2"; empty when not set
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<CableEnd>> enumTexts<CableEnd>();
 VELTRA_EXPORT const char* toStringMainRemote(CableEnd end);             ///< "notset", "main", "remote"
 VELTRA_EXPORT CableEnd fromCableEndString(std::string text);            ///< not set for an unknown text
 VELTRA_EXPORT CableEnd fromCableEndMainRemoteString(std::string text);  ///< not set for an unknown text
@@ -88,6 +95,8 @@ enum TestType : int32_t {
 };
 
 VELTRA_EXPORT const char* toString(TestType type);
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<TestType>> enumTexts<TestType>();
 /// @return false, with `out` unchanged, for an unknown text and for "OLTS Set Reference Wizard", which is only printed
 VELTRA_EXPORT bool fromTestTypeString(std::string text, TestType& out);
 
@@ -106,6 +115,8 @@ enum TestMergeFlags : int32_t {
 };
 
 VELTRA_EXPORT const char* toString(TestMergeFlags flag);  ///< of a single value; a combination has no text
+template <>
+VELTRA_EXPORT gsl::span<const EnumText<TestMergeFlags>> enumTexts<TestMergeFlags>();
 /// The bit whose text this is; -1 for an unknown text and for "ok", which is no bit.
 VELTRA_EXPORT int32_t fromTestMergeFlagsString(const std::string& text);
 

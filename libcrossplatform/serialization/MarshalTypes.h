@@ -39,8 +39,8 @@ struct SerialTypeID {
 constexpr uint16_t SYSTEM_VELTRA_COMMON = 0x51;  ///< this library's own records
 constexpr uint16_t SYSTEM_FIBRE = 0x41;          ///< records of the fibre services
 
-/// Name of a record's combined id in logs and dumps; empty for an id without one. The two result summaries are
-/// named "ResultMetadata" and "ResultMetadataList", not after their classes: logs in the field carry these names.
+/// Name of a record's combined id in logs and dumps; empty for an id without one. The names stand with the records, in
+/// common/RecordTypes.cpp: two of them are not those of the classes.
 VELTRA_EXPORT const char* veltraCommonIdToString(uint32_t combinedId);
 
 /// Name of a system range; empty for every range this library's records use.

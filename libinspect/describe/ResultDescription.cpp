@@ -22,12 +22,11 @@ namespace {
 
 constexpr uint64_t MAX_PAYLOAD = std::numeric_limits<int32_t>::max();  // what every reader can still address
 
-/// Values by the text the library prints for them, tried over the range the wire has.
 template <class E>
 bool enumFromText(const std::string& text, E& out) {
-  for (int v = 0; v <= std::numeric_limits<int8_t>::max(); ++v) {
-    if (text.empty() || text != toString(static_cast<E>(v))) continue;
-    out = static_cast<E>(v);
+  for (const Veltra::EnumText<E>& row : Veltra::enumTexts<E>()) {
+    if (text != row.text) continue;
+    out = row.value;
     return true;
   }
   return false;
@@ -111,22 +110,16 @@ void parseSummary(const Json::Value& json, Veltra::ResultSummary& s, std::string
   in.finish();
 }
 
-bool typeFromName(const std::string& name, uint16_t& type) {
-  for (uint32_t id = 0; id <= std::numeric_limits<uint16_t>::max(); ++id) {
-    const char* const known = PFile::sectionIdToString(static_cast<uint16_t>(id));
-    if (known == nullptr || name != known) continue;
-    type = static_cast<uint16_t>(id);
-    return true;
-  }
-  return false;
-}
-
 void parseSection(const Json::Value& json, const std::string& path, DescribedSection& section, std::string& error) {
   ObjectReader in(json, path, error);
   if (json.isObject() && json["type"].isString()) {
     std::string name;
     in.text("type", name);
-    if (!typeFromName(name, section.type)) in.fail("type", name, "the name or number of a section type");
+    if (const PFile::SectionType* const known = PFile::findSectionType(std::string_view(name))) {
+      section.type = known->id;
+    } else {
+      in.fail("type", name, "the name or number of a section type");
+    }
   } else {
     in.integer("type", section.type, 2, std::numeric_limits<uint16_t>::max());
     if (in.ok() && section.type == 0) in.fail("type", Json::Value(), "the name or number of a section type");

@@ -4,9 +4,9 @@
 #include <fmt/format.h>
 
 #include <libcrossplatform/common/InstrumentSettingsEnumsToString.h>
-#include <libcrossplatform/common/ResultFile.h>
-#include <libcrossplatform/serialization/MarshalTypes.h>
-#include <libinspect/records/RecordView.h>
+#include <libcrossplatform/common/PFileSectionTypes.h>
+#include <libcrossplatform/common/RecordTypes.h>
+#include <libcrossplatform/common/ResultVocabulary.h>
 
 #include "Commands.h"
 
@@ -21,27 +21,24 @@ struct Row {
 };
 
 void addSections(std::vector<Row>& rows) {
-  for (uint32_t id = 0; id <= UINT16_MAX; ++id) {
-    const auto type = static_cast<uint16_t>(id);
-    const char* const name = PFile::sectionIdToString(type);
-    const boost::optional<uint16_t> newest = Veltra::newestKnownVersion(type);
-    if (name == nullptr && !newest) continue;
-    rows.push_back({"section", id, name != nullptr ? name : "-", newest ? fmt::format("version {}", *newest) : "-"});
+  for (const PFile::SectionType& type : PFile::sectionTypes()) {
+    const bool isVersioned = type.newestVersion != PFile::SectionType::UNVERSIONED;
+    rows.push_back({"section", type.id, type.name != nullptr ? type.name : "-",
+                    isVersioned ? fmt::format("version {}", type.newestVersion) : "-"});
   }
 }
 
 void addRecords(std::vector<Row>& rows) {
-  for (const auto& [id, name] : Inspect::knownRecords()) {
-    const std::string logName = Marshal::veltraCommonIdToString(id);
-    rows.push_back({"record", id, name, logName.empty() ? "-" : "in logs " + logName});
+  for (const Veltra::RecordType& type : Veltra::recordTypes()) {
+    rows.push_back(
+        {"record", type.id, type.name, *type.logName == '\0' ? "-" : fmt::format("in logs {}", type.logName)});
   }
 }
 
 template <class E>
-void addTexts(const char* kind, uint32_t last, std::vector<Row>& rows) {
-  for (uint32_t value = 0; value <= last; ++value) {
-    const std::string text = toString(static_cast<E>(value));
-    if (!text.empty()) rows.push_back({kind, value, text, "-"});
+void addTexts(const char* kind, std::vector<Row>& rows) {
+  for (const Veltra::EnumText<E>& row : Veltra::enumTexts<E>()) {
+    if (*row.text != '\0') rows.push_back({kind, static_cast<uint32_t>(row.value), row.text, "-"});
   }
 }
 
@@ -49,22 +46,22 @@ std::vector<Row> allRows() {
   std::vector<Row> rows;
   addSections(rows);
   addRecords(rows);
-  addTexts<Veltra::Status>("Status", 255, rows);
-  addTexts<Veltra::ResultType>("ResultType", 255, rows);
-  addTexts<Veltra::CableEnd>("CableEnd", 255, rows);
-  addTexts<Veltra::TestType>("TestType", 255, rows);
-  addTexts<Veltra::TestMergeFlags>("TestMergeFlags", 1023, rows);
-  addTexts<Veltra::Language>("Language", Veltra::LANGUAGE_TURKISH, rows);
-  addTexts<Veltra::LocaleType>("LocaleType", Veltra::LOCALE_TR_TR, rows);
-  addTexts<Veltra::DateFormat>("DateFormat", Veltra::DATE_FORMAT_YMD_DASH, rows);
-  addTexts<Veltra::TimeFormat>("TimeFormat", Veltra::TIME_FORMAT_24_HR, rows);
-  addTexts<Veltra::PowerDownTimeout>("PowerDownTimeout", Veltra::POWER_DOWN_60_MIN, rows);
-  addTexts<Veltra::BacklightTimeout>("BacklightTimeout", Veltra::BACKLIGHT_15_MIN, rows);
-  addTexts<Veltra::LengthUnits>("LengthUnits", Veltra::LENGTH_UNITS_FT, rows);
-  addTexts<Veltra::PowerLineFrequency>("PowerLineFrequency", Veltra::POWER_LINE_60_HZ, rows);
-  addTexts<Veltra::ResultStorageLocation>("ResultStorageLocation", Veltra::RESULT_STORAGE_INTERNAL, rows);
-  addTexts<Veltra::NumericFormat>("NumericFormat", Veltra::NUMERIC_FORMAT_COMMA, rows);
-  addTexts<Veltra::IPAddressSource>("IPAddressSource", Veltra::IP_ADDRESS_STATIC, rows);
+  addTexts<Veltra::Status>("Status", rows);
+  addTexts<Veltra::ResultType>("ResultType", rows);
+  addTexts<Veltra::CableEnd>("CableEnd", rows);
+  addTexts<Veltra::TestType>("TestType", rows);
+  addTexts<Veltra::TestMergeFlags>("TestMergeFlags", rows);
+  addTexts<Veltra::Language>("Language", rows);
+  addTexts<Veltra::LocaleType>("LocaleType", rows);
+  addTexts<Veltra::DateFormat>("DateFormat", rows);
+  addTexts<Veltra::TimeFormat>("TimeFormat", rows);
+  addTexts<Veltra::PowerDownTimeout>("PowerDownTimeout", rows);
+  addTexts<Veltra::BacklightTimeout>("BacklightTimeout", rows);
+  addTexts<Veltra::LengthUnits>("LengthUnits", rows);
+  addTexts<Veltra::PowerLineFrequency>("PowerLineFrequency", rows);
+  addTexts<Veltra::ResultStorageLocation>("ResultStorageLocation", rows);
+  addTexts<Veltra::NumericFormat>("NumericFormat", rows);
+  addTexts<Veltra::IPAddressSource>("IPAddressSource", rows);
   return rows;
 }
 
