@@ -17,7 +17,7 @@ void readPath(Marshal::FieldReader& f, std::string& path) {
   constexpr char NAME[] = "filePath";
   uint32_t size = 0;
   std::string temp;
-  if (!f.get(NAME, size)) return f.fail(Marshal::STREAM_SHORT);
+  if (!f.length(NAME, size)) return;
   if (size == 0 || size > DatabaseDescriptor::MAX_PATH_LENGTH) return f.fail(Marshal::STREAM_WRONG_ELEMENT);
   if (!f.run(NAME, size, temp)) return;
   if (temp[temp.length() - 1] != '\0') assertFatal("temp[temp.length() - 1] == '\\0'", SOURCE, __LINE__);

@@ -21,6 +21,11 @@ FolderMetadataList sampleList() {
 TEST(FolderMetadata, Wire) {
   static_assert(std::is_nothrow_move_constructible_v<FolderMetadata>);
   expectWire(sampleList(), "folder_metadata_list_v1");
+  FolderMetadata folder("name", "path", true);
+  const Bytes whole = bytesOf(folder);
+  for (std::size_t n = 0; n < whole.size(); ++n) {
+    EXPECT_EQ(readFrom(folder, Bytes(whole.data(), whole.data() + n)), -3) << "cut in a length, too: " << n;
+  }
 }
 
 TEST(FolderMetadata, LengthZeroIsRefusedAndATextEndsAtItsFirstZeroByte) {
