@@ -42,7 +42,7 @@ class VELTRA_EXPORT DatabasePackageManifestSummary : public Marshal::ISerializab
   /// @return false, with the record unchanged, when a member is missing or of another kind (logged)
   bool fromJson(Json::Value const& root);
   /// The same; null is logged, clears the record and gives false.
-  bool fromJson(Json::Value* root);
+  bool fromJson(const Json::Value* root);
 
   template <class Fields>
   void fields(Fields& f);

@@ -75,7 +75,7 @@ class VELTRA_EXPORT CustomerDatabaseVersion : public Marshal::ISerializable,
   /// @return false, with the record unchanged, when the member is missing or no text, or lacks a number (logged)
   bool fromJson(Json::Value const& root);
   /// The same; null is logged, clears the record and gives false.
-  bool fromJson(Json::Value* root);
+  bool fromJson(const Json::Value* root);
 
   template <class Fields>
   void fields(Fields& f);

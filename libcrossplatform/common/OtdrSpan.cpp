@@ -69,6 +69,13 @@ bool OtdrSpan::fromJson(const Json::Value& value, const char* key) {
   return true;
 }
 
+bool OtdrSpan::fromJson(const Json::Value* value, const char* key) {
+  if (value != nullptr) return fromJson(*value, key);
+  Veltra::logJsonFailure(SOURCE, __LINE__, key);
+  clear();
+  return false;
+}
+
 bool OtdrSpan::fromJsonString(const std::string& text) {
   Json::Value parsed;
   return Veltra::parseJson(text, parsed, false) && fromJson(parsed, nullptr);

@@ -31,6 +31,8 @@ class VELTRA_EXPORT OtdrSpan : public Marshal::ISerializable, public Dump::IJson
   /// @return false, the span unchanged: no object, or another "_className" (neither is logged); a missing "_className";
   ///         an end that is missing or begins with no number
   bool fromJson(const Json::Value& value, const char* key);
+  /// The same; a null `value` is logged and clears the span.
+  bool fromJson(const Json::Value* value, const char* key);
   /// Reads the same from a document. @return false, unchanged, when it cannot be parsed or read
   bool fromJsonString(const std::string& text);
 

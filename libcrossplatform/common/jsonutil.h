@@ -46,6 +46,20 @@ VELTRA_EXPORT boost::optional<time_t> timeFromJson(const Json::Value& v, const c
 /// A string, a number or a boolean, as text.
 VELTRA_EXPORT boost::optional<std::string> stringFromJson(const Json::Value& v, const char* key);
 
+// A pointer would be converted to the JSON value true.
+const Json::Value* jsonMember(const Json::Value*, const char*) = delete;
+boost::optional<bool> boolFromJson(const Json::Value*, const char*) = delete;
+boost::optional<int> intFromJson(const Json::Value*, const char*) = delete;
+boost::optional<unsigned> uintFromJson(const Json::Value*, const char*) = delete;
+boost::optional<int64_t> int64FromJson(const Json::Value*, const char*) = delete;
+boost::optional<uint64_t> uint64FromJson(const Json::Value*, const char*) = delete;
+boost::optional<float> floatFromJson(const Json::Value*, const char*) = delete;
+boost::optional<double> doubleFromJson(const Json::Value*, const char*) = delete;
+boost::optional<time_t> timeFromJson(const Json::Value*, const char*) = delete;
+boost::optional<std::string> stringFromJson(const Json::Value*, const char*) = delete;
+template <class T>
+bool convertJson(const Json::Value*, T&) = delete;
+
 // JsonCpp's own conversions, for the records whose documents were written for them: a null is false, 0 or empty, a
 // number or a boolean is also text, but text is no number. False, with `out` unchanged, where JsonCpp would throw.
 

@@ -15,7 +15,7 @@ OtdrSpan span(const char* start, const char* end) {
 }
 
 bool readRoot(OtdrSpan& s, const Json::Value& v) {
-  return s.fromJson(v, nullptr);
+  return s.fromJson(&v, nullptr);  // as the reference does; a pointer is not the JSON value true
 }
 
 }  // namespace
@@ -52,6 +52,10 @@ TEST(OtdrSpan, JsonOfAnyShape) {
   OtdrSpan s;
   EXPECT_TRUE(s.fromJsonString("// a comment\n" + document.toStyledString()));
   EXPECT_EQ(s.toJson(level(2)), document);
+  log.lines().clear();
+  EXPECT_FALSE(s.fromJson(static_cast<const Json::Value*>(nullptr), "span"));
+  EXPECT_EQ(s.toJson(level(2)), OtdrSpan().toJson(level(2))) << "a null pointer clears, unlike other failures";
+  EXPECT_EQ(log.lines().size(), 1u);
 }
 
 TEST(OtdrSpan, LogsTheKeyThatFailedButNoOtherClass) {
