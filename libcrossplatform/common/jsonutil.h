@@ -37,6 +37,7 @@ VELTRA_EXPORT boost::optional<int> intFromJson(const Json::Value& v, const char*
 VELTRA_EXPORT boost::optional<unsigned> uintFromJson(const Json::Value& v, const char* key);
 /// An integral number within the range of the type, or its whole decimal text.
 VELTRA_EXPORT boost::optional<int64_t> int64FromJson(const Json::Value& v, const char* key);
+/// The same, and the negative text that toJson() makes of values of 2^63 and above.
 VELTRA_EXPORT boost::optional<uint64_t> uint64FromJson(const Json::Value& v, const char* key);
 /// A number, or exactly "NaN", "+inf" or "-inf".
 VELTRA_EXPORT boost::optional<float> floatFromJson(const Json::Value& v, const char* key);
