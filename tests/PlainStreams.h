@@ -13,7 +13,7 @@ using Bytes = std::vector<uint8_t>;
 
 /// A caller's own stream: the pure operations alone, no window, no position. What it writes must be what the library's
 /// builder writes.
-class PlainWriter final : public Marshal::IObjectWriter {
+class PlainWriter : public Marshal::IObjectWriter {
  public:
   Bytes bytes;
 
@@ -46,7 +46,7 @@ class PlainWriter final : public Marshal::IObjectWriter {
 };
 
 /// The counterpart for reading; forwards to a ByteStreamReader but offers neither window nor position.
-class PlainReader final : public Marshal::IObjectReader {
+class PlainReader : public Marshal::IObjectReader {
  public:
   explicit PlainReader(const Bytes& bytes) : PlainReader(bytes.data(), static_cast<uint32_t>(bytes.size())) {}
   /// @param positioned  tell the position all the same

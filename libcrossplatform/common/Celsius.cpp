@@ -5,6 +5,7 @@
 
 #include <libcrossplatform/common/ScaledInt.h>
 #include <libcrossplatform/common/jsonutil.h>
+#include <libcrossplatform/serialization/FieldCodec.h>
 
 namespace Veltra {
 namespace {
@@ -35,20 +36,16 @@ void Celsius::setFromScaled(int16_t scaled) {
   degrees = scaled == SCALED_NOT_SET ? std::numeric_limits<float>::quiet_NaN() : static_cast<float>(scaled) * 0.01f;
 }
 
-template <class Fields>
-void Celsius::fields(Fields& f) {
-  int16_t scaled = getScaled();
-  f.i16("celsius", scaled);
-  if constexpr (Fields::READING) setFromScaled(scaled);
-}
-
 unsigned Celsius::serialize(Marshal::IObjectWriter& out) {
-  return Marshal::writePlain(*this, out);
+  return out.writeInt16(getScaled());
 }
 
 Marshal::StreamOpStatus Celsius::deserialize(Marshal::IObjectReader& in) {
-  clear();  // holds on: a failed read leaves the field as it is
-  return Marshal::readPlain(*this, in);
+  int16_t scaled = SCALED_NOT_SET;
+  Marshal::FieldReader f(in, Marshal::NO_CLASS_VERSION);
+  const bool read = f.get("celsius", scaled);
+  setFromScaled(scaled);
+  return read ? Marshal::STREAM_OK : Marshal::STREAM_SHORT;
 }
 
 void Celsius::dump(Dump::IFormatter& formatter, const Dump::DumpFlags&) const {

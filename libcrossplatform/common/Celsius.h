@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-#include <libcrossplatform/serialization/FieldCodec.h>
 #include <libcrossplatform/serialization/IJsonable.h>
+#include <libcrossplatform/serialization/ISerializable.h>
 
 namespace Veltra {
 
@@ -26,8 +26,9 @@ class VELTRA_EXPORT Celsius : public Marshal::IDumpSerializable, public Dump::IJ
   bool operator==(const Celsius& other) const { return getScaled() == other.getScaled(); }
   bool operator!=(const Celsius& other) const { return !(*this == other); }
 
+  /// @return what the stream's writeInt16() returned
   unsigned serialize(Marshal::IObjectWriter& out) override;
-  /// @return 0; -3 the stream ran out, the temperature is then not set
+  /// @return 0; -3 the read failed, the temperature is then not set
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// A text with two decimals, for example "21.50"; "NaN" when not set.
@@ -40,9 +41,6 @@ class VELTRA_EXPORT Celsius : public Marshal::IDumpSerializable, public Dump::IJ
   bool fromJson(const Json::Value* v, const char* key);
   /// Reads a document that is one JSON text. @return false, unchanged, when it is none
   bool fromJsonString(const std::string& text);
-
-  template <class Fields>
-  void fields(Fields& f);
 
   float degrees;
 };

@@ -1,6 +1,5 @@
 #include <libcrossplatform/common/DatabaseDescriptor.h>
 
-#include <algorithm>
 #include <utility>
 
 #include <libcrossplatform/common/jsonutil.h>
@@ -17,7 +16,7 @@ void readPath(Marshal::FieldReader& f, std::string& path) {
   constexpr char NAME[] = "filePath";
   uint32_t size = 0;
   std::string temp;
-  if (!f.get(NAME, size)) return f.fail(Marshal::STREAM_SHORT);
+  if (!f.length(NAME, size)) return;
   if (size == 0 || size > DatabaseDescriptor::MAX_PATH_LENGTH) return f.fail(Marshal::STREAM_WRONG_ELEMENT);
   if (!f.run(NAME, size, temp)) return;
   if (temp[temp.length() - 1] != '\0') assertFatal("temp[temp.length() - 1] == '\\0'", SOURCE, __LINE__);
@@ -76,19 +75,6 @@ Json::Value DatabaseDescriptor::toJson(const Dump::DumpFlags& flags) const {
   object["filePath"] = filePath;
   object["minReqFirmwareVersion"] = minReqFirmwareVersion;
   return rootedJson(JSON_ROOT_NAME, std::move(object));
-}
-
-DatabaseDescriptorList::DatabaseDescriptorList(const DatabaseDescriptorList& other)
-    : ISerializable(other), IDumpable(other), IJsonable(other) {
-  for (const std::unique_ptr<DatabaseDescriptor>& d : other) add(std::make_unique<DatabaseDescriptor>(*d));
-}
-
-DatabaseDescriptorList& DatabaseDescriptorList::operator=(const DatabaseDescriptorList& other) {
-  return *this = DatabaseDescriptorList(other);
-}
-
-bool DatabaseDescriptorList::operator==(const DatabaseDescriptorList& other) const {
-  return std::equal(begin(), end(), other.begin(), other.end(), [](const auto& a, const auto& b) { return *a == *b; });
 }
 
 DatabaseDescriptor* DatabaseDescriptorList::getDatabaseDescriptor(DATABASE_TYPE type) {

@@ -98,7 +98,7 @@ bool DatabasePackageManifestSummary::fromJson(Json::Value const& root) {
   return complete;
 }
 
-bool DatabasePackageManifestSummary::fromJson(Json::Value* root) {
+bool DatabasePackageManifestSummary::fromJson(const Json::Value* root) {
   if (root != nullptr) return fromJson(*root);
   logJsonFailure(SOURCE, __LINE__, nullptr);
   clear();

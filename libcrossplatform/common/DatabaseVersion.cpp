@@ -139,7 +139,7 @@ bool CustomerDatabaseVersion::fromJson(Json::Value const& root) {
   return true;
 }
 
-bool CustomerDatabaseVersion::fromJson(Json::Value* root) {
+bool CustomerDatabaseVersion::fromJson(const Json::Value* root) {
   if (root != nullptr) return fromJson(*root);
   logJsonFailure(SOURCE, __LINE__, nullptr);
   clear();

@@ -60,6 +60,9 @@ VELTRA_EXPORT bool isCopperModule(ModuleId module);
 
 /// The category of an id, by its range: ids without a name have one too. Never MODULE_CATEGORY_FIBER_DFU.
 VELTRA_EXPORT ModuleCategory getModuleCategory(ModuleId module, IsDfuModuleValid dfuValid);
+inline ModuleCategory getModuleCategory(ModuleId module, bool dfuValid) {
+  return getModuleCategory(module, static_cast<IsDfuModuleValid>(dfuValid));
+}
 /// True for a valid module that the category, taken as a filter, lets through.
 VELTRA_EXPORT bool isValidModulePerCategory(ModuleId module, ModuleCategory category);
 

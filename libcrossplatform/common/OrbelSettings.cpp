@@ -1,6 +1,5 @@
 #include <libcrossplatform/common/OrbelSettings.h>
 
-#include <cstring>
 #include <utility>
 
 #include <libcrossplatform/common/internal/JsonScan.h>
@@ -71,11 +70,9 @@ Marshal::StreamOpStatus OrbelSettings::deserialize(Marshal::IObjectReader& in) {
   std::string json;
   {
     Marshal::FieldReader f(in, header.classVersion());
-    // Not the terminated text it is written as: a length that cannot be read is -3 here, not -1.
-    f.countedText("json", json);
+    f.terminatedText("json", json);
     if (!f.ok()) return f.status();
   }
-  json.resize(std::strlen(json.c_str()));  // the text ends at its first zero
   if (!fromString(json)) return Marshal::STREAM_WRONG_ELEMENT;
   return header.checkLength(in, Marshal::STREAM_OK);
 }

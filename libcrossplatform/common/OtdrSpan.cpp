@@ -1,6 +1,7 @@
 #include <libcrossplatform/common/OtdrSpan.h>
 
 #include <libcrossplatform/common/jsonutil.h>
+#include <libcrossplatform/serialization/FieldCodec.h>
 
 namespace FibDbus {
 namespace {
@@ -19,11 +20,6 @@ bool endFromJson(const Json::Value& object, const char* key, int line, Veltra::S
 }
 
 }  // namespace
-
-void OtdrSpan::clear() {
-  spanStart.clear();
-  spanEnd.clear();
-}
 
 template <class Fields>
 void OtdrSpan::fields(Fields& f) {
@@ -67,6 +63,13 @@ bool OtdrSpan::fromJson(const Json::Value& value, const char* key) {
   if (!endFromJson(*object, KEY_SPAN_END, 99, read.spanEnd)) return false;
   *this = read;
   return true;
+}
+
+bool OtdrSpan::fromJson(const Json::Value* value, const char* key) {
+  if (value != nullptr) return fromJson(*value, key);
+  Veltra::logJsonFailure(SOURCE, __LINE__, key);
+  clear();
+  return false;
 }
 
 bool OtdrSpan::fromJsonString(const std::string& text) {

@@ -135,8 +135,12 @@ boost::optional<uint64_t> uint64FromJson(const Json::Value& v, const char* key) 
   const Json::Value* const member = jsonMember(v, key);
   if (member == nullptr) return boost::none;
   if (member->isUInt64()) return static_cast<uint64_t>(member->asUInt64());
-  if (member->isString()) return decimalText<uint64_t>(*member, strToUInt64);
-  return boost::none;
+  if (!member->isString()) return boost::none;
+  if (const auto number = decimalText<uint64_t>(*member, strToUInt64)) return number;
+  // What the signed conversion of toJson() made of the upper half.
+  const auto negative = decimalText<int64_t>(*member, strToInt64);
+  if (!negative || *negative >= 0) return boost::none;
+  return static_cast<uint64_t>(*negative);
 }
 
 boost::optional<float> floatFromJson(const Json::Value& v, const char* key) {

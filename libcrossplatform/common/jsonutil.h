@@ -37,6 +37,7 @@ VELTRA_EXPORT boost::optional<int> intFromJson(const Json::Value& v, const char*
 VELTRA_EXPORT boost::optional<unsigned> uintFromJson(const Json::Value& v, const char* key);
 /// An integral number within the range of the type, or its whole decimal text.
 VELTRA_EXPORT boost::optional<int64_t> int64FromJson(const Json::Value& v, const char* key);
+/// The same, and the negative text that toJson() makes of values of 2^63 and above.
 VELTRA_EXPORT boost::optional<uint64_t> uint64FromJson(const Json::Value& v, const char* key);
 /// A number, or exactly "NaN", "+inf" or "-inf".
 VELTRA_EXPORT boost::optional<float> floatFromJson(const Json::Value& v, const char* key);
@@ -45,6 +46,20 @@ VELTRA_EXPORT boost::optional<double> doubleFromJson(const Json::Value& v, const
 VELTRA_EXPORT boost::optional<time_t> timeFromJson(const Json::Value& v, const char* key);
 /// A string, a number or a boolean, as text.
 VELTRA_EXPORT boost::optional<std::string> stringFromJson(const Json::Value& v, const char* key);
+
+// A pointer would be converted to the JSON value true.
+const Json::Value* jsonMember(const Json::Value*, const char*) = delete;
+boost::optional<bool> boolFromJson(const Json::Value*, const char*) = delete;
+boost::optional<int> intFromJson(const Json::Value*, const char*) = delete;
+boost::optional<unsigned> uintFromJson(const Json::Value*, const char*) = delete;
+boost::optional<int64_t> int64FromJson(const Json::Value*, const char*) = delete;
+boost::optional<uint64_t> uint64FromJson(const Json::Value*, const char*) = delete;
+boost::optional<float> floatFromJson(const Json::Value*, const char*) = delete;
+boost::optional<double> doubleFromJson(const Json::Value*, const char*) = delete;
+boost::optional<time_t> timeFromJson(const Json::Value*, const char*) = delete;
+boost::optional<std::string> stringFromJson(const Json::Value*, const char*) = delete;
+template <class T>
+bool convertJson(const Json::Value*, T&) = delete;
 
 // JsonCpp's own conversions, for the records whose documents were written for them: a null is false, 0 or empty, a
 // number or a boolean is also text, but text is no number. False, with `out` unchanged, where JsonCpp would throw.

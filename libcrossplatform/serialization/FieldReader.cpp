@@ -31,8 +31,7 @@ bool FieldReader::run(const char* name, uint32_t size, std::string& out) {
 void FieldReader::terminatedText(const char* name, std::string& v) {
   uint32_t size = 0;
   std::string bytes;
-  // The length is read as any number is: from an ended stream it stays 0, which is refused like a stored 0.
-  get(name, size);
+  if (!length(name, size)) return;
   if (size == 0) return fail(STREAM_WRONG_ELEMENT);
   // NOLINTNEXTLINE(readability-redundant-string-cstr): the text ends at its first zero
   if (run(name, size, bytes)) v = bytes.c_str();
@@ -41,8 +40,7 @@ void FieldReader::terminatedText(const char* name, std::string& v) {
 void FieldReader::countedText(const char* name, std::string& v) {
   uint32_t size = 0;
   std::string bytes;
-  if (!get(name, size)) return fail(STREAM_SHORT);
-  if (run(name, size, bytes)) v = std::move(bytes);
+  if (length(name, size) && run(name, size, bytes)) v = std::move(bytes);
 }
 
 }  // namespace Marshal

@@ -74,24 +74,32 @@ class FieldReader {
 
   /// A `string`; a failed read ends the walk with -3.
   void text(const char* name, std::string& v) {
-    const std::size_t left = remaining();
-    if (left >= sizeof(uint32_t)) {
-      const auto size = loadBig<uint32_t>(_window.cursor);
-      if (size <= left - sizeof size) {
-        v.assign(reinterpret_cast<const char*>(_window.cursor) + sizeof size, size);
-        _window.cursor += sizeof size + size;
+    const ReadWindow start = _window;
+    if (start.cursor != nullptr) {
+      uint32_t size = 0;
+      if (!length(name, size)) return;
+      if (size <= remaining()) {
+        v.assign(reinterpret_cast<const char*>(_window.cursor), size);
+        _window.cursor += size;
         return;
       }
     }
     if (!ok()) return;
+    // The stream's own operation, from the length on: where bytes are missing it fails and consumes none.
     bool done = false;
-    _window = textSlowly(_stream, _window, name, v, done);
+    _window = textSlowly(_stream, start, name, v, done);
     if (!done) fail(STREAM_SHORT);
   }
   /// Text up to the first zero byte of its run. A length of 0 ends the walk with -1, a short run with -3.
   void terminatedText(const char* name, std::string& v);
   /// All bytes of its run. A short run ends the walk with -3.
   void countedText(const char* name, std::string& v);
+  /// The length word of any text. One that cannot be read ends the walk with -3.
+  VELTRA_ALWAYS_INLINE bool length(const char* name, uint32_t& size) {
+    if (get(name, size)) return true;
+    fail(STREAM_SHORT);
+    return false;
+  }
   /// `size` bytes, read in pieces: a length from outside never allocates more than 64 KiB ahead of what is there.
   bool run(const char* name, uint32_t size, std::string& out);
 
@@ -118,7 +126,7 @@ class FieldReader {
   VELTRA_ALWAYS_INLINE void group(const char* name, Group& nested) {
     const bool traced = _window.cursor == nullptr;
     if (traced) _stream.beginRecord(name);
-    nested.fields(*this);
+    FieldAccess::walk(nested, *this);
     if (traced) _stream.endRecord();
   }
 
@@ -129,7 +137,7 @@ class FieldReader {
     if (!get("version", version)) return fail(STREAM_SHORT);
     if (version > Record::CLASS_VERSION) return fail(Record::TOO_NEW_STATUS);
     nested.clear();
-    nested.fields(*this);
+    FieldAccess::walk(nested, *this);
     if (streamStatus() != STREAM_OK) fail(STREAM_SHORT);
   }
 

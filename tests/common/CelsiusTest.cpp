@@ -14,6 +14,20 @@ TEST(Celsius, Wire) {
   EXPECT_TRUE(std::isnan(c.degrees)) << "a failed read clears";
 }
 
+TEST(Celsius, AnswersWhatTheStreamAnswers) {
+  struct OddWriter : PlainWriter {
+    unsigned writeInt16(int16_t v) override { return 699 + PlainWriter::writeInt16(v); }
+  } out;
+  EXPECT_EQ(Celsius(1.0f).serialize(out), 701u);
+  struct RefusingReader : PlainReader {
+    using PlainReader::PlainReader;
+    bool readInt16(int16_t&) override { return false; }
+  } in(out.bytes);
+  Celsius c(3.0f);
+  EXPECT_EQ(c.deserialize(in), -3) << "though the stream's status is 0";
+  EXPECT_TRUE(c == Celsius());
+}
+
 TEST(Celsius, ScalesRoundsAndSaturates) {
   struct Row {
     float degrees;

@@ -41,7 +41,7 @@ TEST(DatabasePackageManifestSummary, VersionTexts) {
 
 TEST(DatabasePackageManifestSummary, JsonOfAnyShape) {
   CapturedLog log;
-  const auto read = [](DatabasePackageManifestSummary& s, const Json::Value& v) { return s.fromJson(v); };
+  const auto read = [](DatabasePackageManifestSummary& s, const Json::Value& v) { return s.fromJson(&v); };
   const DatabasePackageManifestSummary before;
   expectEveryJsonMemberCounts(sampleSummary(), before);
   Json::Value document = sampleSummary().toJson(level(2));

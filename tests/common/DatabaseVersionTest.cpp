@@ -34,7 +34,7 @@ TEST(CustomerDatabaseVersion, IsReadFromTextFullOfJunk) {
 
 TEST(CustomerDatabaseVersion, JsonOfAnyShape) {
   CapturedLog log;
-  const auto read = [](CustomerDatabaseVersion& v, const Json::Value& json) { return v.fromJson(json); };
+  const auto read = [](CustomerDatabaseVersion& v, const Json::Value& json) { return v.fromJson(&json); };
   const CustomerDatabaseVersion before(8, 9, "old");
   Json::Value document = CustomerDatabaseVersion(3, 12, "beta").toJson(level(0));
   expectJsonShapes(before, document, JSON_NONE,

@@ -123,10 +123,26 @@ TEST(JsonUtil, RendersNumbers) {
 
 TEST(JsonUtil, ReadersTakeTheirOwnKindOnly) {
   // A value and the readers that take it: b i u I U f s t, upper case for 64 bits, t for times.
-  for (const char* row : {"true|bs", "{\"other\": 1}|", "7.0|iuIUfs", "-7|iIfs", "7.5|fs", "3000000000|uIUfs",
-                          "5000000000|IUfs", "10000000000000000000|Ufs", "\"-9223372036854775808\"|Is",
-                          "\"9223372036854775808\"|Us", "\"18446744073709551616\"|s", "\" 7\"|s", "\"7x\"|s", "\"\"|s",
-                          "\"NaN\"|fs", "\"+inf\"|fs", "\"nan\"|s", "\"20240131-0915\"|st"}) {
+  for (const char* row : {"true|bs",
+                          "{\"other\": 1}|",
+                          "7.0|iuIUfs",
+                          "-7|iIfs",
+                          "7.5|fs",
+                          "3000000000|uIUfs",
+                          "5000000000|IUfs",
+                          "10000000000000000000|Ufs",
+                          "\"-9223372036854775808\"|IUs",
+                          "\"-9223372036854775809\"|s",
+                          "\"-0\"|Is",
+                          "\"9223372036854775808\"|Us",
+                          "\"18446744073709551616\"|s",
+                          "\" 7\"|s",
+                          "\"7x\"|s",
+                          "\"\"|s",
+                          "\"NaN\"|fs",
+                          "\"+inf\"|fs",
+                          "\"nan\"|s",
+                          "\"20240131-0915\"|st"}) {
     const std::string json = split(row)[0], readers = split(row)[1];
     Json::Value object;
     ASSERT_TRUE(parseJson("{\"key\": " + json + "}", object, false)) << json;
@@ -142,6 +158,7 @@ TEST(JsonUtil, ReadersTakeTheirOwnKindOnly) {
     EXPECT_EQ(taken(object, "missing"), "");
   }
   EXPECT_EQ(*int64FromJson("-9223372036854775808", nullptr), std::numeric_limits<int64_t>::min());
+  for (const unsigned long long v : {1ull << 63, ~0ull}) EXPECT_EQ(*uint64FromJson(toJson(v), nullptr), v);
   EXPECT_EQ(*timeFromJson("20240131-0915", nullptr), 1706692500);
   EXPECT_EQ(*floatFromJson("-inf", nullptr), -INF);
 }

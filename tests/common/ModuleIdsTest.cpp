@@ -68,6 +68,8 @@ TEST(ModuleId, CategoryGoesByRangeAndIsNeverFiberDfu) {
       ASSERT_EQ(getModuleCategory(static_cast<ModuleId>(id), DFU_MODULE_IS_VALID), row.dfuValid) << id;
     }
   }
+  const auto updated = static_cast<ModuleId>(10105);
+  EXPECT_TRUE(getModuleCategory(updated, true) == 1 && getModuleCategory(updated, false) == 6);
   const char* const names[] = {"", "OTDR", "OLTS", "Copper", "Fiber DFU", "Probe View", "Other"};
   for (int value = -3; value <= 10; ++value) {
     EXPECT_STREQ(toString(static_cast<ModuleCategory>(value)), value >= 0 && value <= 6 ? names[value] : "") << value;
