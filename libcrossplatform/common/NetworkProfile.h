@@ -183,8 +183,8 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
 
   /// Replaces the document by the one in FILE_PATH, or a path of the caller's choice. Comments are kept as
   /// parseJson() keeps them.
-  /// @return false, the document as it was, when the file is missing, not JSON, longer than 4 MiB, holds more than
-  ///         131072 values, or is not a file that saveTo would write to
+  /// @return false, the document as it was, when the file is missing, not JSON, beyond
+  ///         docs/reader-behaviour.md#the-bounds-of-json, or is not a file that saveTo would write to
   bool read();
   bool readFrom(const std::string& path);
 

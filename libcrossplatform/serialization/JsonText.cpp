@@ -11,7 +11,7 @@
 #include <libcrossplatform/serialization/Utf8Text.h>
 
 // Documents in the field are compared as text: they hold what these writers write, and the newer builder writes
-// blanks, arrays and empty values otherwise. So the deprecated writers stay, in this unit alone.
+// spaces, arrays and empty values otherwise. So the deprecated writers stay, in this unit alone.
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
 namespace Dump {

@@ -18,7 +18,7 @@ namespace Dump {
 /// The styled text every dump and document of the system is written in, ending in a newline.
 VELTRA_EXPORT std::string styledJson(const Json::Value& value);
 
-/// One line without blanks and without a newline.
+/// One line without spaces and without a newline.
 VELTRA_EXPORT std::string compactJson(const Json::Value& value);
 
 /// The styled stream form with the given indentation for each level, ending in a newline.

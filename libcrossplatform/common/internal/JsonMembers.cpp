@@ -33,6 +33,13 @@ void MemberReader::integer(const char* key, int16_t& v) {
   v = static_cast<int16_t>(wide);
 }
 
+void MemberReader::integer(const char* key, uint16_t& v) {
+  unsigned wide = v;
+  integer(key, wide);
+  if (_ok && wide > UINT16_MAX) fail(key);
+  if (_ok) v = static_cast<uint16_t>(wide);
+}
+
 void MemberReader::time(const char* key, long& v) {
   if (!_ok) return;
   const boost::optional<time_t> read = timeFromJson(_object, key);

@@ -54,8 +54,9 @@ class MemberReader {
   void boolean(const char* key, bool& v);
   void integer(const char* key, int& v);
   void integer(const char* key, unsigned& v);
-  void integer(const char* key, int16_t& v);  ///< keeps the low 16 bits of a number
-  void time(const char* key, long& v);        ///< exact by every rule
+  void integer(const char* key, uint16_t& v);  ///< refuses what 16 bits do not hold
+  void integer(const char* key, int16_t& v);   ///< keeps the low 16 bits of a number
+  void time(const char* key, long& v);         ///< exact by every rule
   /// What the text is not found for is the parser's answer to an empty one.
   template <class E, class Parser>
   void choice(const char* key, E& v, Parser parse) {
