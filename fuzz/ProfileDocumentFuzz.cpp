@@ -7,6 +7,7 @@
 #include <libcrossplatform/common/jsonutil.h>
 #include <libcrossplatform/serialization/JsonText.h>
 
+#include "RecordProperties.h"
 #include "Scratch.h"
 
 namespace {
@@ -68,10 +69,13 @@ void checkRecent(NetworkProfile& p) {
     NetworkProfile fresh;
     if (!p.getWifiProfile(i, network)) break;
     fresh.setConfigFromWifiProfile(network);
-    FUZZ_CHECK(fresh.getUsbWifiSSID() == network.ssid);
-    FUZZ_CHECK(fresh.addWifiProfile(network));
+    FUZZ_CHECK(fresh.getUsbWifiSSID() == (Dump::isUtf8(network.ssid) ? network.ssid : std::string()));
+    FUZZ_CHECK(fresh.addWifiProfile(network) == Fuzz::isStorable(network));
   }
-  FUZZ_CHECK(p.addCurrentWifiProfile());
+  WifiProfile current;
+  current.fromJson(p);
+  FUZZ_CHECK(p.addCurrentWifiProfile() == Fuzz::isStorable(current));
+  if (!Fuzz::isStorable(current)) return;
   WifiProfile newest;
   FUZZ_CHECK(!p.recentIsEmpty() && p.getWifiProfile(0, newest));
   FUZZ_CHECK(newest.ssid == p.getUsbWifiSSID() && newest.securityType == p.getUsbWifiSecurity());

@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include <libcrossplatform/common/OrbelSettings.h>
+#include <libcrossplatform/common/WifiProfile.h>
 #include <libcrossplatform/serialization/ByteStreamBuilder.h>
 #include <libcrossplatform/serialization/ByteStreamCounter.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
@@ -10,6 +11,7 @@
 #include <libcrossplatform/serialization/IJsonable.h>
 #include <libcrossplatform/serialization/JsonText.h>
 #include <libcrossplatform/serialization/SimpleFormatter.h>
+#include <libcrossplatform/serialization/Utf8Text.h>
 #include <tests/PlainStreams.h>
 
 #include "FuzzInput.h"
@@ -32,6 +34,17 @@ inline bool readsBack(const Marshal::ISerializable&) {
 /// The network of a project may be any JSON, but JsonCpp's writer does not keep every name that needs an escape.
 inline bool readsBack(const Veltra::OrbelSettings& settings) {
   return Dump::compactJson(settings.netProfile).find("\\u") == std::string::npos;
+}
+
+/// Whether what a network stores in plain text is UTF-8: no other can be stored.
+inline bool isStorable(const WifiProfile& network) {
+  bool storable = Dump::isUtf8(network.ssid);
+  for (const std::string& address : network.dns) storable = storable && Dump::isUtf8(address);
+  if (network.useDhcp) return storable;
+  for (const std::string* address : {&network.inetAddr, &network.mask, &network.broadcast, &network.gateway}) {
+    storable = storable && Dump::isUtf8(*address);
+  }
+  return storable;
 }
 
 /// What was read can be written to every kind of stream, alike, and what is written reads back as the same bytes.

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include <libcrossplatform/common/internal/JsonMembers.h>
 #include <libcrossplatform/common/jsonutil.h>
 #include <libcrossplatform/serialization/FieldCodec.h>
 
@@ -10,24 +11,13 @@ namespace {
 
 constexpr char SOURCE[] = "libcrossplatform/common/DatabasePackageManifest";
 
-bool takeNumber(const Json::Value& object, const char* key, uint16_t& out) {
-  const boost::optional<unsigned> number = uintFromJson(object, key);
-  if (!number || *number > UINT16_MAX) {
-    logJsonFailure(SOURCE, __LINE__, key);
-    return false;
-  }
-  out = static_cast<uint16_t>(*number);
-  return true;
-}
-
-bool takeText(const Json::Value& object, const char* key, std::string& out) {
-  boost::optional<std::string> text = stringFromJson(object, key);
-  if (!text) {
-    logJsonFailure(SOURCE, __LINE__, key);
-    return false;
-  }
-  out = std::move(*text);
-  return true;
+/// The members of the JSON object after those of the customer version.
+template <class Members, class Record>
+void walkJson(Members& m, Record& s) {
+  m.integer("releaseType", s.releaseType);
+  m.integer("build", s.build);
+  m.integer("type", s.type);
+  m.text("minReqFirmwareVersion", s.minReqFirmwareVersion);
 }
 
 }  // namespace
@@ -76,10 +66,8 @@ void DatabasePackageManifestSummary::dump(Dump::IFormatter& formatter, const Dum
 
 Json::Value DatabasePackageManifestSummary::toJson(const Dump::DumpFlags& flags) const {
   Json::Value object = customerVersion.toJson(flags);
-  object["releaseType"] = releaseType;
-  object["build"] = build;
-  object["type"] = type;
-  object["minReqFirmwareVersion"] = minReqFirmwareVersion;
+  MemberWriter members(object);
+  walkJson(members, *this);
   return rootedJson(JSON_ROOT_NAME, std::move(object));
 }
 
@@ -90,12 +78,11 @@ bool DatabasePackageManifestSummary::fromJson(Json::Value const& root) {
     return false;
   }
   DatabasePackageManifestSummary read = *this;
-  const bool complete = read.customerVersion.fromJson(*object) &&
-                        takeNumber(*object, "releaseType", read.releaseType) &&
-                        takeNumber(*object, "build", read.build) && takeNumber(*object, "type", read.type) &&
-                        takeText(*object, "minReqFirmwareVersion", read.minReqFirmwareVersion);
-  if (complete) *this = std::move(read);
-  return complete;
+  if (!read.customerVersion.fromJson(*object)) return false;
+  MemberReader members(*object, MemberRule::EXACT, SOURCE, __LINE__);
+  walkJson(members, read);
+  if (members.ok()) *this = std::move(read);
+  return members.ok();
 }
 
 bool DatabasePackageManifestSummary::fromJson(const Json::Value* root) {

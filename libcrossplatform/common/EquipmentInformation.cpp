@@ -1,7 +1,9 @@
 #include <libcrossplatform/common/EquipmentInformation.h>
 
+#include <type_traits>
+
 #include <libcrossplatform/common/LinkAdapters.h>
-#include <libcrossplatform/common/TimeUtil.h>
+#include <libcrossplatform/common/internal/JsonMembers.h>
 #include <libcrossplatform/common/jsonutil.h>
 #include <libcrossplatform/logging/Assert.h>
 #include <libcrossplatform/serialization/FieldCodec.h>
@@ -20,55 +22,16 @@ void assignText(std::string& member, const char* text, const char* expression, i
   if (member.length() > EQUIPMENT_INFO_MAX_STR_LEN) assertFail(expression, SOURCE, line);
 }
 
-/// Puts members into a JSON object.
-class MemberWriter {
- public:
-  explicit MemberWriter(Json::Value& object) : _object(object) {}
+/// What JSON has for an adapter: its part number, empty for an id without one.
+std::string partNumberOf(int id) {
+  const LinkAdapter* const found = findLinkAdapter(id);
+  return found != nullptr && found->partNumber != nullptr ? found->partNumber : "";
+}
 
-  void text(const char* key, const std::string& v) { _object[key] = v; }
-  void integer(const char* key, int v) { _object[key] = v; }
-  void time(const char* key, long v) { _object[key] = sysTimeToStr(static_cast<time_t>(v)); }
-  void adapter(const char* key, int id) {
-    const LinkAdapter* const found = findLinkAdapter(id);
-    _object[key] = found != nullptr && found->partNumber != nullptr ? found->partNumber : "";
-  }
-
- private:
-  Json::Value& _object;
-};
-
-/// Takes them out again, with the same verbs. The first member that is missing or of another kind is logged; ok() is
-/// false from then on.
-class MemberReader {
- public:
-  explicit MemberReader(const Json::Value& object) : _object(object) {}
-  bool ok() const { return _ok; }
-
-  void text(const char* key, std::string& v) { take(key, stringFromJson(_object, key), v); }
-  void integer(const char* key, int& v) { take(key, intFromJson(_object, key), v); }
-  void time(const char* key, long& v) { take(key, timeFromJson(_object, key), v); }
-  void adapter(const char* key, int& id) {
-    std::string partNumber;
-    text(key, partNumber);
-    const LinkAdapter* const found = findLinkAdapterByPartNumber(partNumber);
-    id = found != nullptr ? found->id : 0;
-  }
-
- private:
-  template <class Read, class Member>
-  void take(const char* key, const boost::optional<Read>& read, Member& member) {
-    if (!_ok) return;
-    if (read) {
-      member = static_cast<Member>(*read);
-    } else {
-      logJsonFailure(SOURCE, __LINE__, key);
-      _ok = false;
-    }
-  }
-
-  const Json::Value& _object;
-  bool _ok = true;
-};
+int adapterOf(const std::string& partNumber) {
+  const LinkAdapter* const found = findLinkAdapterByPartNumber(partNumber);
+  return found != nullptr ? found->id : 0;
+}
 
 }  // namespace
 
@@ -154,7 +117,9 @@ void EquipmentInformation::jsonMembers(Self& self, Members& m) {
   m.text("moduleSerialNumber", self._moduleSerialNumber);
   m.time("moduleCalibrationTime", self._moduleCalibrationTime);
   m.time("moduleFirstUseDate", self._moduleFirstUseDate);
-  m.adapter("liaId", self._liaId);
+  std::string adapter = partNumberOf(self._liaId);
+  m.text("liaId", adapter);
+  if constexpr (!std::is_const_v<Self>) self._liaId = adapterOf(adapter);
   m.text("liaSerialNumber", self._liaSerialNumber);
   m.time("liaCalibrationTime", self._liaCalibrationTime);
 }
@@ -175,7 +140,7 @@ bool EquipmentInformation::fromJson(const Json::Value& value, const char* source
   const Json::Value none(Json::objectValue);
   const Json::Value& object = given.isObject() ? given : none;
 
-  MemberReader reader(object);
+  MemberReader reader(object, MemberRule::EXACT, SOURCE, __LINE__);
   std::string className;
   reader.text(KEY_CLASS_NAME, className);
   if (!reader.ok() || className != CLASS_NAME) return false;

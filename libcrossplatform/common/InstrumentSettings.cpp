@@ -1,7 +1,9 @@
 #include <libcrossplatform/common/InstrumentSettings.h>
 
 #include <tuple>
+#include <type_traits>
 
+#include <libcrossplatform/common/internal/JsonMembers.h>
 #include <libcrossplatform/common/jsonutil.h>
 #include <libcrossplatform/serialization/FieldCodec.h>
 
@@ -22,12 +24,15 @@ void walkJson(Members& m, Record& s) {
   m.choice("language", s.language, fromLanguageString);
   m.choice("lengthUnits", s.lengthUnits, fromLengthUnitsString);
   m.choice("numericFormat", s.numericFormat, fromNumericFormatString);
-  // Read and dropped: documents have it, the record has no such member and never writes it.
-  m.dropped("resultStorageLocation", fromResultStorageLocationString);
+  if constexpr (!std::is_const_v<Record>) {
+    // Read and dropped: documents have it, the record has no such member and never writes it.
+    ResultStorageLocation dropped = RESULT_STORAGE_MMC;
+    m.choice("resultStorageLocation", dropped, fromResultStorageLocationString);
+  }
   m.choice("backlightTimeout", s.backlightTimeout, fromBacklightTimeoutString);
   m.choice("powerLineFrequency", s.powerLineFrequency, fromPowerLineFrequencyString);
   m.boolean("plotGridEnabled", s.plotGridEnabled);
-  m.number("displayBrightness", s.displayBrightness);
+  m.integer("displayBrightness", s.displayBrightness);
   m.choice("ipAddressSource", s.ipAddressSource, fromIPAddressSourceString);
   m.text("ipAddress", s.ipAddress);
   m.text("ipSubnet", s.ipSubnet);
@@ -39,58 +44,6 @@ void walkJson(Members& m, Record& s) {
   m.text("timeZone", s.timeZone);
   m.text("hostName", s.hostName);
 }
-
-class MemberWriter {
- public:
-  Json::Value object{Json::objectValue};
-
-  template <class E, class Parser>
-  void choice(const char* key, E value, Parser) {
-    object[key] = toString(value);
-  }
-  template <class Parser>
-  void dropped(const char*, Parser) {}
-  void boolean(const char* key, bool value) { object[key] = value; }
-  void number(const char* key, int16_t value) { object[key] = value; }
-  void text(const char* key, const std::string& value) { object[key] = value; }
-};
-
-/// A missing member leaves its target as it was; the first that cannot be converted is kept, and the rest not read.
-class MemberReader {
- public:
-  explicit MemberReader(const Json::Value& object) : _object(object) {}
-  const char* failed() const { return _failed; }  ///< key of that member; null when there is none
-
-  template <class E, class Parser>
-  void choice(const char* key, E& value, Parser parse) {
-    std::string name;
-    convert(key, name);
-    value = parse(name);
-  }
-  template <class Parser>
-  void dropped(const char* key, Parser parse) {
-    ResultStorageLocation location = RESULT_STORAGE_MMC;
-    choice(key, location, parse);
-  }
-  void boolean(const char* key, bool& value) { convert(key, value); }
-  void number(const char* key, int16_t& value) {
-    int wide = value;
-    convert(key, wide);
-    value = static_cast<int16_t>(wide);
-  }
-  void text(const char* key, std::string& value) { convert(key, value); }
-
- private:
-  template <class T>
-  void convert(const char* key, T& value) {
-    if (_failed != nullptr) return;
-    const Json::Value* const member = jsonMember(_object, key);
-    if (member != nullptr && !convertJson(*member, value)) _failed = key;
-  }
-
-  const Json::Value& _object;
-  const char* _failed = nullptr;
-};
 
 auto membersOf(const InstrumentSettings& s) {
   return std::tie(s.locale, s.powerDownTimeout, s.remoteModeEnabled, s.audibleToneEnabled, s.dateFormat, s.timeFormat,
@@ -148,9 +101,10 @@ Marshal::StreamOpStatus InstrumentSettings::deserialize(Marshal::IObjectReader& 
 }
 
 Json::Value InstrumentSettings::toJson(const Dump::DumpFlags&) const {
-  MemberWriter members;
+  Json::Value object(Json::objectValue);
+  MemberWriter members(object);
   walkJson(members, *this);
-  return rootedJson(JSON_ROOT_NAME, std::move(members.object));
+  return rootedJson(JSON_ROOT_NAME, std::move(object));
 }
 
 bool InstrumentSettings::fromJson(const Json::Value* root) {
@@ -163,14 +117,10 @@ bool InstrumentSettings::fromJson(const Json::Value* root) {
     return false;
   }
   InstrumentSettings read;
-  MemberReader members(*object);
+  MemberReader members(*object, MemberRule::CONVERTED, SOURCE, __LINE__);
   walkJson(members, read);
-  if (members.failed() != nullptr) {
-    logJsonFailure(SOURCE, __LINE__, members.failed());
-    return false;
-  }
-  *this = std::move(read);
-  return true;
+  if (members.ok()) *this = std::move(read);
+  return members.ok();
 }
 
 void InstrumentSettings::dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const {

@@ -15,6 +15,7 @@ namespace Stored = Veltra::ProfileMembers;
 namespace {
 
 constexpr char INDENTATION[] = "\t";
+static_assert(Veltra::PROFILE_FILE_MAX_BYTES >= Veltra::JsonBounds::STYLED_BYTES, "what is saved can be read");
 
 // The wired and the USB Wi-Fi settings differ in their keys alone: these serve both.
 
@@ -220,8 +221,8 @@ bool NetworkProfile::save() const {
 bool NetworkProfile::saveTo(const std::string& path) const {
   const std::lock_guard<std::mutex> lock(_mutex);
   std::string text;
-  return Dump::writeStyledJson(text, *this, INDENTATION, Veltra::PROFILE_FILE_MAX_BYTES) &&
-         !Veltra::hasTooManyValues(text) && Veltra::writeProfileFile(path, text);
+  return Dump::writeStyledJson(text, *this, INDENTATION, Veltra::JsonBounds::STYLED_BYTES) &&
+         Veltra::isWithinBounds(Veltra::extentOf(text)) && Veltra::writeProfileFile(path, text);
 }
 
 bool NetworkProfile::read() {
@@ -231,5 +232,6 @@ bool NetworkProfile::read() {
 bool NetworkProfile::readFrom(const std::string& path) {
   const std::lock_guard<std::mutex> lock(_mutex);
   std::string text;
-  return Veltra::readProfileFile(path, text) && !Veltra::hasTooManyValues(text) && Veltra::parseJson(text, *this, true);
+  return Veltra::readProfileFile(path, text) && Veltra::isWithinBounds(Veltra::extentOf(text)) &&
+         Veltra::parseJson(text, *this, true);
 }

@@ -94,6 +94,7 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   // The wireless network and how it is secured.
 
   std::string getUsbWifiSSID() const;
+  /// @return false for a name that is no UTF-8: it may be any bytes, but JSON cannot hold them
   bool setUsbWifiSSID(const std::string& ssid);
 
   Encryption::Type getEncryption() const;
@@ -148,16 +149,16 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   bool setCertificateKey(const std::vector<uint8_t>& key);
   bool setCertificateKey(const std::string& key);
   std::string getCertificateName() const;
-  bool setCertificateName(const std::string& name);
+  bool setCertificateName(const std::string& name);  ///< false for a name that is no UTF-8
 
   // Recent wireless networks, newest first.
 
   /// @return false, `out` as it was, when there is no network i
   bool getWifiProfile(std::size_t i, WifiProfile& out) const;
   /// Puts a network first. An equal one is replaced; of more than MAX_RECENT the oldest are dropped.
-  /// @return false, nothing changed, when one of its secrets could not be encrypted
+  /// @return false, nothing changed, when its name or an address is no UTF-8, or a secret could not be encrypted
   bool addWifiProfile(const WifiProfile& profile);
-  /// Puts the current wireless settings first.
+  /// Puts the current wireless settings first. @return as addWifiProfile
   bool addCurrentWifiProfile();
   bool recentIsEmpty() const;
   /// Forgets the recent networks, the current network's name and its security.
@@ -170,7 +171,8 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
 
   // The document as a whole.
 
-  /// Writes the document as styled JSON, indented by tabs.
+  /// Writes the document as styled JSON, indented by tabs. Text of it that is no UTF-8, which a document read from a
+  /// file can hold, is written with U+FFFD, here and by save; a warning is logged.
   void dump(std::ostream& stream) const;
 
   /// Writes the document to FILE_PATH, or a path of the caller's choice. The file is created with mode 0600.
@@ -181,8 +183,8 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
 
   /// Replaces the document by the one in FILE_PATH, or a path of the caller's choice. Comments are kept as
   /// parseJson() keeps them.
-  /// @return false, the document as it was, when the file is missing, not JSON, longer than 4 MiB, holds more than
-  ///         131072 values, or is not a file that saveTo would write to
+  /// @return false, the document as it was, when the file is missing, not JSON, beyond
+  ///         docs/reader-behaviour.md#the-bounds-of-json, or is not a file that saveTo would write to
   bool read();
   bool readFrom(const std::string& path);
 

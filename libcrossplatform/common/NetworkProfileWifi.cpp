@@ -197,7 +197,7 @@ std::string NetworkProfile::getCertificateName() const {
 }
 
 bool NetworkProfile::setCertificateName(const std::string& name) {
-  return Stored::set(Stored::writableSecurity(*this), Stored::CERTIFICATE_NAME, name);
+  return Stored::setInSecurity(*this, Stored::CERTIFICATE_NAME, name);
 }
 
 bool NetworkProfile::getWifiProfile(std::size_t i, WifiProfile& out) const {

@@ -1,9 +1,13 @@
 #include <libcrossplatform/common/OrbelSettings.h>
 
+#include <cstring>
+#include <type_traits>
 #include <utility>
 
+#include <libcrossplatform/common/internal/JsonMembers.h>
 #include <libcrossplatform/common/internal/JsonScan.h>
 #include <libcrossplatform/common/jsonutil.h>
+#include <libcrossplatform/logging/Logger.h>
 #include <libcrossplatform/serialization/FieldCodec.h>
 #include <libcrossplatform/serialization/JsonText.h>
 
@@ -11,8 +15,6 @@ namespace Veltra {
 namespace {
 
 constexpr char SOURCE[] = "libcrossplatform/common/OrbelSettings";
-
-constexpr std::size_t MOST_WRITTEN = std::size_t{4} * 1024 * 1024;
 
 constexpr char PROJECT_ID[] = "project_id";
 constexpr char PROJECT_NAME[] = "project_name";
@@ -24,14 +26,77 @@ constexpr char NET_PROFILE[] = "net_profile";
 constexpr char TRACKIT_ENABLE[] = "trackit_enable";
 constexpr char KEY_POSITION[] = "key_position";
 
-/// Sets `out` from the member `key` of an object; leaves it when the member is missing or null.
-/// @return false when the member cannot be converted
-template <class T>
-bool takeIfPresent(const Json::Value& object, const char* key, T& out) {
-  const Json::Value* const member = jsonMember(object, key);
-  if (member == nullptr || member->isNull() || convertJson(*member, out)) return true;
-  logJsonFailure(SOURCE, __LINE__, key);
-  return false;
+/// The members of the JSON object but the network profile.
+template <class Members, class Record>
+void walkJson(Members& m, Record& s) {
+  m.boolean(AUTO_INCREMENT, s.autoIncrement);
+  m.boolean(AUTO_SAVE, s.autoSave);
+  m.text(PROJECT_ID, s.project.id);
+  m.text(PROJECT_NAME, s.project.name);
+  m.text(SYNC_USER_NAME, s.syncUserName);
+  m.text(SYNC_USER_PASS, s.syncUserPass);
+  m.boolean(TRACKIT_ENABLE, s.trackitEnable);
+  m.integer(KEY_POSITION, s.keyPosition);
+}
+
+/// The record's object in a document; null when there is none.
+const Json::Value* recordIn(const Json::Value& root) {
+  const Json::Value* const object = root.isObject() ? jsonMember(root, OrbelSettings::JSON_ROOT_NAME) : nullptr;
+  return object != nullptr && object->isObject() ? object : nullptr;
+}
+
+/// The network profile that a record's object names; null when it names none.
+const Json::Value* profileIn(const Json::Value& object) {
+  const Json::Value* const profile = jsonMember(object, NET_PROFILE);
+  return profile != nullptr && !profile->isNull() ? profile : nullptr;
+}
+
+bool isShortProfile(const Json::Value& profile) {
+  return Dump::isStyledJsonWithin(profile, "   ", JsonBounds::STYLED_BYTES);
+}
+
+/// Whether a profile is short for certain, whatever stands in the text it was read from: no byte of a text becomes more
+/// than the indentation of one line and some characters.
+bool isShortProfileOf(const std::string& text, const JsonExtent& extent) {
+  constexpr std::size_t INDENTATION = 3;
+  constexpr std::size_t CHARACTERS = 16;
+  return text.size() <= JsonBounds::STYLED_BYTES / (INDENTATION * extent.levels + CHARACTERS);
+}
+
+/// Json::Value's own comparison, but for whole numbers, which are equal by value: what is held unsigned may come back
+/// signed.
+bool isSameJson(const Json::Value& a, const Json::Value& b) {
+  const auto isWhole = [](const Json::Value& v) { return v.type() == Json::intValue || v.type() == Json::uintValue; };
+  if (isWhole(a) && isWhole(b) && a.type() != b.type()) {
+    return a.isUInt64() && b.isUInt64() && a.asUInt64() == b.asUInt64();
+  }
+  if (a.type() != b.type() || (!a.isArray() && !a.isObject())) return a == b;
+  if (a.size() != b.size()) return false;
+  if (a.isArray()) {
+    for (Json::ArrayIndex i = 0; i < a.size(); ++i) {
+      if (!isSameJson(a[i], b[i])) return false;
+    }
+    return true;
+  }
+  for (auto x = a.begin(), y = b.begin(); x != a.end(); ++x, ++y) {
+    if (x.name() != y.name() || !isSameJson(*x, *y)) return false;
+  }
+  return true;
+}
+
+/// Warns of a record that deserialize() will not take back.
+/// @param text  as it is written; it holds the profile in whole
+void warnUnlessReadBack(const std::string& text, const Json::Value& profile) {
+  const JsonExtent extent = extentOf(text);
+  const auto warn = [](std::size_t most, const char* of) {
+    Logger::log(Logger::FACILITY_COMMON, Logger::SEVERITY_WARNING,
+                "OrbelSettings is written with more than %zu %s: it cannot be read back", most, of);
+  };
+  if (extent.values > JsonBounds::VALUES) warn(JsonBounds::VALUES, "JSON values");
+  if (extent.levels > JsonBounds::LEVELS) warn(JsonBounds::LEVELS, "levels of JSON");
+  if (text.size() > JsonBounds::STYLED_BYTES && !isShortProfile(profile)) {
+    warn(JsonBounds::STYLED_BYTES, "bytes of network profile");
+  }
 }
 
 }  // namespace
@@ -49,13 +114,16 @@ OrbelSettings::OrbelSettings(Project::ProjectId projectId, bool save, bool incre
 
 bool OrbelSettings::operator==(const OrbelSettings& other) const {
   return project == other.project && autoSave == other.autoSave && autoIncrement == other.autoIncrement &&
-         syncUserName == other.syncUserName && syncUserPass == other.syncUserPass && netProfile == other.netProfile &&
-         trackitEnable == other.trackitEnable && keyPosition == other.keyPosition;
+         syncUserName == other.syncUserName && syncUserPass == other.syncUserPass &&
+         isSameJson(netProfile, other.netProfile) && trackitEnable == other.trackitEnable &&
+         keyPosition == other.keyPosition;
 }
 
 template <class Fields>
 void OrbelSettings::fields(Fields& f) {
-  f.terminatedText("json", Dump::toJsonString(*this, Dump::DumpFlags(), true));
+  const std::string text = Dump::toJsonString(*this, Dump::DumpFlags(), true);
+  if constexpr (std::is_same_v<Fields, Marshal::FieldWriter>) warnUnlessReadBack(text, netProfile);
+  f.terminatedText("json", text);
 }
 
 unsigned OrbelSettings::serialize(Marshal::IObjectWriter& out) {
@@ -79,46 +147,39 @@ Marshal::StreamOpStatus OrbelSettings::deserialize(Marshal::IObjectReader& in) {
 
 Json::Value OrbelSettings::toJson(const Dump::DumpFlags&) const {
   Json::Value object(Json::objectValue);
-  object[PROJECT_NAME] = project.name;
-  object[PROJECT_ID] = project.id;
-  object[AUTO_SAVE] = autoSave;
-  object[AUTO_INCREMENT] = autoIncrement;
-  object[SYNC_USER_NAME] = syncUserName;
-  object[SYNC_USER_PASS] = syncUserPass;
+  MemberWriter members(object);
+  walkJson(members, *this);
   object[NET_PROFILE] = netProfile;
-  object[TRACKIT_ENABLE] = trackitEnable;
-  object[KEY_POSITION] = keyPosition;
   return rootedJson(JSON_ROOT_NAME, std::move(object));
 }
 
 bool OrbelSettings::fromJson(const Json::Value* root) {
-  const Json::Value* const object = root != nullptr && root->isObject() ? jsonMember(*root, JSON_ROOT_NAME) : nullptr;
-  if (object == nullptr || !object->isObject()) return false;
-
-  OrbelSettings read = *this;
-  const bool converted =
-      takeIfPresent(*object, AUTO_INCREMENT, read.autoIncrement) && takeIfPresent(*object, AUTO_SAVE, read.autoSave) &&
-      takeIfPresent(*object, PROJECT_ID, read.project.id) && takeIfPresent(*object, PROJECT_NAME, read.project.name) &&
-      takeIfPresent(*object, SYNC_USER_NAME, read.syncUserName) &&
-      takeIfPresent(*object, SYNC_USER_PASS, read.syncUserPass) &&
-      takeIfPresent(*object, TRACKIT_ENABLE, read.trackitEnable) &&
-      takeIfPresent(*object, KEY_POSITION, read.keyPosition);
-  if (!converted) return false;
-  const Json::Value* const profile = jsonMember(*object, NET_PROFILE);
-  if (profile != nullptr && !profile->isNull()) read.netProfile = *profile;
+  const Json::Value* const object = root != nullptr ? recordIn(*root) : nullptr;
+  if (object == nullptr) return false;
+  // All but the profile, which may be large.
+  OrbelSettings read(project, autoSave, autoIncrement, syncUserName, syncUserPass, Json::Value(), trackitEnable,
+                     keyPosition);
+  MemberReader members(*object, MemberRule::CONVERTED_OR_NULL, SOURCE, __LINE__);
+  walkJson(members, read);
+  if (!members.ok()) return false;
+  if (const Json::Value* const profile = profileIn(*object)) {
+    read.netProfile = *profile;
+  } else {
+    read.netProfile.swap(netProfile);
+  }
   *this = std::move(read);
   return true;
 }
 
 bool OrbelSettings::fromString(const std::string& text) {
+  const JsonExtent extent = extentOf(text);
   Json::Value root;
-  if (hasTooManyValues(text) || !parseJson(text, root, true)) return false;
+  if (!isWithinBounds(extent) || !parseJson(text, root, true)) return false;
   return Dump::orBadAlloc([&] {
-    OrbelSettings read = *this;
-    std::string written;
-    if (!read.fromJson(&root) || !Dump::writeStyledJson(written, read.netProfile, "   ", MOST_WRITTEN)) return false;
-    *this = std::move(read);
-    return true;
+    const Json::Value* const object = recordIn(root);
+    const Json::Value* const profile = object != nullptr ? profileIn(*object) : nullptr;
+    if (profile != nullptr && !isShortProfileOf(text, extent) && !isShortProfile(*profile)) return false;
+    return fromJson(&root);
   });
 }
 

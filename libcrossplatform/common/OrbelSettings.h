@@ -23,9 +23,12 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
   unsigned int getSettingsType() const override { return 2; }
 
   void clear() { *this = OrbelSettings(); }
+  /// Whole numbers in the profile are equal by value, signed or not; otherwise as Json::Value compares them.
   bool operator==(const OrbelSettings& other) const;
   bool operator!=(const OrbelSettings& other) const { return !(*this == other); }
 
+  /// What fromString() would not take back, docs/reader-behaviour.md#the-bounds-of-json, is written all the same; a
+  /// warning is logged.
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// Not cleared first: members the text does not name keep their values. Any class version is read.
   /// @return 0; -1 another record's id, or text fromString() does not take: the record is then as it was; -3 the stream
@@ -38,9 +41,9 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
   /// @return true; false, with the record unchanged, for a null pointer, without the root member, and when a value
   ///         cannot be converted (logged)
   bool fromJson(const Json::Value* root) override;
-  /// fromJson() of a JSON text; comments in the network profile are kept as parseJson() keeps them.
-  /// @return false also for text that is no JSON, that holds more than 131072 values, or whose network profile is more
-  ///         than 4 MiB of styled text: a few bytes could become gigabytes
+  /// fromJson() of a JSON text; comments in the network profile are kept as parseJson() keeps them. Only what the text
+  /// names is measured.
+  /// @return false also for text that is no JSON or beyond docs/reader-behaviour.md#the-bounds-of-json
   bool fromString(const std::string& text);
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;

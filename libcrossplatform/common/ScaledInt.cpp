@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include <libcrossplatform/common/EnumText.h>
+#include <libcrossplatform/common/internal/NonFiniteText.h>
 #include <libcrossplatform/logging/Assert.h>
 #include <libcrossplatform/serialization/FieldCodec.h>
 #include <libcrossplatform/serialization/NumberText.h>
@@ -27,9 +28,9 @@ constexpr EnumText<ScaledInt::ScaledTo> SCALE_TEXTS[] = {
 static_assert(isOneToOne(SCALE_TEXTS));
 
 constexpr EnumText<int32_t> RESERVED_TEXTS[] = {
-    {ScaledInt::RAW_NOT_A_NUMBER, "NaN"},
-    {ScaledInt::RAW_PLUS_INFINITY, "+inf"},
-    {ScaledInt::RAW_MINUS_INFINITY, "-inf"},
+    {ScaledInt::RAW_NOT_A_NUMBER, NAN_TEXT},
+    {ScaledInt::RAW_PLUS_INFINITY, PLUS_INFINITY_TEXT},
+    {ScaledInt::RAW_MINUS_INFINITY, MINUS_INFINITY_TEXT},
 };
 
 /// Two raw values brought to the finer scale. Unsigned, since the arithmetic on them wraps.

@@ -2,9 +2,9 @@
 
 #include <charconv>
 #include <cmath>
-#include <limits>
 #include <system_error>
 
+#include <libcrossplatform/common/internal/NonFiniteText.h>
 #include <libcrossplatform/logging/Assert.h>
 #include <libcrossplatform/serialization/FieldCodec.h>
 #include <libcrossplatform/serialization/NumberText.h>
@@ -44,10 +44,6 @@ void valueField(Fields& f, std::string& v) {
   f.text("value", v);
 }
 
-constexpr char NAN_TEXT[] = "NaN";
-constexpr char PLUS_INFINITY_TEXT[] = "+inf";
-constexpr char MINUS_INFINITY_TEXT[] = "-inf";
-
 std::string toText(int v) {
   return Dump::int64ToStr(v);
 }
@@ -55,8 +51,7 @@ std::string toText(unsigned int v) {
   return Dump::int64ToStr(v);
 }
 std::string toText(float v) {
-  if (std::isnan(v)) return NAN_TEXT;
-  if (std::isinf(v)) return v > 0.0f ? PLUS_INFINITY_TEXT : MINUS_INFINITY_TEXT;
+  if (const char* const name = nonFiniteText(v)) return name;
   char text[32];
   return std::string(text, std::to_chars(text, text + sizeof text, v).ptr);
 }
@@ -82,18 +77,10 @@ TweakStatus fromText(std::string_view text, unsigned int& out) {
   return numberFromText(text, out);
 }
 TweakStatus fromText(std::string_view text, float& out) {
-  using Limits = std::numeric_limits<float>;
   float number = 0.0f;
-  if (text == NAN_TEXT) {
-    number = Limits::quiet_NaN();
-  } else if (text == PLUS_INFINITY_TEXT) {
-    number = Limits::infinity();
-  } else if (text == MINUS_INFINITY_TEXT) {
-    number = -Limits::infinity();
-  } else if (const TweakStatus status = numberFromText(text, number); status != TWEAK_OK) {
-    return status;
-  } else if (!std::isfinite(number)) {
-    return TWEAK_NOT_A_VALUE;  // "inf", "nan(1)" and so on: only the texts above stand for these
+  if (!nonFiniteFromText(text, number)) {
+    if (const TweakStatus status = numberFromText(text, number); status != TWEAK_OK) return status;
+    if (!std::isfinite(number)) return TWEAK_NOT_A_VALUE;  // "inf", "nan(1)" and so on
   }
   out = number;
   return TWEAK_OK;

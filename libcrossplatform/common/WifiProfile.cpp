@@ -7,6 +7,7 @@
 #include <libcrossplatform/common/internal/ProfileMembers.h>
 #include <libcrossplatform/common/internal/SecretBytes.h>
 #include <libcrossplatform/serialization/JsonText.h>
+#include <libcrossplatform/serialization/Utf8Text.h>
 
 namespace Stored = Veltra::ProfileMembers;
 
@@ -16,17 +17,18 @@ static_assert(std::size(Eap::desc) == Eap::TTLS_EAP_MSCHAP_V2 + 1, "a name for e
 
 namespace {
 
-void writeAddresses(const WifiProfile& profile, Json::Value& json) {
+bool writeAddresses(const WifiProfile& profile, Json::Value& json) {
   Stored::set(json, Stored::USB_WIFI.useDhcp, profile.useDhcp);
   Json::Value& dns = Stored::writableArray(json, Stored::USB_WIFI.dnsList);
   for (const std::string& address : profile.dns) {
+    if (!Dump::isUtf8(address)) return false;
     Dump::orBadAlloc([&] { return dns.append(address); });
   }
-  if (profile.useDhcp) return;
-  Stored::set(json, Stored::USB_WIFI.inetAddr, profile.inetAddr);
-  Stored::set(json, Stored::USB_WIFI.mask, profile.mask);
-  if (!profile.broadcast.empty()) Stored::set(json, Stored::USB_WIFI.broadcast, profile.broadcast);
-  Stored::set(json, Stored::USB_WIFI.gateway, profile.gateway);
+  if (profile.useDhcp) return true;
+  return Stored::set(json, Stored::USB_WIFI.inetAddr, profile.inetAddr) &&
+         Stored::set(json, Stored::USB_WIFI.mask, profile.mask) &&
+         (profile.broadcast.empty() || Stored::set(json, Stored::USB_WIFI.broadcast, profile.broadcast)) &&
+         Stored::set(json, Stored::USB_WIFI.gateway, profile.gateway);
 }
 
 bool writeWep(const WifiProfile& profile, Json::Value& json) {
@@ -70,10 +72,8 @@ bool writeSecurity(const WifiProfile& profile, Json::Value& json) {
 
 Json::Value WifiProfile::toJson() const {
   Json::Value json(Json::objectValue);
-  Stored::set(json, Stored::SSID, ssid);
-  writeAddresses(*this, json);
-  if (!writeSecurity(*this, json)) return Json::Value();
-  return json;
+  if (Stored::set(json, Stored::SSID, ssid) && writeAddresses(*this, json) && writeSecurity(*this, json)) return json;
+  return Json::Value();
 }
 
 bool WifiProfile::fromJson(const Json::Value& json) {

@@ -51,7 +51,7 @@ struct VELTRA_EXPORT WifiProfile {
   std::string gateway;
   std::vector<std::string> dns;
   bool useDhcp = false;
-  std::string ssid;
+  std::string ssid;                               ///< a network whose name is no UTF-8 cannot be stored
   uint32_t securityType = UsbWifiSecurity::OPEN;  ///< a UsbWifiSecurity::Type
   uint32_t encryption = Encryption::NONE;         ///< an Encryption::Type
   uint32_t eap = Eap::PEAP_MD5;                   ///< an Eap::Type
@@ -66,7 +66,8 @@ struct VELTRA_EXPORT WifiProfile {
   /// The stored form, with every secret encrypted. Name, DHCP and DNS are always written; static addresses only while
   /// DHCP is off, of them the broadcast only when not empty; WEP keys, pass phrase and enterprise members only for the
   /// security type they belong to. A type outside its list is left out. Of `wepKeys` the first four are written.
-  /// @return a JSON null when a secret could not be encrypted, see EncryptedString::Encrypt
+  /// @return a JSON null when the name or an address is no UTF-8, or a secret could not be encrypted, see
+  ///         EncryptedString::Encrypt
   Json::Value toJson() const;
 
   /// Takes every member over from the stored form; one that is absent or of another kind reads as false, 0 or empty, as

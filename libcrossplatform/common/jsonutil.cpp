@@ -1,7 +1,5 @@
 #include <libcrossplatform/common/jsonutil.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -12,6 +10,7 @@
 #include <libcrossplatform/common/TextUtil.h>
 #include <libcrossplatform/common/TimeUtil.h>
 #include <libcrossplatform/common/internal/JsonScan.h>
+#include <libcrossplatform/common/internal/NonFiniteText.h>
 #include <libcrossplatform/logging/Assert.h>
 #include <libcrossplatform/logging/Logger.h>
 #include <libcrossplatform/serialization/NumberText.h>
@@ -27,15 +26,9 @@
 namespace Veltra {
 namespace {
 
-constexpr char NAN_TEXT[] = "NaN";
-constexpr char PLUS_INFINITY_TEXT[] = "+inf";
-constexpr char MINUS_INFINITY_TEXT[] = "-inf";
-
 template <class Float>
 Json::Value floatToJson(Float value) {
-  if (std::isnan(value)) return NAN_TEXT;
-  if (value > std::numeric_limits<Float>::max()) return PLUS_INFINITY_TEXT;
-  if (value < -std::numeric_limits<Float>::max()) return MINUS_INFINITY_TEXT;
+  if (const char* const text = nonFiniteText(value)) return text;
   return static_cast<double>(value);
 }
 
@@ -44,15 +37,12 @@ boost::optional<Float> floatKindFromJson(const Json::Value& v, const char* key) 
   const Json::Value* const member = jsonMember(v, key);
   if (member == nullptr) return boost::none;
   if (member->isDouble()) return static_cast<Float>(member->asDouble());
-  if (!member->isString()) return boost::none;
-  const std::string text = member->asString();
-  if (text == NAN_TEXT) return std::numeric_limits<Float>::quiet_NaN();
-  if (text == PLUS_INFINITY_TEXT) return std::numeric_limits<Float>::infinity();
-  if (text == MINUS_INFINITY_TEXT) return -std::numeric_limits<Float>::infinity();
-  return boost::none;
+  Float value = 0;
+  if (!member->isString() || !nonFiniteFromText(member->asString(), value)) return boost::none;
+  return value;
 }
 
-/// Whole decimal text of a 64-bit kind. The C conversions skip blanks, saturate, and negate unsigned values; a stored
+/// Whole decimal text of a 64-bit kind. The C conversions skip spaces, saturate, and negate unsigned values; a stored
 /// number does none of that.
 template <class Int>
 boost::optional<Int> decimalText(const Json::Value& value, bool (*convert)(Int&, const char*, int)) {

@@ -17,6 +17,7 @@ class VELTRA_EXPORT Logger {
   /// How bad it is; smaller is worse.
   enum Severity : int32_t {
     SEVERITY_ERROR = 1,
+    SEVERITY_WARNING = 2,  ///< done, but not all of it as it was asked for
   };
 
   /// Receives every line before it is formatted. `args` belongs to the caller and may be read once.

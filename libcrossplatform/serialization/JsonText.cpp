@@ -1,12 +1,17 @@
 #include <libcrossplatform/serialization/JsonText.h>
 
+#include <algorithm>
 #include <ostream>
 #include <streambuf>
+#include <string_view>
 
 #include <json/writer.h>
 
+#include <libcrossplatform/logging/Logger.h>
+#include <libcrossplatform/serialization/Utf8Text.h>
+
 // Documents in the field are compared as text: they hold what these writers write, and the newer builder writes
-// blanks, arrays and empty values otherwise. So the deprecated writers stay, in this unit alone.
+// spaces, arrays and empty values otherwise. So the deprecated writers stay, in this unit alone.
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
 namespace Dump {
@@ -15,7 +20,8 @@ namespace {
 // Takes so many bytes and refuses the rest.
 class BoundedText : public std::streambuf {
  public:
-  BoundedText(std::string& text, std::size_t most) : _text(text), _most(most) {}
+  /// @param text  null: the bytes are only counted
+  BoundedText(std::string* text, std::size_t most) : _text(text), _room(most) {}
 
  protected:
   int_type overflow(int_type character) override {
@@ -24,43 +30,151 @@ class BoundedText : public std::streambuf {
   }
   std::streamsize xsputn(const char* bytes, std::streamsize count) override {
     const auto size = static_cast<std::size_t>(count);
-    if (size > _most - _text.size()) return 0;
-    _text.append(bytes, size);
+    if (size > _room) return 0;
+    _room -= size;
+    if (_text != nullptr) _text->append(bytes, size);
     return count;
   }
 
  private:
-  std::string& _text;
-  const std::size_t _most;
+  std::string* const _text;
+  std::size_t _room;
 };
+
+std::string_view textOf(const Json::Value& value) {
+  const char* begin = nullptr;
+  const char* end = nullptr;
+  return value.getString(&begin, &end) ? std::string_view(begin, static_cast<std::size_t>(end - begin))
+                                       : std::string_view();
+}
+
+std::string_view nameOf(const Json::Value::const_iterator& member) {
+  const char* end = nullptr;
+  const char* const begin = member.memberName(&end);  // null for an element of an array
+  return begin != nullptr ? std::string_view(begin, static_cast<std::size_t>(end - begin)) : std::string_view();
+}
+
+bool isAllUtf8(const Json::Value& value) {
+  if (value.isString()) return isUtf8(textOf(value));
+  if (!value.isObject() && !value.isArray()) return true;
+  for (auto member = value.begin(); member != value.end(); ++member) {
+    if (!isUtf8(nameOf(member)) || !isAllUtf8(*member)) return false;
+  }
+  return true;
+}
+
+class IllFormedTexts {
+ public:
+  /// @param place  names of the members that lead to the value, with dots between them
+  void replaceIn(Json::Value& value, const std::string& place) {
+    if (value.isString()) {
+      if (isUtf8(textOf(value))) return;
+      found(place);
+      Json::Value repaired(withoutIllFormedUtf8(textOf(value)));
+      value.swapPayload(repaired);  // comments and place stay
+    } else if (value.isArray()) {
+      for (Json::Value& element : value) replaceIn(element, place);
+    } else if (value.isObject()) {
+      for (const std::string& name : value.getMemberNames()) replaceInMember(value, name, place);
+    }
+  }
+
+  void log() const {
+    constexpr int SHOWN = 80;
+    Veltra::Logger::log(Veltra::Logger::FACILITY_COMMON, Veltra::Logger::SEVERITY_WARNING,
+                        "JSON: texts that are not UTF-8 are written with U+FFFD: %zu, the first at \"%.*s\"", _count,
+                        SHOWN, _first.c_str());
+  }
+
+ private:
+  void replaceInMember(Json::Value& object, const std::string& name, const std::string& place) {
+    const std::string memberPlace = place.empty() ? name : place + "." + name;
+    if (isUtf8(name)) {
+      replaceIn(object[name], memberPlace);
+      return;
+    }
+    found(memberPlace);
+    std::string repaired = withoutIllFormedUtf8(name);
+    while (object.isMember(repaired)) repaired += REPLACEMENT_CHARACTER;
+    Json::Value member;
+    object.removeMember(name, &member);
+    replaceIn(member, memberPlace);
+    object[repaired] = std::move(member);
+  }
+
+  void found(const std::string& place) {
+    if (++_count > 1) return;
+    _first = place;
+    // Names come from documents of any origin, and a log line is one line.
+    std::replace_if(
+        _first.begin(), _first.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
+  }
+
+  std::size_t _count = 0;
+  std::string _first;
+};
+
+/// Calls a writer with the value, or with a copy in which everything is UTF-8.
+template <class Write>
+auto writeAsUtf8(const Json::Value& value, bool isLogged, Write write) {
+  if (isAllUtf8(value)) return write(value);
+  const Json::Value repaired = orBadAlloc([&] {
+    Json::Value copy = value;
+    IllFormedTexts texts;
+    texts.replaceIn(copy, std::string());
+    if (isLogged) texts.log();
+    return copy;
+  });
+  return write(repaired);
+}
+
+void writeStyled(std::ostream& out, const Json::Value& value, const char* indentation) {
+  Json::StyledStreamWriter(indentation).write(out, value);
+}
+
+bool writeWithin(std::string* text, const Json::Value& value, const char* indentation, std::size_t most) {
+  BoundedText bounded(text, most);
+  std::ostream out(&bounded);
+  out.exceptions(std::ios::badbit);  // ends the writing at once; lost memory leaves as what it is
+  try {
+    // What is only counted is not written, and so nothing is logged.
+    writeAsUtf8(value, text != nullptr, [&](const Json::Value& v) { writeStyled(out, v, indentation); });
+    return true;
+  } catch (const std::ios::failure&) {
+    return false;
+  }
+}
 
 }  // namespace
 
 std::string styledJson(const Json::Value& value) {
-  return Json::StyledWriter().write(value);
+  return writeAsUtf8(value, true, [](const Json::Value& v) { return Json::StyledWriter().write(v); });
 }
 
 std::string compactJson(const Json::Value& value) {
   Json::FastWriter writer;
   writer.omitEndingLineFeed();
-  return writer.write(value);
+  return writeAsUtf8(value, true, [&](const Json::Value& v) { return writer.write(v); });
 }
 
 void writeStyledJson(std::ostream& out, const Json::Value& value, const char* indentation) {
-  Json::StyledStreamWriter(indentation).write(out, value);
+  writeAsUtf8(value, true, [&](const Json::Value& v) { writeStyled(out, v, indentation); });
 }
 
 bool writeStyledJson(std::string& text, const Json::Value& value, const char* indentation, std::size_t most) {
   text.clear();
-  BoundedText bounded(text, most);
-  std::ostream out(&bounded);
-  out.exceptions(std::ios::badbit);  // ends the writing at once; lost memory leaves as what it is
-  try {
-    writeStyledJson(out, value, indentation);
-    return true;
-  } catch (const std::ios::failure&) {
-    return false;
-  }
+  return writeWithin(&text, value, indentation, most);
+}
+
+bool isStyledJsonWithin(const Json::Value& value, const char* indentation, std::size_t most) {
+  return writeWithin(nullptr, value, indentation, most);
+}
+
+bool replaceIllFormedTexts(Json::Value& value) {
+  if (isAllUtf8(value)) return false;
+  IllFormedTexts texts;
+  texts.replaceIn(value, std::string());
+  return true;
 }
 
 }  // namespace Dump

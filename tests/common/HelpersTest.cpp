@@ -6,10 +6,12 @@
 #include <libcrossplatform/common/TextUtil.h>
 #include <libcrossplatform/common/TimeUtil.h>
 #include <libcrossplatform/common/ToleranceMeas.h>
+#include <libcrossplatform/common/internal/JsonScan.h>
 #include <libcrossplatform/common/jsonutil.h>
 #include <libcrossplatform/common/printf-shims.h>
 #include <libcrossplatform/serialization/JsonText.h>
 #include <libcrossplatform/serialization/NumberText.h>
+#include <libcrossplatform/serialization/Utf8Text.h>
 
 #include "RecordTesting.h"
 
@@ -163,6 +165,50 @@ TEST(JsonUtil, ReadersTakeTheirOwnKindOnly) {
   EXPECT_EQ(*floatFromJson("-inf", nullptr), -INF);
 }
 
+TEST(Utf8Text, ReplacesEachIllFormedSequence) {
+  // In the texts expected, ? is U+FFFD. A character that is cut short is one, what cannot begin one is one a byte.
+  const std::pair<const char*, const char*> rows[] = {
+      {"caf\xE9 au", "caf? au"},
+      {"\xE9 ", "? "},
+      {"\xC3", "?"},
+      {"\xE2\x82", "?"},
+      {"\xE2\x82\xC3\xA9", "?\xC3\xA9"},
+      {"\xF0\x9F\x98x", "?x"},
+      {"\x80\xBF", "??"},
+      {"\xC0\xAF\xC1\xBF", "????"},
+      {"\xE0\x9F\xBF\xF0\x8F\xBF\xBF", "???????"},
+      {"\xED\xA0\x80\xF4\x90\x80\x80\xF5", "????????"},
+      {"\xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xF0\x90\x80\x80\xF4\x8F\xBF\xBF", nullptr},
+      {"", nullptr}};
+  for (const auto& [text, expected] : rows) {
+    std::string whole = expected != nullptr ? expected : text;
+    for (std::size_t at = 0; (at = whole.find('?', at)) != std::string::npos;) whole.replace(at, 1, "\xEF\xBF\xBD");
+    EXPECT_EQ(Dump::withoutIllFormedUtf8(text), whole);
+    EXPECT_EQ(Dump::isUtf8(text), expected == nullptr) << text;
+  }
+  EXPECT_TRUE(Dump::isUtf8(std::string_view("\0\x7F", 2)));
+}
+
+TEST(JsonScan, CountsAsJsonCppReads) {
+  const auto extent = [](const char* text) {
+    const JsonExtent found = extentOf(text);
+    return std::to_string(found.values) + " " + std::to_string(found.levels);
+  };
+  const std::pair<const char*, const char*> rows[] = {{"1", "1 1"},
+                                                      {"[]", "2 1"},
+                                                      {"{\"a\" : [ 1 ] }", "3 3"},
+                                                      {"[\"[[,\", /* [[, */ 1 // [[,\n]", "3 2"},
+                                                      {"[] [[[", "2 1"},
+                                                      {"[/\"[,[,]", "6 3"},
+                                                      {"]", "1 0"}};
+  for (const auto& [text, expected] : rows) EXPECT_EQ(extent(text), expected) << text;
+
+  std::string comments;
+  for (int i = 0; i < 4000; ++i) comments += "//\n";
+  EXPECT_TRUE(canAffordComments("[1, \"" + comments + "\"]"));
+  EXPECT_FALSE(canAffordComments("[1, /\"" + comments)) << "a lone slash takes the quote with it";
+}
+
 TEST(JsonUtil, LogsWhereAndWhat) {
   const CapturedLog log;
   const CapturedAsserts asserts;
@@ -205,7 +251,7 @@ void expectNumbersAsEver() {
 /// What becomes of documents, the good and the bad.
 std::vector<std::string> documentsRead() {
   std::vector<std::string> read;
-  for (const char* text : {"[1.5, -1.234, 1.5e3, 2.5E-1, 1234567, 1e3, -0.0, 7]",
+  for (const char* text : {"[1.5, -1.234, 1.5e+3, 2.5E-1, 1234567, 1e3, -0.0, 7]",
                            "{\"1.5\": \"2.5 \\\" 3.5\"}",
                            "[1 /* 2.5 \" */, 1.25] // 3.5 \"\n",
                            "[0.333333333333333333333333333333333333333333333333333333]",

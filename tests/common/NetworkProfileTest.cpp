@@ -142,6 +142,18 @@ TEST(NetworkProfile, SettersStoreNothingThatTheyRefuse) {
   for (const auto set : {&NP::setWirelessPassword, &NP::setUser, &NP::setPassword, &NP::setSecurityId}) {
     EXPECT_FALSE((profile.*set)(std::string(65536, 'x')));
   }
+  for (const auto set : {&NP::setUsbWifiSSID, &NP::setCertificateName}) EXPECT_FALSE((profile.*set)("caf\xE9 au"));
+  WifiProfile cafe = network("caf\xE9", UsbWifiSecurity::OPEN);
+  EXPECT_FALSE(profile.addWifiProfile(cafe) || profile.setConfigFromWifiProfile(cafe));
+  for (std::string WifiProfile::*address :
+       {&WifiProfile::inetAddr, &WifiProfile::mask, &WifiProfile::broadcast, &WifiProfile::gateway}) {
+    WifiProfile spoilt = fullNetwork(UsbWifiSecurity::OPEN);
+    spoilt.*address = "\xFF";
+    EXPECT_TRUE(spoilt.toJson().isNull());
+  }
+  cafe = fullNetwork(UsbWifiSecurity::OPEN);
+  cafe.dns.push_back("\xFF");
+  EXPECT_TRUE(cafe.toJson().isNull());
   for (const uint32_t type : {4U, 0xFFFFFFFFU}) EXPECT_FALSE(profile.setUsbWifiSecurity(type));
   EXPECT_FALSE(profile.setEncryption(7) || profile.setEap(10));
   EXPECT_EQ(profile.size(), 0U);
@@ -425,7 +437,7 @@ TEST_F(NetworkProfileFile, UnreadableTextKeepsTheDocument) {
   EXPECT_EQ(profile.getUsbWifiSSID(), "");
 }
 
-// 30 kB that would be 14 MB, and more values than are taken: neither replaces what can be read.
+// 30 kB that would be 14 MB, more values and more levels than are taken: none replaces what can be read.
 TEST_F(NetworkProfileFile, ADocumentThatCouldNotBeReadAgainIsNotSaved) {
   constexpr std::size_t DEEP = 900;
   std::string text = "{ \"x\" : " + std::string(DEEP, '[');
@@ -440,9 +452,21 @@ TEST_F(NetworkProfileFile, ADocumentThatCouldNotBeReadAgainIsNotSaved) {
   profile = numbers;
   EXPECT_FALSE(profile.saveTo(path("kept")));
   numbers.resize(131071);
-  profile = numbers;
-  EXPECT_TRUE(profile.saveTo(path("many")));
-  EXPECT_TRUE(profile.readFrom(path("many")));
+  const auto nest = [](Json::Value& value) {
+    Json::Value outer(Json::arrayValue);
+    outer[0].swap(value);
+    value.swap(outer);
+  };
+  Json::Value nested(Json::arrayValue);
+  for (int level = 1; level < 1000; ++level) nest(nested);
+  for (const Json::Value& most : {numbers, nested}) {
+    profile = most;
+    EXPECT_TRUE(profile.saveTo(path("most")));
+    EXPECT_TRUE(profile.readFrom(path("most")));
+  }
+  nest(nested);
+  profile = nested;
+  EXPECT_FALSE(profile.saveTo(path("kept")));
   EXPECT_EQ(content("kept"), "{}");
 }
 

@@ -76,6 +76,89 @@ TEST(OrbelSettings, OnlyMembersTheTextNamesAreSet) {
   expectEveryJsonMemberCounts(defaults, sampleSettings());
 }
 
+TEST(OrbelSettings, WholeNumbersOfTheProfileCompareByValue) {
+  const auto with = [](const Json::Value& value) {
+    OrbelSettings s = sampleSettings();
+    s.netProfile["List"].append(value);
+    return s;
+  };
+  for (const Json::Value& value :
+       {Json::Value(80u), Json::Value(Json::UInt64(1) << 40), Json::Value(Json::Value::maxUInt64),
+        Json::Value(Json::Value::minInt64), Json::Value(0.5)}) {
+    OrbelSettings s = with(value), read;
+    ASSERT_EQ(readFrom(read, bytesOf(s)), 0);
+    EXPECT_EQ(read, s) << value.asString();
+  }
+  EXPECT_EQ(with(80), with(80u));
+  EXPECT_NE(with(-1), with(Json::Value::maxUInt64));
+  EXPECT_NE(with(80), with(81u));
+  EXPECT_NE(with(80), with(80.0));
+  EXPECT_NE(with(Json::Value()), sampleSettings());
+  OrbelSettings renamed = sampleSettings();
+  renamed.netProfile["Wired"].removeMember("DHCP");
+  renamed.netProfile["Wired"]["dhcp"] = false;
+  EXPECT_NE(renamed, sampleSettings());
+}
+
+TEST(OrbelSettings, WarnsOfWhatItWritesButWouldNotRead) {
+  constexpr std::size_t MIB4 = std::size_t{4} * 1024 * 1024;
+  const auto text = [](std::size_t styled) { return Json::Value(std::string(styled - 3, 'x')); };  // quotes, line end
+  const auto numbers = [](Json::ArrayIndex values) {
+    Json::Value list(Json::arrayValue);
+    list.resize(values - 11);  // the text of the record has 11 beside them
+    return list;
+  };
+  const auto levels = [](int n) {
+    Json::Value inner(Json::arrayValue);
+    for (Json::Value outer; n > 1; --n, inner = std::move(outer)) outer[0] = std::move(inner);
+    return inner;
+  };
+  struct Row {
+    Json::Value most, more;
+    const char* warning;
+  };
+  for (const Row& row : {Row{text(MIB4), text(MIB4 + 1), "4194304 bytes of network profile"},
+                         Row{numbers(131072), numbers(131073), "131072 JSON values"},
+                         Row{levels(998), levels(999), "1000 levels of JSON"}}) {
+    SCOPED_TRACE(row.warning);
+    const CapturedLog log;
+    OrbelSettings s = sampleSettings(), read;
+    s.netProfile = row.most;
+    EXPECT_EQ(readFrom(read, bytesOf(s)), 0);
+    EXPECT_EQ(read, s);
+    EXPECT_TRUE(log.lines().empty());
+    s.netProfile = row.more;
+    EXPECT_EQ(readFrom(read, bytesOf(s)), -1);
+    EXPECT_EQ(log.lines(), std::vector<std::string>{std::string("13|2|OrbelSettings is written with more than ") +
+                                                    row.warning + ": it cannot be read back"});
+    // Only what a text names is measured.
+    EXPECT_TRUE(s.fromString("{\"OrbelSettings\": {\"auto_save\": false, \"net_profile\": null}}"));
+    EXPECT_FALSE(s.autoSave);
+    EXPECT_EQ(s.netProfile, row.more);
+  }
+  // A short text that becomes a long one.
+  std::string deep(900, '[');
+  for (int i = 0; i < 15000; ++i) deep += "1,";
+  deep += "1" + std::string(900, ']');
+  EXPECT_FALSE(OrbelSettings().fromString("{\"OrbelSettings\": {\"net_profile\": " + deep + "}}"));
+}
+
+TEST(OrbelSettings, BytesThatAreNoUtf8AreReplacedAndWarnedOf) {
+  OrbelSettings s = sampleSettings(), read;
+  s.syncUserPass = "caf\xE9 au";
+  s.netProfile["Wired"]["n\xFF\n"] = "caf\xE9";
+  s.netProfile["Wired"]["n\xEF\xBF\xBD\n"] = "kept";
+  const CapturedLog log;
+  const Bytes bytes = bytesOf(s);
+  EXPECT_EQ(log.lines(), std::vector<std::string>{"13|2|JSON: texts that are not UTF-8 are written with U+FFFD: 3, the "
+                                                  "first at \"OrbelSettings.net_profile.Wired.n??\""});
+  ASSERT_EQ(readFrom(read, bytes), 0);
+  EXPECT_EQ(read.syncUserPass, "caf\xEF\xBF\xBD au");
+  EXPECT_EQ(read.netProfile["Wired"]["n\xEF\xBF\xBD\n"], "kept");
+  EXPECT_EQ(read.netProfile["Wired"]["n\xEF\xBF\xBD\n\xEF\xBF\xBD"], "caf\xEF\xBF\xBD");
+  EXPECT_EQ(read.netProfile["List"], s.netProfile["List"]);
+}
+
 TEST(OrbelSettings, JsonOfAnyShape) {
   const CapturedLog log;
   const OrbelSettings before;
@@ -98,4 +181,8 @@ TEST(OrbelSettings, JsonOfAnyShape) {
   EXPECT_EQ(s, sampleSettings());
   ASSERT_TRUE(s.fromString("{\"OrbelSettings\": {\"net_profile\":\n// lab\n{\"a\": 1}}}"));
   EXPECT_NE(Dump::toJsonString(s).find("// lab"), std::string::npos) << "a network profile keeps its comments";
+  std::string addresses;
+  for (int i = 0; i < 3000; ++i) addresses += "\"http://x\", ";
+  ASSERT_TRUE(s.fromString("{\"OrbelSettings\": {\"net_profile\": [" + addresses + "\n// lab\n1]}}"));
+  EXPECT_NE(Dump::toJsonString(s).find("// lab"), std::string::npos) << "slashes in texts are no comments";
 }

@@ -11,6 +11,7 @@
 #include <json/writer.h>
 #include <libsmartcols/libsmartcols.h>
 
+#include <libcrossplatform/serialization/JsonText.h>
 #include <libinspect/records/RecordView.h>
 
 namespace Command {
@@ -26,7 +27,7 @@ class JsonLayout {
     builder["indentation"] = "";
     builder["commentStyle"] = "None";
     builder["precision"] = NUMBER_DIGITS;
-    builder["emitUTF8"] = false;  // names may hold any bytes; JSON may not
+    builder["emitUTF8"] = false;  // read by terminals of any encoding
     _scalars.reset(builder.newStreamWriter());
   }
 
@@ -90,7 +91,9 @@ class JsonLayout {
 }  // namespace
 
 std::string jsonText(const Json::Value& value, const char* indentation) {
-  return JsonLayout(indentation).of(value);
+  Json::Value utf8 = value;
+  Dump::replaceIllFormedTexts(utf8);  // names may hold any bytes; JSON may not
+  return JsonLayout(indentation).of(utf8);
 }
 
 namespace {

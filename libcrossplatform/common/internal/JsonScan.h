@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include <json/value.h>
@@ -8,12 +9,28 @@ namespace Veltra {
 
 // Looks at JSON text before JsonCpp reads it.
 
+/// What a stored document may come to: docs/reader-behaviour.md, "The bounds of JSON". Values take a hundred times
+/// their bytes in memory, and a deeply nested document a thousand times its bytes when it is written again.
+namespace JsonBounds {
+constexpr std::size_t VALUES = std::size_t{128} * 1024;
+constexpr std::size_t LEVELS = 1000;  ///< what JsonCpp reads; parseJson() refuses more
+constexpr std::size_t STYLED_BYTES = std::size_t{4} * 1024 * 1024;
+}  // namespace JsonBounds
+
+/// The size of a document, counted on its text. Of text that is no JSON, neither number is too small for what JsonCpp
+/// makes of it.
+struct JsonExtent {
+  std::size_t values = 1;  ///< one too many for each object or array that is empty
+  std::size_t levels = 0;  ///< of nesting; a document that is a single number has 1
+};
+JsonExtent extentOf(const std::string& text);
+
+/// Whether a document has no more values and levels than is read.
+bool isWithinBounds(const JsonExtent& extent);
+
 /// Whether keeping the comments costs no more than some milliseconds. JsonCpp looks back from each comment to the value
 /// before it, over all that stands between them: their number times the length of the text.
 bool canAffordComments(const std::string& text);
-
-/// Whether a stored document could have more than 131072 values, each of two bytes in the text, of hundreds in memory.
-bool hasTooManyValues(const std::string& text);
 
 /// JsonCpp reads fractions by the global locale of the program: where that writes a decimal comma, 1.5 is refused and
 /// 1.234 may be read as 1234. These two let it read a document that has none.
@@ -21,7 +38,7 @@ bool hasTooManyValues(const std::string& text);
 /// Whether the global locale has another decimal point than JSON.
 bool hasForeignDecimalPoint();
 
-/// The document with zero and blanks in the place of each fraction. Every value stays where it begins.
+/// The document with zero and spaces in the place of each fraction. Every value stays where it begins.
 std::string withoutFractions(std::string text);
 
 /// Gives the values of a document read without its fractions what they stand for.

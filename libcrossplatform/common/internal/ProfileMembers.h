@@ -66,10 +66,10 @@ uint32_t name(const Json::Value& parent, const char* key, const char* const (&na
   return 0;
 }
 
-// Always true.
-bool set(Json::Value& parent, const char* key, Json::Value&& value);
+bool set(Json::Value& parent, const char* key, Json::Value&& value);  ///< always true; no texts
+/// @return false, nothing stored, for a text that is no UTF-8: it would come back as another
 bool set(Json::Value& parent, const char* key, const std::string& text);
-bool set(Json::Value& parent, const char* key, const char* text);
+bool set(Json::Value& parent, const char* key, const char* text);  ///< always true: a name of a table
 void remove(Json::Value& parent, const char* key);
 Json::Value& writableArray(Json::Value& parent, const char* key);
 
@@ -84,6 +84,10 @@ bool setName(Json::Value& parent, const char* key, const char* const (&names)[N]
 
 const Json::Value& security(const Json::Value& document);
 Json::Value& writableSecurity(Json::Value& document);
+
+/// Stores a text among the security members.
+/// @return false, nothing changed, for a text that is no UTF-8
+bool setInSecurity(Json::Value& document, const char* key, const std::string& text);
 
 /// Stores what EncryptedString made of a secret among the security members.
 /// @return false, nothing changed, when that is empty

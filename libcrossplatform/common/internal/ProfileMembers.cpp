@@ -5,6 +5,7 @@
 
 #include <libcrossplatform/common/EncryptedString.h>
 #include <libcrossplatform/serialization/JsonText.h>
+#include <libcrossplatform/serialization/Utf8Text.h>
 
 namespace Veltra::ProfileMembers {
 namespace {
@@ -70,7 +71,7 @@ bool set(Json::Value& parent, const char* key, Json::Value&& value) {
 }
 
 bool set(Json::Value& parent, const char* key, const std::string& text) {
-  return set(parent, key, Dump::orBadAlloc([&] { return Json::Value(text); }));
+  return Dump::isUtf8(text) && set(parent, key, Dump::orBadAlloc([&] { return Json::Value(text); }));
 }
 
 bool set(Json::Value& parent, const char* key, const char* text) {
@@ -95,9 +96,12 @@ Json::Value& writableSecurity(Json::Value& document) {
   return writable(document, SECURITY, Json::objectValue);
 }
 
+bool setInSecurity(Json::Value& document, const char* key, const std::string& text) {
+  return Dump::isUtf8(text) && set(writableSecurity(document), key, text);
+}
+
 bool setEncrypted(Json::Value& document, const char* key, const std::string& encrypted) {
-  if (encrypted.empty()) return false;
-  return set(writableSecurity(document), key, encrypted);
+  return !encrypted.empty() && setInSecurity(document, key, encrypted);
 }
 
 bool wirelessKeyIsSet(const Json::Value& security, unsigned number) {

@@ -33,7 +33,8 @@ bool beginsNumber(char c) {
   return c == '-' || isDigit(c);
 }
 
-// The end of what begins at `at` and holds no number: a string, or a comment. `at` itself when neither begins there.
+// The end of what begins at `at` and holds no value: a string, or a comment. `at` itself when neither begins there.
+// Ends where JsonCpp ends it, also in text that is no JSON: the character after a lone slash is never looked at.
 std::size_t endOfText(const std::string& text, std::size_t at) {
   if (text[at] == '"') {
     std::size_t end = at + 1;
@@ -44,33 +45,60 @@ std::size_t endOfText(const std::string& text, std::size_t at) {
     const std::size_t end = text.find("*/", at + 2);
     return end == std::string::npos ? text.size() : end + 2;
   }
-  return text.compare(at, 2, "//") == 0 ? std::min(text.find_first_of("\r\n", at), text.size()) : at;
+  if (text.compare(at, 2, "//") == 0) return std::min(text.find_first_of("\r\n", at), text.size());
+  return text[at] == '/' ? std::min(at + 2, text.size()) : at;
 }
 
 }  // namespace
 
-bool canAffordComments(const std::string& text) {
-  constexpr std::size_t MOST_STEPS = std::size_t{16} * 1024 * 1024;
-  std::size_t comments = 0;  // those a string seems to hold are counted too
-  for (std::size_t at = text.find('/'); at != std::string::npos; at = text.find('/', at)) {
-    const std::size_t end = std::min(text.find_first_not_of('/', at), text.size());
-    if (end - at > 1 || (end < text.size() && text[end] == '*')) ++comments;
-    at = end;
-  }
-  return comments == 0 || text.size() <= MOST_STEPS / comments;
-}
-
-bool hasTooManyValues(const std::string& text) {
-  constexpr std::size_t MOST_VALUES = std::size_t{128} * 1024;
-  std::size_t values = 1;
+JsonExtent extentOf(const std::string& text) {
+  JsonExtent extent;
+  std::size_t depth = 0;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t begin = at;
-    at = endOfText(text, begin);
-    if (at != begin) continue;
-    ++at;
-    if (text[begin] == '{' || text[begin] == '[' || text[begin] == ',') ++values;
+    at = std::max(endOfText(text, begin), begin + 1);
+    switch (text[begin]) {
+      case ' ':
+      case '\t':
+      case '\r':
+      case '\n':
+      case '/':
+      case ':':
+        break;
+      case ',':
+        ++extent.values;
+        break;
+      case '}':
+      case ']':
+        if (depth <= 1) return extent;  // JsonCpp reads no further, either
+        --depth;
+        break;
+      case '{':
+      case '[':
+        ++extent.values;
+        extent.levels = std::max(extent.levels, ++depth);
+        break;
+      default:
+        extent.levels = std::max(extent.levels, depth + 1);
+    }
   }
-  return values > MOST_VALUES;
+  return extent;
+}
+
+bool isWithinBounds(const JsonExtent& extent) {
+  return extent.values <= JsonBounds::VALUES && extent.levels <= JsonBounds::LEVELS;
+}
+
+bool canAffordComments(const std::string& text) {
+  constexpr std::size_t MOST_STEPS = std::size_t{16} * 1024 * 1024;
+  if (text.find("//") == std::string::npos && text.find("/*") == std::string::npos) return true;
+  std::size_t comments = 0;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t begin = at;
+    at = std::max(endOfText(text, begin), begin + 1);
+    if (text[begin] == '/') ++comments;
+  }
+  return comments == 0 || text.size() <= MOST_STEPS / comments;
 }
 
 bool hasForeignDecimalPoint() {
@@ -88,7 +116,7 @@ std::string withoutFractions(std::string text) {
     }
     at = endOfNumber(text, begin);
     if (std::string_view(text).substr(begin, at - begin).find('.') == std::string_view::npos) continue;
-    // A sign, a digit and blanks: what JsonCpp refuses beside the number does not become a part of it.
+    // A sign, a digit and spaces: what JsonCpp refuses beside the number does not become a part of it.
     const std::size_t digit = text[begin] == '-' ? begin + 1 : begin;
     text.replace(digit, at - digit, at - digit, ' ');
     text[digit] = '0';
