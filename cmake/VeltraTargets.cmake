@@ -16,3 +16,12 @@ function(veltra_flags target)
     target_link_options(${target} PRIVATE -fsanitize=${VELTRA_SANITIZE})
   endif()
 endfunction()
+
+# Tests, replays and their helpers: the same flags, but not optimised, which costs more than it saves. What they test is
+# optimised as ever.
+function(veltra_test_flags target)
+  veltra_flags(${target})
+  if(NOT VELTRA_FUZZ)
+    target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Release>>:-O0>)
+  endif()
+endfunction()
