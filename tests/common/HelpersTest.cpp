@@ -188,7 +188,7 @@ void expectNumbersAsEver() {
 /// What becomes of documents, the good and the bad.
 std::vector<std::string> documentsRead() {
   std::vector<std::string> read;
-  for (const char* text : {"[1.5, -1.234, 1.5e3, 2.5E-1, 1234567, 1e3, -0.0, 7]",
+  for (const char* text : {"[1.5, -1.234, 1.5e+3, 2.5E-1, 1234567, 1e3, -0.0, 7]",
                            "{\"1.5\": \"2.5 \\\" 3.5\"}",
                            "[1 /* 2.5 \" */, 1.25] // 3.5 \"\n",
                            "[0.333333333333333333333333333333333333333333333333333333]",
