@@ -1,21 +1,36 @@
-# The key of the stored credentials. It goes into a file only its owner can read, never onto a command line or into a
-# message, and reaches the one unit that asks for it with veltra_credential_key().
+# The key of the stored credentials. It goes from a file into a file only its owner can read, never into a message, and
+# reaches the one unit that asks for it with veltra_credential_key().
 
-set(VELTRA_CREDENTIAL_KEY "" CACHE STRING
-  "AES-128 key of the stored credentials, 32 hexadecimal digits; empty: the development key (docs/credentials.md)")
+set(VELTRA_CREDENTIAL_KEY_FILE "" CACHE FILEPATH
+  "File with the AES-128 key of the stored credentials, 32 hexadecimal digits; empty: the development key (docs/credentials.md)")
+set(VELTRA_CREDENTIAL_KEY "" CACHE STRING "The key itself: every user of the machine can see it meanwhile, and the cache keeps it")
+mark_as_advanced(VELTRA_CREDENTIAL_KEY)
 
 function(veltra_credential_key source)
   set(key "${VELTRA_CREDENTIAL_KEY}")
-  string(LENGTH "${key}" length)
-  if(length EQUAL 0)
+  set(from VELTRA_CREDENTIAL_KEY)
+  if(NOT key STREQUAL "")
     message(WARNING
-      "VELTRA_CREDENTIAL_KEY is not set: this build stores credentials under the DEVELOPMENT KEY, which anyone with the "
-      "sources knows. Set it to 32 hexadecimal digits of your own before a device is shipped; see docs/credentials.md.")
+      "VELTRA_CREDENTIAL_KEY puts the key on a command line, where every user of the machine can see it, and into the cache. "
+      "VELTRA_CREDENTIAL_KEY_FILE names a file that holds it; see docs/credentials.md.")
+  elseif(NOT VELTRA_CREDENTIAL_KEY_FILE STREQUAL "")
+    set(from "${VELTRA_CREDENTIAL_KEY_FILE}")
+    if(NOT EXISTS "${from}")
+      message(FATAL_ERROR "VELTRA_CREDENTIAL_KEY_FILE: there is no file ${from}.")
+    endif()
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${from}")
+    file(READ "${from}" key)
+    string(STRIP "${key}" key)
+  else()
+    message(WARNING
+      "VELTRA_CREDENTIAL_KEY_FILE is not set: this build stores credentials under the DEVELOPMENT KEY, which anyone with "
+      "the sources knows. Name a file with a key of your own before a device is shipped; see docs/credentials.md.")
     set(key "76656c7472612d646576656c6f706d74")
-  elseif(NOT length EQUAL 32 OR NOT key MATCHES "^[0-9A-Fa-f]+$")
+  endif()
+  string(LENGTH "${key}" length)
+  if(NOT length EQUAL 32 OR NOT key MATCHES "^[0-9A-Fa-f]+$")
     message(FATAL_ERROR
-      "VELTRA_CREDENTIAL_KEY must be exactly 32 hexadecimal digits, the 16 bytes of an AES-128 key; leave it empty for "
-      "the development key. See docs/credentials.md.")
+      "${from} must hold exactly 32 hexadecimal digits, the 16 bytes of an AES-128 key. See docs/credentials.md.")
   endif()
   string(REGEX REPLACE "(..)" "0x\\1, " VELTRA_CREDENTIAL_KEY_BYTES "${key}")
   string(REGEX REPLACE ", $" "" VELTRA_CREDENTIAL_KEY_BYTES "${VELTRA_CREDENTIAL_KEY_BYTES}")

@@ -16,9 +16,10 @@ bool savedBytes(const char* path, PFile::Section& section) {
 
 bool reopen(const char* path) {
   Veltra::ResultSummary summary;
-  const Veltra::ResultReaderStatus status = readResultSummary(summary, path, false);
-  if (status != Veltra::RESULT_READER_OK) {
-    std::printf("%s: %s\n", path, toString(status));
+  const Veltra::ResultFileCheck check = checkResultFile(summary, path);
+  if (check.status != Veltra::RESULT_READER_OK) {
+    std::printf("%s: %s, section %u at offset %llu\n", path, toString(check.status), unsigned{check.section},
+                static_cast<unsigned long long>(check.offset));
     return false;
   }
   PFile::Section saved;

@@ -32,15 +32,15 @@ int main(int argc, char** argv) {
     return 1;
   }
   Veltra::MemFileWriter writer(&file.writer());
-  if (writer.writeSection(summary, 1, PFile::SECTION_RESULT_SUMMARY, 0, 0) != 0 || writer.write(raw) != 0 ||
-      file.commit() != 0) {
+  if (writer.writeSection(summary, Veltra::RESULT_SUMMARY_SECTION_VERSION, PFile::SECTION_RESULT_SUMMARY, 0, 0) != 0 ||
+      writer.write(raw) != 0 || file.commit() != 0) {
     std::perror(argv[1]);
     return 1;
   }
 
-  Veltra::ResultSummary reopened;  // true: the CRC-32 and the version of every other section are looked at, too
-  const Veltra::ResultReaderStatus status = readResultSummary(reopened, argv[1], true);
+  Veltra::ResultSummary reopened;  // every section is checked; of a damaged one the answer tells number and offset
+  const Veltra::ResultFileCheck check = checkResultFile(reopened, argv[1]);
   std::printf("%s: %s, %s m, headroom %s dB (read: %s)\n", reopened.getResultName().c_str(), toString(reopened.status),
-              reopened.length.toString().c_str(), reopened.headroom.toString().c_str(), toString(status));
-  return status == Veltra::RESULT_READER_OK && reopened == summary ? 0 : 1;
+              reopened.length.toString().c_str(), reopened.headroom.toString().c_str(), toString(check.status));
+  return check.status == Veltra::RESULT_READER_OK && reopened == summary ? 0 : 1;
 }

@@ -85,6 +85,11 @@ void checkSummary(const Fuzz::Input& input, const char* path) {
     if (readResultSummary(all, path, true) != RESULT_READER_OK) return;
     FUZZ_CHECK(first == RESULT_READER_OK && Fuzz::bytesOf(all) == Fuzz::bytesOf(fromFile));
   });
+  // The check takes types that the reader stops at, and nothing that it refuses. It never stops.
+  ResultSummary checked;
+  const ResultFileCheck check = checkResultFile(checked, path);
+  FUZZ_CHECK(check.status != RESULT_READER_OK || (first == RESULT_READER_OK && check.offset <= input.size &&
+                                                  Fuzz::bytesOf(checked) == Fuzz::bytesOf(fromFile)));
 }
 
 /// What was read of a package is written as a package that reads the same.

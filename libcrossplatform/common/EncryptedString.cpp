@@ -1,7 +1,10 @@
 #include <libcrossplatform/common/EncryptedString.h>
 
+#include <unistd.h>
+
 #include <atomic>
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <random>
 
@@ -22,18 +25,24 @@ Veltra::CredentialTrace trace() {
   return {debugOn ? &std::cout : nullptr, verboseOn ? &std::cout : nullptr};
 }
 
-uint32_t randomWord() {
-  thread_local pcg32 generator = [] {
+// The generator of this thread, seeded by the system, and once more in a process that was forked off: it must not draw
+// what its parent draws.
+pcg32& seededGenerator() {
+  thread_local pcg32 generator;
+  thread_local pid_t seededIn = 0;
+  const pid_t process = getpid();
+  if (seededIn != process) {
     pcg_extras::seed_seq_from<std::random_device> seed("default");
-    return pcg32(seed);
-  }();
-  return generator();
+    generator.seed(seed);
+    seededIn = process;
+  }
+  return generator;
 }
 
 std::string encrypt(gsl::span<const uint8_t> payload) {
   try {
-    return Veltra::sealCredential(payload, CREDENTIAL_KEY, &randomWord, trace());
-  } catch (const std::exception&) {  // the random device, on the first use in a thread
+    return Veltra::sealCredential(payload, CREDENTIAL_KEY, std::ref(seededGenerator()), trace());
+  } catch (const std::exception&) {  // the random device, on the first use in a thread or process
     return {};
   }
 }

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include <libcrossplatform/common/internal/PFileLog.h>
+#include <libcrossplatform/common/internal/PFileRead.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/WireBytes.h>
 
@@ -75,11 +76,7 @@ int MemReader::openImage(unsigned char const* buffer, unsigned int size, char co
 
 int MemReader::getHeader(Header& header) {
   PFILE_LOG(_debug, "");
-  if (_buffer == nullptr) {
-    PFILE_LOG(_error, "Buffer not set.");
-    return PFILE_FAILED;
-  }
-  if (_index >= _size) {
+  if (_buffer == nullptr || _index >= _size) {
     PFILE_LOG(_debug, "End of File.");
     return PFILE_END_OF_DATA;
   }
@@ -107,7 +104,7 @@ int MemReader::read(Section& section, bool uncompress) {
     PFILE_LOG(_error, "Buffer not set.");
     return PFILE_FAILED;
   }
-  int code = getHeader(section.header);
+  const int code = getHeader(section.header);
   if (code != PFILE_OK) return code;
   PFILE_LOG(_debug, "Getting the section data.");
   const uint32_t size = section.header.dataSize;
@@ -121,20 +118,7 @@ int MemReader::read(Section& section, bool uncompress) {
   section.payload.set(size, _buffer + _index, false);
   section.compressed = false;
   if (isNegative(size) || seek(static_cast<int>(size), Marshal::STREAM_FROM_CURRENT) < 0) return PFILE_FAILED;
-  if (!section.verifyDataCrc()) {
-    PFILE_LOG(_error, "Data failed crc check.");
-    return PFILE_FAILED;
-  }
-  if (section.compressable()) {
-    section.compressed = true;
-    if (uncompress) {
-      code = section.uncompressData();
-      if (code != PFILE_OK) return code;
-      // Told to the file header kept from open(), as FileReader::read() does.
-      if (_fileHeader != nullptr) _fileHeader->header.updateData(section.payload.size(), section.payload.data());
-    }
-  }
-  return PFILE_OK;
+  return settleSection(section, uncompress, [this] { PFILE_LOG_AS(_error, "read", "Data failed crc check."); });
 }
 
 int MemReader::peek(Header& header) {

@@ -9,7 +9,8 @@ namespace PFile {
 
 /// Reads a container from a caller's buffer, which it borrows; payloads are borrowed from it too, not copied, unless
 /// they are uncompressed. The buffer must outlive reader and sections.
-/// Reading functions return 0, -1 after one error message, or -2 at the end of the data without one.
+/// Reading functions return 0, -1 for a failure, or -2 at the end of the data, of which only the debug callback hears.
+/// The file header's section has the callbacks of the reader; any other section tells its own.
 class VELTRA_EXPORT MemReader {
  public:
   MemReader() = default;
@@ -23,9 +24,12 @@ class VELTRA_EXPORT MemReader {
   /// @return 0; -1 a buffer is set already, it is null, it does not begin with an intact file header, or the recorded
   ///         length exceeds it (only then is the buffer let go of at once); -2 its size is 0
   int open(unsigned char const* buffer, unsigned int size);
-  /// The same, with the recorded length neither compared nor used: for images that were cut short or never closed.
+  /// The same, with the recorded length neither compared nor used: for images that were cut short. An image that was
+  /// never closed is -1, since its file header does not verify; the buffer then stays set, and after seek(0,
+  /// STREAM_FROM_BEGIN) and skipNextSection() its sections can be read.
   int quickOpen(unsigned char const* buffer, unsigned int size);
-  /// Reads the next section header and stops behind it. The magic is not checked; the header's CRC covers it.
+  /// Reads the next section header and stops after it. The magic is not checked; the header's CRC covers it. Without a
+  /// buffer there is no next one: -2.
   int getHeader(Header& header);
   /// The same without moving; -1 also when no buffer is set.
   int peek(Header& header);
@@ -33,7 +37,8 @@ class VELTRA_EXPORT MemReader {
   /// @param section     receives header and payload
   /// @param uncompress  true: original bytes, 8 MiB at most, owned by the payload; false: stored bytes, borrowed
   /// @return 0, also when the data is shorter than the header claims: the header is then consumed and the payload left
-  ///         as it was; -1 no buffer, a wrong CRC-32, bad zlib data, or a size over 2 GiB; -2 end of the data
+  ///         as it was; -1 no buffer, a wrong CRC-32, bad zlib data, or a size over 2 GiB, of which no callback hears;
+  ///         -2 end of the data
   int read(Section& section, bool uncompress);
   /// Moves past the next section. @return as getHeader(); -1 also when the section ends outside the data
   int skipNextSection();

@@ -8,8 +8,10 @@
 #include <utility>
 
 #include <libcrossplatform/common/internal/PFileLog.h>
+#include <libcrossplatform/common/internal/PFileRead.h>
 #include <libcrossplatform/common/internal/PFileStdio.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
+#include <libcrossplatform/serialization/WireBytes.h>
 
 namespace PFile {
 namespace {
@@ -106,29 +108,14 @@ int FileReader::read(Section& section, bool uncompress) {
     PFILE_LOG(_error, "File not open.");
     return PFILE_FAILED;
   }
-  int code = getHeader(section.header);
+  const int code = getHeader(section.header);
   if (code != PFILE_OK) return code;
   std::size_t got = 0;
   if (!readPayload(section, got)) {
     PFILE_LOG_VALUES(_error, "fread failed when try to read Header. RC = %d", static_cast<int>(got));
     return PFILE_FAILED;
   }
-  section.compressed = false;
-  if (!section.verifyDataCrc()) {
-    PFILE_LOG(_error, "Data failed crc check.");
-    return PFILE_FAILED;
-  }
-  if (section.compressable()) {
-    section.compressed = true;
-    if (uncompress) {
-      code = section.uncompressData();
-      if (code != PFILE_OK) return code;
-      // Told to the file header kept from open(), not to the section just read: that one goes on describing its
-      // compressed bytes. During open() both are the same section.
-      if (_fileHeader != nullptr) _fileHeader->header.updateData(section.payload.size(), section.payload.data());
-    }
-  }
-  return PFILE_OK;
+  return settleSection(section, uncompress, [this] { PFILE_LOG_AS(_error, "read", "Data failed crc check."); });
 }
 
 bool FileReader::readPayload(Section& section, std::size_t& got) {
@@ -158,6 +145,7 @@ bool FileReader::readPayload(Section& section, std::size_t& got) {
   }
   if (got < claimed) return false;
   section.payload.set(claimed, bytes.release(), true);
+  section.compressed = false;
   return true;
 }
 
@@ -191,6 +179,11 @@ int FileReader::skipNextSection() {
   const int sought = fseeko(_stream, static_cast<off_t>(header.dataSize), SEEK_CUR);
   if (sought != 0) PFILE_LOG_VALUES(_error, "fseek failed.errno:%d", errno);
   return sought;
+}
+
+uint32_t FileReader::recordedLength() const {
+  const bool hasWord = _fileHeader != nullptr && _fileHeader->payload.size() >= sizeof(uint32_t);
+  return hasWord ? Marshal::loadLittle32(_fileHeader->payload.data()) : 0;
 }
 
 int FileReader::close() {

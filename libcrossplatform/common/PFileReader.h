@@ -10,8 +10,8 @@
 namespace PFile {
 
 /// Reads a container file section by section. Memory follows the section in hand.
-/// Reading functions return 0, -1 after one error message, or -2 at the end of the file without one; a file cut within
-/// a section header reads as ended. After a failure the position is where the failing call left it.
+/// Reading functions return 0, -1 for a failure, or -2 at the end of the file, of which only the debug callback hears;
+/// a file cut within a section header reads as ended. After a failure the position is where the failing call left it.
 class VELTRA_EXPORT FileReader {
  public:
   FileReader() = default;
@@ -38,6 +38,9 @@ class VELTRA_EXPORT FileReader {
   /// Moves past the next section without reading its payload, past the end of a file too.
   /// @return as getHeader(), -1 when not open, or the non-zero result of fseek()
   int skipNextSection();
+  /// The total length in the file header, in bytes, right only where the writer closed the file and wrote no other
+  /// before it. @return 0 when nothing is open, or the file header has no such word
+  uint32_t recordedLength() const;
   /// @return 0, also when nothing is open, or the non-zero result of fclose()
   int close();
 

@@ -7,7 +7,8 @@
 namespace PFile {
 
 /// One section of a container: its header and its payload, as stored or uncompressed.
-/// Every failure logs one error message and leaves the section usable; nothing throws, allocation failure aside.
+/// Every failure is told to the error callback, where one is set, and leaves the section usable; nothing throws,
+/// allocation failure aside.
 class VELTRA_EXPORT Section : public Dump::IDumpable {
  public:
   /// The most a compressed payload may claim to hold: the one allocation a file's content can ask for.

@@ -21,7 +21,7 @@ constexpr int FILE_HEADER_LEVEL = 3;  ///< given and not used: the file header i
 
 // Codes of the readers and writers.
 constexpr int PFILE_OK = 0;
-constexpr int PFILE_FAILED = -1;       ///< one error message was logged
+constexpr int PFILE_FAILED = -1;       ///< the error callbacks that are set were told why, in one message or more
 constexpr int PFILE_END_OF_DATA = -2;  ///< no more sections
 
 /// What a seek counts from: 0 the beginning, 1 the current position, 2 the end.

@@ -106,11 +106,14 @@ int FileWriter::close(bool sync) {
 int FileWriter::writeTotal() {
   int result = PFILE_OK;
   _fileHeader->header.updateData(static_cast<unsigned>(_totalBytes.size()), _totalBytes.data());
-  // rewind() flushes what is buffered and tells of a failure through errno alone.
-  errno = 0;
-  std::rewind(_stream);
-  if (errno != 0) {
+  if (std::fflush(_stream) != 0) {
     PFILE_LOG_VALUES_AS(_error, CLOSE, "fflush failed.errno:%d", errno);
+    result = PFILE_FAILED;
+  }
+  errno = 0;  // by which alone rewind() tells of a failure, on a pipe for one
+  std::rewind(_stream);
+  if (errno != 0 && result == PFILE_OK) {
+    PFILE_LOG_VALUES_AS(_error, CLOSE, "rewind failed.errno:%d", errno);
     result = PFILE_FAILED;
   }
   if (!append(_fileHeader->header.bytes().data(), Header::BYTES)) {

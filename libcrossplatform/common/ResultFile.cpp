@@ -82,6 +82,39 @@ boost::optional<uint16_t> newestKnownVersion(uint16_t sectionType) {
   return static_cast<uint16_t>(type->newestVersion);
 }
 
+ResultFileCheck checkResultFile(ResultSummary& out, char const* path) {
+  constexpr uint32_t SUMMARY = 1;
+  constexpr uint64_t SUMMARY_AT = PFile::Header::BYTES + sizeof(uint32_t);
+  const auto stopped = [](ResultReaderStatus status, uint32_t section, uint64_t offset) {
+    return ResultFileCheck{status, section, offset};
+  };
+  PFile::FileReader reader;
+  if (reader.open(path) != PFile::PFILE_OK) return stopped(RESULT_READER_ERROR, 0, 0);
+  PFile::Section summary;
+  boost::optional<ResultFileCheck> tooNew;
+  uint32_t number = SUMMARY;
+  uint64_t offset = SUMMARY_AT;
+  for (;; ++number) {
+    PFile::Section other;
+    PFile::Section& section = number == SUMMARY ? summary : other;
+    const int code = reader.read(section, number == SUMMARY);
+    if (code == PFile::PFILE_FAILED) return stopped(RESULT_READER_CORRUPT, number, offset);
+    if (number == SUMMARY && section.header.type != PFile::SECTION_RESULT_SUMMARY) {
+      return stopped(RESULT_READER_ERROR, number, offset);
+    }
+    if (code == PFile::PFILE_END_OF_DATA) break;
+    const boost::optional<uint16_t> newest = newestKnownVersion(section.header.type);
+    if (!tooNew && newest && section.header.version > *newest) {
+      tooNew = stopped(RESULT_READER_VERSION_TOO_NEW, number, offset);
+    }
+    offset += PFile::Header::BYTES + section.header.dataSize;
+  }
+  if (reader.recordedLength() != offset) return stopped(RESULT_READER_CORRUPT, number, offset);
+  if (tooNew) return *tooNew;
+  const ResultReaderStatus status = deserializeSummary(out, summary.payload);
+  return status == RESULT_READER_OK ? stopped(status, number, offset) : stopped(status, SUMMARY, SUMMARY_AT);
+}
+
 ResultReaderStatus readResultSummary(ResultSummary& out, char const* path, bool checkAllSections) {
   // The summary stands at the beginning: filling a large buffer would take half of the time.
   constexpr std::size_t FIRST_BYTES = 4096;

@@ -36,13 +36,36 @@ VELTRA_EXPORT char const* toString(ResultWriterStatus status);
 /// PFile::streamOpToReaderStatus maps -6 and unknown codes otherwise; both are kept as they are.
 VELTRA_EXPORT ResultReaderStatus streamOpToReaderStatus(Marshal::StreamOpStatus status);
 
-/// Newest content version of a section type that this library reads; empty for a type it does not know. Ask before
-/// reading with `checkAllSections`, which stops the program on an unknown type.
+/// Version of the section that holds the summary. The record in it has a version of its own, which may rise alone.
+constexpr uint16_t RESULT_SUMMARY_SECTION_VERSION = 1;
+
+/// Newest content version of a section type that this library reads; empty for a type it does not know.
 VELTRA_EXPORT boost::optional<uint16_t> newestKnownVersion(uint16_t sectionType);
+
+/// How far the check of a result file came.
+struct ResultFileCheck {
+  ResultReaderStatus status;
+  /// The section that decided the status, counted from 0, the file header; 1 is the summary. When the status is 0, how
+  /// many sections there are.
+  uint32_t section;
+  uint64_t offset;  ///< where that section begins, in bytes; when the status is 0, the length of the file
+};
+
+/// Reads the summary of a result file and checks the whole file: every section by its CRC-32, the versions that this
+/// library knows, and that the sections end where the file header says. A type that newestKnownVersion() does not know,
+/// any copper measurement among them, is accepted. No content of a file stops the program; compressed data is not
+/// uncompressed.
+/// @return 0 `out` is filled; 2 a section, the first of them is named, or the record in the summary is newer than this
+///         library reads, and nothing is damaged; 3 a section is damaged or cut, the record in the summary is damaged,
+///         or the sections end elsewhere, at `offset`; 4 the file could not be opened, its file header is damaged, or
+///         its first section is no summary.
+///         Unless 0 `out` may be partly filled.
+[[nodiscard]] VELTRA_EXPORT ResultFileCheck checkResultFile(ResultSummary& out, char const* path);
 
 /// Reads the summary of a result file.
 /// @param checkAllSections  also read every further section, CRC and all, and compare its version. A section of a type
-///                          that newestKnownVersion() does not know is then the fatal assertion "Invalid section type".
+///                          that newestKnownVersion() does not know is then the fatal assertion "Invalid section type":
+///                          checkResultFile() is for files that the program has not written itself.
 /// @return 0 `out` is filled; 2 a section, or a record in the summary, is newer than this library reads; 3 a section
 ///         failed, or the summary is damaged; 4 the file could not be opened, or its first section is no summary.
 ///         Unless 0 `out` may be partly filled.

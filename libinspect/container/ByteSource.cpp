@@ -123,6 +123,10 @@ std::size_t ByteSource::readAt(uint64_t offset, void* to, std::size_t size) cons
   return done;
 }
 
+std::size_t ByteSource::readAside(uint64_t offset, void* to, std::size_t size) const {
+  return _inMemory ? readAt(offset, to, size) : readFile(offset, static_cast<uint8_t*>(to), size);
+}
+
 bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error) {
   ByteSource source;
   if (!source.open(path, error)) return false;

@@ -36,6 +36,8 @@ class ByteSource {
   bool hasFailed() const { return _hasFailed; }
   /// Reads up to `size` bytes at `offset`. @return how many there were; fewer only at the end or after a read error
   std::size_t readAt(uint64_t offset, void* to, std::size_t size) const;
+  /// The same past the window, which stays where it is: for a look at a few bytes elsewhere.
+  std::size_t readAside(uint64_t offset, void* to, std::size_t size) const;
   /// Up to WINDOW bytes at `offset` in place, valid until the next call. @return how many there are from `at` on
   std::size_t view(uint64_t offset, const uint8_t*& at) const;
 

@@ -201,7 +201,7 @@ bool packResult(ResultDescription& description, const std::string& path, int lev
     return false;
   }
   Veltra::MemFileWriter writer(&file.writer());
-  if (writer.writeSection(description.summary, Veltra::ResultSummary::CLASS_VERSION, PFile::SECTION_RESULT_SUMMARY, 0,
+  if (writer.writeSection(description.summary, Veltra::RESULT_SUMMARY_SECTION_VERSION, PFile::SECTION_RESULT_SUMMARY, 0,
                           0) != Veltra::RESULT_WRITER_OK) {
     error = fmt::format("{}: the summary could not be written: {}", path, std::strerror(errno));
     return false;

@@ -20,23 +20,30 @@ t veltra doctor -q -r lot --max-size 1M
 t veltra show --max-size 95 lot/whole.vres
 input=lot/whole.vres t veltra info - --max-size 96
 
-# A file that comes slowly: the bar stands after a second, and is gone from the line before anything is printed.
-slowly="mkfifo slow; { sleep 1.3; cat lot/whole.vres; } > slow & '$veltra' doctor slow lot/whole.vres --color never"
-echo "bar:" && terminal "$slowly" | grep -oE '\[#+ *\] +[0-9]+ %|CRESC\[K' | tail -n 2
-rm slow
-echo "no bar:" && terminal "$slowly --progress never"
+# A file that comes more than a second after the command has opened it: the bar stands, and is gone from the line before
+# anything is printed. The command begins to count when it starts, before it opens anything.
+mkfifo slow
+slowly() { # OPTION...
+  cat <<END
+exec 9<> slow
+'$veltra' doctor slow lot/whole.vres --color never $* 9<&- &
+until ls -l /proc/\$!/fd | grep -v ' 9 ->' | grep -q slow; do sleep 0.01; done
+sleep 1.1
+cat lot/whole.vres >&9
+exec 9<&-
+wait
+END
+}
+echo "bar:" && terminal "$(slowly)" | grep -oE '\[#+ *\] +[0-9]+ %|CRESC\[K' | tail -n 2
+echo "no bar:" && terminal "$(slowly --progress never)"
 
 # A signal that ends it leaves nothing unfinished behind: here while the payload is waited for.
 printf '%s' '{"summary": {"resultName": "B-2"}, "sections": [{"type": 302, "version": 1, "payload": "waits"}]}' > waits.json
 mkfifo waits
 exec 9<> waits
 interrupted() { # SIGNAL
-  local i
   env --default-signal="$1" "$veltra" pack waits.json -o lot/new.vres 9<&- &
-  for ((i = 0; i < 1000; ++i)); do
-    compgen -G 'lot/new.vres.*' > /dev/null && break
-    sleep 0.01
-  done
+  until compgen -G 'lot/new.vres.*' > /dev/null || ! kill -0 $! 2> /dev/null; do sleep 0.01; done
   kill -"$1" $!
   wait $!
 }

@@ -1,5 +1,8 @@
 #include <libcrossplatform/common/EncryptedString.h>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
@@ -192,6 +195,26 @@ TEST(EncryptedString, ThreadsDrawDifferentTexts) {
   for (const std::string& text : all) ASSERT_EQ(EncryptedString::Decrypt(text), "same");
 }
 
+TEST(EncryptedString, AForkedProcessDrawsOtherTextsThanItsParent) {
+  EncryptedString::Encrypt("same");  // the generator of this thread is there before
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  const pid_t child = fork();
+  if (child == 0) {
+    const std::string text = EncryptedString::Encrypt("same");
+    _exit(write(ends[1], text.data(), text.size()) == static_cast<ssize_t>(text.size()) ? 0 : 1);
+  }
+  const std::string mine = EncryptedString::Encrypt("same");
+  std::string theirs(mine.size(), ' ');
+  EXPECT_EQ(read(ends[0], &theirs[0], theirs.size()), static_cast<ssize_t>(theirs.size()));
+  int status = -1;
+  EXPECT_TRUE(waitpid(child, &status, 0) == child && status == 0);
+  close(ends[0]);
+  close(ends[1]);
+  EXPECT_NE(theirs, mine);
+  EXPECT_EQ(EncryptedString::Decrypt(theirs), "same");
+}
+
 // The flags cannot be switched off again, so they are switched on in a child.
 TEST(EncryptedStringDeathTest, PrintsNothingUntilAFlagIsOn) {
   const auto child = [] {
@@ -224,6 +247,15 @@ TEST(CredentialCipher, SizesThatOpenSslCannotCountAreRefusedUntouched) {
   EXPECT_TRUE(encryptCbc(tooLong, TEST_KEY).empty());
   EXPECT_EQ(decryptCbc(tooLong, TEST_KEY).status, CbcPlain::STATUS_UPDATE_FAILED);
   EXPECT_TRUE(encodeBase64(tooLong).empty());
+}
+
+TEST(SecretBytes, ATextIsWipedUpToItsCapacity) {
+  std::string text(64, 's');
+  text.resize(3);
+  const char* const memory = text.data();
+  wipe(text);
+  EXPECT_TRUE(text.empty() && text.capacity() >= 64);
+  EXPECT_EQ(std::count(memory, memory + 64, '\0'), 64);
 }
 
 TEST(CredentialEnvelope, IsNotReadBeforeItsBeginning) {

@@ -8,15 +8,13 @@
 using namespace RecordTesting;
 using namespace Veltra;
 
-TEST(Length, NamesEveryPrecisionAndFallsBackWithAnAssertion) {
-  const char* const names[] = {"LENGTH_ROUNDED_TO_HUNDREDS", "LENGTH_ROUNDED_TO_TENS", "LENGTH_ROUNDED_TO_ONES",
-                               "LENGTH_ROUNDED_TO_TENTHS", "LENGTH_ROUNDED_TO_HUNDREDTHS"};
+TEST(Length, ReportsAPrecisionOutsideTheList) {
   const std::vector<std::string> invalid = {"Invalid length rounded to|libcrossplatform/common/Length|30"};
   const CapturedAsserts asserts;
   for (int n = -10; n <= 10; ++n) {
     const bool valid = n >= -2 && n <= 2;
     asserts.reports().clear();
-    EXPECT_STREQ(toString(static_cast<LengthRoundedTo>(n)), names[valid ? n + 2 : 0]);
+    toString(static_cast<LengthRoundedTo>(n));
     EXPECT_EQ(asserts.reports(), valid ? std::vector<std::string>() : invalid);
   }
 }

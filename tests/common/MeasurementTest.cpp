@@ -128,11 +128,8 @@ TEST(ScaledInt, TextsKeepTheirDecimals) {
         Row{-2147483647, 1, "NaN"}, Row{2147483647, 99, "+inf"}, Row{-2147483646, 0, "-inf"}}) {
     EXPECT_EQ(raw(value, scale).toString(), text);
   }
-  const char* const names[] = {"tens", "ones", "tenths", "hundredths", "thousandths", "tenthousandths"};
   for (int scale = -200; scale < 200; ++scale) {
-    const bool listed = scale >= -1 && scale <= 4;
-    EXPECT_STREQ(toString(static_cast<Scale>(scale)), listed ? names[scale + 1] : "");
-    EXPECT_EQ(raw(1, scale).hasPrintableScale(), listed);
+    EXPECT_EQ(raw(1, scale).hasPrintableScale(), scale >= -1 && scale <= 4);
   }
   for (const int scale : {-2, 5}) {
     EXPECT_DEATH(raw(1, scale).toString(), "Invalid ScaledInt::scaledTo, libcrossplatform/common/ScaledInt:177");

@@ -47,6 +47,7 @@ void transcribe(Source& source, Transcript& transcript) {
   STEP(reader.read(section, true));
   STEP(reader.peek(header));
   STEP(reader.skipNextSection());
+  STEP(reader.getHeader(header));
   STEP(source.open(image));
   STEP(source.open(image));
   STEP(reader.peek(header));
@@ -126,6 +127,8 @@ TEST(MemReader, Transcript) {
   MemReader& reader = source.reader;
   errno = 0;
   STEP(reader.open(nullptr, 24));
+  Header none;
+  STEP(reader.getHeader(none));  // it has a size, and still nothing to read
   reader.close();
   transcribe(source, transcript);
   reader.close();

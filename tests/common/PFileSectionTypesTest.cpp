@@ -23,10 +23,8 @@ TEST(PFileSectionTypes, NamesNewestVersionsAndClassesOfEveryType) {
   }
 }
 
-TEST(PFileReaderStatus, TextsAndCodes) {
-  const char* const texts[] = {"ok", "wrong file type", "version too new", "corrupt", "error opening file"};
+TEST(PFileReaderStatus, Codes) {
   for (int value = -300; value < 300; ++value) {
-    EXPECT_STREQ(toString(static_cast<PFileReaderStatus>(value)), value >= 0 && value < 5 ? texts[value] : "error");
     EXPECT_EQ(streamOpToReaderStatus(value), value == 0 ? 0 : value == -5 || value == -6 ? 2 : 3) << value;
   }
 }

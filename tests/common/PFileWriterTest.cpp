@@ -1,6 +1,7 @@
 #include <libcrossplatform/common/PFileWriter.h>
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 #include <array>
 
@@ -50,6 +51,11 @@ TEST(FileWriter, Transcript) {
   STEP(writer.close(false));
   STEP(writer.open("/dev/null"));
   STEP(writer.close(true));  // cannot be synced
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  STEP(writer.open(("/dev/fd/" + std::to_string(ends[1])).c_str()));
+  STEP(writer.close(false));  // nobody can go back in a pipe
+  ASSERT_TRUE(close(ends[0]) == 0 && close(ends[1]) == 0);
   transcript.expectGolden("pfile_file_writer");
 }
 

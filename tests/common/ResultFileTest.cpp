@@ -21,7 +21,7 @@ Bytes sampleBytes() {
   return RecordTesting::bytesOf(r);
 }
 
-using Statuses = std::array<int, 3>;  // of the path without and with all sections, and of the buffer
+using Statuses = std::array<int, 4>;  // of the path without and with all sections, of the buffer, and of the check
 
 struct ResultFileTest : ::testing::Test {
   Statuses statusesOf(const Bytes& image) {
@@ -29,7 +29,7 @@ struct ResultFileTest : ::testing::Test {
     const auto size = static_cast<unsigned>(image.size());
     ResultSummary r;
     const Statuses statuses = {readResultSummary(r, path.c_str(), false), readResultSummary(r, path.c_str(), true),
-                               readResultSummary(r, image.data(), size)};
+                               readResultSummary(r, image.data(), size), check()};
     ResultType type = RESULT_TYPE_COPPER;
     EXPECT_EQ(readResultType(type, path.c_str()), statuses[0]);
     EXPECT_EQ(type, statuses[0] == 0 ? RESULT_TYPE_FIBER : RESULT_TYPE_COPPER);
@@ -38,19 +38,24 @@ struct ResultFileTest : ::testing::Test {
     EXPECT_EQ(type, statuses[2] == 0 ? RESULT_TYPE_FIBER : RESULT_TYPE_COPPER);
     return statuses;
   }
+  int check() {
+    ResultSummary r;
+    checked = checkResultFile(r, path.c_str());
+    if (checked.status == 0) {
+      EXPECT_EQ(RecordTesting::bytesOf(r), sampleBytes());
+    }
+    return checked.status;
+  }
 
+  ResultFileCheck checked{};
   TempDir dir;
   const std::string path = dir.file("a.res");
 };
 
 }  // namespace
 
-TEST(ResultFile, TextsAndCodes) {
-  const char* const readers[] = {"ok", "wrong result type", "version too new", "corrupt", "error"};
-  const char* const writers[] = {"ok", "error"};
+TEST(ResultFile, Codes) {
   for (int i = -10; i < 10; ++i) {
-    EXPECT_STREQ(toString(static_cast<ResultReaderStatus>(i)), i >= 0 && i < 5 ? readers[i] : "");
-    EXPECT_STREQ(toString(static_cast<ResultWriterStatus>(i)), i >= 0 && i < 2 ? writers[i] : "");
     const int expected = i == 0 ? 0 : i == -5 ? 2 : i >= -6 && i <= -1 ? 3 : 4;
     EXPECT_EQ(streamOpToReaderStatus(i), expected) << i;
   }
@@ -69,21 +74,21 @@ TEST_F(ResultFileTest, StatusesOfBothForms) {
     Statuses expected;
   };
   const Row rows[] = {
-      {"a summary alone", good, {0, 0, 0}},
-      {"another section behind it", with(1, 3), {0, 0, 0}},
-      {"another section first", imageOf({{300, 12, 0, {1}}, {200, 1, 0, summary}}), {4, 4, 4}},
-      {"no section", EMPTY_FILE, {4, 4, 4}},
-      {"no file header", Bytes(good.begin() + 24, good.end()), {4, 4, 4}},
-      {"summary section too new", with(2, 3), {2, 2, 0}},
-      {"plot section too new", with(1, 4), {0, 2, 0}},
-      {"too new, and a damaged section behind it", withByte(with(2, 3), with(2, 3).size() - 1, 2), {2, 3, 0}},
-      {"damaged summary section", withByte(good, 50, 0xff), {3, 3, 4}},
-      {"record too new", only(1, withByte(summary, 3, 2)), {2, 2, 2}},
-      {"another record", only(1, withByte(summary, 7, 2)), {3, 3, 3}},
-      {"record cut", only(1, Bytes(summary.begin(), summary.end() - 1)), {3, 3, 3}},
-      {"cut in the summary's data", Bytes(good.begin(), good.end() - 1), {3, 3, 3}},
-      {"cut in the summary's header", Bytes(good.begin(), good.begin() + 43), {4, 4, 4}},
-      {"compressed, claiming to hold nothing", EMPTY_FILE + sectionOfNothing(200), {3, 3, 3}},
+      {"a summary alone", good, {0, 0, 0, 0}},
+      {"another section behind it", with(1, 3), {0, 0, 0, 0}},
+      {"another section first", imageOf({{300, 12, 0, {1}}, {200, 1, 0, summary}}), {4, 4, 4, 4}},
+      {"no section", EMPTY_FILE, {4, 4, 4, 4}},
+      {"no file header", Bytes(good.begin() + 24, good.end()), {4, 4, 4, 4}},
+      {"summary section too new", with(2, 3), {2, 2, 0, 2}},
+      {"plot section too new", with(1, 4), {0, 2, 0, 2}},
+      {"too new, and a damaged section behind it", withByte(with(2, 3), with(2, 3).size() - 1, 2), {2, 3, 0, 3}},
+      {"damaged summary section", withByte(good, 50, 0xff), {3, 3, 4, 3}},
+      {"record too new", only(1, withByte(summary, 3, 2)), {2, 2, 2, 2}},
+      {"another record", only(1, withByte(summary, 7, 2)), {3, 3, 3, 3}},
+      {"record cut", only(1, Bytes(summary.begin(), summary.end() - 1)), {3, 3, 3, 3}},
+      {"cut in the summary's data", Bytes(good.begin(), good.end() - 1), {3, 3, 3, 3}},
+      {"cut in the summary's header", Bytes(good.begin(), good.begin() + 43), {4, 4, 4, 4}},
+      {"compressed, claiming to hold nothing", EMPTY_FILE + sectionOfNothing(200), {3, 3, 3, 3}},
   };
   for (const Row& row : rows) EXPECT_EQ(statusesOf(row.image), row.expected) << row.name;
   ResultSummary r;
@@ -91,13 +96,19 @@ TEST_F(ResultFileTest, StatusesOfBothForms) {
   EXPECT_EQ(readResultSummary(r, static_cast<unsigned char const*>(nullptr), 24), 4);
 }
 
-TEST(ResultFileDeathTest, ASectionOfUnknownTypeIsFatalWhenAllAreChecked) {
-  const TempDir dir;
-  RecordTesting::writeFile(dir.file("a.res"), imageOf({{200, 1, 0, sampleBytes()}, {900, 0, 0, {1}}}));
+using ResultFileDeathTest = ResultFileTest;
+
+TEST_F(ResultFileDeathTest, ASectionOfUnknownTypeIsFatalWhenAllAreReadAndGoodWhenTheyAreChecked) {
+  const Bytes image = imageOf({{200, 1, 0, sampleBytes()}, {900, 77, 0, {1}}, {301, 3, 0, {2}}});
+  RecordTesting::writeFile(path, image);
   ResultSummary r;
-  EXPECT_EQ(readResultSummary(r, dir.file("a.res").c_str(), false), 0);
-  EXPECT_DEATH(readResultSummary(r, dir.file("a.res").c_str(), true),
-               "Invalid section type, libcrossplatform/common/ResultFile:");
+  EXPECT_EQ(readResultSummary(r, path.c_str(), false), 0);
+  EXPECT_DEATH(readResultSummary(r, path.c_str(), true), "Invalid section type, libcrossplatform/common/ResultFile:");
+  EXPECT_EQ(check(), 0);
+  EXPECT_TRUE(checked.section == 4 && checked.offset == image.size());
+  RecordTesting::writeFile(path, withByte(image, image.size() - 22, 9));  // what the unknown type holds
+  EXPECT_EQ(check(), 3);
+  EXPECT_EQ(checked.section, 2U);
 }
 
 TEST_F(ResultFileTest, WritesRecordsIntoFilesAndMemory) {
@@ -128,14 +139,23 @@ TEST_F(ResultFileTest, WritesRecordsIntoFilesAndMemory) {
 TEST_F(ResultFileTest, EveryFlippedBitIsNoticedAndEveryCutHasItsCode) {
   const Bytes good = imageOf({{200, 1, SECTION_FLAG_COMPRESS, sampleBytes()}, {301, 3, 0, {1, 2, 3, 4, 5}}});
   const std::size_t behindSummary = good.size() - 25;
+  // The check names the place; of a cut the section that is not there.
+  const auto expectPlace = [&](std::size_t at) {
+    const uint32_t section = at < 24 ? 0 : at < behindSummary ? 1 : 2;
+    EXPECT_NE(checked.status, 0) << at;
+    EXPECT_EQ(checked.section, section) << at;
+    EXPECT_EQ(checked.offset, section == 0 ? 0 : section == 1 ? 24 : behindSummary) << at;
+  };
   for (std::size_t bit = 0; bit < 8 * good.size(); ++bit) {
     const Statuses statuses = statusesOf(withByte(good, bit / 8, good[bit / 8] ^ 1 << bit % 8));
     EXPECT_NE(statuses[1], 0) << "bit " << bit;
+    expectPlace(bit / 8);
     EXPECT_EQ(statuses[2] == 0, bit / 8 >= behindSummary) << "bit " << bit;
   }
   for (std::size_t n = 1; n < good.size(); ++n) {
     const Statuses statuses = statusesOf(Bytes(&good[0], &good[n]));
     EXPECT_EQ(statuses[1] == 0, n >= behindSummary && n < behindSummary + 20) << "a cut header reads as the end: " << n;
     EXPECT_EQ(statuses[2] == 0, n >= behindSummary) << n;
+    expectPlace(n);
   }
 }

@@ -1,14 +1,10 @@
 #include <libcrossplatform/common/ResultVocabulary.h>
 
-#include "RecordTesting.h"
+#include <gtest/gtest.h>
 
 using namespace Veltra;
 
-TEST(ResultVocabulary, EveryValueHasItsTextAndNoOther) {
-  std::string shown;
-  const auto show = [&shown](const char* name, int value, const std::string& text) {
-    if (!text.empty()) shown += std::string(name) + " " + std::to_string(value) + " " + text + "\n";
-  };
+TEST(ResultVocabulary, EveryTextIsReadBackAndNoOther) {
   for (int value = -1100; value < 1100; ++value) {
     SCOPED_TRACE(value);
     const std::string status = toString(static_cast<Status>(value));
@@ -16,15 +12,9 @@ TEST(ResultVocabulary, EveryValueHasItsTextAndNoOther) {
     const std::string flag = toString(static_cast<TestMergeFlags>(value));
     const std::string end = toString(static_cast<CableEnd>(value));
     const std::string side = toStringMainRemote(static_cast<CableEnd>(value));
-    show("Status", value, status);
-    show("ResultType", value, toString(static_cast<ResultType>(value)));
-    show("CableEnd", value, end);
-    show("MainRemote", value, side);
-    show("TestType", value, test);
-    show("TestMergeFlags", value, flag);
     EXPECT_EQ(validateStatus(static_cast<Status>(value)), !status.empty());
 
-    // And back; what has no text gives the empty one, which parses as nothing.
+    // What has no text gives the empty one, which parses as nothing.
     Status readStatus = STATUS_FAIL;
     EXPECT_EQ(fromStatusString(status, readStatus), !status.empty());
     EXPECT_EQ(readStatus, status.empty() ? 0 : value);
@@ -37,7 +27,6 @@ TEST(ResultVocabulary, EveryValueHasItsTextAndNoOther) {
     EXPECT_EQ(fromCableEndString(end), end.empty() ? 0 : value);
     EXPECT_EQ(fromCableEndMainRemoteString(side), side.empty() ? 0 : value);
   }
-  RecordTesting::expectGoldenText(shown, "result_vocabulary");
 }
 
 TEST(ResultVocabulary, MergesBySeverityNotByNumber) {

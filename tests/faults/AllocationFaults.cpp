@@ -23,9 +23,11 @@ namespace {
 long allowed = -1;  ///< allocations until the next refused one; negative: none is refused
 bool refusesForGood = false;
 long refused = 0;
+long count = 0;
 std::size_t liveBytes = 0, peakBytes = 0, bytesAtStart = 0;
 
 bool isRefused() {
+  ++count;
   const bool refuses = allowed == 0;
   if (allowed > 0 || (refuses && !refusesForGood)) --allowed;
   refused += refuses;
@@ -67,6 +69,11 @@ std::size_t live() {
 
 void startMeasuring() {
   bytesAtStart = peakBytes = liveBytes;
+  count = 0;
+}
+
+long countSinceStart() {
+  return count;
 }
 
 std::size_t peak() {

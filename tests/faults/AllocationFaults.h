@@ -17,8 +17,10 @@ long stopRefusing();
 bool isSanitized();
 /// Bytes that are allocated now.
 std::size_t live();
-/// Forgets the peak.
+/// Forgets the peak and the count.
 void startMeasuring();
+/// Allocations since startMeasuring(), refused ones too.
+long countSinceStart();
 /// The most bytes that were allocated at once, above those at startMeasuring().
 std::size_t peak();
 

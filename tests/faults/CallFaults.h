@@ -19,7 +19,7 @@ bool trap();
 
 /// Answers `error` to the call of this number that follows `before` others of it. A close() is carried out all the
 /// same, as by the kernel.
-/// @param forGood  also to all that follow it
+/// @param forGood  also to all that follow it; a program that goes on calling without end is aborted
 void failAfter(int number, long before, int error, bool forGood);
 /// Fails no more. @return how many calls failed since
 long stopFailing();

@@ -20,8 +20,6 @@ using RecordTesting::writeFile;
 
 namespace {
 
-constexpr unsigned HANGS_AFTER_SECONDS = 20;
-
 class Sweep : public ::testing::TestWithParam<Workload> {
  protected:
   Sweep() {
@@ -38,7 +36,6 @@ class Sweep : public ::testing::TestWithParam<Workload> {
   long tryOnce(const std::function<void()>& arm, long (*disarm)(), Fault fault) {
     long faults = 0;
     bool isLeaking = true;
-    alarm(HANGS_AFTER_SECONDS);
     // What leaks does so each time; OpenSSL's tables grow and shrink by a slot as it pleases.
     for (int attempt = 0; attempt < 8 && isLeaking; ++attempt) {
       prepare(workload, _directory);
@@ -52,7 +49,6 @@ class Sweep : public ::testing::TestWithParam<Workload> {
       EXPECT_EQ(check(workload, _directory, code, fault), "");
     }
     EXPECT_FALSE(isLeaking) << "memory leaked";
-    alarm(0);
     _met += faults > 0;
     return faults;
   }

@@ -77,6 +77,7 @@ int saveInPlace(const std::string& path) {
 int reopen(const std::string& path) {
   Veltra::ResultSummary summary;
   if (const int code = readResultSummary(summary, path.c_str(), true); code != 0) return code;
+  if (const int code = checkResultFile(summary, path.c_str()).status; code != 0) return code;
   FileReader reader;
   if (const int code = reader.open(path.c_str()); code != 0) return code;
   if (const int code = reader.skipNextSection(); code != 0) return code;

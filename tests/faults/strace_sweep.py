@@ -20,13 +20,13 @@ WORKLOADS = ("save", "save_in_place", "reopen", "package", "profile_save", "prof
 def strace(program, name, directory, *options, env=None):
     log = directory + ".trace"
     command = ["strace", "-o", log, "-e", "trace=" + ",".join(CALLS) + ",getppid", *options, program, "run", name, directory]
-    code = subprocess.run(command, env=env, stderr=subprocess.DEVNULL, timeout=60).returncode
+    code = subprocess.run(command, env=env, stderr=subprocess.DEVNULL).returncode
     with open(log, encoding="utf-8", errors="replace") as lines:
         return code, [line.split("(")[0] for line in lines if re.match(r"\w+\(", line)]
 
 
 def sweep(program, name, directory, errors):
-    step = lambda *arguments: subprocess.run([program, *arguments], capture_output=True, text=True, timeout=60)
+    step = lambda *arguments: subprocess.run([program, *arguments], capture_output=True, text=True)
     step("prepare", name, directory)
     code, calls = strace(program, name, directory)
     if code != 0:

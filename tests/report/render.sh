@@ -41,7 +41,7 @@ status=0
 render() {
   local picture=$pictures/$1 log=$pictures/$1.log net=$pictures/$1.net.json
   shift
-  timeout 120 chromium --headless --no-sandbox --disable-gpu --disable-quic --no-first-run \
+  timeout 3600 chromium --headless --no-sandbox --disable-gpu --disable-quic --no-first-run \
     --disable-background-networking --disable-component-update --disable-sync --disable-default-apps \
     --proxy-server=127.0.0.1:9 --hide-scrollbars --user-data-dir="$profile/$RANDOM" --enable-logging=stderr --log-net-log="$net" "$@" \
     "file://$page" > "$log" 2>&1 || { cat "$log"; die "the browser could not render ${picture##*/}"; }

@@ -162,6 +162,8 @@ TEST(MarshalHeader, TwelveBytesAndTheirCodes) {
   PlainReader withoutPosition(good);
   EXPECT_EQ(peekHeaderSerialTypeID(withoutPosition, id), -3);
   EXPECT_EQ(withoutPosition.consumed(), 0u);
+  PlainReader withoutSeek(good.data(), 13, true);
+  EXPECT_EQ(peekHeaderSerialTypeID(withoutSeek, id), -3);
   EXPECT_EQ(id, 7u);
 }
 

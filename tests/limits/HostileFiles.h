@@ -1,0 +1,135 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <libcrossplatform/common/OrbelSettings.h>
+#include <libcrossplatform/common/PFile.h>
+#include <libcrossplatform/serialization/ByteStreamBuilder.h>
+#include <libcrossplatform/serialization/Header.h>
+#include <libcrossplatform/serialization/WireBytes.h>
+
+/// Files that claim much, become much, or keep a reader busy. The limits are counted on small ones, the time is
+/// measured on large ones.
+namespace HostileFiles {
+
+using Bytes = std::vector<uint8_t>;
+
+/// A section as it stands in a file, its CRCs right, whatever its flags say of the data.
+inline Bytes section(uint16_t type, uint16_t flags, const Bytes& data) {
+  PFile::Header header;
+  header.set(type, 1, flags, 0, static_cast<unsigned>(data.size()), data.data());
+  const auto head = header.bytes();
+  Bytes bytes(head.begin(), head.end());
+  bytes.insert(bytes.end(), data.begin(), data.end());
+  return bytes;
+}
+
+inline Bytes compressed(Bytes data) {
+  PFile::Section stored;
+  stored.set(0, 0, PFile::SECTION_FLAG_COMPRESS, data.data(), static_cast<unsigned>(data.size()), false, 6);
+  return Bytes(stored.payload.data(), stored.payload.data() + stored.payload.size());
+}
+
+inline Bytes repeated(const Bytes& unit, std::size_t room) {
+  Bytes bytes;
+  bytes.reserve(room);
+  while (bytes.size() + unit.size() <= room) bytes.insert(bytes.end(), unit.begin(), unit.end());
+  return bytes;
+}
+
+/// A file header and these sections.
+inline Bytes closedFile(const Bytes& sections) {
+  Bytes length(4);
+  Marshal::storeLittle32(length.data(), static_cast<uint32_t>(PFile::Header::BYTES + 4 + sections.size()));
+  Bytes bytes = section(PFile::FILE_HEADER_TYPE, 0, length);
+  bytes.insert(bytes.end(), sections.begin(), sections.end());
+  return bytes;
+}
+
+/// A section of a few KiB that claims, and has, this many zeros.
+inline Bytes bomb(uint16_t type, uint32_t size) {
+  return section(type, PFile::SECTION_FLAG_COMPRESS, compressed(Bytes(size)));
+}
+
+/// A section header without data that claims so many bytes.
+inline Bytes headerClaiming(uint32_t size) {
+  PFile::Header header;
+  header.type = 300;
+  header.dataSize = size;
+  header.dataCrc = 1;
+  header.hdrCrc = PFile::crc32Of(header.bytes().data(), PFile::Header::HDR_CRC_BYTES);
+  const auto head = header.bytes();
+  return Bytes(head.begin(), head.end());
+}
+
+/// Headers alone, each of which claims everything after it.
+inline Bytes lyingHeaders(std::size_t room) {
+  room -= room % PFile::Header::BYTES;
+  Bytes bytes;
+  while (bytes.size() < room) {
+    const Bytes header = headerClaiming(static_cast<uint32_t>(room - bytes.size() - PFile::Header::BYTES));
+    bytes.insert(bytes.end(), header.begin(), header.end());
+  }
+  return bytes;
+}
+
+inline Bytes nested(std::size_t room) {
+  Bytes data(64, 'x');
+  for (int i = 0; i < 20; ++i) data = compressed(data);
+  return repeated(section(301, PFile::SECTION_FLAG_COMPRESS, data), room);
+}
+
+/// A settings record that says of the network what `profile` is.
+inline Bytes settingsRecord(const std::string& profile) {
+  constexpr auto HEADER = Marshal::Header::BYTES;
+  const std::string text = R"({"OrbelSettings": {"net_profile": )" + profile + "}}";
+  Veltra::OrbelSettings settings;
+  Marshal::ByteStreamBuilder out(0);
+  settings.serialize(out);
+  Bytes bytes(out.data(), out.data() + HEADER + 4);
+  bytes.insert(bytes.end(), text.begin(), text.end());
+  bytes.push_back(0);
+  Marshal::storeBig(&bytes[8], static_cast<uint32_t>(bytes.size() - HEADER));
+  Marshal::storeBig(&bytes[HEADER], static_cast<uint32_t>(text.size() + 1));
+  return bytes;
+}
+
+/// A compressed settings record: 400 bytes, 260 kB, 130,000 values.
+inline Bytes record() {
+  std::string profile = "[1";
+  for (int i = 0; i < 130000; ++i) profile += ",1";
+  return section(303, PFile::SECTION_FLAG_COMPRESS, compressed(settingsRecord(profile + "]")));
+}
+
+struct Kind {
+  const char* name;
+  /// Makes a file of about so many bytes, never more.
+  Bytes (*make)(std::size_t room);
+};
+constexpr std::size_t FILE_HEADER_BYTES = PFile::Header::BYTES + 4;
+inline const Kind KINDS[] = {
+    {"sections of one byte",
+     [](std::size_t room) { return closedFile(repeated(section(300, 0, {'x'}), room - FILE_HEADER_BYTES)); }},
+    {"unknown types",
+     [](std::size_t room) { return closedFile(repeated(section(60000, 0, {'x'}), room - FILE_HEADER_BYTES)); }},
+    {"never closed", [](std::size_t room) { return repeated(section(60000, 0, {'x'}), room); }},
+    {"headers without data",
+     [](std::size_t room) { return closedFile(repeated(headerClaiming(0), room - FILE_HEADER_BYTES)); }},
+    {"headers that claim the rest",
+     [](std::size_t room) { return closedFile(lyingHeaders(room - FILE_HEADER_BYTES)); }},
+    {"zeros", [](std::size_t room) { return Bytes(room); }},
+    {"magic",
+     [](std::size_t room) {
+       return repeated({'P', 'F'}, room);
+     }},
+    {"bombs",
+     [](std::size_t room) {
+       return closedFile(repeated(bomb(301, PFile::Section::MAX_UNCOMPRESSED), room - FILE_HEADER_BYTES));
+     }},
+    {"zlib in zlib", [](std::size_t room) { return closedFile(nested(room - FILE_HEADER_BYTES)); }},
+    {"records", [](std::size_t room) { return closedFile(repeated(record(), room - FILE_HEADER_BYTES)); }},
+};
+
+}  // namespace HostileFiles
