@@ -12,7 +12,7 @@
 namespace Command {
 namespace {
 
-struct Arguments {
+struct AnnotateArguments {
   std::string file;
   std::optional<int> section;
 };
@@ -130,7 +130,7 @@ void annotatePayload(const Inspect::ByteSource& source, const Inspect::SectionIn
   }
 }
 
-int annotate(const Arguments& args, const Options& options) {
+int annotate(const AnnotateArguments& args, const Options& options) {
   Inspect::ByteSource source;
   if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
   Annotation out(options);
@@ -150,12 +150,13 @@ int annotate(const Arguments& args, const Options& options) {
 
 }  // namespace
 
-void addAnnotate(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("annotate", "Every byte of headers and records beside its field");
-  const auto args = std::make_shared<Arguments>();
-  command->add_option("FILE", args->file, "the file; - reads standard input")->required()->type_name("FILE");
-  command->add_option("-s,--section", args->section, "one section alone, as list numbers them")->type_name("N");
-  command->callback([args, &options, &run] { run = [args, &options] { return annotate(*args, options); }; });
+Subcommand annotateCommand(const Options& options) {
+  const auto args = std::make_shared<AnnotateArguments>();
+  Subcommand command("annotate", "Every byte of headers and records beside its field");
+  command.place("FILE", "FILE", &args->file, "the file; - reads standard input").required();
+  command.option("-s,--section", "N", &args->section, "one section alone, as list numbers them");
+  command.run = [args, &options] { return annotate(*args, options); };
+  return command;
 }
 
 }  // namespace Command

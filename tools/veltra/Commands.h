@@ -3,17 +3,13 @@
 #include <functional>
 #include <optional>
 
-#include <CLI/CLI.hpp>
-
 #include <libinspect/container/ContainerWalk.h>
 #include <libinspect/job/ResultRows.h>
 
+#include "CommandLine.h"
 #include "Output.h"
 
 namespace Command {
-
-/// What the chosen subcommand does; returns the exit code.
-using Run = std::function<int()>;
 
 /// What a command found out about one file.
 struct FileAnswer {
@@ -68,22 +64,23 @@ bool refusesToReplace(const std::string& path, bool force);
 /// Says so when what is to be written would replace what is to be read.
 bool refusesToReplaceInput(const std::string& input, const std::string& output);
 
-// Each adds its subcommand to the application and sets `run` when it is chosen.
-void addPack(CLI::App& app, const Options& options, Run& run);
-void addInfo(CLI::App& app, const Options& options, Run& run);
-void addList(CLI::App& app, const Options& options, Run& run);
-void addShow(CLI::App& app, const Options& options, Run& run);
-void addIds(CLI::App& app, const Options& options, Run& run);
-void addAnnotate(CLI::App& app, const Options& options, Run& run);
-void addCompletion(CLI::App& app, const Options& options, Run& run);
-void addDiff(CLI::App& app, const Options& options, Run& run);
-void addExtract(CLI::App& app, const Options& options, Run& run);
-void addSummary(CLI::App& app, const Options& options, Run& run);
-void addReport(CLI::App& app, const Options& options, Run& run);
-void addTypes(CLI::App& app, const Options& options, Run& run);
-void addDoctor(CLI::App& app, const Options& options, Run& run);
-void addRecover(CLI::App& app, const Options& options, Run& run);
-void addManifest(CLI::App& app, const Options& options, Run& run);
-void addNetprofile(CLI::App& app, const Options& options, Run& run);
+// One command a file: what it is called, takes and does. The options are those every command has.
+Subcommand annotateCommand(const Options& options);
+Subcommand diffCommand(const Options& options);
+Subcommand doctorCommand(const Options& options);
+Subcommand extractCommand(const Options& options);
+Subcommand idsCommand(const Options& options);
+Subcommand infoCommand(const Options& options);
+Subcommand listCommand(const Options& options);
+Subcommand manifestCommand(const Options& options);
+Subcommand netprofileCommand(const Options& options);
+Subcommand packCommand(const Options& options);
+Subcommand recoverCommand(const Options& options);
+Subcommand reportCommand(const Options& options);
+Subcommand showCommand(const Options& options);
+Subcommand summaryCommand(const Options& options);
+Subcommand typesCommand(const Options& options);
+/// @param root  all commands, when it is run
+Subcommand completionCommand(const Subcommand& root);
 
 }  // namespace Command

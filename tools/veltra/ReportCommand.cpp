@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct Arguments {
+struct ReportArguments {
   std::vector<std::string> paths;
   std::string expected;
   std::string output;
@@ -30,7 +30,7 @@ bool isSameFile(const std::string& a, const std::string& b) {
 
 /// Reads the job. What could not be read was complained of.
 /// @return as readResults()
-int readJob(const Arguments& args, const Options& options, Inspect::JobFiles& job) {
+int readJob(const ReportArguments& args, const Options& options, Inspect::JobFiles& job) {
   std::vector<std::string> files;
   int code = filesOf(args.paths, options, files) ? EXIT_DONE : EXIT_COULD_NOT;
   // The page of last time stands among the files of the job.
@@ -58,7 +58,7 @@ int readJob(const Arguments& args, const Options& options, Inspect::JobFiles& jo
   return code;
 }
 
-int report(const Arguments& args, const Options& options) {
+int report(const ReportArguments& args, const Options& options) {
   Inspect::CableIdSet expected;
   Inspect::JobFiles job;
   std::string error;
@@ -95,16 +95,17 @@ int report(const Arguments& args, const Options& options) {
 
 }  // namespace
 
-void addReport(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("report", "One page about many results, to print or to hand over");
-  const auto args = std::make_shared<Arguments>();
-  command->add_option("PATH", args->paths, "result files, or directories with -r")->required()->type_name("PATH...");
-  command->add_option("-o,--output", args->output, "the page to write, HTML")->required()->type_name("PAGE");
-  command->add_option("--expect", args->expected, "the IDs of the job: which are missing, doubled or foreign")
-      ->type_name("FIRST..LAST");
-  command->add_option("--title", args->title, "the page's headline")->capture_default_str();
-  command->add_flag("--force", args->force, "replace an existing file");
-  command->callback([args, &options, &run] { run = [args, &options] { return report(*args, options); }; });
+Subcommand reportCommand(const Options& options) {
+  const auto args = std::make_shared<ReportArguments>();
+  Subcommand command("report", "One page about many results, to print or to hand over");
+  command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
+  command.option("-o,--output", "PAGE", &args->output, "the page to write, HTML").required();
+  command.option("--expect", "FIRST..LAST", &args->expected,
+                 "the IDs of the job: which are missing, doubled or foreign");
+  command.option("--title", "TEXT", &args->title, "the page's headline").showingPreset();
+  command.flag("--force", args->force, "replace an existing file");
+  command.run = [args, &options] { return report(*args, options); };
+  return command;
 }
 
 }  // namespace Command

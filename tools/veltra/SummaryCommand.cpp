@@ -11,7 +11,7 @@
 namespace Command {
 namespace {
 
-struct Arguments {
+struct SummaryArguments {
   std::vector<std::string> paths;
   std::string expected;
 };
@@ -55,7 +55,7 @@ Json::Value listJson(const std::vector<std::string>& ids) {
   return json;
 }
 
-int summary(const Arguments& args, const Options& options) {
+int summary(const SummaryArguments& args, const Options& options) {
   Inspect::CableIdSet expected;
   std::string error;
   const bool hasExpected = !args.expected.empty();
@@ -116,13 +116,14 @@ int readResults(const std::vector<std::string>& paths, const Options& options, s
   return code;
 }
 
-void addSummary(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("summary", "One row for each result, in the order of their IDs");
-  const auto args = std::make_shared<Arguments>();
-  command->add_option("PATH", args->paths, "result files, or directories with -r")->required()->type_name("PATH...");
-  command->add_option("--expect", args->expected, "the IDs of the job: which are missing, doubled or foreign")
-      ->type_name("FIRST..LAST");
-  command->callback([args, &options, &run] { run = [args, &options] { return summary(*args, options); }; });
+Subcommand summaryCommand(const Options& options) {
+  const auto args = std::make_shared<SummaryArguments>();
+  Subcommand command("summary", "One row for each result, in the order of their IDs");
+  command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
+  command.option("--expect", "FIRST..LAST", &args->expected,
+                 "the IDs of the job: which are missing, doubled or foreign");
+  command.run = [args, &options] { return summary(*args, options); };
+  return command;
 }
 
 }  // namespace Command

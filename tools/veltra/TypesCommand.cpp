@@ -98,11 +98,12 @@ int types(const std::string& wanted, const Options& options) {
 
 }  // namespace
 
-void addTypes(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("types", "Section types, records and the texts of results and settings");
+Subcommand typesCommand(const Options& options) {
   const auto wanted = std::make_shared<std::string>();
-  command->add_option("ID", *wanted, "one number, decimal or 0x hexadecimal, or one name")->type_name("ID");
-  command->callback([wanted, &options, &run] { run = [wanted, &options] { return types(*wanted, options); }; });
+  Subcommand command("types", "Section types, records and the texts of results and settings");
+  command.place("ID", "ID", wanted.get(), "one number, decimal or 0x hexadecimal, or one name");
+  command.run = [wanted, &options] { return types(*wanted, options); };
+  return command;
 }
 
 }  // namespace Command
