@@ -152,17 +152,17 @@ void addArguments(CLI::App& app, const Subcommand& command) {
 
 /// @param chosen  receives what the command named on the line does
 void addCommand(CLI::App& app, const Subcommand& command, Run& chosen) {
-  addArguments(app, command);
-  for (const Subcommand& sub : command.commands) {
-    CLI::App* const added = app.add_subcommand(sub.name, sub.help);
-    if (app.get_parent() == nullptr) added->footer(examplesOf(sub.name));
-    addCommand(*added, sub, chosen);
-  }
   if (command.commands.empty()) {
     app.callback([&command, &chosen] { chosen = command.run; });
   } else {
     app.require_subcommand(1);
-    app.fallthrough();
+    app.fallthrough();  // commands take over what is set up to here
+  }
+  addArguments(app, command);
+  for (const Subcommand& sub : command.commands) {
+    CLI::App* const added = app.add_subcommand(sub.name, sub.help);
+    addCommand(*added, sub, chosen);
+    if (app.get_parent() == nullptr) added->footer(examplesOf(sub.name));
   }
 }
 
