@@ -4,7 +4,7 @@
 #include <optional>
 
 #include <libinspect/container/ContainerWalk.h>
-#include <libinspect/job/ResultRows.h>
+#include <libinspect/job/JobFiles.h>
 
 #include "CommandLine.h"
 #include "Output.h"
@@ -21,8 +21,8 @@ struct FileAnswer {
 };
 
 /// The files meant by paths: with -r every regular file below a directory, in order of name.
-/// @return false, with a complaint, for a path that cannot be looked into; the others are there all the same
-bool filesOf(const std::vector<std::string>& paths, const Options& options, std::vector<std::string>& files);
+/// @param code  made worse, with a complaint, for a path that cannot be looked into
+std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Options& options, int& code);
 
 /// Asks about each file, on several threads, and prints the answers in the order of the files. Nothing is held of a
 /// file once it is printed.
@@ -34,14 +34,9 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
                    const std::vector<std::string>& columns, bool complainOfFindings,
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
 
-/// Reads the summary of each result file, in the order of their IDs. Findings go to standard error.
-/// @param onFile  told each file that could be read, one at a time and in no order
-/// @return as answerForFiles()
-int readResults(const std::vector<std::string>& paths, const Options& options, std::vector<Inspect::ResultRow>& rows,
-                const std::function<void(const Inspect::FileSummary&)>& onFile = {});
-
-/// 0 each expected ID has one result; 1 IDs are missing or foreign; 3 one has two results.
-int codeOf(const Inspect::Coverage& coverage);
+/// Reads the results of a job. Findings go to standard error.
+/// @param code  made as bad as answerForFiles() answers
+Inspect::JobFiles readJob(const std::vector<std::string>& files, const Options& options, int& code);
 
 /// Complains of each finding.
 void complainOfEach(const std::string& name, const Inspect::Findings& findings);

@@ -1,6 +1,7 @@
 #include <memory>
 
 #include <libinspect/container/FileDiff.h>
+#include <libinspect/records/RecordView.h>
 
 #include "Commands.h"
 
@@ -19,11 +20,11 @@ std::string cellOf(const Json::Value& value) {
 int diff(const DiffArguments& args, const Options& options) {
   Inspect::ByteSource a, b;
   if (!openInput(a, args.a, options) || !openInput(b, args.b, options)) return EXIT_COULD_NOT;
-  const std::vector<Inspect::Difference> differences = differencesOf(a, b);
+  const std::vector<Inspect::Difference> differences = differencesOf(a, b, Inspect::recordFields);
   Table table({{"Field"}, {"A"}, {"B"}});
   Document document;
   document.columns = {"field", "a", "b"};
-  document.json["differences"] = Json::Value(Json::arrayValue);
+  document.rowsMember = "differences";
   for (const Inspect::Difference& difference : differences) {
     table.add({difference.field, cellOf(difference.a), cellOf(difference.b)});
     Json::Value row(Json::objectValue);
@@ -31,7 +32,6 @@ int diff(const DiffArguments& args, const Options& options) {
     row["a"] = difference.a;
     row["b"] = difference.b;
     document.rows.push_back(row);
-    document.json["differences"].append(row);
   }
   document.text = table.text();
   if (!differences.empty() || options.format == FORMAT_JSON) printDocument(document, options);

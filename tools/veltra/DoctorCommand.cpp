@@ -2,8 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/container/Doctor.h>
-#include <libinspect/records/FileSummary.h>
+#include <libinspect/records/RecordCheck.h>
 
 #include "Commands.h"
 
@@ -50,11 +49,9 @@ FileAnswer answerOf(const Inspect::ContainerReport& report, const Options& optio
 
 int doctor(const DoctorArguments& args, const Options& options) {
   const std::vector<std::string> columns = {"file", "offset", "section", "code", "meaning", "wanted", "found", "next"};
-  const Inspect::Examination examination = args.deep    ? Inspect::Examination::DEEP
-                                           : args.quick ? Inspect::Examination::QUICK
-                                                        : Inspect::Examination::ORDINARY;
+  const Inspect::Examination examination = args.quick ? Inspect::Examination::QUICK : Inspect::Examination::ORDINARY;
   return answerForFiles(args.paths, options, columns, false, [&](const Inspect::ByteSource& source) {
-    return answerOf(examine(source, examination), options);
+    return answerOf(args.deep ? examineDeep(source) : examine(source, examination), options);
   });
 }
 

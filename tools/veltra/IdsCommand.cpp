@@ -42,7 +42,7 @@ void printIds(const std::vector<std::string>& ids, const Options& options) {
 
 /// Prints one answer: its text, or its JSON.
 int answer(const std::string& text, const Json::Value& json, const Options& options) {
-  printDocument({printable(text) + "\n", json, {}, {}}, options);
+  printDocument({printable(text) + "\n", json, {}, {}, {}}, options);
   return EXIT_DONE;
 }
 
@@ -71,13 +71,13 @@ int check(const Inspect::CableIdSet& set, const std::vector<std::string>& ids, c
   Table table({{"ID"}, {"In set"}, {"Ordinal", true}});
   Document document;
   document.columns = {"id", "ordinal"};
+  document.rowsMember = "ids";
   int code = EXIT_DONE;
   for (const std::string& id : ids) {
     const std::optional<uint32_t> ordinal = set.ordinalOf(id);
     if (!ordinal) code = EXIT_NO;
     table.add({id, ordinal ? "yes" : "no", ordinal ? std::to_string(*ordinal) : "-"});
     document.rows.push_back(idAndOrdinal(id, ordinal));
-    document.json["ids"].append(document.rows.back());
   }
   document.text = table.text();
   printDocument(document, options);

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <libinspect/job/ResultRows.h>
 #include <libinspect/records/FileSummary.h>
 
 #include "Commands.h"

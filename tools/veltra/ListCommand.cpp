@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/records/FileSummary.h>
+#include <libinspect/container/ContainerWalk.h>
 
 #include "Commands.h"
 

@@ -2,10 +2,9 @@
 
 #include <fmt/format.h>
 
-#include <libcrossplatform/serialization/ByteStreamReader.h>
-#include <libinspect/container/Doctor.h>
 #include <libinspect/describe/PackageDescription.h>
 #include <libinspect/records/FileSummary.h>
+#include <libinspect/records/RecordCheck.h>
 
 #include "Commands.h"
 
@@ -64,17 +63,13 @@ int showManifest(const ManifestArguments& args, const Options& options) {
   Inspect::DecodedRecord record;
   if (isPackage && first->verdict == Inspect::DataVerdict::OK) record = examineRecord(source, *first, bytes, findings);
   if (!options.quiet) complainOfEach(source.name(), findings);
-  if (record.outcome != Inspect::DecodedRecord::DECODED ||
-      record.id != Veltra::DatabasePackageManifest::SERIAL_TYPE_ID) {
+  const auto* const manifest = record.as<Veltra::DatabasePackageManifest>();
+  if (manifest == nullptr) {
     complain(fmt::format("{}: no database package that can be read", source.name()));
     return answerAfter(source, EXIT_NO);
   }
-  // It decoded just now, so nothing in it stops the program.
-  Veltra::DatabasePackageManifest manifest;
-  Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
-  manifest.deserialize(in);
-  printDocument({textOf(manifest, file.kind), Inspect::packageJson(manifest), {}, {}}, options);
-  return findings.hasDamage() ? EXIT_NO : findings.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
+  printDocument({textOf(*manifest, file.kind), Inspect::packageJson(*manifest), {}, {}, {}}, options);
+  return codeOf(findings);
 }
 
 }  // namespace

@@ -48,7 +48,7 @@ int show(const NetprofileArguments& args, const Options& options) {
   for (const Json::Value& network : json["recent"]) {
     table.add({"recent", fmt::format("{} ({})", network["ssid"].asString(), network["security"].asString())});
   }
-  printDocument({table.text(), json, {}, {}}, options);
+  printDocument({table.text(), json, {}, {}, {}}, options);
   return EXIT_DONE;
 }
 

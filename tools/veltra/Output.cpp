@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <new>
 #include <sstream>
@@ -11,11 +12,34 @@
 #include <json/writer.h>
 #include <libsmartcols/libsmartcols.h>
 
-#include <libinspect/records/RecordView.h>
+#include <libinspect/records/Measurements.h>
 
 namespace Command {
-
 namespace {
+
+using Inspect::digitsOf;
+using Inspect::isMeasurement;
+
+/// A member of a row.
+struct FlatMember {
+  Json::Value value;
+  std::string digits;  ///< of a number that was measured
+};
+
+/// The members of a row as they are printed: a measurement is two of them.
+std::map<std::string, FlatMember> flatMembers(const Json::Value& row) {
+  std::map<std::string, FlatMember> members;
+  for (const std::string& name : row.getMemberNames()) {
+    const Json::Value& value = row[name];
+    if (isMeasurement(value)) {
+      members[name] = {value["value"], digitsOf(value)};
+      members[name + "Relation"] = {value["relation"], {}};
+    } else {
+      members[name] = {value, {}};
+    }
+  }
+  return members;
+}
 
 /// Lays out a value; its texts and numbers are JsonCpp's business, which knows no digits of a number but its own.
 class JsonLayout {
@@ -34,19 +58,36 @@ class JsonLayout {
     add(value, 0);
     return _out.str();
   }
+  std::string ofRow(const Json::Value& row) {
+    addRow(row, 0);
+    return _out.str();
+  }
+  /// An object with a member more: an array of rows.
+  std::string ofDocument(const Json::Value& document, const std::string& rowsMember,
+                         const std::vector<Json::Value>& rows) {
+    Json::Value names = document;
+    if (!rowsMember.empty()) names[rowsMember] = Json::Value();
+    const char* separator = "{";
+    for (const std::string& key : names.getMemberNames()) {
+      beginMember(separator, key, 0);
+      if (key == rowsMember) {
+        addRows(rows);
+      } else {
+        add(document[key], 1);
+      }
+    }
+    end(separator, "{}", 0);
+    return _out.str();
+  }
 
  private:
   void add(const Json::Value& value, int depth) {
-    const std::string digits = Inspect::digitsOf(value);
-    if (!digits.empty()) {
-      _out << digits;
-    } else if (value.isObject()) {
+    if (value.isObject()) {
+      const std::string digits = isMeasurement(value) ? digitsOf(value) : "";
       const char* separator = "{";
       for (const std::string& key : value.getMemberNames()) {
-        beginElement(separator, depth);
-        _scalars->write(key, &_out);
-        _out << (*_indentation != '\0' ? ": " : ":");
-        add(value[key], depth + 1);
+        beginMember(separator, key, depth);
+        addDigitsOr(key == "value" ? digits : "", value[key], depth + 1);
       }
       end(separator, "{}", depth);
     } else if (value.isArray()) {
@@ -59,6 +100,38 @@ class JsonLayout {
     } else {
       _scalars->write(value, &_out);
     }
+  }
+
+  void addDigitsOr(const std::string& digits, const Json::Value& value, int depth) {
+    if (digits.empty()) {
+      add(value, depth);
+    } else {
+      _out << digits;
+    }
+  }
+
+  void addRow(const Json::Value& row, int depth) {
+    const char* separator = "{";
+    for (const auto& [name, member] : flatMembers(row)) {
+      beginMember(separator, name, depth);
+      addDigitsOr(member.digits, member.value, depth + 1);
+    }
+    end(separator, "{}", depth);
+  }
+
+  void addRows(const std::vector<Json::Value>& rows) {
+    const char* separator = "[";
+    for (const Json::Value& row : rows) {
+      beginElement(separator, 1);
+      addRow(row, 2);
+    }
+    end(separator, "[]", 1);
+  }
+
+  void beginMember(const char*& separator, const std::string& name, int depth) {
+    beginElement(separator, depth);
+    _scalars->write(name, &_out);
+    _out << (*_indentation != '\0' ? ": " : ":");
   }
 
   void breakLine(int depth) {
@@ -95,10 +168,6 @@ std::string jsonText(const Json::Value& value, const char* indentation) {
 
 namespace {
 
-bool isMeasurement(const Json::Value& value) {
-  return value.isObject() && value.isMember("relation");
-}
-
 std::string scalarText(const Json::Value& value) {
   if (isMeasurement(value)) return value["text"].isString() ? value["text"].asString() : "-";
   if (value.isNull()) return "-";
@@ -132,19 +201,6 @@ void appendIndented(const std::string& name, const Json::Value& value, int depth
 
 }  // namespace
 
-int worse(int a, int b) {
-  constexpr int ORDER[] = {EXIT_COULD_NOT, EXIT_NO, EXIT_WITH_LOSS, EXIT_DONE};
-  for (const int code : ORDER) {
-    if (a == code || b == code) return code;
-  }
-  return a;
-}
-
-void printJson(Json::Value document) {
-  document["schema"] = SCHEMA;
-  fmt::print("{}\n", jsonText(document, "  "));
-}
-
 void printWithLists(const Json::Value& object, const std::vector<LongList>& lists, bool styled) {
   std::string head = jsonText(object, styled ? "  " : "");
   const auto closing = static_cast<std::size_t>(styled && !lists.empty() ? 2 : lists.empty() ? 0 : 1);  // "\n}" or "}"
@@ -159,19 +215,30 @@ void printWithLists(const Json::Value& object, const std::vector<LongList>& list
   fmt::print("{}", head.substr(head.size() - closing));
 }
 
-void printJsonLine(const Json::Value& value) {
-  fmt::print("{}\n", jsonText(value, ""));
+void printJsonLine(const Json::Value& row) {
+  fmt::print("{}\n", JsonLayout("").ofRow(row));
 }
 
 void printCsvHeader(const std::vector<std::string>& columns) {
   fmt::print("{}\n", fmt::join(columns, ","));
 }
 
+namespace {
+
+std::string cellOf(const FlatMember& member) {
+  const Json::Value& value = member.value;
+  if (!member.digits.empty()) return member.digits;
+  return value.isString() ? value.asString() : value.isNull() ? "" : jsonText(value, "");
+}
+
+}  // namespace
+
 void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns) {
   std::string line;
+  const std::map<std::string, FlatMember> members = flatMembers(row);
   for (const std::string& column : columns) {
-    const Json::Value& value = row[column];
-    std::string cell = value.isString() ? value.asString() : value.isNull() ? "" : jsonText(value, "");
+    const auto member = members.find(column);
+    std::string cell = member == members.end() ? "" : cellOf(member->second);
     if (cell.find_first_of(",\"\r\n") != std::string::npos) {
       std::string quoted;
       for (const char c : cell) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
@@ -189,9 +256,12 @@ void printDocument(const Document& document, const Options& options) {
     case FORMAT_TABLE:
       fmt::print("{}", document.text);
       break;
-    case FORMAT_JSON:
-      printJson(document.json);
+    case FORMAT_JSON: {
+      Json::Value json = document.json;
+      json["schema"] = SCHEMA;
+      fmt::print("{}\n", JsonLayout("  ").ofDocument(json, document.rowsMember, document.rows));
       break;
+    }
     case FORMAT_JSONL:
       std::for_each(rows.begin(), rows.end(), printJsonLine);
       break;
@@ -303,18 +373,19 @@ Tone toneOf(Inspect::FindingCode code) {
 }
 
 Tone toneOf(Veltra::Status status) {
-  switch (status) {
-    case Veltra::STATUS_PASS:
-      return Tone::GOOD;
-    case Veltra::STATUS_PASS_STAR:
-    case Veltra::STATUS_PASS_ACCEPTABLE:
-    case Veltra::STATUS_FAIL_STAR:
-      return Tone::DOUBTFUL;
-    case Veltra::STATUS_FAIL:
-      return Tone::BAD;
-    default:
-      return Tone::PLAIN;
+  struct ToneRow {
+    Veltra::Status status;
+    Tone tone;
+  };
+  constexpr ToneRow TONES[] = {{Veltra::STATUS_PASS, Tone::GOOD},
+                               {Veltra::STATUS_PASS_STAR, Tone::DOUBTFUL},
+                               {Veltra::STATUS_PASS_ACCEPTABLE, Tone::DOUBTFUL},
+                               {Veltra::STATUS_FAIL_STAR, Tone::DOUBTFUL},
+                               {Veltra::STATUS_FAIL, Tone::BAD}};
+  for (const ToneRow& row : TONES) {
+    if (row.status == status) return row.tone;
   }
+  return Tone::PLAIN;
 }
 
 std::string furtherText(const std::string& name, const Inspect::Findings& findings) {

@@ -47,8 +47,9 @@ int pack(const PackArguments& args, const Options& options) {
   json["file"] = args.output;
   json["bytes"] = static_cast<Json::UInt64>(packed.bytes);
   json["sections"] = packed.sections;
-  printDocument({fmt::format("{}: {} sections, {} bytes\n", args.output, packed.sections, packed.bytes), json, {}, {}},
-                options);
+  printDocument(
+      {fmt::format("{}: {} sections, {} bytes\n", args.output, packed.sections, packed.bytes), json, {}, {}, {}},
+      options);
   return EXIT_DONE;
 }
 

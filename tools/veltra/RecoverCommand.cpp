@@ -4,7 +4,6 @@
 
 #include <libinspect/container/Doctor.h>
 #include <libinspect/container/Recover.h>
-#include <libinspect/records/FileSummary.h>
 
 #include "Commands.h"
 
@@ -26,7 +25,7 @@ void printRecovery(const RecoverArguments& args, const Inspect::Recovery& recove
   if (options.format == FORMAT_CSV) {  // how many: a cell is no place for lists
     json["kept"] = static_cast<Json::UInt64>(recovery.kept.size());
     json["lost"] = static_cast<Json::UInt64>(recovery.lost.size());
-    printDocument({{}, json, {}, {}}, options);
+    printDocument({{}, json, {}, {}, {}}, options);
     return;
   }
   if (options.format == FORMAT_JSON) json["schema"] = SCHEMA;

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
-#include <set>
 
 #include <fmt/format.h>
 
@@ -28,52 +27,24 @@ bool isSameFile(const std::string& a, const std::string& b) {
   return fs::equivalent(a, b, missing);
 }
 
-/// Reads the job. What could not be read was complained of.
-/// @return as readResults()
-int readJob(const ReportArguments& args, const Options& options, Inspect::JobFiles& job) {
-  std::vector<std::string> files;
-  int code = filesOf(args.paths, options, files) ? EXIT_DONE : EXIT_COULD_NOT;
-  // The page of last time stands among the files of the job.
-  files.erase(std::remove_if(files.begin(), files.end(),
-                             [&args](const std::string& file) { return isSameFile(file, args.output); }),
-              files.end());
-  Options listed = options;
-  listed.recursive = false;
-  std::set<std::string> read;
-  code = worse(code, readResults(files, listed, job.rows, [&](const Inspect::FileSummary& file) {
-                 read.insert(file.report.name);
-                 if (!file.report.findings.empty()) {
-                   job.notes.push_back(noteOf(file.report));
-                 } else if (!file.hasSummary) {
-                   job.withoutResult.push_back(file.report.name);
-                 }
-               }));
-  for (const std::string& file : files) {
-    if (file != "-" && read.count(file) == 0) job.unread.push_back(file);
-  }
-  std::sort(job.notes.begin(), job.notes.end(), [](const Inspect::FileNote& a, const Inspect::FileNote& b) {
-    return Inspect::comesBefore(a.file, b.file);
-  });
-  std::sort(job.withoutResult.begin(), job.withoutResult.end(), Inspect::comesBefore);
-  return code;
-}
-
 int report(const ReportArguments& args, const Options& options) {
   Inspect::CableIdSet expected;
-  Inspect::JobFiles job;
   std::string error;
-  if (!args.expected.empty()) {
-    if (!parseExpected(args.expected, expected, error)) {
-      complain(error);
-      return EXIT_USAGE;
-    }
-    job.expected = &expected;
+  if (!args.expected.empty() && !parseExpected(args.expected, expected, error)) {
+    complain(error);
+    return EXIT_USAGE;
   }
   if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
   for (const std::string& path : args.paths) {
     if (refusesToReplaceInput(path, args.output)) return EXIT_COULD_NOT;
   }
-  int code = readJob(args, options, job);
+  int code = EXIT_DONE;
+  std::vector<std::string> files = filesOf(args.paths, options, code);
+  // The page of last time stands among the files of the job.
+  const auto isPage = [&args](const std::string& file) { return isSameFile(file, args.output); };
+  files.erase(std::remove_if(files.begin(), files.end(), isPage), files.end());
+  Inspect::JobFiles job = readJob(files, options, code);
+  if (!args.expected.empty()) job.expected = &expected;
   if (job.expected != nullptr) code = worse(code, codeOf(coverageOf(job.rows, expected)));
   const std::string page = Inspect::reportPage(job, args.title);
   if (!Inspect::writeSafely(args.output, page.data(), page.size(), error)) {
@@ -89,7 +60,7 @@ int report(const ReportArguments& args, const Options& options) {
   json["unread"] = static_cast<Json::UInt64>(job.unread.size());
   const std::string text = fmt::format("{}: {} results, {} files damaged, {} not read\n", printable(args.output),
                                        job.rows.size(), damaged, job.unread.size());
-  printDocument({text, json, {}, {}}, options);
+  printDocument({text, json, {}, {}, {}}, options);
   return code;
 }
 

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/records/FileSummary.h>
+#include <libinspect/records/RecordView.h>
 
 #include "Commands.h"
 
@@ -24,11 +24,11 @@ std::string hexText(const std::vector<uint8_t>& bytes) {
 /// Prints a decoded record, or the bytes that are none.
 /// @param where  what the record is in, for the complaint and the JSON
 int showRecord(const std::vector<uint8_t>& bytes, Json::Value json, const std::string& where, const Options& options) {
-  const Inspect::DecodedRecord record = Inspect::decodeRecord(bytes, Inspect::RecordForm::JSON);
-  const bool decoded = record.outcome == Inspect::DecodedRecord::DECODED && !record.json.isNull();
-  json["record"] = decoded ? record.json : Json::Value();
-  if (!decoded) json["hex"] = hexText(bytes);
-  printDocument({decoded ? indentedText(record.json) : hexDump(bytes), json, {}, {}}, options);
+  const Inspect::DecodedRecord record = Inspect::decodeRecord(bytes);
+  const Json::Value shown = record.toJson();
+  json["record"] = shown;
+  if (shown.isNull()) json["hex"] = hexText(bytes);
+  printDocument({shown.isNull() ? hexDump(bytes) : indentedText(shown), json, {}, {}, {}}, options);
   if (record.outcome != Inspect::DecodedRecord::DAMAGED) return EXIT_DONE;
   complain(fmt::format("{}: the {} in it does not decode (code {})", where, record.name, record.status));
   return EXIT_NO;

@@ -75,6 +75,7 @@ int types(const std::string& wanted, const Options& options) {
   Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}});
   Document document;
   document.columns = {"kind", "id", "name", "more"};
+  document.rowsMember = "types";
   for (const Row& row : allRows()) {
     if (!wanted.empty() && !(byId ? row.id == id : row.name == wanted)) continue;
     table.add({row.kind, row.kind == "record" ? fmt::format("0x{:06x}", row.id) : std::to_string(row.id), row.name,
@@ -85,7 +86,6 @@ int types(const std::string& wanted, const Options& options) {
     json["name"] = row.name == "-" ? Json::Value() : Json::Value(row.name);
     json["more"] = row.more == "-" ? Json::Value() : Json::Value(row.more);
     document.rows.push_back(json);
-    document.json["types"].append(json);
   }
   if (document.rows.empty()) {
     complain(wanted + ": no such id or name");
