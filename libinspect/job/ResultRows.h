@@ -37,6 +37,6 @@ struct Coverage {
 Coverage coverageOf(const std::vector<ResultRow>& rows, const CableIdSet& expected);
 
 /// Splits "FIRST..LAST" and builds its set. @return false, with `error` filled
-bool parseExpected(const std::string& text, CableIdSet& set, std::string& error);
+[[nodiscard]] bool parseExpected(const std::string& text, CableIdSet& set, std::string& error);
 
 }  // namespace Inspect

@@ -30,9 +30,9 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Op
 /// @param complain  findings go to standard error; without, the answers themselves tell them
 /// @return the worst of 0; 1 a file is damaged; 3 a file has warnings or is larger than wanted; 4 a file could not be
 ///         read
-int answerForFiles(const std::vector<std::string>& paths, const Options& options,
-                   const std::vector<std::string>& columns, bool complainOfFindings,
-                   const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
+[[nodiscard]] int answerForFiles(const std::vector<std::string>& paths, const Options& options,
+                                 const std::vector<std::string>& columns, bool complainOfFindings,
+                                 const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
 
 /// Reads the results of a job. Findings go to standard error.
 /// @param code  made as bad as answerForFiles() answers
@@ -42,22 +42,23 @@ Inspect::JobFiles readJob(const std::vector<std::string>& files, const Options& 
 void complainOfEach(const std::string& name, const Inspect::Findings& findings);
 
 /// Opens the one input of a command. @return false, with a complaint: it could not be done
-bool openInput(Inspect::ByteSource& source, const std::string& path, const Options& options);
+[[nodiscard]] bool openInput(Inspect::ByteSource& source, const std::string& path, const Options& options);
 
 /// What a command answers that has read one input: its code, or with a complaint that the input could not be read.
-int answerAfter(const Inspect::ByteSource& source, int code);
+[[nodiscard]] int answerAfter(const Inspect::ByteSource& source, int code);
 
 /// A section by its number. @return none, with complaints, and `code` what the command answers
-std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code);
+[[nodiscard]] std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code);
 
 /// Complains of a section that a container does not have. @return the exit code
-int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::ContainerReport& report, int number);
+[[nodiscard]] int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::ContainerReport& report,
+                                      int number);
 
 /// Says so when a file stands where one is to be written and must not be replaced.
-bool refusesToReplace(const std::string& path, bool force);
+[[nodiscard]] bool refusesToReplace(const std::string& path, bool force);
 
 /// Says so when what is to be written would replace what is to be read.
-bool refusesToReplaceInput(const std::string& input, const std::string& output);
+[[nodiscard]] bool refusesToReplaceInput(const std::string& input, const std::string& output);
 
 // One command a file: what it is called, takes and does. The options are those every command has.
 Subcommand annotateCommand(const Options& options);

@@ -6,10 +6,8 @@
 #include <map>
 #include <memory>
 #include <new>
-#include <sstream>
 
 #include <fmt/format.h>
-#include <json/writer.h>
 #include <libsmartcols/libsmartcols.h>
 
 #include <libinspect/records/Measurements.h>
@@ -17,156 +15,7 @@
 namespace Command {
 namespace {
 
-using Inspect::digitsOf;
 using Inspect::isMeasurement;
-
-/// A member of a row.
-struct FlatMember {
-  Json::Value value;
-  std::string digits;  ///< of a number that was measured
-};
-
-/// The members of a row as they are printed: a measurement is two of them.
-std::map<std::string, FlatMember> flatMembers(const Json::Value& row) {
-  std::map<std::string, FlatMember> members;
-  for (const std::string& name : row.getMemberNames()) {
-    const Json::Value& value = row[name];
-    if (isMeasurement(value)) {
-      members[name] = {value["value"], digitsOf(value)};
-      members[name + "Relation"] = {value["relation"], {}};
-    } else {
-      members[name] = {value, {}};
-    }
-  }
-  return members;
-}
-
-/// Lays out a value; its texts and numbers are JsonCpp's business, which knows no digits of a number but its own.
-class JsonLayout {
- public:
-  explicit JsonLayout(const char* indentation) : _indentation(indentation) {
-    constexpr int NUMBER_DIGITS = 10;  // what a measurement of 32 bits has
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    builder["commentStyle"] = "None";
-    builder["precision"] = NUMBER_DIGITS;
-    builder["emitUTF8"] = false;  // names may hold any bytes; JSON may not
-    _scalars.reset(builder.newStreamWriter());
-  }
-
-  std::string of(const Json::Value& value) {
-    add(value, 0);
-    return _out.str();
-  }
-  std::string ofRow(const Json::Value& row) {
-    addRow(row, 0);
-    return _out.str();
-  }
-  /// An object with a member more: an array of rows.
-  std::string ofDocument(const Json::Value& document, const std::string& rowsMember,
-                         const std::vector<Json::Value>& rows) {
-    Json::Value names = document;
-    if (!rowsMember.empty()) names[rowsMember] = Json::Value();
-    const char* separator = "{";
-    for (const std::string& key : names.getMemberNames()) {
-      beginMember(separator, key, 0);
-      if (key == rowsMember) {
-        addRows(rows);
-      } else {
-        add(document[key], 1);
-      }
-    }
-    end(separator, "{}", 0);
-    return _out.str();
-  }
-
- private:
-  void add(const Json::Value& value, int depth) {
-    if (value.isObject()) {
-      const std::string digits = isMeasurement(value) ? digitsOf(value) : "";
-      const char* separator = "{";
-      for (const std::string& key : value.getMemberNames()) {
-        beginMember(separator, key, depth);
-        addDigitsOr(key == "value" ? digits : "", value[key], depth + 1);
-      }
-      end(separator, "{}", depth);
-    } else if (value.isArray()) {
-      const char* separator = "[";
-      for (const Json::Value& element : value) {
-        beginElement(separator, depth);
-        add(element, depth + 1);
-      }
-      end(separator, "[]", depth);
-    } else {
-      _scalars->write(value, &_out);
-    }
-  }
-
-  void addDigitsOr(const std::string& digits, const Json::Value& value, int depth) {
-    if (digits.empty()) {
-      add(value, depth);
-    } else {
-      _out << digits;
-    }
-  }
-
-  void addRow(const Json::Value& row, int depth) {
-    const char* separator = "{";
-    for (const auto& [name, member] : flatMembers(row)) {
-      beginMember(separator, name, depth);
-      addDigitsOr(member.digits, member.value, depth + 1);
-    }
-    end(separator, "{}", depth);
-  }
-
-  void addRows(const std::vector<Json::Value>& rows) {
-    const char* separator = "[";
-    for (const Json::Value& row : rows) {
-      beginElement(separator, 1);
-      addRow(row, 2);
-    }
-    end(separator, "[]", 1);
-  }
-
-  void beginMember(const char*& separator, const std::string& name, int depth) {
-    beginElement(separator, depth);
-    _scalars->write(name, &_out);
-    _out << (*_indentation != '\0' ? ": " : ":");
-  }
-
-  void breakLine(int depth) {
-    if (*_indentation == '\0') return;
-    _out << '\n';
-    for (int i = 0; i < depth; ++i) _out << _indentation;
-  }
-
-  void beginElement(const char*& separator, int depth) {
-    _out << separator;
-    separator = ",";
-    breakLine(depth + 1);
-  }
-
-  void end(const char* separator, const char* brackets, int depth) {
-    if (*separator != ',') {
-      _out << brackets;
-      return;
-    }
-    breakLine(depth);
-    _out << brackets[1];
-  }
-
-  const char* _indentation;
-  std::unique_ptr<Json::StreamWriter> _scalars;
-  std::ostringstream _out;
-};
-
-}  // namespace
-
-std::string jsonText(const Json::Value& value, const char* indentation) {
-  return JsonLayout(indentation).of(value);
-}
-
-namespace {
 
 std::string scalarText(const Json::Value& value) {
   if (isMeasurement(value)) return value["text"].isString() ? value["text"].asString() : "-";
@@ -216,29 +65,19 @@ void printWithLists(const Json::Value& object, const std::vector<LongList>& list
 }
 
 void printJsonLine(const Json::Value& row) {
-  fmt::print("{}\n", JsonLayout("").ofRow(row));
+  fmt::print("{}\n", rowJson(row));
 }
 
 void printCsvHeader(const std::vector<std::string>& columns) {
   fmt::print("{}\n", fmt::join(columns, ","));
 }
 
-namespace {
-
-std::string cellOf(const FlatMember& member) {
-  const Json::Value& value = member.value;
-  if (!member.digits.empty()) return member.digits;
-  return value.isString() ? value.asString() : value.isNull() ? "" : jsonText(value, "");
-}
-
-}  // namespace
-
 void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns) {
   std::string line;
-  const std::map<std::string, FlatMember> members = flatMembers(row);
+  const std::map<std::string, std::string> cells = rowCells(row);
   for (const std::string& column : columns) {
-    const auto member = members.find(column);
-    std::string cell = member == members.end() ? "" : cellOf(member->second);
+    const auto found = cells.find(column);
+    std::string cell = found == cells.end() ? "" : found->second;
     if (cell.find_first_of(",\"\r\n") != std::string::npos) {
       std::string quoted;
       for (const char c : cell) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
@@ -259,7 +98,7 @@ void printDocument(const Document& document, const Options& options) {
     case FORMAT_JSON: {
       Json::Value json = document.json;
       json["schema"] = SCHEMA;
-      fmt::print("{}\n", JsonLayout("  ").ofDocument(json, document.rowsMember, document.rows));
+      fmt::print("{}\n", documentJson(json, document.rowsMember, document.rows));
       break;
     }
     case FORMAT_JSONL:

@@ -13,6 +13,7 @@
 #include <libinspect/container/PrintableText.h>
 
 #include "ExitCodes.h"
+#include "JsonPrinting.h"
 #include "Terminal.h"
 
 namespace Command {
@@ -34,8 +35,6 @@ struct Options {
 
 using Inspect::printable;
 
-/// A value as styled JSON, or on one line with an empty indentation.
-std::string jsonText(const Json::Value& value, const char* indentation);
 /// A member of an object that may have too many elements to hold them all: each is made when it is printed.
 struct LongList {
   std::string name;
@@ -50,8 +49,7 @@ void printJsonLine(const Json::Value& row);
 /// Prints the members of a row as one line of CSV (RFC 4180); what is missing or null is empty.
 void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns);
 void printCsvHeader(const std::vector<std::string>& columns);
-/// One answer in all formats. A row is a flat object; a measurement in it is printed as two members, its number and its
-/// relation.
+/// One answer in all formats.
 struct Document {
   std::string text;                  ///< for the table format
   Json::Value json;                  ///< an object

@@ -13,14 +13,14 @@
 namespace Command {
 namespace {
 
-struct Row {
+struct TypeRow {
   std::string kind;
   uint32_t id;
   std::string name;
   std::string more;
 };
 
-void addSections(std::vector<Row>& rows) {
+void addSections(std::vector<TypeRow>& rows) {
   for (uint32_t id = 0; id <= UINT16_MAX; ++id) {
     const auto type = static_cast<uint16_t>(id);
     const char* const name = PFile::sectionIdToString(type);
@@ -30,7 +30,7 @@ void addSections(std::vector<Row>& rows) {
   }
 }
 
-void addRecords(std::vector<Row>& rows) {
+void addRecords(std::vector<TypeRow>& rows) {
   for (const auto& [id, name] : Inspect::knownRecords()) {
     const std::string logName = Marshal::veltraCommonIdToString(id);
     rows.push_back({"record", id, name, logName.empty() ? "-" : "in logs " + logName});
@@ -38,15 +38,15 @@ void addRecords(std::vector<Row>& rows) {
 }
 
 template <class E>
-void addTexts(const char* kind, uint32_t last, std::vector<Row>& rows) {
+void addTexts(const char* kind, uint32_t last, std::vector<TypeRow>& rows) {
   for (uint32_t value = 0; value <= last; ++value) {
     const std::string text = toString(static_cast<E>(value));
     if (!text.empty()) rows.push_back({kind, value, text, "-"});
   }
 }
 
-std::vector<Row> allRows() {
-  std::vector<Row> rows;
+std::vector<TypeRow> allRows() {
+  std::vector<TypeRow> rows;
   addSections(rows);
   addRecords(rows);
   addTexts<Veltra::Status>("Status", 255, rows);
@@ -76,7 +76,7 @@ int types(const std::string& wanted, const Options& options) {
   Document document;
   document.columns = {"kind", "id", "name", "more"};
   document.rowsMember = "types";
-  for (const Row& row : allRows()) {
+  for (const TypeRow& row : allRows()) {
     if (!wanted.empty() && !(byId ? row.id == id : row.name == wanted)) continue;
     table.add({row.kind, row.kind == "record" ? fmt::format("0x{:06x}", row.id) : std::to_string(row.id), row.name,
                row.more});
