@@ -25,6 +25,9 @@ stage_text() {
   return $bad
 }
 
+# Which room may include which.
+stage_arrows() { scripts/arrows; }
+
 # build_and_test PRESET
 build_and_test() {
   local log

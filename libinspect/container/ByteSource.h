@@ -26,7 +26,7 @@ class ByteSource {
 
   /// Opens an input in place of the one before.
   /// @return false, with `error` saying what is wrong with which input
-  bool open(const std::string& path, std::string& error);
+  [[nodiscard]] bool open(const std::string& path, std::string& error);
   bool isOverLimit() const { return _isOverLimit; }  ///< that is why open() refused it
   const std::string& name() const { return _name; }  ///< the path, or "standard input"
   /// As open() took it: "-" for standard input.
@@ -43,7 +43,7 @@ class ByteSource {
 
  private:
   void close();
-  bool takeIn(std::string& error);
+  [[nodiscard]] bool takeIn(std::string& error);
   bool refuse(uint64_t limit, std::string& error);
   std::size_t readFile(uint64_t offset, uint8_t* to, std::size_t size) const;
 
@@ -61,6 +61,6 @@ class ByteSource {
 };
 
 /// A whole file as text, for descriptions and lists. @return false, with `error` filled, also beyond `limit` bytes
-bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error);
+[[nodiscard]] bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error);
 
 }  // namespace Inspect

@@ -7,40 +7,11 @@
 #include <fmt/format.h>
 #include <zlib.h>
 
-#include <libcrossplatform/common/EnumText.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/WireBytes.h>
 
 namespace Inspect {
 namespace {
-
-struct CodeRow {
-  FindingCode code;
-  const char* name;
-  const char* meaning;
-};
-constexpr CodeRow CODES[] = {
-    {E01_NEVER_CLOSED, "E01", "never closed"},
-    {E02_NO_FILE_HEADER, "E02", "no file header"},
-    {E03_HEADER_CRC, "E03", "header CRC differs"},
-    {E04_DATA_CRC, "E04", "data CRC differs"},
-    {E05_TRUNCATED, "E05", "truncated"},
-    {E06_LENGTH_DIFFERS, "E06", "recorded length differs"},
-    {E07_INFLATE_FAILED, "E07", "cannot be uncompressed"},
-    {E08_TOO_BIG, "E08", "over 8 MiB uncompressed"},
-    {E09_RECORD, "E09", "record does not decode"},
-    {E10_SCALE_WITHOUT_TEXT, "E10", "measurement scale without a text"},
-    {W01_NEWER_VERSION, "W01", "newer version"},
-    {W02_UNKNOWN_TYPE, "W02", "unknown section type"},
-    {W03_BYTES_BEHIND_END, "W03", "bytes behind the end"},
-    {W04_NEGATIVE_COUNT, "W04", "negative count"},
-    {W05_WRONG_MAGIC, "W05", "wrong magic"},
-    {W06_RECORDS_NOT_DECODED, "W06", "records not decoded"},
-};
-
-const CodeRow& rowOf(FindingCode code) {
-  return CODES[code];
-}
 
 std::string hex(uint32_t value) {
   return fmt::format("0x{:08x}", value);
@@ -237,21 +208,35 @@ class Walker {
 
 }  // namespace
 
-const char* toString(FindingCode code) {
-  return rowOf(code).name;
-}
-
-const char* meaningOf(FindingCode code) {
-  return rowOf(code).meaning;
-}
-
-void Findings::add(Finding finding) {
-  _hasDamage = _hasDamage || isDamage(finding.code);
-  if (_kept.size() < MOST_KEPT) {
-    _kept.push_back(std::move(finding));
-  } else {
-    ++_leftOut;
+const char* toString(DataVerdict verdict) {
+  switch (verdict) {
+    case DataVerdict::OK:
+      return "ok";
+    case DataVerdict::WRONG:
+      return "wrong";
+    case DataVerdict::CUT:
+      return "cut";
+    case DataVerdict::NOT_CHECKED:
+      return "not checked";
   }
+  return "";
+}
+
+Json::Value toJson(const SectionInfo& section) {
+  Json::Value json(Json::objectValue);
+  const PFile::Header& header = section.header;
+  const char* const name = PFile::sectionIdToString(header.type);
+  json["number"] = section.number;
+  json["offset"] = static_cast<Json::UInt64>(section.offset);
+  json["type"] = header.type;
+  json["name"] = name != nullptr ? Json::Value(name) : Json::Value();
+  json["version"] = header.version;
+  json["flags"] = header.flags;
+  json["storedSize"] = header.dataSize;
+  json["originalSize"] = section.originalSize ? *section.originalSize : header.dataSize;
+  json["compressed"] = (header.flags & PFile::SECTION_FLAG_COMPRESS) != 0;
+  json["crc"] = toString(section.verdict);
+  return json;
 }
 
 ContainerReport walk(const ByteSource& source, WalkDepth depth, const OnSection& onSection) {

@@ -6,48 +6,17 @@
 #include <string>
 #include <vector>
 
+#include <json/value.h>
+
 #include <libcrossplatform/common/PFile.h>
 #include <libinspect/container/ByteSource.h>
+#include <libinspect/container/Findings.h>
 
 namespace Inspect {
 
-/// What can be wrong with a container. Codes are stable: people search for them.
-enum FindingCode {
-  E01_NEVER_CLOSED,
-  E02_NO_FILE_HEADER,
-  E03_HEADER_CRC,
-  E04_DATA_CRC,
-  E05_TRUNCATED,
-  E06_LENGTH_DIFFERS,
-  E07_INFLATE_FAILED,
-  E08_TOO_BIG,
-  E09_RECORD,
-  E10_SCALE_WITHOUT_TEXT,
-  W01_NEWER_VERSION,
-  W02_UNKNOWN_TYPE,
-  W03_BYTES_BEHIND_END,
-  W04_NEGATIVE_COUNT,
-  W05_WRONG_MAGIC,
-  W06_RECORDS_NOT_DECODED,
-};
-
-/// "E01" and so on.
-const char* toString(FindingCode code);
-/// What the code means in a few words, for example "data CRC differs".
-const char* meaningOf(FindingCode code);
-inline bool isDamage(FindingCode code) {
-  return code < W01_NEWER_VERSION;
-}
-
-struct Finding {
-  FindingCode code;
-  uint64_t offset;             ///< in the file
-  std::optional<int> section;  ///< its number, where it is about one
-  std::string wanted;
-  std::string found;
-};
-
 enum class DataVerdict { OK, WRONG, CUT, NOT_CHECKED };
+/// "ok", "wrong", "cut" or "not checked".
+const char* toString(DataVerdict verdict);
 
 struct SectionInfo {
   int number = 0;  ///< 0 is the file header
@@ -57,25 +26,7 @@ struct SectionInfo {
   std::optional<uint32_t> originalSize;  ///< claimed by a compressed payload
   uint64_t payloadOffset() const { return offset + PFile::Header::BYTES; }
 };
-
-/// What was found wrong, in the order it was found. A hostile file has a finding every few bytes: the first MOST_KEPT
-/// are kept, of the others it is known how many there were and whether one was damage.
-class Findings {
- public:
-  static constexpr std::size_t MOST_KEPT = 1000;
-
-  void add(Finding finding);
-  std::vector<Finding>::const_iterator begin() const { return _kept.begin(); }
-  std::vector<Finding>::const_iterator end() const { return _kept.end(); }
-  bool empty() const { return _kept.empty(); }
-  uint64_t leftOut() const { return _leftOut; }
-  bool hasDamage() const { return _hasDamage; }
-
- private:
-  std::vector<Finding> _kept;
-  uint64_t _leftOut = 0;
-  bool _hasDamage = false;
-};
+Json::Value toJson(const SectionInfo& section);
 
 /// What a container holds, as far as it can be walked: up to the first header that does not verify.
 struct ContainerReport {
@@ -109,7 +60,8 @@ std::optional<SectionInfo> findSection(const ByteSource& source, int number, Con
 
 /// A section's payload, uncompressed where it is stored compressed.
 /// @return false, with `error` saying why: cut, CRC, more than 8 MiB claimed, bad zlib data
-bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<uint8_t>& bytes, std::string& error);
+[[nodiscard]] bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<uint8_t>& bytes,
+                               std::string& error);
 
 /// The finding for an intact section whose payload cannot be loaded.
 Finding inflateFinding(const SectionInfo& info);

@@ -3,14 +3,9 @@
 #include <fmt/format.h>
 
 #include <libcrossplatform/common/ResultFile.h>
-#include <libinspect/container/PrintableText.h>
 
 namespace Inspect {
 namespace {
-
-/// A hundred times what the records of a result take, and a fraction of a second of work: a small file can hold
-/// gigabytes of them.
-constexpr uint64_t MOST_RECORD_BYTES = uint64_t{1} * 1024 * 1024;
 
 /// What a section's header says of its content, before its data is looked at.
 void examineHeader(const SectionInfo& section, Findings& findings) {
@@ -29,67 +24,12 @@ void examineHeader(const SectionInfo& section, Findings& findings) {
 
 }  // namespace
 
-DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section, std::vector<uint8_t>& bytes,
-                            Findings& findings) {
-  DecodedRecord record;
-  std::string error;
-  const auto add = [&](FindingCode code, std::string wanted, std::string found) {
-    findings.add({code, section.payloadOffset(), section.number, std::move(wanted), std::move(found)});
-  };
-  if (!loadPayload(source, section, bytes, error)) {
-    findings.add(inflateFinding(section));
-    return record;
-  }
-  record = decodeRecord(bytes, RecordForm::VERDICT_ALONE);
-  const bool isSummary = section.header.type == PFile::SECTION_RESULT_SUMMARY;
-  if (record.outcome == DecodedRecord::DAMAGED) {
-    add(E09_RECORD, "a " + record.name, fmt::format("code {}", record.status));
-  } else if (isSummary && record.id != Veltra::ResultSummary::SERIAL_TYPE_ID) {
-    add(E09_RECORD, "a ResultSummary", record.name.empty() ? "no known record" : record.name);
-  }
-  if (record.outcome != DecodedRecord::DECODED) return record;
-  if (record.hasScaleWithoutText) add(E10_SCALE_WITHOUT_TEXT, "a scale from -1 to 4", "another");
-  if (record.hasNegativeCount) add(W04_NEGATIVE_COUNT, "counts of 0 to 127", "a negative one");
-  if (record.used < bytes.size()) {
-    add(W03_BYTES_BEHIND_END, fmt::format("{} bytes of {}", record.used, record.name),
-        fmt::format("{} bytes", bytes.size()));
-  }
-  return record;
-}
-
-ContainerReport examine(const ByteSource& source, Examination examination) {
+ContainerReport examine(const ByteSource& source, Examination examination, const OnSection& onSection) {
   const WalkDepth depth = examination == Examination::QUICK ? WalkDepth::HEADERS : WalkDepth::HEADERS_AND_CRCS;
-  uint64_t recordBytes = 0;
-  bool isToldOfRest = false;
-  return walk(source, depth, [&](const SectionInfo& section, Findings& findings) {
+  return walk(source, depth, [&onSection](const SectionInfo& section, Findings& findings) {
     examineHeader(section, findings);
-    if (examination != Examination::DEEP || section.number == 0 || section.verdict != DataVerdict::OK) return;
-    std::vector<uint8_t> bytes;
-    if (recordBytes < MOST_RECORD_BYTES) {
-      const DecodedRecord record = examineRecord(source, section, bytes, findings);
-      if (record.outcome != DecodedRecord::NO_RECORD) recordBytes += bytes.size();
-      return;
-    }
-    std::string error;
-    if (!loadPayload(source, section, bytes, error)) findings.add(inflateFinding(section));
-    if (isToldOfRest) return;
-    findings.add({W06_RECORDS_NOT_DECODED, section.offset, section.number,
-                  fmt::format("at most {} bytes of records in a file", MOST_RECORD_BYTES),
-                  fmt::format("{} before this section", recordBytes)});
-    isToldOfRest = true;
+    if (onSection) onSection(section, findings);
   });
-}
-
-std::string nextCommand(const std::string& path, const Finding& finding) {
-  const std::string file = shellWord(path);
-  // A file header that does not serve is made anew.
-  if (finding.code <= E06_LENGTH_DIFFERS || (finding.section == 0 && isDamage(finding.code))) {
-    return finding.code == E02_NO_FILE_HEADER && finding.section && finding.offset == 0
-               ? fmt::format("veltra recover {} -o NEW, if it was one once", file)
-               : fmt::format("veltra recover {} -o NEW", file);
-  }
-  if (finding.section) return fmt::format("veltra annotate {} -s {}", file, *finding.section);
-  return fmt::format("veltra list {}", file);
 }
 
 }  // namespace Inspect

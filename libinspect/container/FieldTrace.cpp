@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 
 #include <fmt/format.h>
 
@@ -91,24 +90,6 @@ bool TracingReader::readBytes(uint8_t* data, uint32_t size) {
   }
   note("bytes", start, std::string(reinterpret_cast<const char*>(data), size));
   return true;
-}
-
-Json::Value treeOf(const std::vector<TracedField>& fields) {
-  Json::Value tree(Json::objectValue);
-  for (const TracedField& field : fields) {
-    if (field.path.front() == "header" || field.path.back() == "count") continue;
-    Json::Value* node = &tree;
-    for (const std::string& segment : field.path) node = &(*node)[segment];
-    // A counted text is read as its length and then its bytes, in pieces: the bytes take the length's place.
-    const bool isBytes = std::strcmp(field.kind, "bytes") == 0;
-    const std::string text = isBytes ? field.value.asString().c_str() : "";
-    if (!isBytes) {
-      *node = field.value;
-    } else {
-      *node = node->isString() ? node->asString() + text : text;
-    }
-  }
-  return tree;
 }
 
 }  // namespace Inspect

@@ -64,7 +64,4 @@ class TracingReader final : public Marshal::IObjectReader {
   bool _failed = false;
 };
 
-/// The fields as nested objects, counted texts as one text each; headers and counts are left out.
-Json::Value treeOf(const std::vector<TracedField>& fields);
-
 }  // namespace Inspect

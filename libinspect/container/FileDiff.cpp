@@ -5,7 +5,7 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/records/FileSummary.h>
+#include <libinspect/container/ContainerWalk.h>
 
 namespace Inspect {
 namespace {
@@ -13,10 +13,8 @@ namespace {
 using Fields = std::map<std::string, Json::Value>;
 
 void flatten(const std::string& name, const Json::Value& value, Fields& out) {
-  if (value.isObject() && !value.isMember("relation")) {
+  if (value.isObject()) {
     for (const std::string& key : value.getMemberNames()) flatten(fmt::format("{}.{}", name, key), value[key], out);
-  } else if (value.isObject()) {
-    out[name] = value["text"];
   } else if (value.isArray()) {
     for (Json::ArrayIndex i = 0; i < value.size(); ++i) flatten(fmt::format("{}[{}]", name, i), value[i], out);
   } else {
@@ -25,7 +23,7 @@ void flatten(const std::string& name, const Json::Value& value, Fields& out) {
 }
 
 /// What is compared of one section. Where a record can be read its fields stand for its size and CRC.
-Fields fieldsOf(const ByteSource& source, const SectionInfo& section) {
+Fields fieldsOf(const ByteSource& source, const SectionInfo& section, const FieldsOf& recordFields) {
   Fields fields;
   const std::string prefix = fmt::format("section[{}].", section.number);
   const PFile::Header& header = section.header;
@@ -36,9 +34,8 @@ Fields fieldsOf(const ByteSource& source, const SectionInfo& section) {
   std::vector<uint8_t> bytes;
   std::string error;
   if (section.verdict == DataVerdict::OK && loadPayload(source, section, bytes, error)) {
-    const DecodedRecord record = decodeRecord(bytes, RecordForm::JSON);
-    if (record.outcome == DecodedRecord::DECODED) {
-      flatten(prefix + "data", record.json, fields);
+    if (const std::optional<Json::Value> record = recordFields(bytes)) {
+      flatten(prefix + "data", *record, fields);
       return fields;
     }
     fields[prefix + "data.crc"] =
@@ -53,15 +50,15 @@ Fields fieldsOf(const ByteSource& source, const SectionInfo& section) {
 
 }  // namespace
 
-std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b) {
+std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b, const FieldsOf& recordFields) {
   const std::vector<SectionInfo> sectionsA = sectionsOf(a), sectionsB = sectionsOf(b);
   std::vector<Difference> differences;
   const std::size_t most = std::max(sectionsA.size(), sectionsB.size());
   for (std::size_t i = 0; i < most; ++i) {
     // One section of each file at a time: memory follows the largest.
     Fields fieldsA, fieldsB;
-    if (i < sectionsA.size()) fieldsA = fieldsOf(a, sectionsA[i]);
-    if (i < sectionsB.size()) fieldsB = fieldsOf(b, sectionsB[i]);
+    if (i < sectionsA.size()) fieldsA = fieldsOf(a, sectionsA[i], recordFields);
+    if (i < sectionsB.size()) fieldsB = fieldsOf(b, sectionsB[i], recordFields);
     std::set<std::string> names;
     for (const auto& field : fieldsA) names.insert(field.first);
     for (const auto& field : fieldsB) names.insert(field.first);

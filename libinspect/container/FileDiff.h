@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,7 +19,10 @@ struct Difference {
   Json::Value b;
 };
 
+/// The fields of the record a payload holds; none where it holds no known record, or a damaged one.
+using FieldsOf = std::function<std::optional<Json::Value>(const std::vector<uint8_t>& payload)>;
+
 /// Compares two containers field by field: sizes, section headers, records by their fields, other data by its bytes.
-std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b);
+std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b, const FieldsOf& recordFields);
 
 }  // namespace Inspect

@@ -87,13 +87,9 @@ class Search {
 
  private:
   bool hasHeader(SectionInfo& section) const {
-    uint8_t bytes[PFile::Header::BYTES];
     const uint8_t* at = nullptr;
-    if (_source.view(section.offset, at) < sizeof bytes) {
-      if (_source.readAt(section.offset, bytes, sizeof bytes) < sizeof bytes) return false;
-      at = bytes;
-    }
-    Marshal::ByteStreamReader in(at, sizeof bytes);
+    if (_source.view(section.offset, at) < PFile::Header::BYTES) return false;
+    Marshal::ByteStreamReader in(at, PFile::Header::BYTES);
     section.header.deserialize(in);
     return PFile::crc32Of(at, PFile::Header::HDR_CRC_BYTES) == section.header.hdrCrc;
   }

@@ -29,6 +29,7 @@ Recovery findSections(const ByteSource& source);
 
 /// Writes the sections found, byte for byte, into a new container beside `path` and renames it into place.
 /// @return false, with `error` filled; the file at `path` is then as it was
-bool writeRecovered(const ByteSource& source, const Recovery& recovery, const std::string& path, std::string& error);
+[[nodiscard]] bool writeRecovered(const ByteSource& source, const Recovery& recovery, const std::string& path,
+                                  std::string& error);
 
 }  // namespace Inspect

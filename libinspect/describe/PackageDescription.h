@@ -12,7 +12,7 @@ namespace Inspect {
 /// "V5.1", "databases": [{"version": [4, 118, 2, 407], "type": 1, "path": "limits/copper.db", "firmware": "V5.0"},
 /// ...]}.
 /// @return false, with `error` naming the key, what was found and what is wanted
-bool parsePackage(const std::string& text, Veltra::DatabasePackageManifest& manifest, std::string& error);
+[[nodiscard]] bool parsePackage(const std::string& text, Veltra::DatabasePackageManifest& manifest, std::string& error);
 
 /// The same form, made from a manifest.
 Json::Value packageJson(const Veltra::DatabasePackageManifest& manifest);
@@ -20,7 +20,7 @@ Json::Value packageJson(const Veltra::DatabasePackageManifest& manifest);
 /// Writes a package and reads it back, since the writing itself reports nothing.
 /// @param type  PFile::SECTION_LIMIT_MANIFEST or PFile::SECTION_CABLE_MANIFEST
 /// @return false, with `error` filled, when what stands in the file is not what was meant
-bool writePackage(Veltra::DatabasePackageManifest& manifest, uint16_t type, const std::string& path,
-                  std::string& error);
+[[nodiscard]] bool writePackage(Veltra::DatabasePackageManifest& manifest, uint16_t type, const std::string& path,
+                                std::string& error);
 
 }  // namespace Inspect

@@ -15,7 +15,7 @@
 #include <libinspect/container/ContainerWalk.h>
 #include <libinspect/container/SafeFile.h>
 #include <libinspect/describe/ObjectReader.h>
-#include <libinspect/records/RecordView.h>
+#include <libinspect/records/IsoTime.h>
 
 namespace Inspect {
 namespace {

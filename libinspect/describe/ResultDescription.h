@@ -27,8 +27,8 @@ struct ResultDescription {
 /// Reads a description from JSON text.
 /// @param payloads  directory that payload paths count from
 /// @return false, with `error` naming the key, what was found and what is wanted
-bool parseDescription(const std::string& text, const std::string& payloads, ResultDescription& description,
-                      std::string& error);
+[[nodiscard]] bool parseDescription(const std::string& text, const std::string& payloads,
+                                    ResultDescription& description, std::string& error);
 
 /// What packing a description gave.
 struct PackedFile {
@@ -39,7 +39,7 @@ struct PackedFile {
 /// Writes a result file beside `path` and renames it into place.
 /// @param level  zlib level 0 to 9 for the sections that are to be compressed
 /// @return false, with `error` filled; the file at `path` is then as it was
-bool packResult(ResultDescription& description, const std::string& path, int level, PackedFile& packed,
-                std::string& error);
+[[nodiscard]] bool packResult(ResultDescription& description, const std::string& path, int level, PackedFile& packed,
+                              std::string& error);
 
 }  // namespace Inspect

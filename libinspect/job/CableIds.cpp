@@ -7,31 +7,32 @@
 namespace Inspect {
 namespace {
 
-enum class Kind { LITERAL, LOWER, UPPER, DIGIT };
+enum class CharacterKind { LITERAL, LOWER, UPPER, DIGIT };
 
-Kind kindOf(char c) {
-  if (c >= '0' && c <= '9') return Kind::DIGIT;
-  if (c >= 'A' && c <= 'Z') return Kind::UPPER;
-  if (c >= 'a' && c <= 'z') return Kind::LOWER;
-  return Kind::LITERAL;
+CharacterKind kindOf(char c) {
+  if (c >= '0' && c <= '9') return CharacterKind::DIGIT;
+  if (c >= 'A' && c <= 'Z') return CharacterKind::UPPER;
+  if (c >= 'a' && c <= 'z') return CharacterKind::LOWER;
+  return CharacterKind::LITERAL;
 }
 
-bool isLetter(Kind kind) {
-  return kind == Kind::LOWER || kind == Kind::UPPER;
+bool isLetter(CharacterKind kind) {
+  return kind == CharacterKind::LOWER || kind == CharacterKind::UPPER;
 }
 
 /// What the first position that does not fit has against it; empty when all fit.
 std::string positionRefusal(const std::string& first, const std::string& last) {
   for (std::size_t i = 0; i < first.size(); ++i) {
-    const Kind kind = kindOf(first[i]);
-    const Kind lastKind = kindOf(last[i]);
+    const CharacterKind kind = kindOf(first[i]);
+    const CharacterKind lastKind = kindOf(last[i]);
     const std::string where = fmt::format("position {}: '{}' and '{}'", i + 1, first[i], last[i]);
     if (kind != lastKind) {
       return where + (isLetter(kind) && isLetter(lastKind) ? " differ in letter case" : " are of different kinds");
     }
-    if (kind == Kind::LITERAL && first[i] != last[i]) return where + " are no letters or digits and must be the same";
+    if (kind == CharacterKind::LITERAL && first[i] != last[i])
+      return where + " are no letters or digits and must be the same";
     if (isLetter(kind) && last[i] < first[i]) return where + " fall";
-    if (kind == Kind::DIGIT && (i + 1 == first.size() || kindOf(first[i + 1]) != Kind::DIGIT)) {
+    if (kind == CharacterKind::DIGIT && (i + 1 == first.size() || kindOf(first[i + 1]) != CharacterKind::DIGIT)) {
       const std::size_t begin = first.find_last_not_of("0123456789", i) + 1;  // 0 when nothing stands before the field
       const std::string from = first.substr(begin, i + 1 - begin), to = last.substr(begin, i + 1 - begin);
       if (to < from) return fmt::format("position {}: {} and {} fall", begin + 1, from, to);

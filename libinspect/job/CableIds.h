@@ -13,7 +13,7 @@ namespace Inspect {
 class CableIdSet {
  public:
   /// @return false, with `refusal` naming the rule the pair breaks
-  bool build(const std::string& first, const std::string& last, std::string& refusal);
+  [[nodiscard]] bool build(const std::string& first, const std::string& last, std::string& refusal);
 
   uint32_t count() const { return _number.getTotal(); }
   /// The IDs from an ordinal on, fewer than wanted where the set ends.

@@ -19,12 +19,6 @@ std::string numberAt(const std::string& text, std::size_t& at) {
   return text.substr(begin, end - begin);
 }
 
-void addMeasurement(Json::Value& json, const std::string& name, const Veltra::DisplayMeas& measurement) {
-  const Json::Value value = measurementJson(measurement);
-  json[name] = value["value"];
-  json[name + "Relation"] = value["relation"];
-}
-
 }  // namespace
 
 bool comesBefore(const std::string& a, const std::string& b) {
@@ -76,8 +70,8 @@ Json::Value toJson(const ResultRow& row) {
   json["id"] = s.resultName;
   json["type"] = toString(s.resultType);
   json["status"] = toString(s.status);
-  addMeasurement(json, "length", s.length);
-  addMeasurement(json, "headroom", s.headroom);
+  json["length"] = measurementJson(s.length);
+  json["headroom"] = measurementJson(s.headroom);
   json["time"] = isoUtc(static_cast<time_t>(s.timeStamp));
   json["numPassTests"] = s.numPassTests;
   json["numPassStarTests"] = s.numPassStarTests;

@@ -22,9 +22,9 @@ bool comesBefore(const std::string& a, const std::string& b);
 /// Puts rows in the numeric order of their IDs; equal IDs by time, then by file.
 void sortRows(std::vector<ResultRow>& rows);
 
-/// The row as a flat object: file, id, type, status, length and headroom with their relations, time, counts.
+/// The row as an object: file, id, type, status, length and headroom as measurementJson(), time, counts.
 Json::Value toJson(const ResultRow& row);
-/// The columns of that object, in order.
+/// The columns of that object in order, where a measurement is a number and a relation.
 const std::vector<std::string>& rowColumns();
 
 /// Which IDs of a job were tested.
@@ -37,6 +37,6 @@ struct Coverage {
 Coverage coverageOf(const std::vector<ResultRow>& rows, const CableIdSet& expected);
 
 /// Splits "FIRST..LAST" and builds its set. @return false, with `error` filled
-bool parseExpected(const std::string& text, CableIdSet& set, std::string& error);
+[[nodiscard]] bool parseExpected(const std::string& text, CableIdSet& set, std::string& error);
 
 }  // namespace Inspect

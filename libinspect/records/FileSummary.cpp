@@ -1,9 +1,6 @@
 #include <libinspect/records/FileSummary.h>
 
-#include <fmt/format.h>
-
-#include <libcrossplatform/serialization/ByteStreamReader.h>
-#include <libinspect/container/Doctor.h>
+#include <libinspect/records/RecordCheck.h>
 
 namespace Inspect {
 namespace {
@@ -32,9 +29,9 @@ void readSummary(const ByteSource& source, FileSummary& out) {
   if (first->verdict != DataVerdict::OK) return;
   std::vector<uint8_t> bytes;
   const DecodedRecord record = examineRecord(source, *first, bytes, out.report.findings);
-  if (record.outcome != DecodedRecord::DECODED || record.id != Veltra::ResultSummary::SERIAL_TYPE_ID) return;
-  Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
-  out.hasSummary = out.summary.deserialize(in) == Marshal::STREAM_OK;
+  const auto* const summary = record.as<Veltra::ResultSummary>();
+  out.hasSummary = summary != nullptr;
+  if (summary != nullptr) out.summary = *summary;
 }
 
 }  // namespace
@@ -45,48 +42,6 @@ FileSummary summarize(const ByteSource& source) {
   out.kind = kindOf(out.report);
   readSummary(source, out);
   return out;
-}
-
-const char* toString(DataVerdict verdict) {
-  switch (verdict) {
-    case DataVerdict::OK:
-      return "ok";
-    case DataVerdict::WRONG:
-      return "wrong";
-    case DataVerdict::CUT:
-      return "cut";
-    case DataVerdict::NOT_CHECKED:
-      return "not checked";
-  }
-  return "";
-}
-
-Json::Value toJson(const Finding& finding) {
-  Json::Value json(Json::objectValue);
-  json["code"] = toString(finding.code);
-  json["meaning"] = meaningOf(finding.code);
-  json["offset"] = static_cast<Json::UInt64>(finding.offset);
-  json["section"] = finding.section ? Json::Value(*finding.section) : Json::Value();
-  json["wanted"] = finding.wanted;
-  json["found"] = finding.found;
-  return json;
-}
-
-Json::Value toJson(const SectionInfo& section) {
-  Json::Value json(Json::objectValue);
-  const PFile::Header& header = section.header;
-  const char* const name = PFile::sectionIdToString(header.type);
-  json["number"] = section.number;
-  json["offset"] = static_cast<Json::UInt64>(section.offset);
-  json["type"] = header.type;
-  json["name"] = name != nullptr ? Json::Value(name) : Json::Value();
-  json["version"] = header.version;
-  json["flags"] = header.flags;
-  json["storedSize"] = header.dataSize;
-  json["originalSize"] = section.originalSize ? *section.originalSize : header.dataSize;
-  json["compressed"] = (header.flags & PFile::SECTION_FLAG_COMPRESS) != 0;
-  json["crc"] = toString(section.verdict);
-  return json;
 }
 
 Json::Value toJson(const FileSummary& summary) {
@@ -104,27 +59,6 @@ Json::Value toJson(const FileSummary& summary) {
   json["summary"] =
       summary.hasSummary ? summaryJson(summary.summary)[Veltra::ResultSummary::JSON_ROOT_NAME] : Json::Value();
   return json;
-}
-
-std::string nameOf(const Finding& finding) {
-  return fmt::format("{} {}", toString(finding.code), meaningOf(finding.code));
-}
-
-std::string placeOf(const Finding& finding) {
-  const std::string section = finding.section ? fmt::format(", section {}", *finding.section) : "";
-  return fmt::format("offset {}{}", finding.offset, section);
-}
-
-std::string detailsOf(const Finding& finding) {
-  return fmt::format("wanted {}, found {}", finding.wanted, finding.found);
-}
-
-std::string describe(const Finding& finding) {
-  return fmt::format("{}: {}: {}", placeOf(finding), nameOf(finding), detailsOf(finding));
-}
-
-std::string describe(const std::string& file, const Finding& finding) {
-  return file + ": " + describe(finding);
 }
 
 }  // namespace Inspect

@@ -176,9 +176,9 @@ const ListedName LISTED_NAMES[] = {
 };
 
 /// Goes through a stored document, the whole profile or one of its recent networks.
-class DocumentCheck {
+class ProfileDocumentCheck {
  public:
-  DocumentCheck(std::string place, std::vector<std::string>& found) : m_place(std::move(place)), m_found(found) {}
+  ProfileDocumentCheck(std::string place, std::vector<std::string>& found) : _place(std::move(place)), _found(found) {}
 
   void run(const Json::Value& document) {
     checkKinds(document);
@@ -198,7 +198,7 @@ class DocumentCheck {
 
  private:
   void add(const std::string& member, const char* fault) {
-    m_found.push_back(fmt::format("{}\"{}\" {}", m_place, member, fault));
+    _found.push_back(fmt::format("{}\"{}\" {}", _place, member, fault));
   }
 
   void checkKinds(const Json::Value& parent) {
@@ -226,8 +226,8 @@ class DocumentCheck {
     }
   }
 
-  std::string m_place;
-  std::vector<std::string>& m_found;
+  std::string _place;
+  std::vector<std::string>& _found;
 };
 
 /// Values that the setters of a fresh profile refuse.
@@ -280,12 +280,12 @@ std::vector<std::string> checkProfile(const NetworkProfile& profile) {
     return found;
   }
   checkValues(profile, found);
-  DocumentCheck("", found).run(document);
+  ProfileDocumentCheck("", found).run(document);
   const Json::Value& recent = document["Recent"];
   for (Json::ArrayIndex i = 0; recent.isArray() && i < recent.size(); ++i) {
     const std::string place = fmt::format("recent network {}: ", i + 1);
     if (recent[i].isObject()) {
-      DocumentCheck(place, found).run(recent[i]);
+      ProfileDocumentCheck(place, found).run(recent[i]);
     } else if (!recent[i].isNull()) {
       found.push_back(place + "is not an object");
     }

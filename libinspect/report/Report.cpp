@@ -2,10 +2,7 @@
 
 #include <algorithm>
 #include <limits>
-#include <numeric>
 #include <set>
-
-#include <libinspect/container/Doctor.h>
 
 namespace Inspect {
 namespace {
@@ -62,22 +59,6 @@ void addExpected(const JobFiles& job, Report& report) {
 }
 
 }  // namespace
-
-FileNote noteOf(const ContainerReport& report) {
-  FileNote note;
-  note.file = report.name;
-  note.isDamaged = report.damaged();
-  note.leftOut = report.findings.leftOut();
-  for (const Finding& finding : report.findings) {
-    if (note.findings.size() < FileNote::MOST_FINDINGS) {
-      note.findings.push_back(describe(finding));
-    } else {
-      ++note.leftOut;
-    }
-    if (note.next.empty()) note.next = nextCommand(report.path, finding);
-  }
-  return note;
-}
 
 VerdictCounts verdictCounts(const std::vector<ReportRow>& rows) {
   VerdictCounts counts{};

@@ -6,32 +6,10 @@
 #include <string>
 #include <vector>
 
-#include <libinspect/job/ResultRows.h>
-#include <libinspect/records/FileSummary.h>
+#include <libinspect/job/JobFiles.h>
 #include <libinspect/report/VerdictLook.h>
 
 namespace Inspect {
-
-/// A file that is not as it should be, in doctor's words.
-struct FileNote {
-  static constexpr std::size_t MOST_FINDINGS = 5;
-
-  std::string file;
-  bool isDamaged = false;  ///< or there are warnings alone
-  std::vector<std::string> findings;
-  uint64_t leftOut = 0;  ///< findings beyond those
-  std::string next;      ///< the command that helps next
-};
-FileNote noteOf(const ContainerReport& report);
-
-/// What is known of a job: one row a file, and the files that need a word.
-struct JobFiles {
-  std::vector<ResultRow> rows;
-  std::vector<FileNote> notes;
-  std::vector<std::string> withoutResult;  ///< sound, but no result files
-  std::vector<std::string> unread;         ///< could not be opened or read
-  const CableIdSet* expected = nullptr;    ///< null where no IDs were named
-};
 
 /// One result among those of its medium.
 struct ReportRow {

@@ -17,9 +17,9 @@
 #include <libcrossplatform/serialization/ByteStreamBuilder.h>
 
 #ifdef VELTRA_HAS_INSPECT
-#include <libinspect/container/Doctor.h>
 #include <libinspect/container/Recover.h>
 #include <libinspect/container/SafeFile.h>
+#include <libinspect/records/RecordCheck.h>
 #endif
 
 namespace Workloads {
@@ -181,7 +181,7 @@ int doctor(const std::string& path) try {
   std::string error;
   Inspect::ByteSource source;
   if (!source.open(path, error)) return 1;
-  const Inspect::ContainerReport report = examine(source, Inspect::Examination::DEEP);
+  const Inspect::ContainerReport report = examineDeep(source);
   if (source.hasFailed()) return 1;
   return report.findings.empty() ? 0 : FOREIGN_EXCEPTION;  // there is nothing to find
 } catch (const Json::RuntimeError&) {                      // how JsonCpp reports lost memory; the command ends with it
@@ -303,7 +303,7 @@ bool isClean(const std::string& path) {
 #ifdef VELTRA_HAS_INSPECT
   std::string error;
   Inspect::ByteSource source;
-  return source.open(path, error) && examine(source, Inspect::Examination::DEEP).findings.empty();
+  return source.open(path, error) && examineDeep(source).findings.empty();
 #else
   const Bytes bytes = fileBytes(path);
   MemReader whole;

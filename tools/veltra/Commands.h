@@ -3,17 +3,13 @@
 #include <functional>
 #include <optional>
 
-#include <CLI/CLI.hpp>
-
 #include <libinspect/container/ContainerWalk.h>
-#include <libinspect/job/ResultRows.h>
+#include <libinspect/job/JobFiles.h>
 
+#include "CommandLine.h"
 #include "Output.h"
 
 namespace Command {
-
-/// What the chosen subcommand does; returns the exit code.
-using Run = std::function<int()>;
 
 /// What a command found out about one file.
 struct FileAnswer {
@@ -25,8 +21,8 @@ struct FileAnswer {
 };
 
 /// The files meant by paths: with -r every regular file below a directory, in order of name.
-/// @return false, with a complaint, for a path that cannot be looked into; the others are there all the same
-bool filesOf(const std::vector<std::string>& paths, const Options& options, std::vector<std::string>& files);
+/// @param code  made worse, with a complaint, for a path that cannot be looked into
+std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Options& options, int& code);
 
 /// Asks about each file, on several threads, and prints the answers in the order of the files. Nothing is held of a
 /// file once it is printed.
@@ -34,56 +30,53 @@ bool filesOf(const std::vector<std::string>& paths, const Options& options, std:
 /// @param complain  findings go to standard error; without, the answers themselves tell them
 /// @return the worst of 0; 1 a file is damaged; 3 a file has warnings or is larger than wanted; 4 a file could not be
 ///         read
-int answerForFiles(const std::vector<std::string>& paths, const Options& options,
-                   const std::vector<std::string>& columns, bool complainOfFindings,
-                   const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
+[[nodiscard]] int answerForFiles(const std::vector<std::string>& paths, const Options& options,
+                                 const std::vector<std::string>& columns, bool complainOfFindings,
+                                 const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
 
-/// Reads the summary of each result file, in the order of their IDs. Findings go to standard error.
-/// @param onFile  told each file that could be read, one at a time and in no order
-/// @return as answerForFiles()
-int readResults(const std::vector<std::string>& paths, const Options& options, std::vector<Inspect::ResultRow>& rows,
-                const std::function<void(const Inspect::FileSummary&)>& onFile = {});
-
-/// 0 each expected ID has one result; 1 IDs are missing or foreign; 3 one has two results.
-int codeOf(const Inspect::Coverage& coverage);
+/// Reads the results of a job. Findings go to standard error.
+/// @param code  made as bad as answerForFiles() answers
+Inspect::JobFiles readJob(const std::vector<std::string>& files, const Options& options, int& code);
 
 /// Complains of each finding.
 void complainOfEach(const std::string& name, const Inspect::Findings& findings);
 
 /// Opens the one input of a command. @return false, with a complaint: it could not be done
-bool openInput(Inspect::ByteSource& source, const std::string& path, const Options& options);
+[[nodiscard]] bool openInput(Inspect::ByteSource& source, const std::string& path, const Options& options);
 
 /// What a command answers that has read one input: its code, or with a complaint that the input could not be read.
-int answerAfter(const Inspect::ByteSource& source, int code);
+[[nodiscard]] int answerAfter(const Inspect::ByteSource& source, int code);
 
 /// A section by its number. @return none, with complaints, and `code` what the command answers
-std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code);
+[[nodiscard]] std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code);
 
 /// Complains of a section that a container does not have. @return the exit code
-int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::ContainerReport& report, int number);
+[[nodiscard]] int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::ContainerReport& report,
+                                      int number);
 
 /// Says so when a file stands where one is to be written and must not be replaced.
-bool refusesToReplace(const std::string& path, bool force);
+[[nodiscard]] bool refusesToReplace(const std::string& path, bool force);
 
 /// Says so when what is to be written would replace what is to be read.
-bool refusesToReplaceInput(const std::string& input, const std::string& output);
+[[nodiscard]] bool refusesToReplaceInput(const std::string& input, const std::string& output);
 
-// Each adds its subcommand to the application and sets `run` when it is chosen.
-void addPack(CLI::App& app, const Options& options, Run& run);
-void addInfo(CLI::App& app, const Options& options, Run& run);
-void addList(CLI::App& app, const Options& options, Run& run);
-void addShow(CLI::App& app, const Options& options, Run& run);
-void addIds(CLI::App& app, const Options& options, Run& run);
-void addAnnotate(CLI::App& app, const Options& options, Run& run);
-void addCompletion(CLI::App& app, const Options& options, Run& run);
-void addDiff(CLI::App& app, const Options& options, Run& run);
-void addExtract(CLI::App& app, const Options& options, Run& run);
-void addSummary(CLI::App& app, const Options& options, Run& run);
-void addReport(CLI::App& app, const Options& options, Run& run);
-void addTypes(CLI::App& app, const Options& options, Run& run);
-void addDoctor(CLI::App& app, const Options& options, Run& run);
-void addRecover(CLI::App& app, const Options& options, Run& run);
-void addManifest(CLI::App& app, const Options& options, Run& run);
-void addNetprofile(CLI::App& app, const Options& options, Run& run);
+// One command a file: what it is called, takes and does. The options are those every command has.
+Subcommand annotateCommand(const Options& options);
+Subcommand diffCommand(const Options& options);
+Subcommand doctorCommand(const Options& options);
+Subcommand extractCommand(const Options& options);
+Subcommand idsCommand(const Options& options);
+Subcommand infoCommand(const Options& options);
+Subcommand listCommand(const Options& options);
+Subcommand manifestCommand(const Options& options);
+Subcommand netprofileCommand(const Options& options);
+Subcommand packCommand(const Options& options);
+Subcommand recoverCommand(const Options& options);
+Subcommand reportCommand(const Options& options);
+Subcommand showCommand(const Options& options);
+Subcommand summaryCommand(const Options& options);
+Subcommand typesCommand(const Options& options);
+/// @param root  all commands, when it is run
+Subcommand completionCommand(const Subcommand& root);
 
 }  // namespace Command

@@ -25,49 +25,53 @@ struct Grammar {
   std::string others;                          ///< options that take something else, as a pattern: "--jobs|-j"
 };
 
-void addOptions(const CLI::App& app, bool isRoot, Words& words, Grammar& grammar) {
-  for (const CLI::Option* option : app.get_options([](const CLI::Option* o) { return o->nonpositional(); })) {
-    if (option == app.get_help_ptr() && !isRoot) continue;
-    std::vector<std::string> names;
-    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
-    words.options.emplace_back(names.front(), option->get_description());
-    for (const std::string& name : option->get_snames()) names.push_back("-" + name);
-    if (option->get_items_expected_max() == 0) continue;
-    const std::string type = option->get_type_name();
-    for (const std::string& name : names) {
-      if (type.find('|') != std::string::npos) {
-        grammar.choices[name] = CLI::detail::find_and_replace(type, "|", " ");
-      } else {
-        grammar.others += (grammar.others.empty() ? "" : "|") + name;
-      }
+/// "-s,--section" as "--section" and "-s".
+std::vector<std::string> namesOf(const Argument& option) {
+  std::vector<std::string> names;
+  std::istringstream list(option.names);
+  for (std::string name; std::getline(list, name, ',');) {
+    const bool isLong = name.rfind("--", 0) == 0;
+    names.insert(isLong ? names.begin() : names.end(), name);
+  }
+  return names;
+}
+
+void addOption(const Argument& option, Words& words, Grammar& grammar) {
+  const std::vector<std::string> names = namesOf(option);
+  words.options.emplace_back(names.front(), option.help);
+  if (option.type.empty()) return;
+  for (const std::string& name : names) {
+    if (option.choices().empty()) {
+      grammar.others += (grammar.others.empty() ? "" : "|") + name;
+    } else {
+      grammar.choices[name] = replaced(option.type, "|", " ");
     }
   }
 }
 
-void collect(const CLI::App& app, const std::string& parent, Grammar& grammar) {
+void collect(const Subcommand& command, const std::string& parent, Grammar& grammar) {
   const std::size_t at = grammar.all.size();
   grammar.all.emplace_back();
   Words words;
-  words.path = parent + app.get_name();
-  addOptions(app, parent.empty(), words, grammar);
-  for (const CLI::App* sub : app.get_subcommands([](const CLI::App*) { return true; })) {
-    if (sub->get_name().empty()) {
-      addOptions(*sub, false, words, grammar);
-    } else {
-      words.commands.emplace_back(sub->get_name(), sub->get_description());
-      collect(*sub, words.path + " ", grammar);
+  words.path = parent + command.name;
+  for (const bool isGrouped : {false, true}) {
+    for (const Argument& argument : command.arguments) {
+      if (argument.isOption() && argument.group.empty() != isGrouped) addOption(argument, words, grammar);
     }
   }
-  for (const CLI::Option* option : app.get_options([](const CLI::Option* o) { return o->get_positional(); })) {
-    if (option->get_type_name().find('|') == std::string::npos) continue;
-    std::stringstream choices(option->get_type_name());
-    for (std::string word; std::getline(choices, word, '|');) words.commands.emplace_back(word, word);
+  for (const Subcommand& sub : command.commands) {
+    words.commands.emplace_back(sub.name, sub.help);
+    collect(sub, words.path + " ", grammar);
+  }
+  for (const Argument& argument : command.arguments) {
+    if (argument.isOption()) continue;
+    for (const std::string& word : argument.choices()) words.commands.emplace_back(word, word);
   }
   grammar.all[at] = words;
 }
 
 std::string inQuotes(const std::string& text) {
-  return "'" + CLI::detail::find_and_replace(text, "'", "'\\''") + "'";
+  return "'" + replaced(text, "'", "'\\''") + "'";
 }
 
 /// A case pattern of all commands below the first.
@@ -126,14 +130,14 @@ std::string bashScript(const Grammar& grammar) {
       "}}\n"
       "complete -o default -F _veltra veltra\n",
       choicesOf(grammar, "mapfile -t COMPREPLY < <(compgen -W '{}' -- \"$current\")"), grammar.others,
-      CLI::detail::find_and_replace(knownPaths(grammar), "|", "|*,"), cases);
+      replaced(knownPaths(grammar), "|", "|*,"), cases);
 }
 
 std::string zshScript(const Grammar& grammar) {
   const auto listOf = [](const std::vector<Described>& words) {
     std::string list;
     for (const Described& word : words) {
-      list += " " + inQuotes(CLI::detail::find_and_replace(word.first, ":", "\\:") + ":" + word.second);
+      list += " " + inQuotes(replaced(word.first, ":", "\\:") + ":" + word.second);
     }
     return list;
   };
@@ -169,27 +173,24 @@ std::string zshScript(const Grammar& grammar) {
       "  fi\n"
       "}}\n"
       "compdef _veltra veltra\n",
-      choicesOf(grammar, "compadd {}"), grammar.others, CLI::detail::find_and_replace(knownPaths(grammar), "|", "|*,"),
-      cases);
+      choicesOf(grammar, "compadd {}"), grammar.others, replaced(knownPaths(grammar), "|", "|*,"), cases);
 }
 
-int completion(const std::string& shell, const CLI::App& app) {
+int completion(const std::string& shell, const Subcommand& root) {
   Grammar grammar;
-  collect(app, "", grammar);
+  collect(root, "", grammar);
   fmt::print("{}", shell == "bash" ? bashScript(grammar) : zshScript(grammar));
   return EXIT_DONE;
 }
 
 }  // namespace
 
-void addCompletion(CLI::App& app, const Options&, Run& run) {
-  CLI::App* const command = app.add_subcommand("completion", "Print the completion of a shell, to be sourced by it");
+Subcommand completionCommand(const Subcommand& root) {
   const auto shell = std::make_shared<std::string>();
-  command->add_option("SHELL", *shell, "the shell")
-      ->required()
-      ->check(CLI::IsMember({"bash", "zsh"}).description(""))
-      ->type_name("bash|zsh");
-  command->callback([shell, &app, &run] { run = [shell, &app] { return completion(*shell, app); }; });
+  Subcommand command("completion", "Print the completion of a shell, to be sourced by it");
+  command.place("SHELL", "bash|zsh", shell.get(), "the shell").required();
+  command.run = [shell, &root] { return completion(*shell, root); };
+  return command;
 }
 
 }  // namespace Command

@@ -1,13 +1,14 @@
 #include <memory>
 
 #include <libinspect/container/FileDiff.h>
+#include <libinspect/records/RecordView.h>
 
 #include "Commands.h"
 
 namespace Command {
 namespace {
 
-struct Arguments {
+struct DiffArguments {
   std::string a;
   std::string b;
 };
@@ -16,14 +17,14 @@ std::string cellOf(const Json::Value& value) {
   return value.isNull() ? "-" : value.isString() ? value.asString() : jsonText(value, "");
 }
 
-int diff(const Arguments& args, const Options& options) {
+int diff(const DiffArguments& args, const Options& options) {
   Inspect::ByteSource a, b;
   if (!openInput(a, args.a, options) || !openInput(b, args.b, options)) return EXIT_COULD_NOT;
-  const std::vector<Inspect::Difference> differences = differencesOf(a, b);
+  const std::vector<Inspect::Difference> differences = differencesOf(a, b, Inspect::recordFields);
   Table table({{"Field"}, {"A"}, {"B"}});
   Document document;
   document.columns = {"field", "a", "b"};
-  document.json["differences"] = Json::Value(Json::arrayValue);
+  document.rowsMember = "differences";
   for (const Inspect::Difference& difference : differences) {
     table.add({difference.field, cellOf(difference.a), cellOf(difference.b)});
     Json::Value row(Json::objectValue);
@@ -31,7 +32,6 @@ int diff(const Arguments& args, const Options& options) {
     row["a"] = difference.a;
     row["b"] = difference.b;
     document.rows.push_back(row);
-    document.json["differences"].append(row);
   }
   document.text = table.text();
   if (!differences.empty() || options.format == FORMAT_JSON) printDocument(document, options);
@@ -40,12 +40,13 @@ int diff(const Arguments& args, const Options& options) {
 
 }  // namespace
 
-void addDiff(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("diff", "The fields in which two files differ");
-  const auto args = std::make_shared<Arguments>();
-  command->add_option("A", args->a, "one file")->required()->type_name("A");
-  command->add_option("B", args->b, "the other")->required()->type_name("B");
-  command->callback([args, &options, &run] { run = [args, &options] { return diff(*args, options); }; });
+Subcommand diffCommand(const Options& options) {
+  const auto args = std::make_shared<DiffArguments>();
+  Subcommand command("diff", "The fields in which two files differ");
+  command.place("A", "A", &args->a, "one file").required();
+  command.place("B", "B", &args->b, "the other").required();
+  command.run = [args, &options] { return diff(*args, options); };
+  return command;
 }
 
 }  // namespace Command

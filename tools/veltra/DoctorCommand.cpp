@@ -2,15 +2,14 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/container/Doctor.h>
-#include <libinspect/records/FileSummary.h>
+#include <libinspect/records/RecordCheck.h>
 
 #include "Commands.h"
 
 namespace Command {
 namespace {
 
-struct Arguments {
+struct DoctorArguments {
   std::vector<std::string> paths;
   bool quick = false;
   bool deep = false;
@@ -48,27 +47,24 @@ FileAnswer answerOf(const Inspect::ContainerReport& report, const Options& optio
   return answer;
 }
 
-int doctor(const Arguments& args, const Options& options) {
+int doctor(const DoctorArguments& args, const Options& options) {
   const std::vector<std::string> columns = {"file", "offset", "section", "code", "meaning", "wanted", "found", "next"};
-  const Inspect::Examination examination = args.deep    ? Inspect::Examination::DEEP
-                                           : args.quick ? Inspect::Examination::QUICK
-                                                        : Inspect::Examination::ORDINARY;
+  const Inspect::Examination examination = args.quick ? Inspect::Examination::QUICK : Inspect::Examination::ORDINARY;
   return answerForFiles(args.paths, options, columns, false, [&](const Inspect::ByteSource& source) {
-    return answerOf(examine(source, examination), options);
+    return answerOf(args.deep ? examineDeep(source) : examine(source, examination), options);
   });
 }
 
 }  // namespace
 
-void addDoctor(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("doctor", "What is wrong with files, one line a finding");
-  const auto args = std::make_shared<Arguments>();
-  command->add_option("PATH", args->paths, "files, or directories with -r; - reads standard input")
-      ->required()
-      ->type_name("PATH...");
-  CLI::Option* const quick = command->add_flag("--quick", args->quick, "headers alone, no CRC of the data");
-  command->add_flag("--deep", args->deep, "inflate and decode as well")->excludes(quick);
-  command->callback([args, &options, &run] { run = [args, &options] { return doctor(*args, options); }; });
+Subcommand doctorCommand(const Options& options) {
+  const auto args = std::make_shared<DoctorArguments>();
+  Subcommand command("doctor", "What is wrong with files, one line a finding");
+  command.place("PATH", "PATH...", &args->paths, "files, or directories with -r; - reads standard input").required();
+  command.flag("--quick", args->quick, "headers alone, no CRC of the data");
+  command.flag("--deep", args->deep, "inflate and decode as well").excluding("--quick");
+  command.run = [args, &options] { return doctor(*args, options); };
+  return command;
 }
 
 }  // namespace Command

@@ -11,7 +11,7 @@
 namespace Command {
 namespace {
 
-struct Arguments {
+struct ExtractArguments {
   std::string file;
   int section = 1;
   std::string output;
@@ -19,7 +19,7 @@ struct Arguments {
   bool force = false;
 };
 
-int extract(const Arguments& args, const Options& options) {
+int extract(const ExtractArguments& args, const Options& options) {
   std::string error;
   Inspect::ByteSource source;
   std::vector<uint8_t> bytes;
@@ -44,15 +44,16 @@ int extract(const Arguments& args, const Options& options) {
 
 }  // namespace
 
-void addExtract(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("extract", "The bytes of one section");
-  const auto args = std::make_shared<Arguments>();
-  command->add_option("FILE", args->file, "the file; - reads standard input")->required()->type_name("FILE");
-  command->add_option("-s,--section", args->section, "its number as list shows it")->required()->type_name("N");
-  command->add_option("-o,--output", args->output, "the file to write; standard output without")->type_name("OUT");
-  command->add_flag("--raw", args->raw, "as stored, still compressed");
-  command->add_flag("--force", args->force, "replace an existing file");
-  command->callback([args, &options, &run] { run = [args, &options] { return extract(*args, options); }; });
+Subcommand extractCommand(const Options& options) {
+  const auto args = std::make_shared<ExtractArguments>();
+  Subcommand command("extract", "The bytes of one section");
+  command.place("FILE", "FILE", &args->file, "the file; - reads standard input").required();
+  command.option("-s,--section", "N", &args->section, "its number as list shows it").required();
+  command.option("-o,--output", "OUT", &args->output, "the file to write; standard output without");
+  command.flag("--raw", args->raw, "as stored, still compressed");
+  command.flag("--force", args->force, "replace an existing file");
+  command.run = [args, &options] { return extract(*args, options); };
+  return command;
 }
 
 }  // namespace Command

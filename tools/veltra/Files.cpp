@@ -1,149 +1,76 @@
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
-#include <thread>
 
 #include <fmt/format.h>
-
-#include <libinspect/records/FileSummary.h>
 
 #include "Commands.h"
 
 namespace Command {
 namespace {
 
-namespace fs = std::filesystem;
-
-bool filesBelow(const std::string& directory, std::vector<std::string>& files) {
-  std::error_code error;
-  std::vector<std::string> found;
-  fs::recursive_directory_iterator entry(directory, error);
-  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-    std::error_code unreadable;
-    if (entry->is_regular_file(unreadable)) found.push_back(entry->path().string());
-  }
-  std::sort(found.begin(), found.end());
-  files.insert(files.end(), found.begin(), found.end());
-  if (error) complain(fmt::format("{}: {}", directory, error.message()));
-  return !error;
+/// Reading as the command line wants it, under a bar.
+Inspect::ReadingOptions readingOf(const Options& options, Progress& progress) {
+  Inspect::ReadingOptions reading;
+  reading.threads = options.jobs;
+  reading.maxSize = options.maxSize;
+  if (!progress.active()) return reading;
+  reading.onBegin = [&progress](uint64_t bytes) { progress.expect(bytes); };
+  reading.onRead = [&progress](uint64_t bytes) { progress.advance(bytes); };
+  reading.onTelling = [&progress] { progress.hide(); };
+  return reading;
 }
 
-/// What one file gave, or why it could not be read.
-struct Outcome {
-  FileAnswer answer;
-  int code = EXIT_DONE;
-  std::string error;
-};
-
-uint64_t sizeOf(const std::vector<std::string>& files) {
-  uint64_t bytes = 0;
-  std::error_code unknown;
-  for (const std::string& file : files) {
-    const std::uintmax_t size = fs::file_size(file, unknown);
-    if (!unknown) bytes += size;
-  }
-  return bytes;
+/// The code one file gives; complains where it could not be read.
+int codeOfFile(const Inspect::ReadOutcome& outcome, const Inspect::Findings& findings, const Options& options) {
+  if (outcome.state == Inspect::ReadOutcome::WAS_READ) return codeOf(findings);
+  const bool isLeftOut = outcome.state == Inspect::ReadOutcome::LEFT_OUT;
+  if (!isLeftOut || !options.quiet) complain(outcome.error);
+  return isLeftOut ? EXIT_WITH_LOSS : EXIT_COULD_NOT;
 }
 
-void answerFor(const std::string& file, Inspect::ByteSource& source,
-               const std::function<FileAnswer(const Inspect::ByteSource&)>& answer, Outcome& outcome) {
-  try {
-    if (!source.open(file, outcome.error)) {
-      outcome.code = source.isOverLimit() ? EXIT_WITH_LOSS : EXIT_COULD_NOT;
-      return;
-    }
-    outcome.answer = answer(source);
-    if (source.hasFailed()) outcome.error = source.name() + ": read error";
-  } catch (const std::exception& e) {  // out of memory: it must not end the other threads
-    outcome.error = file + ": " + e.what();
-  }
-  if (!outcome.error.empty()) outcome.code = EXIT_COULD_NOT;
-}
-
-/// Answers for files[begin] to files[end - 1], each thread taking every jobs-th of them.
-std::vector<Outcome> answerBatch(const std::vector<std::string>& files, std::size_t begin, std::size_t end,
-                                 unsigned jobs, const Options& options, Progress& progress,
-                                 const std::function<FileAnswer(const Inspect::ByteSource&)>& answer) {
-  std::vector<Outcome> outcomes(end - begin);
-  const auto work = [&](unsigned first) {
-    Inspect::ByteSource source;
-    uint64_t read = 0;
-    source.setLimit(options.maxSize);
-    source.onRead([&](std::size_t bytes) {
-      read += bytes;
-      progress.advance(bytes);
-    });
-    for (std::size_t i = first; i < outcomes.size(); i += jobs) {
-      read = 0;
-      answerFor(files[begin + i], source, answer, outcomes[i]);
-      if (source.size() > read) progress.advance(source.size() - read);  // what need not be read is done, too
-    }
-  };
-  std::vector<std::thread> threads;
-  for (unsigned i = 1; i < jobs; ++i) threads.emplace_back(work, i);
-  work(0);
-  for (std::thread& thread : threads) thread.join();
-  return outcomes;
-}
-
-int codeOf(const Inspect::Findings& findings) {
-  if (findings.hasDamage()) return EXIT_NO;
-  return findings.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
+void complainOfFile(const std::string& file, const Inspect::Findings& findings, const Options& options) {
+  if (!options.quiet) complainOfEach(file == "-" ? "standard input" : file, findings);
 }
 
 }  // namespace
 
-bool filesOf(const std::vector<std::string>& paths, const Options& options, std::vector<std::string>& files) {
-  bool ok = true;
-  for (const std::string& path : paths) {
-    std::error_code unreadable;
-    if (!fs::is_directory(path, unreadable)) {
-      files.push_back(path);
-    } else if (options.recursive) {
-      ok = filesBelow(path, files) && ok;
-    } else {
-      complain(path + ": is a directory; -r looks into it");
-      ok = false;
-    }
-  }
-  return ok;
+std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Options& options, int& code) {
+  std::vector<std::string> faults;
+  std::vector<std::string> files = Inspect::filesOf(paths, options.recursive, faults);
+  for (const std::string& fault : faults) complain(fault);
+  if (!faults.empty()) code = worse(code, EXIT_COULD_NOT);
+  return files;
 }
 
 int answerForFiles(const std::vector<std::string>& paths, const Options& options,
                    const std::vector<std::string>& columns, bool complainOfFindings,
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer) {
-  constexpr std::size_t FILES_A_THREAD = 16;  // a hostile file may have a thousand findings
-  std::vector<std::string> files;
-  int code = filesOf(paths, options, files) ? EXIT_DONE : EXIT_COULD_NOT;
-  const unsigned cores = options.jobs > 0 ? options.jobs : std::max(1u, std::thread::hardware_concurrency());
-  const auto jobs = static_cast<unsigned>(std::min<std::size_t>(cores, std::max<std::size_t>(files.size(), 1)));
+  int code = EXIT_DONE;
+  const std::vector<std::string> files = filesOf(paths, options, code);
   Progress progress(options.progress);
-  if (progress.active()) progress.expect(sizeOf(files));
   AnswerStream answers(options, "files", columns);
-  for (std::size_t begin = 0; begin < files.size(); begin += jobs * FILES_A_THREAD) {
-    const std::size_t end = std::min(files.size(), begin + jobs * FILES_A_THREAD);
-    const std::vector<Outcome> outcomes = answerBatch(files, begin, end, jobs, options, progress, answer);
-    progress.hide();
-    for (std::size_t i = 0; i < outcomes.size(); ++i) {
-      const Inspect::Findings& findings = outcomes[i].answer.findings;
-      if (outcomes[i].code != EXIT_DONE) {
-        if (outcomes[i].code == EXIT_COULD_NOT || !options.quiet) complain(outcomes[i].error);
-        code = worse(code, outcomes[i].code);
-        continue;
-      }
-      const FileAnswer& given = outcomes[i].answer;
-      answers.print(given.text, given.json, given.rows, given.list);
-      (void)std::fflush(stdout);  // whether all was written is asked at the end
-      code = worse(code, codeOf(findings));
-      if (!complainOfFindings || options.quiet) continue;
-      complainOfEach(files[begin + i] == "-" ? "standard input" : files[begin + i], findings);
-    }
-  }
+  const auto tell = [&](const std::string& file, const Inspect::ReadOutcome& outcome, std::optional<FileAnswer> given) {
+    code = worse(code, codeOfFile(outcome, given ? given->findings : Inspect::Findings(), options));
+    if (outcome.state != Inspect::ReadOutcome::WAS_READ) return;
+    answers.print(given->text, given->json, given->rows, given->list);
+    (void)std::fflush(stdout);  // whether all was written is asked at the end
+    if (complainOfFindings) complainOfFile(file, given->findings, options);
+  };
+  Inspect::askEach<FileAnswer>(files, readingOf(options, progress), answer, tell);
   answers.finish();
   return code;
+}
+
+Inspect::JobFiles readJob(const std::vector<std::string>& files, const Options& options, int& code) {
+  Progress progress(options.progress);
+  const auto tell = [&](const std::string& file, const Inspect::ReadOutcome& outcome,
+                        const Inspect::Findings& findings) {
+    code = worse(code, codeOfFile(outcome, findings, options));
+    if (outcome.state == Inspect::ReadOutcome::WAS_READ) complainOfFile(file, findings, options);
+  };
+  return Inspect::readJob(files, readingOf(options, progress), tell);
 }
 
 void complainOfEach(const std::string& name, const Inspect::Findings& findings) {
@@ -193,7 +120,7 @@ bool refusesToReplace(const std::string& path, bool force) {
 
 bool refusesToReplaceInput(const std::string& input, const std::string& output) {
   std::error_code missing;
-  if (!fs::equivalent(input, output, missing)) return false;
+  if (!std::filesystem::equivalent(input, output, missing)) return false;
   complain(input + ": is to be read, and would be replaced");
   return true;
 }

@@ -3,6 +3,7 @@
 
 #include <fmt/format.h>
 
+#include <libinspect/job/ResultRows.h>
 #include <libinspect/records/FileSummary.h>
 
 #include "Commands.h"
@@ -68,11 +69,12 @@ int info(const std::vector<std::string>& files, const Options& options) {
 
 }  // namespace
 
-void addInfo(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("info", "What a file is: result, verdict, measurements, sizes");
+Subcommand infoCommand(const Options& options) {
   const auto files = std::make_shared<std::vector<std::string>>();
-  command->add_option("FILE", *files, "files to look at; - reads standard input")->required()->type_name("FILE...");
-  command->callback([files, &options, &run] { run = [files, &options] { return info(*files, options); }; });
+  Subcommand command("info", "What a file is: result, verdict, measurements, sizes");
+  command.place("FILE", "FILE...", files.get(), "files to look at; - reads standard input").required();
+  command.run = [files, &options] { return info(*files, options); };
+  return command;
 }
 
 }  // namespace Command

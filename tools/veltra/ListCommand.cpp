@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/records/FileSummary.h>
+#include <libinspect/container/ContainerWalk.h>
 
 #include "Commands.h"
 
@@ -54,11 +54,12 @@ int list(const std::vector<std::string>& files, const Options& options) {
 
 }  // namespace
 
-void addList(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("list", "One row for each section of a file");
+Subcommand listCommand(const Options& options) {
   const auto files = std::make_shared<std::vector<std::string>>();
-  command->add_option("FILE", *files, "files to list; - reads standard input")->required()->type_name("FILE...");
-  command->callback([files, &options, &run] { run = [files, &options] { return list(*files, options); }; });
+  Subcommand command("list", "One row for each section of a file");
+  command.place("FILE", "FILE...", files.get(), "files to list; - reads standard input").required();
+  command.run = [files, &options] { return list(*files, options); };
+  return command;
 }
 
 }  // namespace Command

@@ -2,24 +2,23 @@
 
 #include <fmt/format.h>
 
-#include <libcrossplatform/serialization/ByteStreamReader.h>
-#include <libinspect/container/Doctor.h>
 #include <libinspect/describe/PackageDescription.h>
 #include <libinspect/records/FileSummary.h>
+#include <libinspect/records/RecordCheck.h>
 
 #include "Commands.h"
 
 namespace Command {
 namespace {
 
-struct Arguments {
+struct ManifestArguments {
   std::string input;
   std::string output;
   bool cable = false;
   bool force = false;
 };
 
-int newManifest(const Arguments& args) {
+int newManifest(const ManifestArguments& args) {
   constexpr uint64_t MAX_DESCRIPTION = uint64_t{16} * 1024 * 1024;
   std::string text, error;
   Veltra::DatabasePackageManifest manifest;
@@ -52,7 +51,7 @@ std::string textOf(const Veltra::DatabasePackageManifest& manifest, const std::s
   return text + table.text();
 }
 
-int showManifest(const Arguments& args, const Options& options) {
+int showManifest(const ManifestArguments& args, const Options& options) {
   Inspect::ByteSource source;
   if (!openInput(source, args.input, options)) return EXIT_COULD_NOT;
   const Inspect::FileSummary file = Inspect::summarize(source);
@@ -64,39 +63,32 @@ int showManifest(const Arguments& args, const Options& options) {
   Inspect::DecodedRecord record;
   if (isPackage && first->verdict == Inspect::DataVerdict::OK) record = examineRecord(source, *first, bytes, findings);
   if (!options.quiet) complainOfEach(source.name(), findings);
-  if (record.outcome != Inspect::DecodedRecord::DECODED ||
-      record.id != Veltra::DatabasePackageManifest::SERIAL_TYPE_ID) {
+  const auto* const manifest = record.as<Veltra::DatabasePackageManifest>();
+  if (manifest == nullptr) {
     complain(fmt::format("{}: no database package that can be read", source.name()));
     return answerAfter(source, EXIT_NO);
   }
-  // It decoded just now, so nothing in it stops the program.
-  Veltra::DatabasePackageManifest manifest;
-  Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
-  manifest.deserialize(in);
-  printDocument({textOf(manifest, file.kind), Inspect::packageJson(manifest), {}, {}}, options);
-  return findings.hasDamage() ? EXIT_NO : findings.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
+  printDocument({textOf(*manifest, file.kind), Inspect::packageJson(*manifest), {}, {}, {}}, options);
+  return codeOf(findings);
 }
 
 }  // namespace
 
-void addManifest(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("manifest", "Write and show database packages");
-  const auto args = std::make_shared<Arguments>();
-  command->require_subcommand(1);
-  command->fallthrough();
+Subcommand manifestCommand(const Options& options) {
+  const auto args = std::make_shared<ManifestArguments>();
+  Subcommand command("manifest", "Write and show database packages");
 
-  CLI::App* const creating = command->add_subcommand("new", "Write a package from a description in JSON");
-  creating->add_option("DESCRIPTION", args->input, "the description; - reads standard input")
-      ->required()
-      ->type_name("PACKAGE.json");
-  creating->add_option("-o,--output", args->output, "the file to write")->required()->type_name("FILE");
-  creating->add_flag("--cable", args->cable, "a cable database package instead of a limit database package");
-  creating->add_flag("--force", args->force, "replace an existing file");
-  creating->callback([args, &run] { run = [args] { return newManifest(*args); }; });
+  Subcommand& creating = command.commands.emplace_back("new", "Write a package from a description in JSON");
+  creating.place("DESCRIPTION", "PACKAGE.json", &args->input, "the description; - reads standard input").required();
+  creating.option("-o,--output", "FILE", &args->output, "the file to write").required();
+  creating.flag("--cable", args->cable, "a cable database package instead of a limit database package");
+  creating.flag("--force", args->force, "replace an existing file");
+  creating.run = [args] { return newManifest(*args); };
 
-  CLI::App* const showing = command->add_subcommand("show", "What a package holds");
-  showing->add_option("FILE", args->input, "the package; - reads standard input")->required()->type_name("FILE");
-  showing->callback([args, &options, &run] { run = [args, &options] { return showManifest(*args, options); }; });
+  Subcommand& showing = command.commands.emplace_back("show", "What a package holds");
+  showing.place("FILE", "FILE", &args->input, "the package; - reads standard input").required();
+  showing.run = [args, &options] { return showManifest(*args, options); };
+  return command;
 }
 
 }  // namespace Command

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <iostream>
 #include <memory>
+#include <optional>
 
 #include <fmt/format.h>
 
@@ -15,11 +16,11 @@
 namespace Command {
 namespace {
 
-struct Arguments {
+struct NetprofileArguments {
   std::string file = NetworkProfile::FILE_PATH;
   bool reveal = false;
   std::string setting;
-  std::string value;
+  std::optional<std::string> value;
 };
 
 /// Reads the stored profile. A missing file is an empty profile where that is `allowed`.
@@ -34,7 +35,7 @@ bool readProfile(const std::string& file, bool missingAllowed, NetworkProfile& p
   return false;
 }
 
-int show(const Arguments& args, const Options& options) {
+int show(const NetprofileArguments& args, const Options& options) {
   NetworkProfile profile;
   if (!readProfile(args.file, false, profile)) return EXIT_COULD_NOT;
   const Json::Value json = Inspect::profileJson(profile, args.reveal);
@@ -47,7 +48,7 @@ int show(const Arguments& args, const Options& options) {
   for (const Json::Value& network : json["recent"]) {
     table.add({"recent", fmt::format("{} ({})", network["ssid"].asString(), network["security"].asString())});
   }
-  printDocument({table.text(), json, {}, {}}, options);
+  printDocument({table.text(), json, {}, {}, {}}, options);
   return EXIT_DONE;
 }
 
@@ -68,7 +69,8 @@ int usage(const std::string& text) {
   return EXIT_USAGE;
 }
 
-int set(const Arguments& args, bool hasValue) {
+int set(const NetprofileArguments& args) {
+  const bool hasValue = args.value.has_value();
   const Inspect::ProfileSetting* const setting = Inspect::findProfileSetting(args.setting);
   if (setting == nullptr) return usage(fmt::format("{}: no such setting; show lists them", args.setting));
   if (setting->set == nullptr) return usage(fmt::format("{}: is only shown", args.setting));
@@ -79,7 +81,7 @@ int set(const Arguments& args, bool hasValue) {
   if (!setting->secret && !hasValue) return usage(fmt::format("{}: a value is wanted", args.setting));
   NetworkProfile profile;
   if (!readProfile(args.file, true, profile)) return EXIT_COULD_NOT;
-  std::string value = args.value;
+  std::string value = args.value.value_or("");
   if (setting->secret && !readSecret(setting->name, value)) {
     complain(fmt::format("{}: nothing was given; the profile stays as it is", args.setting));
     return EXIT_COULD_NOT;
@@ -96,7 +98,7 @@ int set(const Arguments& args, bool hasValue) {
   return EXIT_COULD_NOT;
 }
 
-int check(const Arguments& args, const Options& options) {
+int check(const NetprofileArguments& args, const Options& options) {
   NetworkProfile profile;
   if (!readProfile(args.file, false, profile)) return EXIT_COULD_NOT;
   const std::vector<std::string> found = Inspect::checkProfile(profile);
@@ -114,24 +116,24 @@ int check(const Arguments& args, const Options& options) {
 
 }  // namespace
 
-void addNetprofile(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("netprofile", "Show, change and check the stored network profile");
-  const auto args = std::make_shared<Arguments>();
-  command->require_subcommand(1);
-  command->fallthrough();
-  command->add_option("--file", args->file, "the stored profile")->type_name("F")->capture_default_str();
+Subcommand netprofileCommand(const Options& options) {
+  const auto args = std::make_shared<NetprofileArguments>();
+  Subcommand command("netprofile", "Show, change and check the stored network profile");
+  command.option("--file", "F", &args->file, "the stored profile").showingPreset();
 
-  CLI::App* const showing = command->add_subcommand("show", "The settings, secrets masked");
-  showing->add_flag("--reveal", args->reveal, "show secrets as they are");
-  showing->callback([args, &options, &run] { run = [args, &options] { return show(*args, options); }; });
+  Subcommand& showing = command.commands.emplace_back("show", "The settings, secrets masked");
+  showing.flag("--reveal", args->reveal, "show secrets as they are");
+  showing.run = [args, &options] { return show(*args, options); };
 
-  CLI::App* const setting = command->add_subcommand("set", "Change one setting; a secret is read from standard input");
-  setting->add_option("NAME", args->setting, "its name, as show prints it")->required()->type_name("NAME");
-  CLI::Option* const value = setting->add_option("VALUE", args->value, "its new value")->type_name("VALUE");
-  setting->callback([args, value, &run] { run = [args, value] { return set(*args, value->count() > 0); }; });
+  Subcommand& setting =
+      command.commands.emplace_back("set", "Change one setting; a secret is read from standard input");
+  setting.place("NAME", "NAME", &args->setting, "its name, as show prints it").required();
+  setting.place("VALUE", "VALUE", &args->value, "its new value");
+  setting.run = [args] { return set(*args); };
 
-  CLI::App* const checking = command->add_subcommand("check", "Whether the stored values are ones the profile takes");
-  checking->callback([args, &options, &run] { run = [args, &options] { return check(*args, options); }; });
+  Subcommand& checking = command.commands.emplace_back("check", "Whether the stored values are ones the profile takes");
+  checking.run = [args, &options] { return check(*args, options); };
+  return command;
 }
 
 }  // namespace Command

@@ -3,104 +3,19 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <new>
-#include <sstream>
 
 #include <fmt/format.h>
-#include <json/writer.h>
 #include <libsmartcols/libsmartcols.h>
 
-#include <libcrossplatform/serialization/JsonText.h>
-#include <libinspect/records/RecordView.h>
+#include <libinspect/records/Measurements.h>
 
 namespace Command {
-
 namespace {
 
-/// Lays out a value; its texts and numbers are JsonCpp's business, which knows no digits of a number but its own.
-class JsonLayout {
- public:
-  explicit JsonLayout(const char* indentation) : _indentation(indentation) {
-    constexpr int NUMBER_DIGITS = 10;  // what a measurement of 32 bits has
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "";
-    builder["commentStyle"] = "None";
-    builder["precision"] = NUMBER_DIGITS;
-    builder["emitUTF8"] = false;  // read by terminals of any encoding
-    _scalars.reset(builder.newStreamWriter());
-  }
-
-  std::string of(const Json::Value& value) {
-    add(value, 0);
-    return _out.str();
-  }
-
- private:
-  void add(const Json::Value& value, int depth) {
-    const std::string digits = Inspect::digitsOf(value);
-    if (!digits.empty()) {
-      _out << digits;
-    } else if (value.isObject()) {
-      const char* separator = "{";
-      for (const std::string& key : value.getMemberNames()) {
-        beginElement(separator, depth);
-        _scalars->write(key, &_out);
-        _out << (*_indentation != '\0' ? ": " : ":");
-        add(value[key], depth + 1);
-      }
-      end(separator, "{}", depth);
-    } else if (value.isArray()) {
-      const char* separator = "[";
-      for (const Json::Value& element : value) {
-        beginElement(separator, depth);
-        add(element, depth + 1);
-      }
-      end(separator, "[]", depth);
-    } else {
-      _scalars->write(value, &_out);
-    }
-  }
-
-  void breakLine(int depth) {
-    if (*_indentation == '\0') return;
-    _out << '\n';
-    for (int i = 0; i < depth; ++i) _out << _indentation;
-  }
-
-  void beginElement(const char*& separator, int depth) {
-    _out << separator;
-    separator = ",";
-    breakLine(depth + 1);
-  }
-
-  void end(const char* separator, const char* brackets, int depth) {
-    if (*separator != ',') {
-      _out << brackets;
-      return;
-    }
-    breakLine(depth);
-    _out << brackets[1];
-  }
-
-  const char* _indentation;
-  std::unique_ptr<Json::StreamWriter> _scalars;
-  std::ostringstream _out;
-};
-
-}  // namespace
-
-std::string jsonText(const Json::Value& value, const char* indentation) {
-  Json::Value utf8 = value;
-  Dump::replaceIllFormedTexts(utf8);  // names may hold any bytes; JSON may not
-  return JsonLayout(indentation).of(utf8);
-}
-
-namespace {
-
-bool isMeasurement(const Json::Value& value) {
-  return value.isObject() && value.isMember("relation");
-}
+using Inspect::isMeasurement;
 
 std::string scalarText(const Json::Value& value) {
   if (isMeasurement(value)) return value["text"].isString() ? value["text"].asString() : "-";
@@ -135,19 +50,6 @@ void appendIndented(const std::string& name, const Json::Value& value, int depth
 
 }  // namespace
 
-int worse(int a, int b) {
-  constexpr int ORDER[] = {EXIT_COULD_NOT, EXIT_NO, EXIT_WITH_LOSS, EXIT_DONE};
-  for (const int code : ORDER) {
-    if (a == code || b == code) return code;
-  }
-  return a;
-}
-
-void printJson(Json::Value document) {
-  document["schema"] = SCHEMA;
-  fmt::print("{}\n", jsonText(document, "  "));
-}
-
 void printWithLists(const Json::Value& object, const std::vector<LongList>& lists, bool styled) {
   std::string head = jsonText(object, styled ? "  " : "");
   const auto closing = static_cast<std::size_t>(styled && !lists.empty() ? 2 : lists.empty() ? 0 : 1);  // "\n}" or "}"
@@ -162,8 +64,8 @@ void printWithLists(const Json::Value& object, const std::vector<LongList>& list
   fmt::print("{}", head.substr(head.size() - closing));
 }
 
-void printJsonLine(const Json::Value& value) {
-  fmt::print("{}\n", jsonText(value, ""));
+void printJsonLine(const Json::Value& row) {
+  fmt::print("{}\n", rowJson(row));
 }
 
 void printCsvHeader(const std::vector<std::string>& columns) {
@@ -172,9 +74,10 @@ void printCsvHeader(const std::vector<std::string>& columns) {
 
 void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns) {
   std::string line;
+  const std::map<std::string, std::string> cells = rowCells(row);
   for (const std::string& column : columns) {
-    const Json::Value& value = row[column];
-    std::string cell = value.isString() ? value.asString() : value.isNull() ? "" : jsonText(value, "");
+    const auto found = cells.find(column);
+    std::string cell = found == cells.end() ? "" : found->second;
     if (cell.find_first_of(",\"\r\n") != std::string::npos) {
       std::string quoted;
       for (const char c : cell) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
@@ -192,9 +95,12 @@ void printDocument(const Document& document, const Options& options) {
     case FORMAT_TABLE:
       fmt::print("{}", document.text);
       break;
-    case FORMAT_JSON:
-      printJson(document.json);
+    case FORMAT_JSON: {
+      Json::Value json = document.json;
+      json["schema"] = SCHEMA;
+      fmt::print("{}\n", documentJson(json, document.rowsMember, document.rows));
       break;
+    }
     case FORMAT_JSONL:
       std::for_each(rows.begin(), rows.end(), printJsonLine);
       break;
@@ -306,18 +212,19 @@ Tone toneOf(Inspect::FindingCode code) {
 }
 
 Tone toneOf(Veltra::Status status) {
-  switch (status) {
-    case Veltra::STATUS_PASS:
-      return Tone::GOOD;
-    case Veltra::STATUS_PASS_STAR:
-    case Veltra::STATUS_PASS_ACCEPTABLE:
-    case Veltra::STATUS_FAIL_STAR:
-      return Tone::DOUBTFUL;
-    case Veltra::STATUS_FAIL:
-      return Tone::BAD;
-    default:
-      return Tone::PLAIN;
+  struct ToneRow {
+    Veltra::Status status;
+    Tone tone;
+  };
+  constexpr ToneRow TONES[] = {{Veltra::STATUS_PASS, Tone::GOOD},
+                               {Veltra::STATUS_PASS_STAR, Tone::DOUBTFUL},
+                               {Veltra::STATUS_PASS_ACCEPTABLE, Tone::DOUBTFUL},
+                               {Veltra::STATUS_FAIL_STAR, Tone::DOUBTFUL},
+                               {Veltra::STATUS_FAIL, Tone::BAD}};
+  for (const ToneRow& row : TONES) {
+    if (row.status == status) return row.tone;
   }
+  return Tone::PLAIN;
 }
 
 std::string furtherText(const std::string& name, const Inspect::Findings& findings) {

@@ -12,6 +12,8 @@
 #include <libinspect/container/ContainerWalk.h>
 #include <libinspect/container/PrintableText.h>
 
+#include "ExitCodes.h"
+#include "JsonPrinting.h"
 #include "Terminal.h"
 
 namespace Command {
@@ -19,13 +21,6 @@ namespace Command {
 enum Format { FORMAT_TABLE, FORMAT_JSON, FORMAT_JSONL, FORMAT_CSV };
 
 constexpr int SCHEMA = 1;  ///< of the JSON documents
-
-// Exit codes.
-constexpr int EXIT_DONE = 0;
-constexpr int EXIT_NO = 1;  ///< the answer is no: damage
-constexpr int EXIT_USAGE = 2;
-constexpr int EXIT_WITH_LOSS = 3;  ///< done, with loss or warnings
-constexpr int EXIT_COULD_NOT = 4;  ///< could not be done
 
 /// What every command is given.
 struct Options {
@@ -38,15 +33,8 @@ struct Options {
   bool progress = true;  ///< on a terminal
 };
 
-/// With many inputs the worst code counts: 4, 1, 3, 0.
-int worse(int a, int b);
-
 using Inspect::printable;
 
-/// A value as styled JSON, or on one line with an empty indentation.
-std::string jsonText(const Json::Value& value, const char* indentation);
-/// Prints a document with its "schema" member, styled.
-void printJson(Json::Value document);
 /// A member of an object that may have too many elements to hold them all: each is made when it is printed.
 struct LongList {
   std::string name;
@@ -56,9 +44,9 @@ struct LongList {
 /// Prints an object that ends in long lists, styled with each of their elements on a line, or all on one line. No new
 /// line follows.
 void printWithLists(const Json::Value& object, const std::vector<LongList>& lists, bool styled);
-/// Prints one value on a line of its own.
-void printJsonLine(const Json::Value& value);
-/// Prints the members of a flat object as one CSV row (RFC 4180); what is missing or null is empty.
+/// Prints one row on a line of its own.
+void printJsonLine(const Json::Value& row);
+/// Prints the members of a row as one line of CSV (RFC 4180); what is missing or null is empty.
 void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns);
 void printCsvHeader(const std::vector<std::string>& columns);
 /// One answer in all formats.
@@ -67,6 +55,7 @@ struct Document {
   Json::Value json;                  ///< an object
   std::vector<Json::Value> rows;     ///< JSON lines and CSV rows
   std::vector<std::string> columns;  ///< of the CSV; without columns and rows the object is the only row
+  std::string rowsMember;            ///< what the object calls the rows; empty where it does not have them
 };
 void printDocument(const Document& document, const Options& options);
 

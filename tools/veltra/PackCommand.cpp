@@ -12,7 +12,7 @@ namespace {
 
 constexpr uint64_t MAX_DESCRIPTION = uint64_t{16} * 1024 * 1024;
 
-struct Arguments {
+struct PackArguments {
   std::string description;
   std::string output;
   std::string payloads;
@@ -25,7 +25,7 @@ std::string directoryOf(const std::string& path) {
   return slash == std::string::npos ? "." : path.substr(0, slash);
 }
 
-int pack(const Arguments& args, const Options& options) {
+int pack(const PackArguments& args, const Options& options) {
   std::string text, error;
   Inspect::ResultDescription description;
   if (!Inspect::readText(args.description, MAX_DESCRIPTION, text, error)) {
@@ -47,28 +47,25 @@ int pack(const Arguments& args, const Options& options) {
   json["file"] = args.output;
   json["bytes"] = static_cast<Json::UInt64>(packed.bytes);
   json["sections"] = packed.sections;
-  printDocument({fmt::format("{}: {} sections, {} bytes\n", args.output, packed.sections, packed.bytes), json, {}, {}},
-                options);
+  printDocument(
+      {fmt::format("{}: {} sections, {} bytes\n", args.output, packed.sections, packed.bytes), json, {}, {}, {}},
+      options);
   return EXIT_DONE;
 }
 
 }  // namespace
 
-void addPack(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("pack", "Write a result file from a description in JSON");
-  const auto args = std::make_shared<Arguments>();
-  command->add_option("DESCRIPTION", args->description, "the description; - reads standard input")
-      ->required()
-      ->type_name("RESULT.json");
-  command->add_option("-o,--output", args->output, "the file to write")->required()->type_name("FILE");
-  command->add_option("--payloads", args->payloads, "directory of the payload files, instead of the description's own")
-      ->type_name("DIR");
-  command->add_option("--level", args->level, "zlib level of compressed sections")
-      ->check(CLI::Range(0, 9).description(""))
-      ->type_name("0|1|2|3|4|5|6|7|8|9")
-      ->capture_default_str();
-  command->add_flag("--force", args->force, "replace an existing file");
-  command->callback([args, &options, &run] { run = [args, &options] { return pack(*args, options); }; });
+Subcommand packCommand(const Options& options) {
+  const auto args = std::make_shared<PackArguments>();
+  Subcommand command("pack", "Write a result file from a description in JSON");
+  command.place("DESCRIPTION", "RESULT.json", &args->description, "the description; - reads standard input").required();
+  command.option("-o,--output", "FILE", &args->output, "the file to write").required();
+  command.option("--payloads", "DIR", &args->payloads,
+                 "directory of the payload files, instead of the description's own");
+  command.option("--level", "0|1|2|3|4|5|6|7|8|9", &args->level, "zlib level of compressed sections").showingPreset();
+  command.flag("--force", args->force, "replace an existing file");
+  command.run = [args, &options] { return pack(*args, options); };
+  return command;
 }
 
 }  // namespace Command

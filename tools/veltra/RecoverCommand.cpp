@@ -4,20 +4,19 @@
 
 #include <libinspect/container/Doctor.h>
 #include <libinspect/container/Recover.h>
-#include <libinspect/records/FileSummary.h>
 
 #include "Commands.h"
 
 namespace Command {
 namespace {
 
-struct Arguments {
+struct RecoverArguments {
   std::string file;
   std::string output;
   bool force = false;
 };
 
-void printRecovery(const Arguments& args, const Inspect::Recovery& recovery, const Options& options) {
+void printRecovery(const RecoverArguments& args, const Inspect::Recovery& recovery, const Options& options) {
   Json::Value json(Json::objectValue);
   json["file"] = args.file;
   json["output"] = args.output;
@@ -26,7 +25,7 @@ void printRecovery(const Arguments& args, const Inspect::Recovery& recovery, con
   if (options.format == FORMAT_CSV) {  // how many: a cell is no place for lists
     json["kept"] = static_cast<Json::UInt64>(recovery.kept.size());
     json["lost"] = static_cast<Json::UInt64>(recovery.lost.size());
-    printDocument({{}, json, {}, {}}, options);
+    printDocument({{}, json, {}, {}, {}}, options);
     return;
   }
   if (options.format == FORMAT_JSON) json["schema"] = SCHEMA;
@@ -41,7 +40,7 @@ void printRecovery(const Arguments& args, const Inspect::Recovery& recovery, con
   fmt::print("\n");
 }
 
-std::string textOf(const Arguments& args, const Inspect::Recovery& recovery) {
+std::string textOf(const RecoverArguments& args, const Inspect::Recovery& recovery) {
   const std::string file = printable(args.file);
   std::string text = fmt::format("{}: {} sections kept in {}{}\n", file, recovery.kept.size(), printable(args.output),
                                  recovery.wasClosed ? "" : ", which is closed now");
@@ -67,7 +66,7 @@ bool passesDoctor(const std::string& path) {
   return !report.damaged();
 }
 
-int recover(const Arguments& args, const Options& options) {
+int recover(const RecoverArguments& args, const Options& options) {
   std::string error;
   Inspect::ByteSource source;
   if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
@@ -101,13 +100,14 @@ int recover(const Arguments& args, const Options& options) {
 
 }  // namespace
 
-void addRecover(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("recover", "Save every intact section of a damaged file into a new one");
-  const auto args = std::make_shared<Arguments>();
-  command->add_option("FILE", args->file, "the damaged file; - reads standard input")->required()->type_name("FILE");
-  command->add_option("-o,--output", args->output, "the file to write")->required()->type_name("NEW");
-  command->add_flag("--force", args->force, "replace an existing file");
-  command->callback([args, &options, &run] { run = [args, &options] { return recover(*args, options); }; });
+Subcommand recoverCommand(const Options& options) {
+  const auto args = std::make_shared<RecoverArguments>();
+  Subcommand command("recover", "Save every intact section of a damaged file into a new one");
+  command.place("FILE", "FILE", &args->file, "the damaged file; - reads standard input").required();
+  command.option("-o,--output", "NEW", &args->output, "the file to write").required();
+  command.flag("--force", args->force, "replace an existing file");
+  command.run = [args, &options] { return recover(*args, options); };
+  return command;
 }
 
 }  // namespace Command

@@ -2,14 +2,14 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/records/FileSummary.h>
+#include <libinspect/records/RecordView.h>
 
 #include "Commands.h"
 
 namespace Command {
 namespace {
 
-struct Arguments {
+struct ShowArguments {
   std::string file;
   int section = 1;
   bool bareRecord = false;
@@ -24,11 +24,11 @@ std::string hexText(const std::vector<uint8_t>& bytes) {
 /// Prints a decoded record, or the bytes that are none.
 /// @param where  what the record is in, for the complaint and the JSON
 int showRecord(const std::vector<uint8_t>& bytes, Json::Value json, const std::string& where, const Options& options) {
-  const Inspect::DecodedRecord record = Inspect::decodeRecord(bytes, Inspect::RecordForm::JSON);
-  const bool decoded = record.outcome == Inspect::DecodedRecord::DECODED && !record.json.isNull();
-  json["record"] = decoded ? record.json : Json::Value();
-  if (!decoded) json["hex"] = hexText(bytes);
-  printDocument({decoded ? indentedText(record.json) : hexDump(bytes), json, {}, {}}, options);
+  const Inspect::DecodedRecord record = Inspect::decodeRecord(bytes);
+  const Json::Value shown = record.toJson();
+  json["record"] = shown;
+  if (shown.isNull()) json["hex"] = hexText(bytes);
+  printDocument({shown.isNull() ? hexDump(bytes) : indentedText(shown), json, {}, {}, {}}, options);
   if (record.outcome != Inspect::DecodedRecord::DAMAGED) return EXIT_DONE;
   complain(fmt::format("{}: the {} in it does not decode (code {})", where, record.name, record.status));
   return EXIT_NO;
@@ -46,7 +46,7 @@ int showBareRecord(const std::string& file, const Options& options) {
   return showRecord(std::vector<uint8_t>(text.begin(), text.end()), json, file, options);
 }
 
-int showSection(const Arguments& args, const Options& options) {
+int showSection(const ShowArguments& args, const Options& options) {
   std::string error;
   Inspect::ByteSource source;
   if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
@@ -65,17 +65,16 @@ int showSection(const Arguments& args, const Options& options) {
 
 }  // namespace
 
-void addShow(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("show", "The record a section holds, or its bytes");
-  const auto args = std::make_shared<Arguments>();
-  command->add_option("FILE", args->file, "the file; - reads standard input")->required()->type_name("FILE");
-  command->add_option("-s,--section", args->section, "number of the section as list shows it")->capture_default_str();
-  command->add_flag("--record", args->bareRecord, "the file is a record by itself, without a container");
-  command->callback([args, &options, &run] {
-    run = [args, &options] {
-      return args->bareRecord ? showBareRecord(args->file, options) : showSection(*args, options);
-    };
-  });
+Subcommand showCommand(const Options& options) {
+  const auto args = std::make_shared<ShowArguments>();
+  Subcommand command("show", "The record a section holds, or its bytes");
+  command.place("FILE", "FILE", &args->file, "the file; - reads standard input").required();
+  command.option("-s,--section", "INT", &args->section, "number of the section as list shows it").showingPreset();
+  command.flag("--record", args->bareRecord, "the file is a record by itself, without a container");
+  command.run = [args, &options] {
+    return args->bareRecord ? showBareRecord(args->file, options) : showSection(*args, options);
+  };
+  return command;
 }
 
 }  // namespace Command

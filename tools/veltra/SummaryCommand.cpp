@@ -1,6 +1,4 @@
-#include <map>
 #include <memory>
-#include <mutex>
 
 #include <fmt/format.h>
 
@@ -11,7 +9,7 @@
 namespace Command {
 namespace {
 
-struct Arguments {
+struct SummaryArguments {
   std::vector<std::string> paths;
   std::string expected;
 };
@@ -55,7 +53,7 @@ Json::Value listJson(const std::vector<std::string>& ids) {
   return json;
 }
 
-int summary(const Arguments& args, const Options& options) {
+int summary(const SummaryArguments& args, const Options& options) {
   Inspect::CableIdSet expected;
   std::string error;
   const bool hasExpected = !args.expected.empty();
@@ -63,16 +61,13 @@ int summary(const Arguments& args, const Options& options) {
     complain(error);
     return EXIT_USAGE;
   }
-  std::vector<Inspect::ResultRow> rows;
-  int code = readResults(args.paths, options, rows);
+  int code = EXIT_DONE;
+  const std::vector<Inspect::ResultRow> rows = readJob(filesOf(args.paths, options, code), options, code).rows;
   Document document;
   document.columns = Inspect::rowColumns();
+  document.rowsMember = "results";
   document.text = tableOf(rows);
-  document.json["results"] = Json::Value(Json::arrayValue);
-  for (const Inspect::ResultRow& row : rows) {
-    document.rows.push_back(toJson(row));
-    document.json["results"].append(document.rows.back());
-  }
+  for (const Inspect::ResultRow& row : rows) document.rows.push_back(toJson(row));
   if (hasExpected) {
     const Inspect::Coverage coverage = coverageOf(rows, expected);
     const std::string lists = listText("Missing", coverage.missing) + listText("Tested twice", coverage.twice) +
@@ -91,38 +86,14 @@ int summary(const Arguments& args, const Options& options) {
 
 }  // namespace
 
-int codeOf(const Inspect::Coverage& coverage) {
-  if (!coverage.missing.empty() || !coverage.foreign.empty()) return EXIT_NO;
-  return coverage.twice.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
-}
-
-int readResults(const std::vector<std::string>& paths, const Options& options, std::vector<Inspect::ResultRow>& rows,
-                const std::function<void(const Inspect::FileSummary&)>& onFile) {
-  Options silent = options;
-  silent.format = FORMAT_TABLE;  // the answers have no text: nothing is printed but findings
-  std::mutex mutex;
-  const int code = answerForFiles(paths, silent, {}, true, [&](const Inspect::ByteSource& source) {
-    const Inspect::FileSummary file = Inspect::summarize(source);
-    {
-      const std::lock_guard<std::mutex> lock(mutex);
-      if (file.hasSummary) rows.push_back({source.name(), file.summary});
-      if (onFile) onFile(file);
-    }
-    FileAnswer answer;
-    answer.findings = file.report.findings;
-    return answer;
-  });
-  sortRows(rows);
-  return code;
-}
-
-void addSummary(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("summary", "One row for each result, in the order of their IDs");
-  const auto args = std::make_shared<Arguments>();
-  command->add_option("PATH", args->paths, "result files, or directories with -r")->required()->type_name("PATH...");
-  command->add_option("--expect", args->expected, "the IDs of the job: which are missing, doubled or foreign")
-      ->type_name("FIRST..LAST");
-  command->callback([args, &options, &run] { run = [args, &options] { return summary(*args, options); }; });
+Subcommand summaryCommand(const Options& options) {
+  const auto args = std::make_shared<SummaryArguments>();
+  Subcommand command("summary", "One row for each result, in the order of their IDs");
+  command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
+  command.option("--expect", "FIRST..LAST", &args->expected,
+                 "the IDs of the job: which are missing, doubled or foreign");
+  command.run = [args, &options] { return summary(*args, options); };
+  return command;
 }
 
 }  // namespace Command

@@ -9,10 +9,16 @@
 
 #include <fmt/format.h>
 
+#include <libcrossplatform/common/EnumText.h>
+
 namespace Command {
 namespace {
 
-constexpr const char* SEQUENCES[] = {"", "\033[32m", "\033[31m", "\033[33m", "\033[1m"};  // in the order of Tone
+constexpr Veltra::EnumText<Tone> SEQUENCES[] = {
+    {Tone::PLAIN, ""},          {Tone::GOOD, "\033[32m"}, {Tone::BAD, "\033[31m"}, {Tone::DOUBTFUL, "\033[33m"},
+    {Tone::HEADING, "\033[1m"},
+};
+static_assert(isOneToOne(SEQUENCES));
 constexpr char RESET[] = "\033[0m";
 
 bool paintsOutput = false, paintsErrors = false;
@@ -25,7 +31,7 @@ bool knowsColors(int descriptor) {
 }
 
 std::string wrapped(bool paints, const std::string& text, Tone tone) {
-  return paints && tone != Tone::PLAIN ? SEQUENCES[static_cast<int>(tone)] + text + RESET : text;
+  return paints && tone != Tone::PLAIN ? textOf(SEQUENCES, tone) + text + RESET : text;
 }
 
 }  // namespace
@@ -36,7 +42,7 @@ void setColor(Color color) {
 }
 
 const char* sequenceOf(Tone tone) {
-  return paintsOutput ? SEQUENCES[static_cast<int>(tone)] : "";
+  return paintsOutput ? textOf(SEQUENCES, tone) : "";
 }
 
 std::string painted(const std::string& text, Tone tone) {

@@ -13,14 +13,14 @@
 namespace Command {
 namespace {
 
-struct Row {
+struct TypeRow {
   std::string kind;
   uint32_t id;
   std::string name;
   std::string more;
 };
 
-void addSections(std::vector<Row>& rows) {
+void addSections(std::vector<TypeRow>& rows) {
   for (const PFile::SectionType& type : PFile::sectionTypes()) {
     const bool isVersioned = type.newestVersion != PFile::SectionType::UNVERSIONED;
     rows.push_back({"section", type.id, type.name != nullptr ? type.name : "-",
@@ -28,7 +28,7 @@ void addSections(std::vector<Row>& rows) {
   }
 }
 
-void addRecords(std::vector<Row>& rows) {
+void addRecords(std::vector<TypeRow>& rows) {
   for (const Veltra::RecordType& type : Veltra::recordTypes()) {
     rows.push_back(
         {"record", type.id, type.name, *type.logName == '\0' ? "-" : fmt::format("in logs {}", type.logName)});
@@ -36,14 +36,14 @@ void addRecords(std::vector<Row>& rows) {
 }
 
 template <class E>
-void addTexts(const char* kind, std::vector<Row>& rows) {
+void addTexts(const char* kind, std::vector<TypeRow>& rows) {
   for (const Veltra::EnumText<E>& row : Veltra::enumTexts<E>()) {
     if (*row.text != '\0') rows.push_back({kind, static_cast<uint32_t>(row.value), row.text, "-"});
   }
 }
 
-std::vector<Row> allRows() {
-  std::vector<Row> rows;
+std::vector<TypeRow> allRows() {
+  std::vector<TypeRow> rows;
   addSections(rows);
   addRecords(rows);
   addTexts<Veltra::Status>("Status", rows);
@@ -72,7 +72,8 @@ int types(const std::string& wanted, const Options& options) {
   Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}});
   Document document;
   document.columns = {"kind", "id", "name", "more"};
-  for (const Row& row : allRows()) {
+  document.rowsMember = "types";
+  for (const TypeRow& row : allRows()) {
     if (!wanted.empty() && !(byId ? row.id == id : row.name == wanted)) continue;
     table.add({row.kind, row.kind == "record" ? fmt::format("0x{:06x}", row.id) : std::to_string(row.id), row.name,
                row.more});
@@ -82,7 +83,6 @@ int types(const std::string& wanted, const Options& options) {
     json["name"] = row.name == "-" ? Json::Value() : Json::Value(row.name);
     json["more"] = row.more == "-" ? Json::Value() : Json::Value(row.more);
     document.rows.push_back(json);
-    document.json["types"].append(json);
   }
   if (document.rows.empty()) {
     complain(wanted + ": no such id or name");
@@ -95,11 +95,12 @@ int types(const std::string& wanted, const Options& options) {
 
 }  // namespace
 
-void addTypes(CLI::App& app, const Options& options, Run& run) {
-  CLI::App* const command = app.add_subcommand("types", "Section types, records and the texts of results and settings");
+Subcommand typesCommand(const Options& options) {
   const auto wanted = std::make_shared<std::string>();
-  command->add_option("ID", *wanted, "one number, decimal or 0x hexadecimal, or one name")->type_name("ID");
-  command->callback([wanted, &options, &run] { run = [wanted, &options] { return types(*wanted, options); }; });
+  Subcommand command("types", "Section types, records and the texts of results and settings");
+  command.place("ID", "ID", wanted.get(), "one number, decimal or 0x hexadecimal, or one name");
+  command.run = [wanted, &options] { return types(*wanted, options); };
+  return command;
 }
 
 }  // namespace Command

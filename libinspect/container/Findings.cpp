@@ -1,0 +1,134 @@
+#include <libinspect/container/Findings.h>
+
+#include <string_view>
+
+#include <fmt/format.h>
+
+#include <libinspect/container/PrintableText.h>
+
+namespace Inspect {
+namespace {
+
+enum class FindingKind { DAMAGE, WARNING };
+/// What helps next: another file made of what is intact, or a look at the section.
+enum class FindingHelp { RECOVER, LOOK };
+
+struct FindingRow {
+  FindingCode code;
+  const char* name;
+  const char* meaning;
+  FindingKind kind;
+  FindingHelp help;
+};
+constexpr FindingRow FINDINGS[] = {
+    {E01_NEVER_CLOSED, "E01", "never closed", FindingKind::DAMAGE, FindingHelp::RECOVER},
+    {E02_NO_FILE_HEADER, "E02", "no file header", FindingKind::DAMAGE, FindingHelp::RECOVER},
+    {E03_HEADER_CRC, "E03", "header CRC differs", FindingKind::DAMAGE, FindingHelp::RECOVER},
+    {E04_DATA_CRC, "E04", "data CRC differs", FindingKind::DAMAGE, FindingHelp::RECOVER},
+    {E05_TRUNCATED, "E05", "truncated", FindingKind::DAMAGE, FindingHelp::RECOVER},
+    {E06_LENGTH_DIFFERS, "E06", "recorded length differs", FindingKind::DAMAGE, FindingHelp::RECOVER},
+    {E07_INFLATE_FAILED, "E07", "cannot be uncompressed", FindingKind::DAMAGE, FindingHelp::LOOK},
+    {E08_TOO_BIG, "E08", "over 8 MiB uncompressed", FindingKind::DAMAGE, FindingHelp::LOOK},
+    {E09_RECORD, "E09", "record does not decode", FindingKind::DAMAGE, FindingHelp::LOOK},
+    {E10_SCALE_WITHOUT_TEXT, "E10", "measurement scale without a text", FindingKind::DAMAGE, FindingHelp::LOOK},
+    {W01_NEWER_VERSION, "W01", "newer version", FindingKind::WARNING, FindingHelp::LOOK},
+    {W02_UNKNOWN_TYPE, "W02", "unknown section type", FindingKind::WARNING, FindingHelp::LOOK},
+    {W03_BYTES_BEHIND_END, "W03", "bytes behind the end", FindingKind::WARNING, FindingHelp::LOOK},
+    {W04_NEGATIVE_COUNT, "W04", "negative count", FindingKind::WARNING, FindingHelp::LOOK},
+    {W05_WRONG_MAGIC, "W05", "wrong magic", FindingKind::WARNING, FindingHelp::LOOK},
+    {W06_RECORDS_NOT_DECODED, "W06", "records not decoded", FindingKind::WARNING, FindingHelp::LOOK},
+};
+
+/// For static_assert: no code and no name stands twice, and a name is that of its code: 104 is E04, 201 is W01.
+constexpr bool areNamedByCode() {
+  constexpr int WARNINGS = 200;
+  for (const FindingRow& row : FINDINGS) {
+    const std::string_view name = row.name;
+    const int number = (name[1] - '0') * 10 + (name[2] - '0');
+    const bool isWarning = row.code > WARNINGS;
+    if (name.size() != 3 || name[0] != (isWarning ? 'W' : 'E') || row.code % 100 != number) return false;
+    if (isWarning != (row.kind == FindingKind::WARNING)) return false;
+    for (const FindingRow* other = FINDINGS; other != &row; ++other) {
+      if (other->code == row.code) return false;
+    }
+  }
+  return true;
+}
+static_assert(areNamedByCode());
+
+const FindingRow& rowOf(FindingCode code) {
+  for (const FindingRow& row : FINDINGS) {
+    if (row.code == code) return row;
+  }
+  static constexpr FindingRow UNKNOWN = {{}, "", "", FindingKind::DAMAGE, FindingHelp::LOOK};
+  return UNKNOWN;
+}
+
+}  // namespace
+
+const char* toString(FindingCode code) {
+  return rowOf(code).name;
+}
+
+const char* meaningOf(FindingCode code) {
+  return rowOf(code).meaning;
+}
+
+bool isDamage(FindingCode code) {
+  return rowOf(code).kind == FindingKind::DAMAGE;
+}
+
+Json::Value toJson(const Finding& finding) {
+  Json::Value json(Json::objectValue);
+  json["code"] = toString(finding.code);
+  json["meaning"] = meaningOf(finding.code);
+  json["offset"] = static_cast<Json::UInt64>(finding.offset);
+  json["section"] = finding.section ? Json::Value(*finding.section) : Json::Value();
+  json["wanted"] = finding.wanted;
+  json["found"] = finding.found;
+  return json;
+}
+
+std::string nameOf(const Finding& finding) {
+  return fmt::format("{} {}", toString(finding.code), meaningOf(finding.code));
+}
+
+std::string placeOf(const Finding& finding) {
+  const std::string section = finding.section ? fmt::format(", section {}", *finding.section) : "";
+  return fmt::format("offset {}{}", finding.offset, section);
+}
+
+std::string detailsOf(const Finding& finding) {
+  return fmt::format("wanted {}, found {}", finding.wanted, finding.found);
+}
+
+std::string describe(const Finding& finding) {
+  return fmt::format("{}: {}: {}", placeOf(finding), nameOf(finding), detailsOf(finding));
+}
+
+std::string describe(const std::string& file, const Finding& finding) {
+  return file + ": " + describe(finding);
+}
+
+std::string nextCommand(const std::string& path, const Finding& finding) {
+  const std::string file = shellWord(path);
+  // A file header that does not serve is made anew.
+  if (rowOf(finding.code).help == FindingHelp::RECOVER || (finding.section == 0 && isDamage(finding.code))) {
+    return finding.code == E02_NO_FILE_HEADER && finding.section && finding.offset == 0
+               ? fmt::format("veltra recover {} -o NEW, if it was one once", file)
+               : fmt::format("veltra recover {} -o NEW", file);
+  }
+  if (finding.section) return fmt::format("veltra annotate {} -s {}", file, *finding.section);
+  return fmt::format("veltra list {}", file);
+}
+
+void Findings::add(Finding finding) {
+  _hasDamage = _hasDamage || isDamage(finding.code);
+  if (_kept.size() < MOST_KEPT) {
+    _kept.push_back(std::move(finding));
+  } else {
+    ++_leftOut;
+  }
+}
+
+}  // namespace Inspect

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+
+namespace Inspect {
+
+/// What can be wrong with a container. Codes are stable: people search for them.
+enum FindingCode : int {
+  E01_NEVER_CLOSED = 101,
+  E02_NO_FILE_HEADER = 102,
+  E03_HEADER_CRC = 103,
+  E04_DATA_CRC = 104,
+  E05_TRUNCATED = 105,
+  E06_LENGTH_DIFFERS = 106,
+  E07_INFLATE_FAILED = 107,
+  E08_TOO_BIG = 108,
+  E09_RECORD = 109,
+  E10_SCALE_WITHOUT_TEXT = 110,
+  W01_NEWER_VERSION = 201,
+  W02_UNKNOWN_TYPE = 202,
+  W03_BYTES_BEHIND_END = 203,
+  W04_NEGATIVE_COUNT = 204,
+  W05_WRONG_MAGIC = 205,
+  W06_RECORDS_NOT_DECODED = 206,
+};
+
+/// "E01" and so on.
+const char* toString(FindingCode code);
+/// What the code means in a few words, for example "data CRC differs".
+const char* meaningOf(FindingCode code);
+bool isDamage(FindingCode code);
+
+struct Finding {
+  FindingCode code;
+  uint64_t offset;             ///< in the file
+  std::optional<int> section;  ///< its number, where it is about one
+  std::string wanted;
+  std::string found;
+};
+
+Json::Value toJson(const Finding& finding);
+/// One line for people: "offset 24, section 1: E04 data CRC differs: wanted ..., found ..."
+std::string describe(const Finding& finding);
+/// The same after "FILE: ".
+std::string describe(const std::string& file, const Finding& finding);
+/// Its three parts: "offset 24, section 1", "E04 data CRC differs" and "wanted ..., found ..."
+std::string placeOf(const Finding& finding);
+std::string nameOf(const Finding& finding);
+std::string detailsOf(const Finding& finding);
+/// The command line that helps next with a finding, as it can be given to a shell.
+/// @param path  of the file, "-" for standard input
+std::string nextCommand(const std::string& path, const Finding& finding);
+
+/// What was found wrong, in the order it was found. A hostile file has a finding every few bytes: the first MOST_KEPT
+/// are kept, of the others it is known how many there were and whether one was damage.
+class Findings {
+ public:
+  static constexpr std::size_t MOST_KEPT = 1000;
+
+  void add(Finding finding);
+  std::vector<Finding>::const_iterator begin() const { return _kept.begin(); }
+  std::vector<Finding>::const_iterator end() const { return _kept.end(); }
+  bool empty() const { return _kept.empty(); }
+  uint64_t leftOut() const { return _leftOut; }
+  bool hasDamage() const { return _hasDamage; }
+
+ private:
+  std::vector<Finding> _kept;
+  uint64_t _leftOut = 0;
+  bool _hasDamage = false;
+};
+
+}  // namespace Inspect

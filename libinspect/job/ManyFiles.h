@@ -1,0 +1,70 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <libinspect/container/ByteSource.h>
+
+namespace Inspect {
+
+/// How many files are read.
+struct ReadingOptions {
+  bool recursive = false;                          ///< look into directories
+  unsigned threads = 0;                            ///< 0 is one a core
+  uint64_t maxSize = 0;                            ///< larger files are left out; 0 is no limit
+  std::function<void(uint64_t expected)> onBegin;  ///< told the bytes of all files; may be empty, like the next two
+  std::function<void(uint64_t bytes)> onRead;      ///< told what was read since; from any thread
+  std::function<void()> onTelling;                 ///< called before files are told
+};
+
+/// How reading one file went.
+struct ReadOutcome {
+  enum State { WAS_READ, LEFT_OUT, COULD_NOT };
+  State state = WAS_READ;
+  std::string error;  ///< why not; of a file that was left out, too
+};
+
+/// The files meant by paths, in the order of the paths: below a directory every regular file, in order of name.
+/// @param faults  receives a line for each path that cannot be looked into
+std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool recursive,
+                                 std::vector<std::string>& faults);
+
+/// How many bytes files have, as far as that can be known.
+uint64_t bytesOf(const std::vector<std::string>& files);
+
+/// How many files are read before they are told.
+std::size_t batchSize(const ReadingOptions& options, std::size_t files);
+
+/// Opens files[begin] to files[end - 1] on several threads.
+/// @param read  called with the number of each that opened; from any thread
+std::vector<ReadOutcome> readBatch(const std::vector<std::string>& files, std::size_t begin, std::size_t end,
+                                   const ReadingOptions& options,
+                                   const std::function<void(std::size_t file, const ByteSource&)>& read);
+
+/// Asks about each file, on several threads, and tells the answers in the order of the files. Nothing is held of a file
+/// once it was told.
+/// @param ask   called from any thread; its answer is told even if the file could not be read to its end
+/// @param tell  called from this thread; no answer where the file could not be opened, or memory ran out
+template <class Answer>
+void askEach(const std::vector<std::string>& files, const ReadingOptions& options,
+             const std::function<Answer(const ByteSource&)>& ask,
+             const std::function<void(const std::string& file, const ReadOutcome&, std::optional<Answer>)>& tell) {
+  if (options.onBegin) options.onBegin(bytesOf(files));
+  const std::size_t step = batchSize(options, files.size());
+  for (std::size_t begin = 0; begin < files.size(); begin += step) {
+    const std::size_t end = std::min(files.size(), begin + step);
+    std::vector<std::optional<Answer>> answers(end - begin);
+    const std::vector<ReadOutcome> outcomes =
+        readBatch(files, begin, end, options,
+                  [&](std::size_t file, const ByteSource& source) { answers[file - begin] = ask(source); });
+    if (options.onTelling) options.onTelling();
+    for (std::size_t i = 0; i < answers.size(); ++i) tell(files[begin + i], outcomes[i], std::move(answers[i]));
+  }
+}
+
+}  // namespace Inspect

@@ -1,0 +1,213 @@
+#include "CommandLine.h"
+
+#include <map>
+#include <memory>
+#include <set>
+#include <sstream>
+#include <type_traits>
+
+#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+
+#include "Examples.h"
+#include "Output.h"
+
+namespace Command {
+namespace {
+
+/// "veltra manifest new", whatever the program was called as.
+std::string fullName(const CLI::App* app) {
+  const CLI::App* const parent = app->get_parent();
+  return parent == nullptr ? app->get_name() : fullName(parent) + " " + app->get_name();
+}
+
+/// Help texts as people and help2man read them: the usage first, arguments by what they stand for, the subcommands of a
+/// subcommand with their own options.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  HelpFormatter() {
+    constexpr std::size_t OPTION_WIDTH = 32;
+    column_width(OPTION_WIDTH);
+    label("Positionals", "Arguments");
+  }
+
+  std::string make_usage(const CLI::App* app, std::string) const override {
+    std::string usage = "Usage: " + fullName(app) + " [OPTIONS]";
+    for (const CLI::Option* option : app->get_options([](const CLI::Option* o) { return o->get_positional(); })) {
+      usage += " " + make_option_usage(option);
+    }
+    const bool hasCommands = !app->get_subcommands([](const CLI::App* s) { return !s->get_name().empty(); }).empty();
+    return usage + (hasCommands ? " COMMAND\n\n" : "\n\n");
+  }
+
+  std::string make_description(const CLI::App* app) const override { return app->get_description() + "\n"; }
+
+  std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
+    if (mode == CLI::AppFormatMode::Sub) return make_expanded(app);
+    return make_usage(app, name) + make_description(app) + make_positionals(app) + make_groups(app, mode) +
+           make_subcommands(app, mode) + make_footer(app);
+  }
+
+  /// A group of options under what it is for, or a subcommand with its usage and options.
+  std::string make_expanded(const CLI::App* sub) const override {
+    if (!sub->get_name().empty()) {
+      return "\n" + fullName(sub) + ": " + sub->get_description() + "\n" + make_positionals(sub) +
+             make_groups(sub, CLI::AppFormatMode::Sub);
+    }
+    std::string lines;
+    for (const CLI::Option* option :
+         sub->get_options([sub](const CLI::Option* o) { return o != sub->get_help_ptr(); })) {
+      lines += make_option(option, false);
+    }
+    return fmt::format("\n{}:\n{}", sub->get_description(), lines);
+  }
+
+  std::string make_subcommands(const CLI::App* app, CLI::AppFormatMode mode) const override {
+    const std::string text = CLI::Formatter::make_subcommands(app, mode);
+    return app->get_parent() == nullptr ? replaced(text, "Subcommands:", "Commands:")
+                                        : replaced(text, "\nSubcommands:\n", "");
+  }
+
+  std::string make_subcommand(const CLI::App* sub) const override {
+    const bool isNested = sub->get_parent()->get_parent() != nullptr;
+    return isNested ? make_expanded(sub) : CLI::Formatter::make_subcommand(sub);
+  }
+
+  std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
+    return isPositional ? option->get_type_name() : replaced(option->get_name(false, true), ",", ", ");
+  }
+
+  std::string make_option_opts(const CLI::Option* option) const override {
+    if (option->get_positional() || option->get_items_expected_max() == 0) return "";
+    const std::string& preset = option->get_default_str();
+    return " " + option->get_type_name() + (preset.empty() ? "" : " (" + preset + ")");
+  }
+
+  std::string make_option_usage(const CLI::Option* option) const override {
+    return option->get_required() ? option->get_type_name() : "[" + option->get_type_name() + "]";
+  }
+};
+
+// One overload for each kind of target: what the parser makes of the argument.
+
+CLI::Option* known(CLI::App&, const Argument&, std::monostate) {
+  return nullptr;
+}
+
+CLI::Option* known(CLI::App& app, const Argument& argument, bool* target) {
+  return app.add_flag(argument.names, *target, argument.help);
+}
+
+template <class Value>
+CLI::Option* known(CLI::App& app, const Argument& argument, Value* target) {
+  return app.add_option(argument.names, *target, argument.help);
+}
+
+template <class Value>
+CLI::Option* known(CLI::App& app, const Argument& argument, std::optional<Value>* target) {
+  return app.add_option_function<Value>(
+      argument.names, [target](const Value& value) { *target = value; }, argument.help);
+}
+
+CLI::Option* known(CLI::App& app, const Argument& argument, const Take& take) {
+  return app.add_option_function<std::string>(argument.names, take, argument.help);
+}
+
+void checkValue(const Argument& argument, CLI::Option& option) {
+  const std::vector<std::string> words = argument.choices();
+  if (std::holds_alternative<uint64_t*>(argument.target)) {
+    option.transform(CLI::AsSizeValue(false).description(""));
+  } else if (std::holds_alternative<int*>(argument.target) && !words.empty()) {
+    option.check(CLI::Range(std::stoi(words.front()), std::stoi(words.back())).description(""));
+  } else if (!words.empty()) {
+    option.check(CLI::IsMember(std::set<std::string>(words.begin(), words.end())).description(""));
+  }
+}
+
+void addArguments(CLI::App& app, const Subcommand& command) {
+  std::map<std::string, CLI::App*> groups;
+  std::map<std::string, CLI::Option*> options;
+  for (const Argument& argument : command.arguments) {
+    CLI::App* place = &app;
+    if (!argument.group.empty()) {
+      CLI::App*& group = groups[argument.group];
+      if (group == nullptr) {
+        group = app.add_option_group("what", argument.group);
+        group->require_option(0, 1);
+      }
+      place = group;
+    }
+    CLI::Option* const option =
+        std::visit([&](const auto& target) { return known(*place, argument, target); }, argument.target);
+    if (option == nullptr) continue;
+    options[argument.names] = option;
+    checkValue(argument, *option);
+    if (!argument.type.empty()) option->type_name(argument.type);
+    if (argument.isRequired) option->required();
+    if (argument.showsPreset) option->capture_default_str();
+    if (!argument.needs.empty()) option->needs(options.at(argument.needs));
+    if (!argument.excludes.empty()) option->excludes(options.at(argument.excludes));
+  }
+}
+
+/// @param chosen  receives what the command named on the line does
+void addCommand(CLI::App& app, const Subcommand& command, Run& chosen) {
+  if (command.commands.empty()) {
+    app.callback([&command, &chosen] { chosen = command.run; });
+  } else {
+    app.require_subcommand(1);
+    app.fallthrough();  // commands take over what is set up to here
+  }
+  addArguments(app, command);
+  for (const Subcommand& sub : command.commands) {
+    CLI::App* const added = app.add_subcommand(sub.name, sub.help);
+    addCommand(*added, sub, chosen);
+    if (app.get_parent() == nullptr) added->footer(examplesOf(sub.name));
+  }
+}
+
+/// What the parser says, but for a misspelt command: all it says of that is that a command is missing.
+std::string explain(const CLI::ParseError& error, const CLI::App& app) {
+  const CLI::App* command = &app;
+  while (!command->get_subcommands().empty()) command = command->get_subcommands().front();
+  const std::vector<std::string> unknown =
+      command->get_require_subcommand_min() > 0 ? app.remaining(true) : std::vector<std::string>();
+  const bool isWord = !unknown.empty() && unknown.front().rfind('-', 0) != 0;
+  return isWord ? fmt::format("{}: no such command", unknown.front()) : error.what();
+}
+
+}  // namespace
+
+std::vector<std::string> Argument::choices() const {
+  std::vector<std::string> words;
+  if (type.find('|') == std::string::npos) return words;
+  std::istringstream list(type);
+  for (std::string word; std::getline(list, word, '|');) words.push_back(word);
+  return words;
+}
+
+std::string replaced(std::string text, const std::string& part, const std::string& by) {
+  return CLI::detail::find_and_replace(std::move(text), part, by);
+}
+
+Run parseCommandLine(const Subcommand& root, const std::string& version, int argc, char** argv, int& code) {
+  CLI::App app(root.help, root.name);
+  Run chosen;
+  app.formatter(std::make_shared<HelpFormatter>());
+  app.set_version_flag("--version", version);
+  addCommand(app, root, chosen);
+  try {
+    app.parse(argc, argv);
+    return chosen;
+  } catch (const CLI::Success& asked) {  // --help and --version
+    app.exit(asked);
+    code = EXIT_DONE;
+  } catch (const CLI::ParseError& e) {
+    complain(explain(e, app));
+    fmt::print(stderr, "Run with --help for more information.\n");
+    code = EXIT_USAGE;
+  }
+  return {};
+}
+
+}  // namespace Command

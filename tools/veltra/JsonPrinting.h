@@ -1,0 +1,24 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include <json/value.h>
+
+namespace Command {
+
+/// A value as styled JSON, or on one line with an empty indentation. A measurement shows the digits that were measured.
+std::string jsonText(const Json::Value& value, const char* indentation);
+
+// A row is a flat object; a measurement in it is printed as two members, its number and its relation.
+
+/// A row on one line.
+std::string rowJson(const Json::Value& row);
+/// The cells of a row by their columns, as CSV has them before they are quoted; what is null is empty.
+std::map<std::string, std::string> rowCells(const Json::Value& row);
+/// An object, styled, with a member more: an array of rows. Without the name there are none.
+std::string documentJson(const Json::Value& object, const std::string& rowsMember,
+                         const std::vector<Json::Value>& rows);
+
+}  // namespace Command
