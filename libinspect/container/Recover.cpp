@@ -8,9 +8,9 @@
 #include <fmt/format.h>
 #include <zlib.h>
 
+#include <libcrossplatform/common/PFileSafeWriter.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/WireBytes.h>
-#include <libinspect/container/SafeFile.h>
 
 namespace Inspect {
 namespace {
@@ -147,15 +147,12 @@ Recovery findSections(const ByteSource& source) {
 }
 
 bool writeRecovered(const ByteSource& source, const Recovery& recovery, const std::string& path, std::string& error) {
-  UnfinishedFile unfinished;
   PFile::SafeFileWriter file;
   const auto failed = [&] {
     error = fmt::format("{}: {}", path, std::strerror(errno));
     return false;
   };
-  const int opened = file.open(path.c_str());
-  unfinished.created(file.temporaryPath());
-  if (opened != 0) return failed();
+  if (file.open(path.c_str()) != 0) return failed();
   for (const SectionInfo& info : recovery.kept) {
     std::unique_ptr<unsigned char[]> bytes(new unsigned char[info.header.dataSize]);
     if (source.readAt(info.payloadOffset(), bytes.get(), info.header.dataSize) != info.header.dataSize) {

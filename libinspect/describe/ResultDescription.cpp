@@ -13,7 +13,6 @@
 #include <libcrossplatform/common/jsonutil.h>
 #include <libinspect/container/ByteSource.h>
 #include <libinspect/container/ContainerWalk.h>
-#include <libinspect/container/SafeFile.h>
 #include <libinspect/describe/ObjectReader.h>
 #include <libinspect/records/RecordView.h>
 
@@ -198,12 +197,9 @@ bool parseDescription(const std::string& text, const std::string& payloads, Resu
 
 bool packResult(ResultDescription& description, const std::string& path, int level, PackedFile& packed,
                 std::string& error) {
-  UnfinishedFile unfinished;
   PFile::SafeFileWriter file;
   error.clear();
-  const int opened = file.open(path.c_str());
-  unfinished.created(file.temporaryPath());
-  if (opened != 0) {
+  if (file.open(path.c_str()) != 0) {
     error = fmt::format("{}: {}", path, std::strerror(errno));
     return false;
   }

@@ -68,6 +68,10 @@ bool refusesToReplace(const std::string& path, bool force);
 /// Says so when what is to be written would replace what is to be read.
 bool refusesToReplaceInput(const std::string& input, const std::string& output);
 
+/// Saves what a command made, so that the old file or the new one is there at any time.
+/// @return false, with a complaint; the file at `path` is then as it was
+bool saveOutput(const std::string& path, const void* bytes, std::size_t size);
+
 // Each adds its subcommand to the application and sets `run` when it is chosen.
 void addPack(CLI::App& app, const Options& options, Run& run);
 void addInfo(CLI::App& app, const Options& options, Run& run);

@@ -1,13 +1,16 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <filesystem>
 #include <thread>
 
 #include <fmt/format.h>
 
+#include <libcrossplatform/common/FileReplacement.h>
 #include <libinspect/records/FileSummary.h>
 
 #include "Commands.h"
@@ -196,6 +199,12 @@ bool refusesToReplaceInput(const std::string& input, const std::string& output) 
   if (!fs::equivalent(input, output, missing)) return false;
   complain(input + ": is to be read, and would be replaced");
   return true;
+}
+
+bool saveOutput(const std::string& path, const void* bytes, std::size_t size) {
+  if (Veltra::replaceFile(path, bytes, size)) return true;
+  complain(fmt::format("{}: {}", path, std::strerror(errno)));
+  return false;
 }
 
 }  // namespace Command
