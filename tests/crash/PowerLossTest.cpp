@@ -144,7 +144,8 @@ int cutPower(const Workload& workload, const Bytes& before, unsigned long subset
 
 class PowerLoss : public ::testing::TestWithParam<const char*> {};
 
-INSTANTIATE_TEST_SUITE_P(Of, PowerLoss, ::testing::Values("save", "save_in_place", "package", "replace", "recover"));
+INSTANTIATE_TEST_SUITE_P(Of, PowerLoss,
+                         ::testing::Values("save", "save_in_place", "package", "replace", "profile_save", "recover"));
 
 }  // namespace
 

@@ -228,7 +228,7 @@ const std::vector<Workload>& all() {
       {"reopen", reopen, wholeResult(), wholeResult(), Workload::READS, true, false},
       {"package", package, OLD, manifest, Workload::OVERWRITES, true, true},
       {"replace", replace, OLD, trace(70000), Workload::REPLACES, false, false},
-      {"profile_save", saveProfile, OLD, profile, Workload::OVERWRITES, false, false},
+      {"profile_save", saveProfile, OLD, profile, Workload::REPLACES, false, false},
       {"profile_read", readProfile, profile, profile, Workload::READS, false, false},
       {"secrets", keepSecrets, profile, profile, Workload::READS, false, false},
       {"settings", rebuildSettings, profile, profile, Workload::READS, false, false},
