@@ -137,7 +137,7 @@ void parseSection(const Json::Value& json, const std::string& path, DescribedSec
   in.finish();
 }
 
-bool writeDataSection(const DescribedSection& described, int level, Veltra::MemFileWriter& writer, std::string& error) {
+bool writeDataSection(const DescribedSection& described, int level, PFile::FileWriter& file, std::string& error) {
   ByteSource source;
   if (!source.open(described.payload, error)) return false;
   if (source.size() == 0 || source.size() > MAX_PAYLOAD) {
@@ -161,7 +161,13 @@ bool writeDataSection(const DescribedSection& described, int level, Veltra::MemF
     error = fmt::format("{}: cannot be compressed", source.name());
     return false;
   }
-  if (writer.write(section) == 0) return true;
+  const uint64_t total = uint64_t{file.size()} + PFile::Header::BYTES + section.payload.size();
+  if (total > PFile::FileWriter::MAX_BYTES) {
+    error = fmt::format("{}: the file would have {} bytes with it, a container holds at most {}", source.name(), total,
+                        PFile::FileWriter::MAX_BYTES);
+    return false;
+  }
+  if (file.write(section) == 0) return true;
   error = fmt::format("section {}: {}", typeName(described.type), std::strerror(errno));
   return false;
 }
@@ -210,7 +216,7 @@ bool packResult(ResultDescription& description, const std::string& path, int lev
     return false;
   }
   for (const DescribedSection& section : description.sections) {
-    if (!writeDataSection(section, level, writer, error)) return false;
+    if (!writeDataSection(section, level, file.writer(), error)) return false;
   }
   if (file.commit() != 0) {
     error = fmt::format("{}: {}", path, std::strerror(errno));
