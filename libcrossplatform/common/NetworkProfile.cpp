@@ -1,5 +1,6 @@
 #include <libcrossplatform/common/NetworkProfile.h>
 
+#include <cerrno>
 #include <ostream>
 
 #include <arpa/inet.h>
@@ -219,19 +220,33 @@ bool NetworkProfile::save() const {
 }
 
 bool NetworkProfile::saveTo(const std::string& path) const {
+  return store(path, nullptr);
+}
+
+bool NetworkProfile::saveTo(const std::string& path, const Veltra::FileStamp& expected) const {
+  return store(path, &expected);
+}
+
+bool NetworkProfile::store(const std::string& path, const Veltra::FileStamp* expected) const {
   const std::lock_guard<std::mutex> lock(_mutex);
   std::string text;
-  return Dump::writeStyledJson(text, *this, INDENTATION, Veltra::JsonBounds::STYLED_BYTES) &&
-         Veltra::isWithinBounds(Veltra::extentOf(text)) && Veltra::writeProfileFile(path, text);
+  const bool isTaken = Dump::writeStyledJson(text, *this, INDENTATION, Veltra::JsonBounds::STYLED_BYTES) &&
+                       Veltra::isWithinBounds(Veltra::extentOf(text));
+  if (!isTaken) errno = EFBIG;
+  return isTaken && Veltra::writeProfileFile(path, text, expected);
 }
 
 bool NetworkProfile::read() {
-  return readFrom(FILE_PATH);
+  return load(FILE_PATH, Veltra::ProfileOwner::TRUSTED);
 }
 
 bool NetworkProfile::readFrom(const std::string& path) {
+  return load(path, Veltra::ProfileOwner::ANY);
+}
+
+bool NetworkProfile::load(const std::string& path, Veltra::ProfileOwner owner) {
   const std::lock_guard<std::mutex> lock(_mutex);
   std::string text;
-  return Veltra::readProfileFile(path, text) && Veltra::isWithinBounds(Veltra::extentOf(text)) &&
+  return Veltra::readProfileFile(path, owner, text) && Veltra::isWithinBounds(Veltra::extentOf(text)) &&
          Veltra::parseJson(text, *this, true);
 }

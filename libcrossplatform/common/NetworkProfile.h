@@ -9,8 +9,13 @@
 
 #include <json/value.h>
 
+#include <libcrossplatform/common/FileReplacement.h>
 #include <libcrossplatform/common/WifiProfile.h>
 #include <libcrossplatform/logging/Export.h>
+
+namespace Veltra {
+enum class ProfileOwner : int32_t;
+}
 
 /// The network configuration of the instrument: interface, addresses, wireless security and recent networks. It is
 /// itself the JSON document that is stored; every accessor reads or writes a member of it.
@@ -175,21 +180,31 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   /// file can hold, is written with U+FFFD, here and by save; a warning is logged.
   void dump(std::ostream& stream) const;
 
-  /// Writes the document to FILE_PATH, or a path of the caller's choice. The file is created with mode 0600.
-  /// @return false when a byte could not be written, the path is not a regular file, or the text is more than read()
-  ///         takes: the file is not touched then. A symbolic link is followed when it belongs to root or the caller
+  /// Replaces FILE_PATH, or a file of the caller's choice, by the document: a reader finds the old one or the new one,
+  /// whole, at any time. The file ends with mode 0600 and belongs to the caller, whatever it was. A symbolic link is
+  /// followed when it belongs to root or the caller.
+  /// @param expected  of the file, taken before it was read: it is replaced only if nobody has changed it since
+  /// @return false with the reason in `errno`, the old file being as it was: it is not the expected one (ESTALE), is no
+  ///         regular file, or a link of somebody else; the system does not let the caller replace it; the text is more
+  ///         than read() takes (EFBIG); or the new file could not be written or made private. Also false, with the new
+  ///         file in its place, when only the folder could not be synced.
   bool save() const;
   bool saveTo(const std::string& path) const;
+  bool saveTo(const std::string& path, const Veltra::FileStamp& expected) const;
 
   /// Replaces the document by the one in FILE_PATH, or a path of the caller's choice. Comments are kept as
   /// parseJson() keeps them.
   /// @return false, the document as it was, when the file is missing, not JSON, beyond
-  ///         docs/reader-behaviour.md#the-bounds-of-json, or is not a file that saveTo would write to
+  ///         docs/reader-behaviour.md#the-bounds-of-json, or is not a file that saveTo would replace. read() also
+  ///         refuses a file that belongs neither to root nor to the caller, in a folder that others can write to;
+  ///         readFrom() reads what it is pointed at.
   bool read();
   bool readFrom(const std::string& path);
 
  private:
   bool setConfigOfSecurity(const WifiProfile& profile);
+  bool store(const std::string& path, const Veltra::FileStamp* expected) const;
+  bool load(const std::string& path, Veltra::ProfileOwner owner);
 
   static std::mutex _mutex;  // one for the profile file, among all instances
 };

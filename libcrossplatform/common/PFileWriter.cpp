@@ -41,11 +41,17 @@ int FileWriter::open(char const* path) {
     PFILE_LOG(_error, "Trying to open a directory.");
     return PFILE_FAILED;
   }
-  _stream = std::fopen(path, "wb");
-  if (_stream == nullptr) {
+  std::FILE* const stream = std::fopen(path, "wb");
+  if (stream == nullptr) {
     PFILE_LOG_VALUES(_error, "fopen failed.errno:%d", errno);
     return PFILE_FAILED;
   }
+  return start(stream);
+}
+
+/// Begins a file in an empty stream, which it closes.
+int FileWriter::start(std::FILE* stream) {
+  _stream = stream;
   useBuffer(_stream, _stdioBuffer, LARGE_BUFFER_BYTES);
   _fileHeader = std::make_unique<Section>(_debug, _error, _error);
   // The payload is the running total itself: it reads 20 when it is written behind its header, whose CRC was taken

@@ -14,6 +14,8 @@ namespace PFile {
 /// file safely use SafeFileWriter.
 class VELTRA_EXPORT FileWriter {
  public:
+  static constexpr uint32_t MAX_BYTES = 0xFFFFFFFF;  ///< of a container
+
   FileWriter() = default;
   FileWriter(LogCallback debug, LogCallback error);
   ~FileWriter();  ///< close(false)
@@ -33,8 +35,14 @@ class VELTRA_EXPORT FileWriter {
   /// @return 0, also when nothing is open; -1 something could not be written or synced. The file is closed either way.
   int close(bool sync);
   bool isOpen() const { return _stream != nullptr; }
+  /// Bytes written so far, to files before this one too. A section that takes them beyond MAX_BYTES, its header
+  /// included, stops the program.
+  uint32_t size() const { return _total; }
 
  private:
+  friend class SafeFileWriter;
+
+  int start(std::FILE* stream);
   bool append(void const* data, uint32_t size);
   int writeTotal();
   int syncToDisk();

@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <libcrossplatform/common/Uninterrupted.h>
+
 namespace Veltra {
 namespace {
 
@@ -16,7 +18,9 @@ constexpr int MAX_LINKS = 8;
 class Descriptor {
  public:
   explicit Descriptor(int fd) : m_fd(fd) {}
-  ~Descriptor() { close(); }
+  ~Descriptor() {
+    if (m_fd >= 0) ::close(m_fd);
+  }
   Descriptor(Descriptor&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
@@ -24,20 +28,12 @@ class Descriptor {
   int get() const { return m_fd; }
   bool isOpen() const { return m_fd >= 0; }
 
-  /// False when the file system reports late that it could not keep the bytes.
-  bool close() { return m_fd < 0 || ::close(std::exchange(m_fd, -1)) == 0; }
-
  private:
   int m_fd;
 };
 
-// The result of a call that a signal may interrupt. One that is interrupted without end has failed like any other.
-template <class Call>
-ssize_t uninterrupted(Call call) {
-  constexpr int MOST_TRIES = 100;
-  ssize_t n = call();
-  for (int tries = 1; n < 0 && errno == EINTR && tries < MOST_TRIES; ++tries) n = call();
-  return n;
+bool isTrusted(uid_t owner) {
+  return owner == 0 || owner == ::geteuid();
 }
 
 // The path a link leads to, empty when it is not to be followed. Owner and target are asked of one open link, so that
@@ -46,7 +42,7 @@ std::string trustedTarget(const std::string& path) {
   const Descriptor link(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   struct stat status;
   if (!link.isOpen() || ::fstat(link.get(), &status) != 0 || !S_ISLNK(status.st_mode)) return {};
-  if (status.st_uid != 0 && status.st_uid != ::geteuid()) return {};
+  if (!isTrusted(status.st_uid)) return {};
   char target[PATH_MAX];
   const ssize_t length = ::readlinkat(link.get(), "", target, sizeof target);
   if (length <= 0 || static_cast<std::size_t>(length) >= sizeof target) return {};
@@ -54,38 +50,50 @@ std::string trustedTarget(const std::string& path) {
   return text[0] == '/' ? text : path.substr(0, path.rfind('/') + 1) + text;
 }
 
-// Opens a regular file, and nothing else.
-Descriptor openRegular(std::string path, int flags) {
+// The path of the file that trusted links lead to, itself no link; empty, with errno, when one is not to be followed.
+std::string withoutLinks(std::string path) {
   for (int links = 0; links <= MAX_LINKS && !path.empty(); ++links) {
-    Descriptor file(::open(path.c_str(), flags | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (file.isOpen()) {
-      struct stat status;
-      const bool regular = ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode);
-      return regular ? std::move(file) : Descriptor(-1);
-    }
-    if (errno != ELOOP) break;  // ELOOP: the path ends in a link
+    struct stat status;
+    if (::lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return path;
     path = trustedTarget(path);
+    if (path.empty()) {
+      errno = EACCES;
+      return path;
+    }
   }
-  return Descriptor(-1);
+  errno = path.empty() ? ENOENT : ELOOP;
+  return {};
+}
+
+// Whether others can put their own file in the place of this one.
+bool isInSharedFolder(const std::string& path) {
+  struct stat folder;
+  const std::string name = path.substr(0, path.rfind('/') + 1);
+  return ::stat(name.empty() ? "." : name.c_str(), &folder) != 0 || !isTrusted(folder.st_uid) ||
+         (folder.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+}
+
+// Opens a regular file, and nothing else.
+Descriptor openRegular(const std::string& path, ProfileOwner owner) {
+  Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  struct stat status;
+  if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return Descriptor(-1);
+  if (owner == ProfileOwner::TRUSTED && !isTrusted(status.st_uid) && isInSharedFolder(path)) return Descriptor(-1);
+  return file;
 }
 
 }  // namespace
 
-bool writeProfileFile(const std::string& path, const std::string& text) {
-  Descriptor file = openRegular(path, O_WRONLY | O_CREAT);
-  // Truncated only once it is known to be a regular file.
-  if (!file.isOpen() || ::ftruncate(file.get(), 0) != 0) return false;
-  std::size_t written = 0;
-  while (written < text.size()) {
-    const ssize_t n = uninterrupted([&] { return ::write(file.get(), text.data() + written, text.size() - written); });
-    if (n <= 0) return false;
-    written += static_cast<std::size_t>(n);
-  }
-  return file.close();
+bool writeProfileFile(const std::string& path, const std::string& text, const FileStamp* expected) {
+  const std::string target = withoutLinks(path);
+  FileReplacement file;
+  if (target.empty() || !file.open(target, FileReplacement::ACCESS_PRIVATE)) return false;
+  if (expected != nullptr) file.expect(*expected);
+  return file.write(text.data(), text.size()) && file.commit();
 }
 
-bool readProfileFile(const std::string& path, std::string& text) {
-  const Descriptor file = openRegular(path, O_RDONLY);
+bool readProfileFile(const std::string& path, ProfileOwner owner, std::string& text) {
+  const Descriptor file = openRegular(withoutLinks(path), owner);
   if (!file.isOpen()) return false;
   std::string content;
   char piece[16 * 1024];

@@ -10,7 +10,7 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/container/Uninterrupted.h>
+#include <libcrossplatform/common/Uninterrupted.h>
 
 namespace Inspect {
 
@@ -66,7 +66,7 @@ bool ByteSource::takeIn(std::string& error) {
     const std::size_t at = _bytes.size();
     if (at > limit) return refuse(limit, error);
     _bytes.resize(at + PIECE);
-    const ssize_t got = uninterrupted([&] { return read(_descriptor, &_bytes[at], PIECE); });
+    const ssize_t got = Veltra::uninterrupted([&] { return read(_descriptor, &_bytes[at], PIECE); });
     _bytes.resize(at + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
     if (got == 0) break;
     if (got < 0) {
@@ -81,8 +81,8 @@ bool ByteSource::takeIn(std::string& error) {
 std::size_t ByteSource::readFile(uint64_t offset, uint8_t* to, std::size_t size) const {
   std::size_t done = 0;
   while (done < size) {
-    const ssize_t got =
-        uninterrupted([&] { return pread(_descriptor, to + done, size - done, static_cast<off_t>(offset + done)); });
+    const ssize_t got = Veltra::uninterrupted(
+        [&] { return pread(_descriptor, to + done, size - done, static_cast<off_t>(offset + done)); });
     if (got < 0) _hasFailed = true;
     if (got <= 0) break;
     done += static_cast<std::size_t>(got);

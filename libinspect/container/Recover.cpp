@@ -8,12 +8,14 @@
 #include <fmt/format.h>
 #include <zlib.h>
 
+#include <libcrossplatform/common/PFileSafeWriter.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/WireBytes.h>
-#include <libinspect/container/SafeFile.h>
 
 namespace Inspect {
 namespace {
+
+constexpr uint64_t FILE_HEADER_BYTES = PFile::Header::BYTES + 4;
 
 /// CRC-32 of any range of the input at a bounded cost: the CRCs of all bytes before each checkpoint, and the rule that
 /// takes the CRC of a beginning out of the CRC of the whole (zlib's crc32_combine). Without it a file of many headers
@@ -124,7 +126,6 @@ class Search {
 
   /// What lies between the last section kept and `end` is lost, but for the file header that stands at the beginning.
   void lose(uint64_t end) {
-    constexpr uint64_t FILE_HEADER_BYTES = PFile::Header::BYTES + 4;
     uint64_t begin = _covered;
     if (begin == 0 && isFileHeader()) begin = std::min(FILE_HEADER_BYTES, end);
     if (end > begin) _recovery.lost.push_back({begin, end - begin});
@@ -148,15 +149,19 @@ Recovery findSections(const ByteSource& source) {
 }
 
 bool writeRecovered(const ByteSource& source, const Recovery& recovery, const std::string& path, std::string& error) {
-  UnfinishedFile unfinished;
   PFile::SafeFileWriter file;
   const auto failed = [&] {
     error = fmt::format("{}: {}", path, std::strerror(errno));
     return false;
   };
-  const int opened = file.open(path.c_str());
-  unfinished.created(file.temporaryPath());
-  if (opened != 0) return failed();
+  uint64_t total = FILE_HEADER_BYTES;
+  for (const SectionInfo& info : recovery.kept) total += PFile::Header::BYTES + uint64_t{info.header.dataSize};
+  if (total > PFile::FileWriter::MAX_BYTES) {
+    error = fmt::format("{}: the sections found are {} bytes together, a container holds at most {}", source.name(),
+                        total, PFile::FileWriter::MAX_BYTES);
+    return false;
+  }
+  if (file.open(path.c_str()) != 0) return failed();
   for (const SectionInfo& info : recovery.kept) {
     std::unique_ptr<unsigned char[]> bytes(new unsigned char[info.header.dataSize]);
     if (source.readAt(info.payloadOffset(), bytes.get(), info.header.dataSize) != info.header.dataSize) {

@@ -1,12 +1,14 @@
 #include <libinspect/describe/PackageDescription.h>
 
+#include <cerrno>
+#include <cstring>
 #include <limits>
 
 #include <fmt/format.h>
 
 #include <libcrossplatform/common/DatabaseManifestFile.h>
+#include <libcrossplatform/common/FileReplacement.h>
 #include <libcrossplatform/common/jsonutil.h>
-#include <libinspect/container/SafeFile.h>
 #include <libinspect/describe/ObjectReader.h>
 
 namespace Inspect {
@@ -108,15 +110,19 @@ Json::Value packageJson(const DatabasePackageManifest& manifest) {
 }
 
 bool writePackage(DatabasePackageManifest& manifest, uint16_t type, const std::string& path, std::string& error) {
-  return writeBeside(path, error, [&](const std::string& temporary, std::string& why) {
-    DatabasePackageManifest written;
-    Veltra::writeManifestFile(manifest, type, temporary.c_str());
-    const PFile::PFileReaderStatus status = Veltra::readManifestFile(written, temporary.c_str());
-    if (status == PFile::READER_OK && written == manifest) return true;
-    why = fmt::format("{}: what was written does not read back: {}", path,
-                      status == PFile::READER_OK ? "other content" : toString(status));
+  Veltra::FileReplacement file;
+  DatabasePackageManifest written;
+  error.clear();
+  const auto failed = [&] {
+    error = fmt::format("{}: {}", path, std::strerror(errno));
     return false;
-  });
+  };
+  if (!file.open(path) || Veltra::writeManifestFile(manifest, type, file.temporaryPath().c_str()) != 0) return failed();
+  const PFile::PFileReaderStatus status = Veltra::readManifestFile(written, file.temporaryPath().c_str());
+  if (status == PFile::READER_OK && written == manifest) return file.commit() || failed();
+  error = fmt::format("{}: what was written does not read back: {}", path,
+                      status == PFile::READER_OK ? "other content" : toString(status));
+  return false;
 }
 
 }  // namespace Inspect

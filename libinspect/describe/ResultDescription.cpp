@@ -13,7 +13,6 @@
 #include <libcrossplatform/common/jsonutil.h>
 #include <libinspect/container/ByteSource.h>
 #include <libinspect/container/ContainerWalk.h>
-#include <libinspect/container/SafeFile.h>
 #include <libinspect/describe/ObjectReader.h>
 #include <libinspect/records/IsoTime.h>
 
@@ -131,7 +130,7 @@ void parseSection(const Json::Value& json, const std::string& path, DescribedSec
   in.finish();
 }
 
-bool writeDataSection(const DescribedSection& described, int level, Veltra::MemFileWriter& writer, std::string& error) {
+bool writeDataSection(const DescribedSection& described, int level, PFile::FileWriter& file, std::string& error) {
   ByteSource source;
   if (!source.open(described.payload, error)) return false;
   if (source.size() == 0 || source.size() > MAX_PAYLOAD) {
@@ -155,7 +154,13 @@ bool writeDataSection(const DescribedSection& described, int level, Veltra::MemF
     error = fmt::format("{}: cannot be compressed", source.name());
     return false;
   }
-  if (writer.write(section) == 0) return true;
+  const uint64_t total = uint64_t{file.size()} + PFile::Header::BYTES + section.payload.size();
+  if (total > PFile::FileWriter::MAX_BYTES) {
+    error = fmt::format("{}: the file would have {} bytes with it, a container holds at most {}", source.name(), total,
+                        PFile::FileWriter::MAX_BYTES);
+    return false;
+  }
+  if (file.write(section) == 0) return true;
   error = fmt::format("section {}: {}", typeName(described.type), std::strerror(errno));
   return false;
 }
@@ -191,12 +196,9 @@ bool parseDescription(const std::string& text, const std::string& payloads, Resu
 
 bool packResult(ResultDescription& description, const std::string& path, int level, PackedFile& packed,
                 std::string& error) {
-  UnfinishedFile unfinished;
   PFile::SafeFileWriter file;
   error.clear();
-  const int opened = file.open(path.c_str());
-  unfinished.created(file.temporaryPath());
-  if (opened != 0) {
+  if (file.open(path.c_str()) != 0) {
     error = fmt::format("{}: {}", path, std::strerror(errno));
     return false;
   }
@@ -207,7 +209,7 @@ bool packResult(ResultDescription& description, const std::string& path, int lev
     return false;
   }
   for (const DescribedSection& section : description.sections) {
-    if (!writeDataSection(section, level, writer, error)) return false;
+    if (!writeDataSection(section, level, file.writer(), error)) return false;
   }
   if (file.commit() != 0) {
     error = fmt::format("{}: {}", path, std::strerror(errno));

@@ -21,6 +21,11 @@ t veltra manifest new package.json -o no/such/directory/p.pkg
 echo mine > fresh.pkg.new
 t veltra manifest new package.json -o fresh.pkg
 t cat fresh.pkg.new
+# What a file may be read by stays as it was; a new one gets what the umask leaves.
+chmod 600 fresh.pkg
+veltra manifest new package.json -o fresh.pkg --force
+(umask 027; veltra extract p.pkg -s 1 -o first.bin)
+t stat -c %a fresh.pkg first.bin
 
 refuse() { printf '%s' "$1" > bad.json; t veltra manifest new bad.json -o never.pkg; }
 refuse '{"version": "3.12"}'

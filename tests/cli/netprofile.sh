@@ -15,6 +15,11 @@ t np set passphrase "on the command line"
 printf 'correct horse battery\n' > secret.txt
 input=secret.txt t np set passphrase
 t np set user
+# The profile is read when the secret is there: what was set while it was asked for stays.
+meanwhile() { (while [[ ! -e p.set ]]; do sleep 0.01; done; echo secret) | np set user; }
+(sleep 0.2; np set ssid "Site kitchen"; touch p.set) &
+t meanwhile
+wait
 t np set certificate x
 t np set colour blue
 t np set address

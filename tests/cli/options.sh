@@ -45,10 +45,13 @@ interrupted() { # SIGNAL
   env --default-signal="$1" "$veltra" pack waits.json -o lot/new.vres 9<&- &
   until compgen -G 'lot/new.vres.*' > /dev/null || ! kill -0 $! 2> /dev/null; do sleep 0.01; done
   kill -"$1" $!
-  wait $!
+  { wait $!; } 2> /dev/null
 }
-t interrupted INT
-t interrupted TERM
+for signal in INT TERM HUP PIPE; do t interrupted $signal; done
+printf 'x%.0s' {1..3000} > long.bin
+printf '%s' '{"summary": {"resultName": "B-3"}, "sections": [{"type": 302, "version": 1, "payload": "long.bin"}]}' > long.json
+too_long() { (ulimit -f 1; exec env --default-signal=XFSZ "$veltra" pack long.json -o lot/new.vres); }
+t too_long
 t ls lot
 
 veltra completion bash > completion.bash

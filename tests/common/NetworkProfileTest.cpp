@@ -1,6 +1,7 @@
 #include <libcrossplatform/common/NetworkProfile.h>
 
 #include <atomic>
+#include <cerrno>
 #include <functional>
 #include <thread>
 
@@ -412,7 +413,7 @@ TEST_F(NetworkProfileFile, SavesStyledTextThatComesBackWithItsComments) {
   EXPECT_EQ(content("profile"), "{\n\t\"DNSList\" : [ \"8.8.8.8\" ],\n\t\"Wifi Interface\" : true\n}\n");
   struct stat status;
   ASSERT_EQ(stat(path("profile").c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 0777U, 0600U & ~umask(umask(0)));
+  EXPECT_EQ(status.st_mode & 0777U, 0600U);
 
   const std::string commented = "// by hand\n{\n\t\"WiFi SSID\" : \"net\"\n}\n";
   write("profile", commented + std::string(100, ' '));
@@ -420,6 +421,14 @@ TEST_F(NetworkProfileFile, SavesStyledTextThatComesBackWithItsComments) {
   EXPECT_FALSE(profile.getWifiEnabled());  // replaced, not merged
   EXPECT_TRUE(profile.saveTo(path("profile")));
   EXPECT_EQ(content("profile"), commented);  // the longer text is gone
+
+  const Veltra::FileStamp stamp = Veltra::FileStamp::of(path("profile"));
+  ASSERT_EQ(chmod(path("profile").c_str(), 0644), 0);
+  EXPECT_FALSE(profile.saveTo(path("profile"), stamp)) << "changed meanwhile";
+  EXPECT_EQ(errno, ESTALE);
+  EXPECT_TRUE(profile.saveTo(path("profile"), Veltra::FileStamp::of(path("profile"))));
+  ASSERT_EQ(stat(path("profile").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
 TEST_F(NetworkProfileFile, UnreadableTextKeepsTheDocument) {
@@ -499,12 +508,13 @@ TEST_F(NetworkProfileFile, FollowsLinksOfTheCallerOnly) {
   EXPECT_EQ(content("sub/target"), "{}");
 }
 
-// The sanitizers see no race on a file: a torn one shows in what is read.
-TEST_F(NetworkProfileFile, ThreadsNeverReadHalfAFile) {
+// The sanitizers see no race on a file: a torn one shows in what is read. Processes do not share the lock.
+TEST_F(NetworkProfileFile, ThreadsAndProcessesNeverReadHalfAFile) {
   const auto nameOf = [](int t) { return std::string(static_cast<std::size_t>(1000 + 20000 * t), char('a' + t)); };
   std::atomic<int> faults{0};
+  const pid_t child = fork();
   std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
+  for (const int t : {child == 0 ? 0 : 1, child == 0 ? 2 : 3}) {
     threads.emplace_back([&, t] {
       NetworkProfile profile;
       for (int i = 0; i < 50; ++i) {
@@ -516,7 +526,10 @@ TEST_F(NetworkProfileFile, ThreadsNeverReadHalfAFile) {
     });
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(faults, 0);
+  if (child == 0) std::_Exit(faults > 0);
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(faults + status, 0);
 }
 
 // In a mount of its own, so that no file of the machine is touched, and in a child, so that no test after it sees the
@@ -533,9 +546,13 @@ TEST(NetworkProfile, SavesToTheFixedPath) {
     NetworkProfile back;
     const bool missing = !back.read();
     profile.setUsbWifiSSID("net");
-    const bool stored =
-        profile.save() && back.read() && back.getUsbWifiSSID() == "net" && fs::exists("/tmp/netprofile.dat");
-    std::_Exit(missing && stored ? 0 : 1);
+    const std::string file = NetworkProfile::FILE_PATH;
+    const bool stored = profile.save() && back.read() && back.getUsbWifiSSID() == "net" && fs::exists(file);
+    // A stranger's file, in a folder that everybody can write to, and in one that only root can.
+    const bool refused = chown(file.c_str(), 12345, 0) == 0 && !back.read() && back.readFrom(file);
+    const bool trusted = chmod("/tmp", 0755) == 0 && back.read();
+    const bool replaced = chmod("/tmp", 01777) == 0 && profile.save() && back.read();
+    std::_Exit(missing && stored && refused && trusted && replaced ? 0 : 1);
   }
   int status = 0;
   ASSERT_EQ(waitpid(child, &status, 0), child);

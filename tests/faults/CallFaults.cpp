@@ -20,10 +20,10 @@ namespace Calls {
 #if defined(__x86_64__)
 
 const Call ALL[] = {
-    {"openat", SYS_openat}, {"fstat", SYS_newfstatat},    {"fstat", SYS_fstat},   {"read", SYS_read},
-    {"pread", SYS_pread64}, {"write", SYS_write},         {"lseek", SYS_lseek},   {"ftruncate", SYS_ftruncate},
-    {"fsync", SYS_fsync},   {"close", SYS_close},         {"fchmod", SYS_fchmod}, {"rename", SYS_rename},
-    {"unlink", SYS_unlink}, {"getdents", SYS_getdents64},
+    {"openat", SYS_openat},     {"fstat", SYS_newfstatat},    {"fstat", SYS_fstat},   {"read", SYS_read},
+    {"pread", SYS_pread64},     {"write", SYS_write},         {"lseek", SYS_lseek},   {"fcntl", SYS_fcntl},
+    {"fsync", SYS_fsync},       {"close", SYS_close},         {"fchmod", SYS_fchmod}, {"renameat", SYS_renameat},
+    {"unlinkat", SYS_unlinkat}, {"getdents", SYS_getdents64},
 };
 const int COUNT = static_cast<int>(std::size(ALL));
 

@@ -11,6 +11,7 @@
 #include <gsl/util>
 
 #include <libcrossplatform/common/DatabaseVersionEx.h>
+#include <libcrossplatform/common/FileReplacement.h>
 #include <libcrossplatform/common/NetworkProfile.h>
 #include <libcrossplatform/common/OrbelSettings.h>
 #include <libcrossplatform/common/ResultFile.h>
@@ -18,7 +19,6 @@
 
 #ifdef VELTRA_HAS_INSPECT
 #include <libinspect/container/Recover.h>
-#include <libinspect/container/SafeFile.h>
 #include <libinspect/records/RecordCheck.h>
 #endif
 
@@ -175,6 +175,11 @@ int rebuildSettings(const std::string& path) {
   return static_cast<const Veltra::OrbelSettings&>(*made) == settings ? 0 : FOREIGN_EXCEPTION;
 }
 
+int replace(const std::string& path) {
+  const Bytes bytes = trace(70000);
+  return Veltra::replaceFile(path, bytes.data(), bytes.size()) ? 0 : 1;
+}
+
 #ifdef VELTRA_HAS_INSPECT
 
 int doctor(const std::string& path) try {
@@ -194,12 +199,6 @@ int recover(const std::string& path) {
   if (!source.open(path + ".other", error)) return 1;
   const Inspect::Recovery recovery = findSections(source);
   return !source.hasFailed() && writeRecovered(source, recovery, path, error) ? 0 : 1;
-}
-
-int extract(const std::string& path) {
-  const Bytes bytes = trace(70000);
-  std::string error;
-  return Inspect::writeSafely(path, bytes.data(), bytes.size(), error) ? 0 : 1;
 }
 
 #endif
@@ -229,14 +228,14 @@ const std::vector<Workload>& all() {
       {"save_in_place", saveInPlace, OLD, wholeResult(), Workload::OVERWRITES, true, false},
       {"reopen", reopen, wholeResult(), wholeResult(), Workload::READS, true, false},
       {"package", package, OLD, manifest, Workload::OVERWRITES, true, true},
-      {"profile_save", saveProfile, OLD, profile, Workload::OVERWRITES, false, false},
+      {"replace", replace, OLD, trace(70000), Workload::REPLACES, false, false},
+      {"profile_save", saveProfile, OLD, profile, Workload::REPLACES, false, false},
       {"profile_read", readProfile, profile, profile, Workload::READS, false, false},
       {"secrets", keepSecrets, profile, profile, Workload::READS, false, false},
       {"settings", rebuildSettings, profile, profile, Workload::READS, false, false},
 #ifdef VELTRA_HAS_INSPECT
       {"doctor", doctor, wholeResult(), wholeResult(), Workload::READS, true, false},
       {"recover", recover, OLD, wholeResult(), Workload::REPLACES, true, false},
-      {"extract", extract, OLD, trace(70000), Workload::REPLACES, false, false},
 #endif
   };
   return list;

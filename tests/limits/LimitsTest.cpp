@@ -224,3 +224,17 @@ TEST_F(Limits, OneMebibyteOfJsonIsReadOrRefusedAtABoundedCost) {
     EXPECT_EQ(std::count(written.begin(), written.end(), '*') + std::count(written.begin(), written.end(), '/'), 0);
   }
 }
+
+#ifdef VELTRA_HAS_INSPECT
+TEST(Limits, MoreThanAContainerHoldsIsNotRecovered) {
+  const TempDir dir;
+  std::string error;
+  Inspect::ByteSource source;
+  Inspect::Recovery recovery;
+  recovery.kept.resize(2);
+  for (Inspect::SectionInfo& section : recovery.kept) section.header.dataSize = 0x7FFFFFFF;
+  EXPECT_FALSE(writeRecovered(source, recovery, dir.file("new"), error));
+  EXPECT_NE(error.find("4294967358 bytes together, a container holds at most 4294967295"), std::string::npos) << error;
+  EXPECT_TRUE(std::filesystem::is_empty(dir.path));
+}
+#endif

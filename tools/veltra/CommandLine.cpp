@@ -145,6 +145,7 @@ void addArguments(CLI::App& app, const Subcommand& command) {
     if (!argument.type.empty()) option->type_name(argument.type);
     if (argument.isRequired) option->required();
     if (argument.showsPreset) option->capture_default_str();
+    if (!argument.preset.empty()) option->default_str(argument.preset);
     if (!argument.needs.empty()) option->needs(options.at(argument.needs));
     if (!argument.excludes.empty()) option->excludes(options.at(argument.excludes));
   }

@@ -28,6 +28,7 @@ struct Argument {
   Target target;
   bool isRequired = false;
   bool showsPreset = false;  ///< help tells the value it has unless given
+  std::string preset;        ///< what help tells of one whose target does not hold it
   std::string group;         ///< at most one option of a group may be given; what the group is for
   std::string needs;         ///< the option without which this one may not be given
   std::string excludes;      ///< the option beside which this one may not be given
@@ -41,6 +42,7 @@ struct Argument {
 
   Argument& required() { return isRequired = true, *this; }
   Argument& showingPreset() { return showsPreset = true, *this; }
+  Argument& showing(std::string value) { return preset = std::move(value), *this; }
   Argument& inGroup(std::string purpose) { return group = std::move(purpose), *this; }
   Argument& needing(std::string option) { return needs = std::move(option), *this; }
   Argument& excluding(std::string option) { return excludes = std::move(option), *this; }

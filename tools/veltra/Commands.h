@@ -60,6 +60,10 @@ void complainOfEach(const std::string& name, const Inspect::Findings& findings);
 /// Says so when what is to be written would replace what is to be read.
 [[nodiscard]] bool refusesToReplaceInput(const std::string& input, const std::string& output);
 
+/// Saves what a command made, so that the old file or the new one is there at any time.
+/// @return false, with a complaint; the file at `path` is then as it was
+[[nodiscard]] bool saveOutput(const std::string& path, const void* bytes, std::size_t size);
+
 // One command a file: what it is called, takes and does. The options are those every command has.
 Subcommand annotateCommand(const Options& options);
 Subcommand diffCommand(const Options& options);

@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 
 #include <libinspect/container/ContainerWalk.h>
-#include <libinspect/container/SafeFile.h>
 
 #include "Commands.h"
 
@@ -37,9 +36,7 @@ int extract(const ExtractArguments& args, const Options& options) {
     return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() ? EXIT_DONE : EXIT_COULD_NOT;
   }
   if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
-  if (Inspect::writeSafely(args.output, bytes.data(), bytes.size(), error)) return EXIT_DONE;
-  complain(error);
-  return EXIT_COULD_NOT;
+  return saveOutput(args.output, bytes.data(), bytes.size()) ? EXIT_DONE : EXIT_COULD_NOT;
 }
 
 }  // namespace

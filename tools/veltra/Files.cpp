@@ -1,9 +1,13 @@
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 
 #include <fmt/format.h>
+
+#include <libcrossplatform/common/FileReplacement.h>
 
 #include "Commands.h"
 
@@ -123,6 +127,12 @@ bool refusesToReplaceInput(const std::string& input, const std::string& output) 
   if (!std::filesystem::equivalent(input, output, missing)) return false;
   complain(input + ": is to be read, and would be replaced");
   return true;
+}
+
+bool saveOutput(const std::string& path, const void* bytes, std::size_t size) {
+  if (Veltra::replaceFile(path, bytes, size)) return true;
+  complain(fmt::format("{}: {}", path, std::strerror(errno)));
+  return false;
 }
 
 }  // namespace Command

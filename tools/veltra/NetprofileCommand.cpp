@@ -8,6 +8,7 @@
 #include <optional>
 
 #include <fmt/format.h>
+#include <gsl/util>
 
 #include <libinspect/records/ProfileView.h>
 
@@ -18,26 +19,29 @@ namespace {
 
 struct NetprofileArguments {
   std::string file = NetworkProfile::FILE_PATH;
+  bool isNamed = false;  ///< the file was given
   bool reveal = false;
   std::string setting;
   std::optional<std::string> value;
 };
 
-/// Reads the stored profile. A missing file is an empty profile where that is `allowed`.
-bool readProfile(const std::string& file, bool missingAllowed, NetworkProfile& profile) {
-  if (profile.readFrom(file)) return true;
-  if (access(file.c_str(), F_OK) != 0) {
+/// Reads the stored profile: a file that was given whoever it belongs to. A missing file is an empty profile where that
+/// is `allowed`.
+bool readProfile(const NetprofileArguments& args, bool missingAllowed, NetworkProfile& profile) {
+  if (args.isNamed ? profile.readFrom(args.file) : profile.read()) return true;
+  if (access(args.file.c_str(), F_OK) != 0) {
     if (errno == ENOENT && missingAllowed) return true;
-    complain(fmt::format("{}: {}", file, std::strerror(errno)));
+    complain(fmt::format("{}: {}", args.file, std::strerror(errno)));
     return false;
   }
-  complain(fmt::format("{}: cannot be read: a regular file of JSON of at most 4 MiB is wanted", file));
+  complain(fmt::format("{}: cannot be read: a regular file of JSON of at most 4 MiB is wanted{}", args.file,
+                       args.isNamed ? "" : ", of yours or root's; --file reads any"));
   return false;
 }
 
 int show(const NetprofileArguments& args, const Options& options) {
   NetworkProfile profile;
-  if (!readProfile(args.file, false, profile)) return EXIT_COULD_NOT;
+  if (!readProfile(args, false, profile)) return EXIT_COULD_NOT;
   const Json::Value json = Inspect::profileJson(profile, args.reveal);
   Table table({{"Setting"}, {"Value"}});
   for (const Inspect::ProfileSetting& setting : Inspect::profileSettings()) {
@@ -79,28 +83,35 @@ int set(const NetprofileArguments& args) {
                              args.setting));
   }
   if (!setting->secret && !hasValue) return usage(fmt::format("{}: a value is wanted", args.setting));
-  NetworkProfile profile;
-  if (!readProfile(args.file, true, profile)) return EXIT_COULD_NOT;
   std::string value = args.value.value_or("");
+  const auto wiping = gsl::finally([&] {
+    if (!setting->secret) return;
+    value.resize(value.capacity());  // where longer texts stood, too
+    explicit_bzero(value.data(), value.size());
+  });
+  // Asked for first: at a prompt the profile has all the time to be changed by somebody else.
   if (setting->secret && !readSecret(setting->name, value)) {
     complain(fmt::format("{}: nothing was given; the profile stays as it is", args.setting));
     return EXIT_COULD_NOT;
   }
-  const bool taken = setting->set(profile, value);
-  if (!taken) {
+  NetworkProfile profile;
+  const Veltra::FileStamp stamp = Veltra::FileStamp::of(args.file);
+  if (!readProfile(args, true, profile)) return EXIT_COULD_NOT;
+  if (!setting->set(profile, value)) {
     complain(fmt::format("{}: found {}, wanted {}", args.setting,
                          setting->secret ? "something else" : "\"" + value + "\"", setting->wanted));
+    return EXIT_NO;
   }
-  if (setting->secret) explicit_bzero(value.data(), value.size());
-  if (!taken) return EXIT_NO;
-  if (profile.saveTo(args.file)) return EXIT_DONE;
-  complain(fmt::format("{}: cannot be written: {}", args.file, std::strerror(errno)));
+  if (profile.saveTo(args.file, stamp)) return EXIT_DONE;
+  const bool isChanged = errno == ESTALE;
+  complain(isChanged ? fmt::format("{}: changed meanwhile, run it again", args.file)
+                     : fmt::format("{}: cannot be written: {}", args.file, std::strerror(errno)));
   return EXIT_COULD_NOT;
 }
 
 int check(const NetprofileArguments& args, const Options& options) {
   NetworkProfile profile;
-  if (!readProfile(args.file, false, profile)) return EXIT_COULD_NOT;
+  if (!readProfile(args, false, profile)) return EXIT_COULD_NOT;
   const std::vector<std::string> found = Inspect::checkProfile(profile);
   Document document;
   document.json["file"] = args.file;
@@ -119,7 +130,11 @@ int check(const NetprofileArguments& args, const Options& options) {
 Subcommand netprofileCommand(const Options& options) {
   const auto args = std::make_shared<NetprofileArguments>();
   Subcommand command("netprofile", "Show, change and check the stored network profile");
-  command.option("--file", "F", &args->file, "the stored profile").showingPreset();
+  const Take takeFile = [args](const std::string& file) {
+    args->file = file;
+    args->isNamed = true;
+  };
+  command.option("--file", "F", takeFile, "the stored profile").showing(args->file);
 
   Subcommand& showing = command.commands.emplace_back("show", "The settings, secrets masked");
   showing.flag("--reveal", args->reveal, "show secrets as they are");

@@ -4,7 +4,6 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/container/SafeFile.h>
 #include <libinspect/report/ReportPage.h>
 
 #include "Commands.h"
@@ -47,10 +46,7 @@ int report(const ReportArguments& args, const Options& options) {
   if (!args.expected.empty()) job.expected = &expected;
   if (job.expected != nullptr) code = worse(code, codeOf(coverageOf(job.rows, expected)));
   const std::string page = Inspect::reportPage(job, args.title);
-  if (!Inspect::writeSafely(args.output, page.data(), page.size(), error)) {
-    complain(error);
-    return EXIT_COULD_NOT;
-  }
+  if (!saveOutput(args.output, page.data(), page.size())) return EXIT_COULD_NOT;
   const auto damaged =
       std::count_if(job.notes.begin(), job.notes.end(), [](const Inspect::FileNote& note) { return note.isDamaged; });
   Json::Value json(Json::objectValue);

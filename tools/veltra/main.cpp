@@ -1,9 +1,10 @@
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 
+#include <libcrossplatform/common/FileReplacement.h>
 #include <libcrossplatform/common/Version.h>
-#include <libinspect/container/SafeFile.h>
 
 #include "Commands.h"
 
@@ -51,11 +52,25 @@ int runCommand(int argc, char** argv) {
   return EXIT_COULD_NOT;
 }
 
+extern "C" void endBySignal(int signal) {
+  Veltra::FileReplacement::removeUnfinished();
+  std::signal(signal, SIG_DFL);
+  raise(signal);  // delivered when this returns
+}
+
+/// Leaves no temporary file when a signal ends the program. One that is ignored stays ignored.
+void handleSignals() {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+    if (std::signal(signal, endBySignal) == SIG_IGN) std::signal(signal, SIG_IGN);
+  }
+  std::signal(SIGXFSZ, SIG_IGN);  // writing fails then, and that is said
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   std::setlocale(LC_CTYPE, "");  // widths of characters in tables; numbers stay in the C locale
-  Inspect::removeUnfinishedOnSignals();
+  handleSignals();
   try {
     return runCommand(argc, argv);
   } catch (const std::exception& e) {  // out of memory, or a closed standard output

@@ -1,24 +1,34 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
+
+#include <libcrossplatform/common/FileReplacement.h>
 
 namespace Veltra {
 
-/// Reading and writing a small settings file in a directory where others may put things of the same name.
+/// Reading and replacing a small settings file in a folder where others may put things of the same name.
 ///
-/// Only a regular file is opened: a FIFO, device or directory is refused at once, without blocking on it. A symbolic
-/// link is followed when it belongs to root or to the caller, and refused otherwise.
+/// It is a regular file: a FIFO, device or folder is refused at once, without blocking on it. A symbolic link is
+/// followed when it belongs to root or to the caller, and refused otherwise.
 
 constexpr std::size_t PROFILE_FILE_MAX_BYTES = std::size_t{4} * 1024 * 1024;
 
-/// Replaces the content of a file, which is created with mode 0600 when it does not exist.
-/// @return false when it cannot be opened or not every byte could be written; the old content is lost in the second
-/// case
-bool writeProfileFile(const std::string& path, const std::string& text);
+enum class ProfileOwner : int32_t {
+  ANY,
+  TRUSTED,  ///< root or the caller, unless nobody else can put a file into the folder
+};
+
+/// Replaces a file, or the one that links lead to, by one of mode 0600 that belongs to the caller.
+/// @param expected  what it has to be still when it is replaced, null when that does not matter
+/// @return false with the reason in errno, ESTALE for an unexpected file; the old file is as it was, unless only its
+///         folder could not be synced
+bool writeProfileFile(const std::string& path, const std::string& text, const FileStamp* expected);
 
 /// Reads a file whole.
-/// @return false, `text` as it was, when it cannot be opened or read, or has more than PROFILE_FILE_MAX_BYTES
-bool readProfileFile(const std::string& path, std::string& text);
+/// @return false, `text` as it was, when it cannot be opened or read, has more than PROFILE_FILE_MAX_BYTES, or belongs
+///         to somebody else than wanted
+bool readProfileFile(const std::string& path, ProfileOwner owner, std::string& text);
 
 }  // namespace Veltra
