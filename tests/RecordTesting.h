@@ -55,6 +55,19 @@ Marshal::StreamOpStatus readFrom(Record& record, const Bytes& bytes) {
   return record.deserialize(in);
 }
 
+/// A record is a value: a copy is the same, and clear() leaves the default, or `cleared`.
+template <class Record>
+void expectValue(const Record& record, Record cleared) {
+  Record copy = record, assigned;
+  assigned = record;
+  EXPECT_EQ(bytesOf(copy), bytesOf(assigned));
+  EXPECT_EQ(copy == assigned, record == record) << "only what is not a number differs from itself";
+  EXPECT_EQ(copy != assigned, record != record);
+  copy.clear();
+  EXPECT_EQ(bytesOf(copy), bytesOf(cleared));
+  EXPECT_NE(bytesOf(copy), bytesOf(assigned)) << "a copy is one of its own";
+}
+
 /// Write, read, write: the same bytes, nothing left over; through every kind of stream.
 template <class Record>
 void expectRoundTrip(Record& record) {
@@ -137,9 +150,12 @@ inline void expectGoldenText(const std::string& text, const std::string& name) {
   EXPECT_EQ(text, std::string(expected.begin(), expected.end())) << path;
 }
 
-/// All that holds of the bytes of any record: they come back, are refused when cut, and stay those of the golden file.
+/// All that holds of any record: it is a value, its bytes come back, are refused when cut, and stay those of the golden
+/// file.
 template <class Record>
-void expectWire(Record&& record, const std::string& golden) {
+void expectWire(Record&& record, const std::string& golden,
+                const std::decay_t<Record>& cleared = std::decay_t<Record>()) {
+  expectValue(record, cleared);
   expectRoundTrip(record);
   expectEveryPrefixRefused(record);
   expectGoldenBytes(bytesOf(record), golden);

@@ -1,6 +1,5 @@
 #include <libcrossplatform/common/DatabaseDescriptor.h>
 
-#include <algorithm>
 #include <utility>
 
 #include <libcrossplatform/common/jsonutil.h>
@@ -76,19 +75,6 @@ Json::Value DatabaseDescriptor::toJson(const Dump::DumpFlags& flags) const {
   object["filePath"] = filePath;
   object["minReqFirmwareVersion"] = minReqFirmwareVersion;
   return rootedJson(JSON_ROOT_NAME, std::move(object));
-}
-
-DatabaseDescriptorList::DatabaseDescriptorList(const DatabaseDescriptorList& other)
-    : ISerializable(other), IDumpable(other), IJsonable(other) {
-  for (const std::unique_ptr<DatabaseDescriptor>& d : other) add(std::make_unique<DatabaseDescriptor>(*d));
-}
-
-DatabaseDescriptorList& DatabaseDescriptorList::operator=(const DatabaseDescriptorList& other) {
-  return *this = DatabaseDescriptorList(other);
-}
-
-bool DatabaseDescriptorList::operator==(const DatabaseDescriptorList& other) const {
-  return std::equal(begin(), end(), other.begin(), other.end(), [](const auto& a, const auto& b) { return *a == *b; });
 }
 
 DatabaseDescriptor* DatabaseDescriptorList::getDatabaseDescriptor(DATABASE_TYPE type) {

@@ -38,13 +38,15 @@ class VELTRA_EXPORT DatabaseDescriptor : public Marshal::ISerializable, public D
   /// {"DatabaseDescriptor": {"DatabaseVersion": {...}, ...}}, all members at every level.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  template <class Fields>
-  void fields(Fields& f);
-
   DatabaseVersion version;
   DATABASE_TYPE dbType{};
   std::string filePath;               ///< within the package
   std::string minReqFirmwareVersion;  ///< oldest instrument firmware that can use the database
+
+ private:
+  friend class Marshal::FieldAccess;
+  template <class Fields>
+  void fields(Fields& f);
 };
 
 /// The databases of a package, owned by the list, in the order they were added. It takes more than MAX_ENTRIES, but
@@ -58,15 +60,6 @@ class VELTRA_EXPORT DatabaseDescriptorList : public Marshal::ISerializable,
   static constexpr uint32_t SERIAL_TYPE_ID = 0x51000a;
   static constexpr const char* JSON_ROOT_NAME = "DatabaseDescriptorList";
   static constexpr uint32_t MAX_ENTRIES = 50;
-
-  DatabaseDescriptorList() = default;
-  DatabaseDescriptorList(const DatabaseDescriptorList& other);  ///< copies every descriptor
-  DatabaseDescriptorList& operator=(const DatabaseDescriptorList& other);
-  DatabaseDescriptorList(DatabaseDescriptorList&&) = default;
-  DatabaseDescriptorList& operator=(DatabaseDescriptorList&&) = default;
-
-  bool operator==(const DatabaseDescriptorList& other) const;
-  bool operator!=(const DatabaseDescriptorList& other) const { return !(*this == other); }
 
   /// Appends a descriptor. Null is reported as an assertion, and nothing is added.
   void add(std::unique_ptr<DatabaseDescriptor> p) {
@@ -86,6 +79,8 @@ class VELTRA_EXPORT DatabaseDescriptorList : public Marshal::ISerializable,
   /// {"DatabaseDescriptorList": [...]}, the descriptors' JSON in list order.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
+ private:
+  friend class Marshal::FieldAccess;
   template <class Fields>
   void fields(Fields& f);
 };

@@ -44,14 +44,16 @@ class VELTRA_EXPORT DatabasePackageManifestSummary : public Marshal::ISerializab
   /// The same; null is logged, clears the record and gives false.
   bool fromJson(const Json::Value* root);
 
-  template <class Fields>
-  void fields(Fields& f);
-
   CustomerDatabaseVersion customerVersion;
   uint16_t releaseType = 0;
   uint16_t build = 0;
   uint16_t type = 0;
   std::string minReqFirmwareVersion;  ///< oldest instrument firmware that can use the package
+
+ private:
+  friend class Marshal::FieldAccess;
+  template <class Fields>
+  void fields(Fields& f);
 };
 
 /// A package's table of contents, the first section of its file. A default one is empty: it can be written, but only a
@@ -80,11 +82,13 @@ class VELTRA_EXPORT DatabasePackageManifest : public Marshal::ISerializable,
   /// {"DatabasePackageManifest": {"DatabasePackageManifestSummary": {...}, "DatabaseDescriptorList": [...]}}
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  template <class Fields>
-  void fields(Fields& f);
-
   DatabasePackageManifestSummary summary;
   DatabaseDescriptorList descriptors;
+
+ private:
+  friend class Marshal::FieldAccess;
+  template <class Fields>
+  void fields(Fields& f);
 };
 
 }  // namespace Veltra

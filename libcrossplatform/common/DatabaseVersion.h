@@ -31,13 +31,15 @@ class VELTRA_EXPORT DatabaseVersion : public Marshal::ISerializable, public Dump
   /// {"DatabaseVersion": {...}}, the four numbers at every level.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  template <class Fields>
-  void fields(Fields& f);
-
   uint16_t schema = 0;
   uint16_t content = 0;
   uint16_t object = 0;
   uint16_t build = 0;
+
+ private:
+  friend class Marshal::FieldAccess;
+  template <class Fields>
+  void fields(Fields& f);
 };
 
 /// The version of a package as customers see it: "V3.12 beta".
@@ -77,12 +79,14 @@ class VELTRA_EXPORT CustomerDatabaseVersion : public Marshal::ISerializable,
   /// The same; null is logged, clears the record and gives false.
   bool fromJson(const Json::Value* root);
 
-  template <class Fields>
-  void fields(Fields& f);
-
   uint16_t major = 0;
   uint16_t minor = 0;
   std::string suffix;  ///< may be empty
+
+ private:
+  friend class Marshal::FieldAccess;
+  template <class Fields>
+  void fields(Fields& f);
 };
 
 }  // namespace Veltra

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <libcrossplatform/serialization/FieldCodec.h>
+
 namespace Veltra {
 namespace {
 

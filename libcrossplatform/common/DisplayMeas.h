@@ -26,10 +26,10 @@ class VELTRA_EXPORT DisplayMeas : public Marshal::IDumpSerializable {
   DisplayMeas() = default;
   DisplayMeas(const ScaledInt& v, DisplayType t) : value(v), type(t) {}
 
-  void clear() {
-    value.clear();
-    type = DISPLAY_TYPE_NOT_AVAILABLE;
-  }
+  void clear() { *this = DisplayMeas(); }
+  /// Values as ScaledInt compares them, so that not-a-number equals nothing, and the same type.
+  bool operator==(const DisplayMeas& other) const { return value == other.value && type == other.type; }
+  bool operator!=(const DisplayMeas& other) const { return !(*this == other); }
   /// The text of the type; empty for a type outside the list. Fatal where ScaledInt::toString() is.
   std::string toString() const;
   /// Reads "", "N/A", "---", a value, or ">" or "<" and a value.
@@ -47,14 +47,16 @@ class VELTRA_EXPORT DisplayMeas : public Marshal::IDumpSerializable {
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
+  ScaledInt value;
+  DisplayType type = DISPLAY_TYPE_NOT_AVAILABLE;
+
+ private:
+  friend class Marshal::FieldAccess;
   template <class Fields>
   void fields(Fields& f) {
     f.record("value", value);
     f.i8("type", type);
   }
-
-  ScaledInt value;
-  DisplayType type = DISPLAY_TYPE_NOT_AVAILABLE;
 };
 
 }  // namespace Veltra

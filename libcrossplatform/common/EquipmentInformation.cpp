@@ -4,6 +4,7 @@
 #include <libcrossplatform/common/TimeUtil.h>
 #include <libcrossplatform/common/jsonutil.h>
 #include <libcrossplatform/logging/Assert.h>
+#include <libcrossplatform/serialization/FieldCodec.h>
 
 namespace Veltra {
 namespace {

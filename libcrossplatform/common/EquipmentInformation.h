@@ -6,8 +6,8 @@
 #include <utility>
 
 #include <libcrossplatform/common/ModuleIds.h>
-#include <libcrossplatform/serialization/FieldCodec.h>
 #include <libcrossplatform/serialization/IJsonable.h>
+#include <libcrossplatform/serialization/ISerializable.h>
 
 namespace Veltra {
 
@@ -92,10 +92,11 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
   /// The same; a null `value` is logged and clears the record.
   bool fromJson(const Json::Value* value, const char* source);
 
+ private:
+  friend class Marshal::FieldAccess;
   template <class Fields>
   void fields(Fields& f);
 
- private:
   int _modelHardwareRevision = 0;
   int _moduleId = 0;
   int _moduleHardwareRevision = 0;

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include <libcrossplatform/serialization/FieldCodec.h>
+
 namespace Veltra {
 namespace {
 
@@ -25,6 +27,10 @@ struct ListedFolder {
 
 FolderMetadata::FolderMetadata(std::string name, std::string dirPath, bool hasSubdir)
     : _name(std::move(name)), _dirPath(std::move(dirPath)), _hasSubdir(hasSubdir) {}
+
+bool FolderMetadata::operator==(const FolderMetadata& other) const {
+  return _name == other._name && _dirPath == other._dirPath && _hasSubdir == other._hasSubdir;
+}
 
 template <class Fields>
 void FolderMetadata::fields(Fields& f) {

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include <libcrossplatform/serialization/FieldCodec.h>
+#include <libcrossplatform/serialization/ISerializable.h>
 
 namespace Veltra {
 
@@ -16,19 +16,25 @@ class VELTRA_EXPORT FolderMetadata : public Marshal::IDumpSerializable {
   FolderMetadata() = default;
   FolderMetadata(std::string name, std::string dirPath, bool hasSubdir);
 
+  bool operator==(const FolderMetadata& other) const;
+  bool operator!=(const FolderMetadata& other) const { return !(*this == other); }
+  void clear() { *this = FolderMetadata(); }
+
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -1 a text of length 0; -3 the stream ran out. On failure: partly filled, discard it.
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// At the full level "_name", "_dirPath" and "_hasSubdir", an empty text as "NULL"; else the name alone, as text.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
-  template <class Fields>
-  void fields(Fields& f);
-
   // Texts end at their first zero byte when they are read.
   std::string _name;
   std::string _dirPath;
   bool _hasSubdir = false;
+
+ private:
+  friend class Marshal::FieldAccess;
+  template <class Fields>
+  void fields(Fields& f);
 };
 
 /// The folders of a listing, in its order. On the wire: headed record with a 16-bit count, which is not range-checked:
@@ -47,6 +53,8 @@ class VELTRA_EXPORT FolderMetadataList : public Marshal::IDumpSerializable {
   auto end() const { return _folders.end(); }
   void add(FolderMetadata folder) { _folders.push_back(std::move(folder)); }
   void clear() { _folders.clear(); }
+  bool operator==(const FolderMetadataList& other) const { return _folders == other._folders; }
+  bool operator!=(const FolderMetadataList& other) const { return !(*this == other); }
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -1 the stream ran out inside an element, those before it stay; -3 it ran out before the first; header
@@ -55,10 +63,10 @@ class VELTRA_EXPORT FolderMetadataList : public Marshal::IDumpSerializable {
   /// A group of the folders' own dumps.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
+ private:
+  friend class Marshal::FieldAccess;
   template <class Fields>
   void fields(Fields& f);
-
- private:
   std::vector<FolderMetadata> _folders;
 };
 

@@ -42,9 +42,6 @@ class VELTRA_EXPORT InstrumentSettings : public Settings {
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
-  template <class Fields>
-  void fields(Fields& f);
-
   LocaleType locale = LOCALE_EN_US;
   PowerDownTimeout powerDownTimeout = POWER_DOWN_10_MIN;
   bool remoteModeEnabled = false;
@@ -68,6 +65,11 @@ class VELTRA_EXPORT InstrumentSettings : public Settings {
   std::string ipDNS4;
   std::string timeZone;  ///< name as in "Europe/Berlin"; empty is UTC. Since class version 2.
   std::string hostName;  ///< name in the network; empty is the factory name. Since class version 3.
+
+ private:
+  friend class Marshal::FieldAccess;
+  template <class Fields>
+  void fields(Fields& f);
 };
 
 }  // namespace Veltra

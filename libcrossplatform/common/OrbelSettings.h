@@ -22,6 +22,7 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
 
   unsigned int getSettingsType() const override { return 2; }
 
+  void clear() { *this = OrbelSettings(); }
   bool operator==(const OrbelSettings& other) const;
   bool operator!=(const OrbelSettings& other) const { return !(*this == other); }
 
@@ -44,9 +45,6 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
-  template <class Fields>
-  void fields(Fields& f);
-
   Project::ProjectId project{"", "DEFAULT"};  ///< the project in work
   bool autoSave = false;
   bool autoIncrement = false;  ///< number results on by themselves
@@ -55,6 +53,11 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
   Json::Value netProfile;      ///< the network to use, any JSON value
   bool trackitEnable = false;
   unsigned int keyPosition = 0;
+
+ private:
+  friend class Marshal::FieldAccess;
+  template <class Fields>
+  void fields(Fields& f);
 };
 
 }  // namespace Veltra

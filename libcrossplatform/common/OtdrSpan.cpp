@@ -1,6 +1,7 @@
 #include <libcrossplatform/common/OtdrSpan.h>
 
 #include <libcrossplatform/common/jsonutil.h>
+#include <libcrossplatform/serialization/FieldCodec.h>
 
 namespace FibDbus {
 namespace {
@@ -19,11 +20,6 @@ bool endFromJson(const Json::Value& object, const char* key, int line, Veltra::S
 }
 
 }  // namespace
-
-void OtdrSpan::clear() {
-  spanStart.clear();
-  spanEnd.clear();
-}
 
 template <class Fields>
 void OtdrSpan::fields(Fields& f) {

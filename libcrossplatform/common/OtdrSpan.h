@@ -16,7 +16,10 @@ class VELTRA_EXPORT OtdrSpan : public Marshal::ISerializable, public Dump::IJson
   static constexpr uint8_t CLASS_VERSION = 1;
   static constexpr uint32_t SERIAL_TYPE_ID = 0x410015;
 
-  void clear();
+  /// Both ends equal, as ScaledInt compares them: a span with an end that is not a number equals nothing.
+  bool operator==(const OtdrSpan& other) const { return spanStart == other.spanStart && spanEnd == other.spanEnd; }
+  bool operator!=(const OtdrSpan& other) const { return !(*this == other); }
+  void clear() { *this = OtdrSpan(); }
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// The span changes only on success.
@@ -36,11 +39,13 @@ class VELTRA_EXPORT OtdrSpan : public Marshal::ISerializable, public Dump::IJson
   /// Reads the same from a document. @return false, unchanged, when it cannot be parsed or read
   bool fromJsonString(const std::string& text);
 
-  template <class Fields>
-  void fields(Fields& f);
-
   Veltra::ScaledInt spanStart;
   Veltra::ScaledInt spanEnd;
+
+ private:
+  friend class Marshal::FieldAccess;
+  template <class Fields>
+  void fields(Fields& f);
 };
 
 }  // namespace FibDbus

@@ -35,17 +35,7 @@ class VELTRA_EXPORT Header : public Marshal::ISerializable, public Dump::IDumpab
 
   bool operator==(const Header& other) const;
   bool operator!=(const Header& other) const { return !(*this == other); }
-
-  template <class Fields>
-  void fields(Fields& f) {
-    f.u16("magic", magic);
-    f.u16("type", type);
-    f.u16("version", version);
-    f.u16("flags", flags);
-    f.u32("dataSize", dataSize);
-    f.u32("dataCrc", dataCrc);
-    f.u32("hdrCrc", hdrCrc);
-  }
+  void clear() { *this = Header(); }
 
   uint16_t magic = MAGIC;  ///< kept as read; no setter changes it
   uint16_t type = 0;       ///< section type id
@@ -56,6 +46,17 @@ class VELTRA_EXPORT Header : public Marshal::ISerializable, public Dump::IDumpab
   uint32_t hdrCrc = 0;     ///< CRC-32 of the 16 bytes before it
 
  private:
+  friend class Marshal::FieldAccess;
+  template <class Fields>
+  void fields(Fields& f) {
+    f.u16("magic", magic);
+    f.u16("type", type);
+    f.u16("version", version);
+    f.u16("flags", flags);
+    f.u32("dataSize", dataSize);
+    f.u32("dataCrc", dataCrc);
+    f.u32("hdrCrc", hdrCrc);
+  }
   uint32_t computeHdrCrc() const;
 };
 

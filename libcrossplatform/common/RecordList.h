@@ -1,15 +1,17 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
 
 #include <libcrossplatform/logging/Assert.h>
+#include <libcrossplatform/serialization/MarshalTypes.h>
 
 namespace Veltra {
 
-/// The elements of a list record, owned by it, in the order they were added.
+/// The elements of a list record, owned by it, in the order they were added. Copies are deep.
 template <class T>
 class RecordList {
  public:
@@ -21,6 +23,24 @@ class RecordList {
   auto begin() const { return _elements.begin(); }  ///< iterates over std::unique_ptr<T>
   auto end() const { return _elements.end(); }
   void clear() { _elements.clear(); }
+
+  /// As many elements, each equal to the other list's.
+  bool operator==(const RecordList& other) const {
+    return std::equal(begin(), end(), other.begin(), other.end(),
+                      [](const auto& a, const auto& b) { return *a == *b; });
+  }
+  bool operator!=(const RecordList& other) const { return !(*this == other); }
+
+ protected:
+  RecordList() = default;
+  ~RecordList() = default;
+  RecordList(const RecordList& other) {
+    _elements.reserve(other.size());
+    for (const std::unique_ptr<T>& element : other) _elements.push_back(std::make_unique<T>(*element));
+  }
+  RecordList& operator=(const RecordList& other) { return *this = RecordList(other); }
+  RecordList(RecordList&&) noexcept = default;
+  RecordList& operator=(RecordList&&) noexcept = default;
 
   /// A 16-bit count and the elements, for the field list of a list whose elements end it with -1 when they fail; those
   /// read before stay. The count of a longer list is cut to 16 bits, its elements all follow.
@@ -38,12 +58,6 @@ class RecordList {
       for (const std::unique_ptr<T>& element : _elements) f.record("element", *element);
     }
   }
-
- protected:
-  RecordList() = default;
-  ~RecordList() = default;
-  RecordList(RecordList&&) noexcept = default;
-  RecordList& operator=(RecordList&&) noexcept = default;
 
   /// Appends; null is reported as an assertion at the list's own place, and nothing is added.
   void addChecked(std::unique_ptr<T> p, const char* file, int line) {

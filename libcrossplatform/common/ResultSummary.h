@@ -21,7 +21,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
   static constexpr uint32_t SERIAL_TYPE_ID = 0x510001;
   static constexpr const char* JSON_ROOT_NAME = "ResultSummary";
 
-  ResultSummary() { clear(); }
+  ResultSummary() = default;
   ResultSummary(const char* name, ResultType type, long time, Status verdict, const DisplayMeas& len,
                 const DisplayMeas& room, unsigned int flags, int passed, int passedStar, int failed);
   ResultSummary(const ResultSummary& other);
@@ -48,19 +48,21 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
   /// writes it, with its newline. Fatal where ScaledInt::toString() is.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  template <class Fields>
-  void fields(Fields& f);
-
-  ResultType resultType;
-  long timeStamp;  ///< when the result was taken, s since 1970-01-01 UTC
-  Status status;   ///< overall verdict
+  ResultType resultType = RESULT_TYPE_NOT_SET;
+  long timeStamp = 0;              ///< when the result was taken, s since 1970-01-01 UTC
+  Status status = STATUS_NOT_SET;  ///< overall verdict
   DisplayMeas length;
   DisplayMeas headroom;
-  unsigned int testFlags;  ///< bit i set: the test with flag value 2^i is contained
-  int numPassTests;        ///< one signed byte on the wire, like the other two counts: 200 comes back as -56
-  int numPassStarTests;
-  int numFailTests;
+  unsigned int testFlags = 0;  ///< bit i set: the test with flag value 2^i is contained
+  int numPassTests = 0;        ///< one signed byte on the wire, like the other two counts: 200 comes back as -56
+  int numPassStarTests = 0;
+  int numFailTests = 0;
   std::string resultName;  ///< as the user sees it
+
+ private:
+  friend class Marshal::FieldAccess;
+  template <class Fields>
+  void fields(Fields& f);
 };
 
 /// Summaries in the order they were added. On the wire: headed record with a 16-bit count, which is not range-checked:
@@ -82,6 +84,8 @@ class VELTRA_EXPORT ResultSummaryList : public Marshal::IDumpSerializable, publi
   /// {"ResultSummaryList": {"size": n}}, at the full level with "items".
   Json::Value toJson(const Dump::DumpFlags& flags) const;
 
+ private:
+  friend class Marshal::FieldAccess;
   template <class Fields>
   void fields(Fields& f);
 };
@@ -94,12 +98,14 @@ class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, publi
   static constexpr Marshal::StreamOpStatus TOO_NEW_STATUS = Marshal::STREAM_INLINE_TOO_NEW;
   static constexpr const char* JSON_ROOT_NAME = "ResultPathSummary";
 
-  ResultPathSummary() { clear(); }
+  ResultPathSummary() = default;
   ResultPathSummary(std::string name, ResultType type, long time, std::string path, unsigned int bytes);
 
   /// The time stamp as UTC in the form 2019-03-04T05:06:07; empty when it cannot be broken down.
   std::string getDateTimeString() const;
-  void clear();
+  bool operator==(const ResultPathSummary& other) const;
+  bool operator!=(const ResultPathSummary& other) const { return !(*this == other); }
+  void clear() { *this = ResultPathSummary(); }
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the stream ran out; -6 version byte above 1, nothing more is read then
@@ -109,14 +115,16 @@ class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, publi
   /// {"ResultPathSummary": {...}}, all members at every level; the time stamp as in ResultSummary.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
+  std::string resultName;
+  ResultType resultType = RESULT_TYPE_NOT_SET;
+  long timeStamp = 0;  ///< s since 1970-01-01 UTC
+  std::string pathName;
+  unsigned int filesize = 0;  ///< bytes
+
+ private:
+  friend class Marshal::FieldAccess;
   template <class Fields>
   void fields(Fields& f);
-
-  std::string resultName;
-  ResultType resultType;
-  long timeStamp;  ///< s since 1970-01-01 UTC
-  std::string pathName;
-  unsigned int filesize;  ///< bytes
 };
 
 /// Path summaries in the order they were added. On the wire: versioned inline record with a 16-bit count.
@@ -142,6 +150,8 @@ class VELTRA_EXPORT ResultPathSummaryList : public Marshal::IDumpSerializable,
   /// {"ResultPathSummaryList": {"size": n, "items": [...]}} at every level.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
+ private:
+  friend class Marshal::FieldAccess;
   template <class Fields>
   void fields(Fields& f);
 };

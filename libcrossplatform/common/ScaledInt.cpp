@@ -8,6 +8,7 @@
 
 #include <libcrossplatform/common/EnumText.h>
 #include <libcrossplatform/logging/Assert.h>
+#include <libcrossplatform/serialization/FieldCodec.h>
 #include <libcrossplatform/serialization/NumberText.h>
 
 namespace Veltra {

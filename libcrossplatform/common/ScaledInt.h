@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include <libcrossplatform/serialization/FieldCodec.h>
+#include <libcrossplatform/serialization/ISerializable.h>
 
 namespace Veltra {
 
@@ -72,22 +72,20 @@ class VELTRA_EXPORT ScaledInt : public Marshal::IDumpSerializable {
   /// and "-inf" leave the scale as it is. @return false, with the value unchanged, when the text begins with no number
   bool fromString(const std::string& text);
 
-  void clear() {
-    _raw = RAW_NOT_A_NUMBER;
-    _scaledTo = SCALED_TO_ONES;
-  }
+  void clear() { *this = ScaledInt(); }
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the stream ran out; -5 version byte above 1, nothing more is read then
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
+ private:
+  friend class Marshal::FieldAccess;
   template <class Fields>
   void fields(Fields& f) {
     f.i32("raw", _raw);
     f.i8("scaledTo", _scaledTo);
   }
 
- private:
   int32_t _raw = RAW_NOT_A_NUMBER;
   ScaledTo _scaledTo = SCALED_TO_ONES;
 };

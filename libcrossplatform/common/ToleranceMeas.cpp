@@ -4,6 +4,7 @@
 #include <limits>
 #include <utility>
 
+#include <libcrossplatform/serialization/FieldCodec.h>
 #include <libcrossplatform/serialization/NumberText.h>
 
 namespace Veltra {

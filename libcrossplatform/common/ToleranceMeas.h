@@ -22,6 +22,9 @@ class VELTRA_EXPORT ToleranceMeas : public Marshal::IDumpSerializable, public Du
 
   /// Raw value, scale and type equal, and each tolerance equal or NaN in both.
   bool isSameAs(const ToleranceMeas& other) const;
+  /// isSameAs(): unlike other measurements, one that is not a number equals itself.
+  bool operator==(const ToleranceMeas& other) const { return isSameAs(other); }
+  bool operator!=(const ToleranceMeas& other) const { return !isSameAs(other); }
   /// Derives the type: a number bounded on both sides or on none is a value, without a negative bound less than,
   /// without a positive one greater than. No number is not available, or not applicable where the negative tolerance
   /// is 0, which marks it.
@@ -41,6 +44,13 @@ class VELTRA_EXPORT ToleranceMeas : public Marshal::IDumpSerializable, public Du
   /// {"value", "posTolerance", "negTolerance"}, all three as text.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
+  ScaledInt value;
+  DisplayType type = DISPLAY_TYPE_NOT_AVAILABLE;
+  float posTolerance;
+  float negTolerance;
+
+ private:
+  friend class Marshal::FieldAccess;
   template <class Fields>
   void fields(Fields& f) {
     f.record("value", value);
@@ -48,11 +58,6 @@ class VELTRA_EXPORT ToleranceMeas : public Marshal::IDumpSerializable, public Du
     f.f32("posTolerance", posTolerance);
     f.f32("negTolerance", negTolerance);
   }
-
-  ScaledInt value;
-  DisplayType type = DISPLAY_TYPE_NOT_AVAILABLE;
-  float posTolerance;
-  float negTolerance;
 };
 
 /// Value `a` less a reference `b`, uncertainties combined in quadrature. A reference that is a bound turns the result

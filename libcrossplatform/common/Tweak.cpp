@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include <libcrossplatform/logging/Assert.h>
+#include <libcrossplatform/serialization/FieldCodec.h>
 #include <libcrossplatform/serialization/NumberText.h>
 
 namespace Veltra {

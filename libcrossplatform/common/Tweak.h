@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include <libcrossplatform/serialization/FieldCodec.h>
+#include <libcrossplatform/serialization/ISerializable.h>
 
 namespace Veltra {
 
@@ -76,10 +76,11 @@ class VELTRA_EXPORT Tweak final : public TweakBase {
   /// @return 0; -3 the stream ran out, the value is then unchanged
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
 
+ private:
+  friend class Marshal::FieldAccess;
   template <class Fields>
   void fields(Fields& f);
 
- private:
   T _value;
   const T _default;
 };

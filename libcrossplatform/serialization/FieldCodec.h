@@ -3,8 +3,7 @@
 #include <libcrossplatform/serialization/FieldReader.h>
 #include <libcrossplatform/serialization/Header.h>
 
-/// The three shapes of a record on the wire. A record has `template <class Fields> void fields(Fields&)`, its members
-/// in wire order, each named once, and calls one pair of these:
+/// The three shapes of a record on the wire. A record has a field list for FieldAccess and calls one pair of these:
 ///
 ///   headed            SERIAL_TYPE_ID (combined id), CLASS_VERSION, clear()
 ///   versioned inline  CLASS_VERSION, TOO_NEW_STATUS, clear(); where it is nested, its list is walked in place
@@ -18,7 +17,7 @@ constexpr uint8_t NO_CLASS_VERSION = 0;
 template <class Record>
 uint32_t countFields(Record& record) {
   FieldCounter counter(Record::CLASS_VERSION);
-  record.fields(counter);
+  FieldAccess::walk(record, counter);
   return counter.total();
 }
 
@@ -36,7 +35,7 @@ unsigned writeHeaded(Record& record, IObjectWriter& out) {
       return size;
     }
     header.write(f, start);
-    record.fields(f);
+    FieldAccess::walk(record, f);
   }
   return header.serializeLength(out);
 }
@@ -52,7 +51,7 @@ StreamOpStatus readHeaded(Record& record, IObjectReader& in) {
     if (const StreamOpStatus s = header.check(Record::CLASS_VERSION, Record::SERIAL_TYPE_ID); s != STREAM_OK) return s;
     record.clear();
     f.setVersion(header.classVersion());
-    record.fields(f);
+    FieldAccess::walk(record, f);
     status = f.status();
   }
   return header.checkLength(in, status);
@@ -64,7 +63,7 @@ unsigned writeInline(Record& record, IObjectWriter& out) {
   {
     FieldWriter f(Record::CLASS_VERSION, out);
     f.put(Record::CLASS_VERSION);
-    record.fields(f);
+    FieldAccess::walk(record, f);
   }
   return out.position() - start;
 }
@@ -81,7 +80,7 @@ unsigned writePlain(Record& record, IObjectWriter& out) {
   const uint32_t start = out.position();
   {
     FieldWriter f(NO_CLASS_VERSION, out);
-    record.fields(f);
+    FieldAccess::walk(record, f);
   }
   return out.position() - start;
 }
@@ -89,7 +88,7 @@ unsigned writePlain(Record& record, IObjectWriter& out) {
 template <class Record>
 StreamOpStatus readPlain(Record& record, IObjectReader& in) {
   FieldReader f(in, NO_CLASS_VERSION);
-  record.fields(f);
+  FieldAccess::walk(record, f);
   return f.ok() ? f.streamStatus() : f.status();
 }
 

@@ -9,6 +9,16 @@
 
 namespace Marshal {
 
+/// Walks a record's field list, `template <class Fields> void fields(Fields&)`: its members in wire order, each named
+/// once. The list is private to the record, which has this class as a friend.
+class FieldAccess {
+ public:
+  template <class Record, class Fields>
+  VELTRA_ALWAYS_INLINE static void walk(Record& record, Fields& f) {
+    record.fields(f);
+  }
+};
+
 /// True for a versioned inline record (FieldCodec.h) whose field list can be walked in place of its serialize().
 template <class Record, class = void>
 struct IsWalkedInline : std::false_type {};
@@ -202,7 +212,7 @@ class FieldEncoder : public Out {
   VELTRA_ALWAYS_INLINE void record(const char*, Record& nested) {
     if constexpr (IsWalkedInline<Record>::value) {
       this->put(Record::CLASS_VERSION);
-      nested.fields(*this);
+      FieldAccess::walk(nested, *this);
     } else {
       Out::record(nested);
     }

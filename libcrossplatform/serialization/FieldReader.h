@@ -126,7 +126,7 @@ class FieldReader {
   VELTRA_ALWAYS_INLINE void group(const char* name, Group& nested) {
     const bool traced = _window.cursor == nullptr;
     if (traced) _stream.beginRecord(name);
-    nested.fields(*this);
+    FieldAccess::walk(nested, *this);
     if (traced) _stream.endRecord();
   }
 
@@ -137,7 +137,7 @@ class FieldReader {
     if (!get("version", version)) return fail(STREAM_SHORT);
     if (version > Record::CLASS_VERSION) return fail(Record::TOO_NEW_STATUS);
     nested.clear();
-    nested.fields(*this);
+    FieldAccess::walk(nested, *this);
     if (streamStatus() != STREAM_OK) fail(STREAM_SHORT);
   }
 

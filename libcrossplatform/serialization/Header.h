@@ -72,6 +72,8 @@ class VELTRA_EXPORT Header {
     return _format > FORMAT ? STREAM_TOO_NEW : STREAM_OK;
   }
 
+ private:
+  friend class FieldAccess;
   template <class Fields>
   void fields(Fields& f) {
     f.u16("marker", _marker);
@@ -81,8 +83,6 @@ class VELTRA_EXPORT Header {
     f.u16("classId", _id.classId);
     f.u32("length", _length);
   }
-
- private:
   void setBodyBehind(uint32_t at) { _bodyAt = at == IObjectWriter::NO_POSITION ? at : at + BYTES; }
 
   SerialTypeID _id;

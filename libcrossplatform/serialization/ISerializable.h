@@ -7,6 +7,8 @@
 
 namespace Marshal {
 
+class FieldAccess;  // FieldEncoder.h: a friend of every record with a field list
+
 /// A record that writes itself to a stream and reads itself back.
 class VELTRA_EXPORT ISerializable {
  public:

@@ -22,10 +22,18 @@ TEST(FolderMetadata, Wire) {
   static_assert(std::is_nothrow_move_constructible_v<FolderMetadata>);
   expectWire(sampleList(), "folder_metadata_list_v1");
   FolderMetadata folder("name", "path", true);
+  expectValue(folder, FolderMetadata());
   const Bytes whole = bytesOf(folder);
   for (std::size_t n = 0; n < whole.size(); ++n) {
     EXPECT_EQ(readFrom(folder, Bytes(whole.data(), whole.data() + n)), -3) << "cut in a length, too: " << n;
   }
+  for (const FolderMetadata& other : {FolderMetadata("Name", "path", true), FolderMetadata("name", "", true),
+                                      FolderMetadata("name", "path", false)}) {
+    EXPECT_NE(other, FolderMetadata("name", "path", true));
+  }
+  FolderMetadataList longer = sampleList();
+  longer.add({});
+  EXPECT_TRUE(longer != sampleList());
 }
 
 TEST(FolderMetadata, LengthZeroIsRefusedAndATextEndsAtItsFirstZeroByte) {

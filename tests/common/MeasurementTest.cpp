@@ -154,6 +154,7 @@ TEST(Measurements, Wire) {
   ToleranceMeas tolerance(value, static_cast<DisplayType>(-2), 1.5f, -2.0f);
   const auto check = [](auto& record, const Bytes& bytes) {
     EXPECT_EQ(bytesOf(record), bytes);
+    expectValue(record, {});
     expectRoundTrip(record);
     expectEveryPrefixRefused(record);
     EXPECT_EQ(readFrom(record, withByte(bytes, 0, 0)), 0) << "version 0";
@@ -181,6 +182,9 @@ TEST(DisplayMeas, ShowsAndReadsBounds) {
     EXPECT_EQ(shown(m.value), value);
     EXPECT_EQ(m.toString(), again);
   }
+  const DisplayMeas m(raw(10, 1), DISPLAY_TYPE_VALUE);
+  EXPECT_TRUE(m == DisplayMeas(raw(1, 0), m.type) && m != DisplayMeas(raw(2, 0), m.type));
+  EXPECT_TRUE(m != DisplayMeas(m.value, DISPLAY_TYPE_LESS_THAN) && DisplayMeas() != DisplayMeas());
   for (const int type : {-1, 5, 127}) EXPECT_EQ(DisplayMeas(raw(1, 0), static_cast<DisplayType>(type)).toString(), "");
 }
 
@@ -242,11 +246,11 @@ TEST(ToleranceMeas, TextsAndEquality) {
             "  negTolerance: nan\n}\n");
   EXPECT_EQ(Dump::toJsonString(m, {}, false),
             "{\"negTolerance\":\"nan\",\"posTolerance\":\"0.25\",\"value\":\"> 5.0\"}");
-  EXPECT_TRUE(m.isSameAs(m));
+  EXPECT_TRUE(m == m && ToleranceMeas() == ToleranceMeas()) << "not-a-number, too";
   for (const ToleranceMeas& other :
        {tol(6, 2, 0.25f, NONE), tol(5, 1, 0.25f, NONE), tol(5, 2, 0.5f, NONE), tol(5, 2, NONE, NONE),
         tol(5, 2, 0.25f, 0), ToleranceMeas(raw(50, 2), DISPLAY_TYPE_GREATER_THAN, 0.25f, NONE)}) {
-    EXPECT_FALSE(m.isSameAs(other));
+    EXPECT_TRUE(m != other);
   }
 }
 

@@ -61,14 +61,20 @@ TEST(ResultSummary, Wire) {
 
 TEST(ResultSummary, EqualityLooksAtEveryMember) {
   const ResultSummary r = sampleSummary();
+  const ResultPathSummary p = samplePath();
   ResultSummary self = r;
   self = *&self;
   EXPECT_TRUE(self == r);
-  const auto differs = [&r](auto ResultSummary::*member, auto value) {
-    ResultSummary other = r;
+  const auto differsFrom = [](const auto& record, auto member, auto value) {
+    auto other = record;
     other.*member = value;
-    return !(r == other) && r != other;
+    return !(record == other) && record != other;
   };
+  const auto differs = [&](auto member, auto value) { return differsFrom(r, member, value); };
+  const auto pathDiffers = [&](auto member, auto value) { return differsFrom(p, member, value); };
+  EXPECT_TRUE(pathDiffers(&ResultPathSummary::resultName, "b") && pathDiffers(&ResultPathSummary::pathName, "") &&
+              pathDiffers(&ResultPathSummary::resultType, RESULT_TYPE_COPPER) &&
+              pathDiffers(&ResultPathSummary::timeStamp, 1L) && pathDiffers(&ResultPathSummary::filesize, 0u));
   EXPECT_TRUE(differs(&ResultSummary::resultName, "other") && differs(&ResultSummary::resultType, RESULT_TYPE_FIBER) &&
               differs(&ResultSummary::timeStamp, 1L) && differs(&ResultSummary::status, STATUS_FAIL) &&
               differs(&ResultSummary::length, DisplayMeas()) && differs(&ResultSummary::testFlags, 1u) &&

@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 
 #include <libcrossplatform/serialization/ByteStreamReader.h>
+#include <libcrossplatform/serialization/WireBytes.h>
 #include <libinspect/container/FieldTrace.h>
 #include <libinspect/records/FileSummary.h>
 
