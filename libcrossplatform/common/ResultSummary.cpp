@@ -68,6 +68,11 @@ bool ResultSummary::operator==(const ResultSummary& other) const {
   return membersOf(*this) == membersOf(other);
 }
 
+void ResultSummary::clear() {
+  static const ResultSummary CLEARED;  // one for all: reading clears a record each time
+  copyMembers(CLEARED);
+}
+
 void ResultSummary::setResultName(const char* name) {
   resultName = name != nullptr ? name : "";
 }

@@ -36,7 +36,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
   const std::string& getResultName() const { return resultName; }
   /// @param name  null counts as empty
   void setResultName(const char* name);
-  void clear() { copyMembers(ResultSummary()); }
+  void clear();
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the name could not be read; header and measurement codes unchanged. On failure: partly filled,
