@@ -291,7 +291,7 @@ TEST_F(Limits, OneMebibyteOfJsonIsReadOrRefusedInTwoSeconds) {
 }
 
 #ifdef VELTRA_HAS_INSPECT
-TEST(Limits, MoreThanAContainerHoldsIsNotRecovered) {
+TEST(Recover, MoreThanAContainerHoldsIsNotRecovered) {
   const TempDir dir;
   std::string error;
   Inspect::ByteSource source;
