@@ -13,7 +13,7 @@ import subprocess
 import sys
 import tempfile
 
-CALLS = ("openat", "newfstatat", "read", "pread64", "write", "lseek", "fcntl", "fsync", "close", "fchmod", "renameat")
+CALLS = ("openat", "newfstatat", "read", "pread64", "write", "lseek", "fsync", "close", "fchmod", "renameat")
 WORKLOADS = ("save", "save_in_place", "reopen", "package", "profile_save", "profile_read")
 
 

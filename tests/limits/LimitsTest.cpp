@@ -226,7 +226,7 @@ TEST_F(Limits, OneMebibyteOfJsonIsReadOrRefusedAtABoundedCost) {
 }
 
 #ifdef VELTRA_HAS_INSPECT
-TEST(Limits, MoreThanAContainerHoldsIsNotRecovered) {
+TEST(Recover, MoreThanAContainerHoldsIsNotRecovered) {
   const TempDir dir;
   std::string error;
   Inspect::ByteSource source;
