@@ -152,7 +152,7 @@ TEST_F(FileReplacementTest, ReplacesOnlyWhatIsExpected) {
 TEST_F(FileReplacementTest, ALongNameAndOneWithoutAFolderAreSavedWhereverTheProgramGoes) {
   const std::filesystem::path before = std::filesystem::current_path();
   std::filesystem::current_path(dir.path);
-  const std::string longest = std::string(254 - 20, 'x') + "\u00E4" + std::string(18, 'y');
+  const std::string longest = std::string(254 - 21, 'x') + "\u00E4" + std::string(20, 'y');
   for (const std::string& name : {std::string("a.pf"), longest}) {
     FileReplacement file;
     EXPECT_TRUE(file.open(name));
