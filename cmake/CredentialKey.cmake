@@ -2,8 +2,8 @@
 # reaches the one unit that asks for it with veltra_credential_key().
 
 set(VELTRA_CREDENTIAL_KEY_FILE "" CACHE FILEPATH
-  "File with the AES-128 key of the stored credentials, 32 hexadecimal digits; empty: the development key (docs/credentials.md)")
-set(VELTRA_CREDENTIAL_KEY "" CACHE STRING "The key itself: every user of the machine can see it meanwhile, and the cache keeps it")
+  "File of 32 hexadecimal digits, the key of the stored credentials; empty: the development key (docs/credentials.md)")
+set(VELTRA_CREDENTIAL_KEY "" CACHE STRING "The key itself, which others can see while cmake runs, and later in the cache")
 mark_as_advanced(VELTRA_CREDENTIAL_KEY)
 
 function(veltra_credential_key source)
@@ -11,8 +11,8 @@ function(veltra_credential_key source)
   set(from VELTRA_CREDENTIAL_KEY)
   if(NOT key STREQUAL "")
     message(WARNING
-      "VELTRA_CREDENTIAL_KEY puts the key on a command line, where every user of the machine can see it, and into the cache. "
-      "VELTRA_CREDENTIAL_KEY_FILE names a file that holds it; see docs/credentials.md.")
+      "VELTRA_CREDENTIAL_KEY puts the key on a command line, where every user of the machine can see it, and into the "
+      "cache. VELTRA_CREDENTIAL_KEY_FILE names a file that holds it; see docs/credentials.md.")
   elseif(NOT VELTRA_CREDENTIAL_KEY_FILE STREQUAL "")
     set(from "${VELTRA_CREDENTIAL_KEY_FILE}")
     if(NOT EXISTS "${from}")

@@ -43,7 +43,8 @@ class CrcIndex {
   /// Begin and end of a section may be far apart: the window must not go to and fro between them.
   uint32_t prefix(uint64_t end) const {
     uint8_t bytes[STEP];
-    const auto got = static_cast<uInt>(_source.readAside(end / STEP * STEP, bytes, static_cast<std::size_t>(end % STEP)));
+    const auto got =
+        static_cast<uInt>(_source.readAside(end / STEP * STEP, bytes, static_cast<std::size_t>(end % STEP)));
     return static_cast<uint32_t>(crc32(_prefixes[end / STEP], bytes, got));
   }
 
