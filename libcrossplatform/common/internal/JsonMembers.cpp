@@ -47,8 +47,8 @@ void MemberReader::time(const char* key, long& v) {
   v = static_cast<long>(*read);
 }
 
-template <class T, class Exact>
-void MemberReader::take(const char* key, T& v, Exact exact) {
+template <class T>
+void MemberReader::take(const char* key, T& v, boost::optional<T> (*exact)(const Json::Value&, const char*)) {
   if (!_ok) return;
   if (_rule == MemberRule::EXACT) {
     boost::optional<T> read = exact(_object, key);

@@ -4,6 +4,7 @@
 #include <string>
 
 #include <json/value.h>
+#include <boost/optional.hpp>
 
 namespace Veltra {
 
@@ -66,8 +67,8 @@ class MemberReader {
   }
 
  private:
-  template <class T, class Exact>
-  void take(const char* key, T& v, Exact exact);
+  template <class T>
+  void take(const char* key, T& v, boost::optional<T> (*exact)(const Json::Value&, const char*));
   void fail(const char* key);
 
   const Json::Value& _object;
