@@ -38,7 +38,7 @@ int main() {
   std::cout << "Labelled in order: " << takeNext(ids, job);
   std::cout << ", " << takeNext(ids, job) << ".\n";
 
-  // The cable at hand already bears a label of the set: take that ID, and the sequence goes on behind it.
+  // The cable at hand already bears a label of the set: take that ID, and the sequence continues after it.
   if (ids.pruneID("R2-d11")) job << "R2-d11\n";
   std::cout << "Found labelled R2-d11, so the next one is " << takeNext(ids, job) << ",\n";
   std::cout << "which was the last of the set: on with the lowest free one, " << takeNext(ids, job) << ".\n";

@@ -11,7 +11,7 @@
 
 struct Database {
   int schema, content, object, build;
-  int type; /* agreed with those who use the package */
+  int type; /* agreed with the users of the package */
   const char* path;
   const char* firmware;
 };

@@ -109,9 +109,9 @@ struct Event {
 /// From the launch connector, at 0, to the end of the fibre.
 using Events = std::vector<Event>;
 
-constexpr double END_LOSS = 30;  ///< dB; behind the end there is nothing but noise
+constexpr double END_LOSS = 30;  ///< dB; after the end there is only noise
 
-/// Loss of a link in dB. Of its last connector nothing is known without a cord behind it.
+/// Loss of a link in dB. Without a cord after it, nothing is known of its last connector.
 inline double linkLoss(const Medium& medium, const Events& events) {
   double loss = medium.attenuation * events.back().at / 1000;
   for (std::size_t i = 0; i + 1 < events.size(); ++i) loss += events[i].loss;

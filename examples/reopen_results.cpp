@@ -8,7 +8,7 @@
 
 namespace {
 
-/// The saved bytes of the summary: the first section behind the file header.
+/// The saved bytes of the summary: the first section after the file header.
 bool savedBytes(const char* path, PFile::Section& section) {
   PFile::FileReader reader;
   return reader.open(path) == PFile::PFILE_OK && reader.read(section, true) == PFile::PFILE_OK;

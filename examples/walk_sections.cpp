@@ -26,7 +26,7 @@ bool walk(PFile::MemReader& reader) {
     const int code = reader.peek(header);
     if (code == PFile::PFILE_END_OF_DATA) return intact;
     if (code != PFile::PFILE_OK) {
-      std::printf("%10d no intact section header; nothing behind it can be found\n", offset);
+      std::printf("%10d no intact section header; nothing after it can be found\n", offset);
       return false;
     }
     PFile::Section section;

@@ -34,7 +34,7 @@ bool has(const ContainerReport& report, FindingCode code) {
 
 /// A file without damage is one that the reader reads to its end, and the other way round.
 void checkAgainstReader(const ContainerReport& report, const char* path) {
-  if (has(report, W03_BYTES_BEHIND_END)) return;  // the reader takes them for a section
+  if (has(report, W03_BYTES_AFTER_END)) return;  // the reader takes them for a section
   PFile::FileReader reader;
   PFile::Header header;
   bool good = reader.open(path) == PFile::PFILE_OK;
@@ -116,7 +116,7 @@ void checkRecovery(const ByteSource& source, const ContainerReport& report, cons
   checkKept(recovery, sections);
   if (!report.damaged()) {
     const auto wanted = std::count_if(sections.begin(), sections.end(), isDataSection);
-    FUZZ_CHECK(recovery.kept.size() == static_cast<std::size_t>(wanted) || has(report, W03_BYTES_BEHIND_END));
+    FUZZ_CHECK(recovery.kept.size() == static_cast<std::size_t>(wanted) || has(report, W03_BYTES_AFTER_END));
     FUZZ_CHECK(recovery.wasClosed);
   }
   std::string error;

@@ -105,7 +105,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     std::vector<std::unique_ptr<Section>> quick, whole;
     const int quickOpened = walk(input, &MemReader::quickOpen, quick);
     const int opened = walk(input, &MemReader::open, whole);
-    // The recorded length hides what lies behind it, and nothing else.
+    // The recorded length hides what follows it, and nothing else.
     FUZZ_CHECK(opened != PFILE_OK || quickOpened == PFILE_OK);
     if (opened == PFILE_OK) {
       FUZZ_CHECK(whole.size() <= quick.size());

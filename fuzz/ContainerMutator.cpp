@@ -116,7 +116,7 @@ void mutateOrder(Image& image, Random& random) {
   }
 }
 
-/// Headers that verify and lie, a file that was never closed, bytes behind the end. After the repair.
+/// Headers that verify and lie, a file that was never closed, bytes after the end. After the repair.
 void damage(Image& image, Random& random) {
   constexpr uint32_t SIZES[] = {0, 1, 19, 0x7FFFFFFF, 0x80000000, 0xFFFFFFEC, 0xFFFFFFFF};
   if (image.sections.empty()) return;

@@ -1,4 +1,4 @@
-// Stored credentials: an input is taken as a stored text, as a secret, and as the envelope behind a right encryption,
+// Stored credentials: an input is taken as a stored text, as a secret, and as the envelope inside a correct encryption,
 // with and without a right check value: no mutation of a text would ever get that far.
 #include <libcrossplatform/common/EncryptedString.h>
 

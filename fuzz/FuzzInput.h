@@ -16,7 +16,7 @@ constexpr std::size_t INPUT_LIMIT = 64 * 1024;
 
 using Bytes = std::vector<uint8_t>;
 
-/// One input. The bytes stand alone on the heap, so that a read behind them is seen.
+/// One input. The bytes stand alone on the heap, so that a read past them is seen.
 struct Input {
   const uint8_t* data;
   std::size_t size;

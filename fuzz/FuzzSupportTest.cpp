@@ -22,7 +22,7 @@ Bytes fileBytes(const char* name) {
   return Bytes(std::istreambuf_iterator<char>(in), {});
 }
 
-/// The rows behind a heading of the page that begin with: "expression", "expression": `Unit`.
+/// The rows after a heading of the page that begin with: "expression", "expression": `Unit`.
 std::set<std::string> onPage(const std::string& heading) {
   const Bytes bytes = fileBytes("docs/reader-behaviour.md");
   std::istringstream page(std::string(bytes.begin(), bytes.end()));

@@ -34,7 +34,7 @@ void checkTweak(const Fuzz::Input& input) {
   if (tweak.setFromText(input.text()) != TWEAK_OK) FUZZ_CHECK(tweak.getValueText() == before);
 }
 
-/// Arithmetic and comparison of two values read one behind the other, whatever their scales.
+/// Arithmetic and comparison of two values read one after the other, whatever their scales.
 void checkMeasurements(const Fuzz::Input& input) {
   Marshal::ByteStreamReader in(input.data, input.size32());
   ToleranceMeas a, b;

@@ -6,7 +6,7 @@
 
 namespace Fuzz {
 
-/// A file in memory that is opened by a path, for what reads files. Nothing of it stays behind.
+/// A file in memory that is opened by a path, for code that reads files. Nothing of it is left behind.
 class MemoryFile {
  public:
   MemoryFile();

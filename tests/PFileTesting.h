@@ -71,7 +71,7 @@ constexpr PFile::LogCallback onDebug = Transcript::collect<'D'>;
 constexpr PFile::LogCallback onWarning = Transcript::collect<'W'>;
 constexpr PFile::LogCallback onError = Transcript::collect<'E'>;
 
-/// The smallest container: a file header and nothing behind it.
+/// The smallest container: a file header and nothing after it.
 inline const Bytes EMPTY_FILE = {0x50, 0x46, 0,    1,    0,    1,    0,    0,    0,    0, 0, 4,
                                  0xb4, 0xe9, 0xa0, 0x6c, 0xfb, 0x5b, 0x2f, 0x43, 0x18, 0, 0, 0};
 
@@ -135,7 +135,7 @@ inline Bytes fileHeader(std::size_t length) {
   return storedSection(PFile::FILE_HEADER_TYPE, 0, word);
 }
 
-/// These sections behind the file header of a closed file.
+/// These sections after the file header of a closed file.
 inline Bytes closedFile(const Bytes& sections) {
   return fileHeader(24 + sections.size()) + sections;
 }

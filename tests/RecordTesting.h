@@ -93,7 +93,7 @@ void expectRoundTrip(Record& record) {
 }
 
 /// Cut after byte 0 to n-1: a negative code, on every kind of stream. The cut bytes stand alone on the heap, so that
-/// the sanitizer sees a read behind them.
+/// the sanitizer sees a read past them.
 template <class Record>
 void expectEveryPrefixRefused(Record& record) {
   const Bytes whole = bytesOf(record);

@@ -23,7 +23,7 @@ bool CIDNumber::initialize(const uint32_t radices[], int n) {
   clear();
   if (n < 1) return true;
   const size_t positions = static_cast<size_t>(n);
-  _radices.resize(positions + 1);  // one spare element behind the positions
+  _radices.resize(positions + 1);  // one spare element after the positions
   _values.resize(positions + 1);
   uint32_t product = 1;
   for (size_t i = 0; i < positions; ++i) {

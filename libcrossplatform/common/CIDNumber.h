@@ -10,7 +10,7 @@
 
 /// The place of one cable ID in its set: a mixed-radix number with one digit for every variable position of the ID.
 /// A digit is the offset of its position from the set's first ID; the leftmost position is the most significant, so
-/// counting up varies the rightmost fastest. A value: default-constructed cleared, moved from cleared. Nothing but a
+/// counting up changes the rightmost fastest. A value: default-constructed cleared, moved from cleared. Nothing but a
 /// failed allocation throws.
 class VELTRA_EXPORT CIDNumber {
  public:
@@ -23,7 +23,7 @@ class VELTRA_EXPORT CIDNumber {
   }
   void swap(CIDNumber& other) noexcept;
 
-  /// Leaves no positions and a total of 0.
+  /// Removes all positions; the total is then 0.
   void clear();
 
   /// Sets up the positions, every one at offset 0.

@@ -10,7 +10,7 @@ constexpr uint16_t LOWER_CASE = 256;  // + letter - 'a'
 constexpr uint16_t UPPER_CASE = 512;  // + letter - 'A'
 constexpr uint16_t DIGIT = 768;       // + digit - '0'
 
-constexpr uint32_t FIELD_LIMIT = 0xFFFFFFF;  // the most that may be multiplied by ten once more
+constexpr uint32_t FIELD_LIMIT = 0xFFFFFFF;  // the largest value that can still be multiplied by ten
 
 // Every position takes at least one character, so no ID has more of them.
 using Offsets = std::array<uint32_t, CIDPattern::MAX_CHARACTERS>;
@@ -34,7 +34,7 @@ bool tooLong(const std::string& id) {
 
 char letterAbove(uint16_t code, uint32_t value) {
   const uint32_t letter = code < UPPER_CASE ? code - LOWER_CASE + 'a' : code - UPPER_CASE + 'A';
-  return static_cast<char>(letter + value);  // no wrap behind 'z': within the set it cannot come to it
+  return static_cast<char>(letter + value);  // does not pass 'z' within the set
 }
 
 }  // namespace
@@ -75,7 +75,7 @@ bool CIDPattern::setEnding(const std::string& last, CIDNumber& num) const {
   int n = 0;
   if (!computeDelta(last, radices.data(), n)) return false;
   std::for_each(radices.begin(), radices.begin() + n, [](uint32_t& offset) { ++offset; });
-  return num.initialize(radices.data(), n) && num.getTotal() != 1;  // a set of one is refused, an empty one is not
+  return num.initialize(radices.data(), n) && num.getTotal() != 1;  // a set of one ID is refused, an empty set is not
 }
 
 bool CIDPattern::setOrdinal(const std::string& id, CIDNumber& num) const {
@@ -113,8 +113,8 @@ size_t CIDPattern::fieldEnd(size_t begin) const {
   return static_cast<size_t>(std::find_if(from, _codes.end(), isNoDigit) - _codes.begin());
 }
 
-/// Subtracts the pattern's field from the ID's. False when a byte of the ID is no digit, when its field is the smaller
-/// one, or when the difference is too large; `delta` is then not set.
+/// Subtracts the pattern's field from the ID's. False when a byte of the ID is not a digit, when its field is the
+/// smaller one, or when the difference is too large; `delta` is then not set.
 bool CIDPattern::fieldDelta(const std::string& id, size_t begin, size_t end, uint32_t& delta) const {
   std::array<uint8_t, MAX_CHARACTERS> difference{};  // its digits; no field is wider than the longest ID
   int borrow = 0;

@@ -12,17 +12,17 @@
 ///
 /// Every ASCII letter is a position of its own. Every longest run of digits is one position, a decimal field that keeps
 /// its width: 007 counts on to 008. Every other byte, those of multi-byte characters included, is a literal. The set
-/// from a first to a last ID is the product of the ranges of its positions, no lexicographic range: A5 .. C7 has B5,
+/// from a first to a last ID is the product of the ranges of its positions, not a lexicographic range: A5 .. C7 has B5,
 /// B6 and B7 but not B9.
 ///
-/// IDs are taken as they come, inner zero bytes included. A value; nothing but a failed allocation throws.
+/// IDs may be any bytes, zero bytes included. A value; nothing but a failed allocation throws.
 class VELTRA_EXPORT CIDPattern {
  public:
   /// The longest ID, in UTF-8 characters: bytes whose two top bits are not 1 and 0 are counted.
   static constexpr size_t MAX_CHARACTERS = 60;
 
-  /// Takes `first` as the first ID. The empty ID is one without positions.
-  /// @return false, with the pattern as it was, when it has more than MAX_CHARACTERS characters
+  /// Takes `first` as the first ID. The empty ID has no positions.
+  /// @return false, with the pattern unchanged, when it has more than MAX_CHARACTERS characters
   bool compile(const std::string& first);
 
   /// Compares an ID with the pattern, position by position.
@@ -34,20 +34,20 @@ class VELTRA_EXPORT CIDPattern {
   ///         below the first ID, or when a field lies more than 2684354559 above it
   bool computeDelta(const std::string& id, uint32_t offsets[], int& n) const;
 
-  /// Sets `num` up for the set that ends with `last`, standing at the first ID.
+  /// Sets `num` up for the set that ends with `last`, at the first ID.
   /// @return false when `last` does not fit the pattern (see computeDelta), when there are more than MAX_CABLE_IDS IDs,
-  ///         or exactly one; `num` is then as it was, cleared, or the number of that one ID. A pattern without
-  ///         positions gives a valid set of no IDs.
+  ///         or exactly one; `num` is then unchanged, cleared, or the number of that one ID. A pattern without
+  ///         positions gives a valid empty set.
   bool setEnding(const std::string& last, CIDNumber& num) const;
 
   /// Sets `num`, set up by setEnding, to an ID.
-  /// @return false, with `num` as it was, when the ID is not in the set
+  /// @return false, with `num` unchanged, when the ID is not in the set
   bool setOrdinal(const std::string& id, CIDNumber& num) const;
 
   /// Whether an ID is in the set that `num` was set up for.
   bool checkOrdinal(const std::string& id, const CIDNumber& num) const;
 
-  /// The ID that `num` stands at. A position that `num` lacks reads as in the first ID.
+  /// The ID of `num`. A position that `num` lacks is as in the first ID.
   std::string toString(const CIDNumber& num) const;
 
  private:

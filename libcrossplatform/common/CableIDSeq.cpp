@@ -8,7 +8,7 @@
 namespace {
 
 /// In the position map: the ID is taken. At the end of both lists: nothing follows. No index and no ordinal of a full
-/// set comes to this value.
+/// set has this value.
 constexpr uint16_t TAKEN = MAX_CABLE_IDS;
 
 /// The entry of the position map when one free ID before it is gone. Without a branch, so that loops over it vectorise.
@@ -75,8 +75,8 @@ std::string CableIDSeq::calcID(const std::string& id) const {
   uint32_t ordinal = 0;
   if (!ordinalOf(id, ordinal)) return std::string();
   const uint16_t position = _positionMap[ordinal];
-  if (position == TAKEN) return std::string();  // the element behind it would lie outside the list
-  // Behind the last free ID stands the sentinel or what take() left there; it is answered as it is.
+  if (position == TAKEN) return std::string();  // the element after it would be outside the list
+  // After the last free ID comes the sentinel or what take() left there; it is returned as it is.
   const uint16_t successor = _freeList[size_t{position} + 1];
   return successor != TAKEN ? idAt(successor) : std::string();
 }
@@ -102,7 +102,7 @@ std::string CableIDSeq::takeNextID() {
 }
 
 bool CableIDSeq::operator==(const CableIDSeq& other) const {
-  // The position map settles the valid entries of the free list and the length of it. Those behind them depend on the
+  // The position map determines the valid entries of the free list and its length. The entries after them depend on the
   // order of taking and do not count.
   return _firstID == other._firstID && _lastID == other._lastID && _used == other._used && _total == other._total &&
          _positionMap == other._positionMap;
@@ -129,7 +129,7 @@ void CableIDSeq::take(uint32_t ordinal) {
   const size_t position = _positionMap[ordinal];
   _positionMap[ordinal] = TAKEN;
   moveDown(_positionMap.data() + ordinal + 1, _positionMap.data() + _total);
-  // The last free entry keeps its value behind the new end, where calcID finds it.
+  // The last free entry keeps its value after the new end, where calcID finds it.
   std::copy(_freeList.begin() + static_cast<std::ptrdiff_t>(position) + 1,
             _freeList.begin() + static_cast<std::ptrdiff_t>(_total - _used),
             _freeList.begin() + static_cast<std::ptrdiff_t>(position));

@@ -10,11 +10,11 @@
 
 /// Hands out the cable IDs of one set, first ID .. last ID, in order, and remembers which are taken.
 ///
-/// An ID the user picks by hand, with pruneID or updateNextID, moves the sequence: it goes on behind that ID and starts
-/// again at the lowest free one when it has passed the last. What an ID is and which IDs a set has: CIDPattern.
+/// An ID the user picks by hand, with pruneID or updateNextID, moves the sequence: it continues after that ID and
+/// starts again at the lowest free one when it has passed the last. What an ID is and which IDs a set has: CIDPattern.
 ///
 /// To store a sequence keep its first ID, its last ID and the taken IDs in the order they were taken; verifyIDSet and
-/// one pruneID for each rebuild it. A next ID picked with updateNextID and not taken yet is to be picked again.
+/// one pruneID for each rebuild it. A next ID picked with updateNextID and not taken yet must be picked again.
 ///
 /// A value: default-constructed cleared, moved from cleared. A set of n IDs costs two lists of n + 1 16-bit elements,
 /// 128 KiB at most, and taking an ID costs time proportional to n. Nothing but a failed allocation throws.
@@ -29,22 +29,22 @@ class VELTRA_EXPORT CableIDSeq {
   }
   void swap(CableIDSeq& other) noexcept;
 
-  /// Leaves empty IDs and a set of none.
+  /// Leaves empty IDs and an empty set.
   void clear();
 
-  /// Starts a set, with every ID free and the first one next. A pair without letters and digits is a set of no IDs.
-  /// @return false, with the sequence cleared, when the pair makes no set: `first` has more than
+  /// Starts a set, with every ID free and the first one next. A pair without letters and digits is an empty set.
+  /// @return false, with the sequence cleared, when the pair does not make a set: `first` has more than
   ///         CIDPattern::MAX_CHARACTERS characters, or CIDPattern::setEnding refuses `last`
   bool verifyIDSet(const std::string& first, const std::string& last);
 
-  /// Where among the free IDs the next one stands; 0 when none is left.
+  /// Position of the next ID among the free ones; 0 when none is left.
   int getNextOrd() const;
 
   /// The i-th free ID, counted from 0 at the lowest; empty when there are not that many.
   std::string operator[](int i) const;
 
   /// The free ID that follows `id`, which must be free and not the last free one. The last free ID has no successor:
-  /// for it the answer is empty while nothing has been taken, later the ID that was the last free one before the
+  /// for it the result is empty while nothing has been taken, later the ID that was the last free one before the
   /// latest ID was taken.
   /// @return empty also when no ID is left, or `id` is taken or not in the set
   std::string calcID(const std::string& id) const;
@@ -53,7 +53,7 @@ class VELTRA_EXPORT CableIDSeq {
   /// @return false, with nothing changed, when `id` is taken or not in the set
   bool updateNextID(const std::string& id);
 
-  /// Takes an ID. The free ID behind it becomes the next one, or the lowest free one if it was the last.
+  /// Takes an ID. The free ID after it becomes the next one, or the lowest free one if it was the last.
   /// @return false, with nothing changed, when `id` is taken or not in the set
   bool pruneID(const std::string& id);
 

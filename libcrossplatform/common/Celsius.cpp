@@ -49,7 +49,7 @@ Marshal::StreamOpStatus Celsius::deserialize(Marshal::IObjectReader& in) {
 }
 
 void Celsius::dump(Dump::IFormatter& formatter, const Dump::DumpFlags&) const {
-  formatter.field("celsius ", textOf(degrees).c_str());  // the blank is part of the name
+  formatter.field("celsius ", textOf(degrees).c_str());  // the space is part of the name
 }
 
 Json::Value Celsius::toJson(const Dump::DumpFlags&) const {
@@ -59,7 +59,7 @@ Json::Value Celsius::toJson(const Dump::DumpFlags&) const {
 bool Celsius::fromJson(const Json::Value& v, const char* key) {
   const Json::Value* const member = key == nullptr || v.isObject() ? jsonMember(v, key) : nullptr;
   ScaledInt scaled;
-  // Only a string: a number would come with a precision of its own.
+  // Only a string: a number would have its own precision.
   if (member == nullptr || !member->isString() || !scaled.fromString(member->asString())) {
     logJsonFailure(SOURCE, __LINE__, key);
     return false;

@@ -35,11 +35,11 @@ class VELTRA_EXPORT Celsius : public Marshal::IDumpSerializable, public Dump::IJ
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
   /// Reads a text, as toJson() and ScaledInt write it: member `key` of the object `v`, or `v` itself when key is null.
-  /// @return false, logged and unchanged, when there is no such text or it begins with no number
+  /// @return false, logged and unchanged, when there is no such text or it does not begin with a number
   bool fromJson(const Json::Value& v, const char* key);
   /// The same; a null `v` is logged and clears the temperature.
   bool fromJson(const Json::Value* v, const char* key);
-  /// Reads a document that is one JSON text. @return false, unchanged, when it is none
+  /// Reads a document that is one JSON text. @return false, unchanged, when it is not
   bool fromJsonString(const std::string& text);
 
   float degrees;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr char SOURCE[] = "libcrossplatform/common/DatabaseDescriptor";
 
-/// A counted zero-terminated string of its own kind: limited, and everything before its last byte is the path.
+/// A counted zero-terminated string with its own rules: its length is limited, and the path is all but its last byte.
 void readPath(Marshal::FieldReader& f, std::string& path) {
   constexpr char NAME[] = "filePath";
   uint32_t size = 0;
@@ -91,7 +91,7 @@ void DatabaseDescriptorList::fields(Fields& f) {
   f.u32("count", count);
   if constexpr (Fields::READING) {
     if (f.streamStatus() != Marshal::STREAM_OK) return f.fail(Marshal::STREAM_SHORT);
-    // No package is without a database: an empty list can be written, but not read back.
+    // Every package has a database: an empty list can be written, but not read back.
     if (count == 0 || count > MAX_ENTRIES) return f.fail(Marshal::STREAM_WRONG_ELEMENT);
     for (uint32_t i = 0; i < count && f.ok(); ++i) {
       auto descriptor = std::make_unique<DatabaseDescriptor>();

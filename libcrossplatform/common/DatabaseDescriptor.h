@@ -9,7 +9,7 @@
 
 namespace Veltra {
 
-/// Kind of a database. The numbers are agreed between those who build packages and those who use them.
+/// Kind of a database. The builders and the users of packages agree on the numbers.
 enum DATABASE_TYPE : int32_t {};  // NOLINT(readability-identifier-naming): the name callers know
 
 /// One database file of a package.
@@ -29,8 +29,8 @@ class VELTRA_EXPORT DatabaseDescriptor : public Marshal::ISerializable, public D
 
   /// A path over MAX_PATH_LENGTH is written, but cannot be read back.
   unsigned serialize(Marshal::IObjectWriter& out) override;
-  /// A path whose last byte is not zero is a fatal assertion, so that bytes nobody checked can end the program: read
-  /// them from a section whose CRC-32 was verified, or install an assertion handler that leaves by an exception.
+  /// A path whose last byte is not zero is a fatal assertion, so that unchecked bytes can end the program: read them
+  /// from a section whose CRC-32 was verified, or install an assertion handler that throws.
   /// @return 0; -1 a path length of 0 or over MAX_PATH_LENGTH; -3 the stream ran out; codes of the version unchanged
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// The styled text of toJson() with the same flags.
@@ -49,7 +49,7 @@ class VELTRA_EXPORT DatabaseDescriptor : public Marshal::ISerializable, public D
   void fields(Fields& f);
 };
 
-/// The databases of a package, owned by the list, in the order they were added. It takes more than MAX_ENTRIES, but
+/// The databases of a package, owned by the list, in the order they were added. It accepts more than MAX_ENTRIES, but
 /// then cannot be read back. On the wire: headed record with a 32-bit count.
 class VELTRA_EXPORT DatabaseDescriptorList : public Marshal::ISerializable,
                                              public Dump::IDumpable,
@@ -65,7 +65,7 @@ class VELTRA_EXPORT DatabaseDescriptorList : public Marshal::ISerializable,
   void add(std::unique_ptr<DatabaseDescriptor> p) {
     addChecked(std::move(p), "libcrossplatform/common/DatabaseDescriptor", __LINE__);
   }
-  /// The first descriptor of that type, null when there is none. Stays the list's.
+  /// The first descriptor of that type, null when there is none. Owned by the list.
   DatabaseDescriptor* getDatabaseDescriptor(DATABASE_TYPE type);
   const DatabaseDescriptor* getDatabaseDescriptor(DATABASE_TYPE type) const;
 

@@ -15,7 +15,7 @@ int writeManifestFile(DatabasePackageManifest& manifest, uint16_t sectionType, c
   PFile::Section section;
   section.set(sectionType, MANIFEST_SECTION_VERSION, 0, bytes.data(), bytes.size(), false, 0);
   PFile::FileWriter file;
-  // Each step is taken whatever became of the one before: what can be written is, and the file is closed.
+  // Every step runs even if the previous one failed: what can be written is written, and the file is closed.
   const int opened = file.open(path);
   const int written = file.write(section);
   const int closed = file.close(false);

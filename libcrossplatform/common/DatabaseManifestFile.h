@@ -8,22 +8,22 @@
 
 namespace Veltra {
 
-/// Version a manifest section is written with. Readers do not look at it: the records carry their own.
+/// Version a manifest section is written with. Readers ignore it: the records have their own.
 constexpr uint16_t MANIFEST_SECTION_VERSION = 1;
 
 /// Writes a manifest as the one section of a new container file, uncompressed and not synced to the disk. An old file
 /// of that name is truncated in place.
 /// @param manifest     not changed
 /// @param sectionType  PFile::SECTION_LIMIT_MANIFEST or PFile::SECTION_CABLE_MANIFEST; others are not read back
-/// @return 0; -1 the file could not be created or not wholly written, or the manifest is beyond 4 GiB
+/// @return 0; -1 the file could not be created or not wholly written, or the manifest exceeds 4 GiB
 VELTRA_EXPORT int writeManifestFile(DatabasePackageManifest& manifest, uint16_t sectionType, char const* path);
 
 /// Reads the manifest of a package: the first section after the file header.
 /// Two faults that a CRC-32 does not show are fatal assertions: a section compressed from nothing, and a path without
 /// its terminating zero (DatabaseDescriptor::deserialize()).
-/// @param manifest  on READER_OK the package's; otherwise unchanged or partly filled: clear() it
+/// @param manifest  the package's after READER_OK; otherwise unchanged or partly filled: clear() it
 /// @return READER_OK; READER_ERROR_OPENING_FILE it cannot be opened, or does not begin with an intact file header;
-///         READER_WRONG_FILE_TYPE no section follows, none that is intact, or none of a manifest;
+///         READER_WRONG_FILE_TYPE no section follows, or it is not intact or not of a manifest;
 ///         READER_VERSION_TOO_NEW; READER_CORRUPT
 VELTRA_EXPORT PFile::PFileReaderStatus readManifestFile(DatabasePackageManifest& manifest, char const* path);
 

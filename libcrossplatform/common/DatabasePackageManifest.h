@@ -25,7 +25,7 @@ class VELTRA_EXPORT DatabasePackageManifestSummary : public Marshal::ISerializab
   bool operator!=(const DatabasePackageManifestSummary& other) const { return !(*this == other); }
   void clear() { *this = DatabasePackageManifestSummary(); }
 
-  /// "V3.12 beta": the customer version's.
+  /// The customer version as text: "V3.12 beta".
   std::string getVersionString() const { return customerVersion.getVersionString(); }
   /// The same with the build: "V3.12.407 beta".
   std::string getFullVersionString() const;
@@ -37,8 +37,8 @@ class VELTRA_EXPORT DatabasePackageManifestSummary : public Marshal::ISerializab
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"DatabasePackageManifestSummary": {"CustomDatabaseVersion": {...}, ...}}, all members at every level.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
-  /// Reads that document; every member is needed. The version is read by CustomerDatabaseVersion::fromJson(): without a
-  /// suffix in the document the old one stays.
+  /// Reads that document; every member is required. The version is read by CustomerDatabaseVersion::fromJson(): without
+  /// a suffix in the document the old one stays.
   /// @return false, with the record unchanged, when a member is missing or of another kind (logged)
   bool fromJson(Json::Value const& root);
   /// The same; null is logged, clears the record and gives false.

@@ -85,18 +85,18 @@ bool CustomerDatabaseVersion::setVersionFromString(std::string const& s) {
   const std::string_view text = s;
   const std::size_t letter = text.find('V');
   const std::size_t dot = text.find('.');
-  const std::size_t blank = dot == NOWHERE ? NOWHERE : text.find(' ', dot);
+  const std::size_t space = dot == NOWHERE ? NOWHERE : text.find(' ', dot);
 
   std::string_view majorText;
   std::string_view minorText;
   if (dot != NOWHERE) {
     if (letter < dot) majorText = text.substr(letter + 1, dot - letter - 1);
-    minorText = text.substr(dot + 1, blank == NOWHERE ? NOWHERE : blank - dot - 1);
+    minorText = text.substr(dot + 1, space == NOWHERE ? NOWHERE : space - dot - 1);
   }
   const bool hasMajor = takeNumber(majorText, major);
   const bool hasMinor = takeNumber(minorText, minor);
-  // Without a blank the old suffix stays, so that a bare number can be set under a suffix.
-  if (blank != NOWHERE) suffix = std::string(text.substr(blank + 1));
+  // Without a space the old suffix stays, so that a bare number can be set under a suffix.
+  if (space != NOWHERE) suffix = std::string(text.substr(space + 1));
   return hasMajor && hasMinor;
 }
 

@@ -48,7 +48,7 @@ class VELTRA_EXPORT CustomerDatabaseVersion : public Marshal::ISerializable,
                                               public Dump::IDumpable,
                                               public Dump::IJsonable {
  public:
-  static constexpr const char* JSON_ROOT_NAME = "CustomDatabaseVersion";  ///< not the class name: documents have this
+  static constexpr const char* JSON_ROOT_NAME = "CustomDatabaseVersion";  ///< not the class name: documents use this
 
   CustomerDatabaseVersion() = default;
   CustomerDatabaseVersion(uint16_t majorNumber, uint16_t minorNumber, std::string suffix);
@@ -59,11 +59,11 @@ class VELTRA_EXPORT CustomerDatabaseVersion : public Marshal::ISerializable,
 
   /// "V3.12", with a suffix "V3.12 beta".
   std::string getVersionString() const;
-  /// The reverse, tolerant of junk: looks for the first "V", the first "." and the first blank behind that dot. Major
-  /// is the text between "V" and ".", minor the one between "." and the blank; each is taken over when it is not empty.
-  /// The suffix is what follows the blank; without a blank the old one stays. Of a number text the decimal digits it
-  /// begins with count, modulo 65536; text without any is 0.
-  /// @return whether both number texts were there
+  /// The reverse, tolerant of junk: looks for the first "V", the first "." and the first space after that dot. Major
+  /// is the text between "V" and ".", minor the one between "." and the space; each is used when it is not empty.
+  /// The suffix is what follows the space; without a space the old one stays. Of a number text only the leading decimal
+  /// digits count, modulo 65536; a text without any is 0.
+  /// @return whether both number texts were present
   bool setVersionFromString(std::string const& s);
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
@@ -73,8 +73,8 @@ class VELTRA_EXPORT CustomerDatabaseVersion : public Marshal::ISerializable,
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"CustomDatabaseVersion": {"Version": "V3.12 beta"}}
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
-  /// Reads that document with setVersionFromString(): a text without a blank keeps the old suffix.
-  /// @return false, with the record unchanged, when the member is missing or no text, or lacks a number (logged)
+  /// Reads that document with setVersionFromString(): a text without a space keeps the old suffix.
+  /// @return false, with the record unchanged, when the member is missing or not a text, or lacks a number (logged)
   bool fromJson(Json::Value const& root);
   /// The same; null is logged, clears the record and gives false.
   bool fromJson(const Json::Value* root);

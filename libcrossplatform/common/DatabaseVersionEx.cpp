@@ -18,7 +18,7 @@ namespace {
 
 constexpr char SOURCE[] = "libcrossplatform/common/DatabaseVersionEx";
 
-/// What `call` gives, or `otherwise` when memory runs out. Nothing else is caught: an assertion handler may leave by an
+/// The result of `call`, or `otherwise` when memory runs out. Nothing else is caught: an assertion handler may throw an
 /// exception of its own.
 template <class Result, class Call>
 Result unlessOutOfMemory(Result otherwise, Call call) {
@@ -36,7 +36,7 @@ void* created(Call call) {
   return unlessOutOfMemory<void*>(nullptr, call);
 }
 
-/// A handle that is needed.
+/// A required handle.
 template <class Record, class Handle>
 Record& recordOf(Handle* handle, char const* expression, int line) {
   if (handle == nullptr) assertFatal(expression, SOURCE, line);
@@ -163,7 +163,7 @@ int databaseVersionExDatabasePackageManifestDumpBuffer(void const* manifest, cha
 
 void databaseVersionExDatabasePackageManifestWrite(void* manifest, int sectionType, char const* path) {
   auto& record = recordOf<DatabasePackageManifest>(manifest, "manifest != nullptr", __LINE__);
-  // The callers in the field expect silence: the code is dropped here, and lost memory with it.
+  // Callers in the field expect silence: the code is ignored here, and so is memory that runs out.
   unlessOutOfMemory(PFile::PFILE_FAILED, [&] { return writeManifestFile(record, narrowed(sectionType), path); });
 }
 

@@ -10,8 +10,8 @@ namespace {
 constexpr char NOT_AVAILABLE_TEXT[] = "N/A";
 constexpr char NOT_APPLICABLE_TEXT[] = "---";
 
-/// Keeps the value `pick` chooses. A bound on the side that merging looks for stays one (`kept`); the other bound gives
-/// way only to it.
+/// Keeps the value `pick` chooses. A bound on the side that merging looks for stays one (`kept`); the other bound is
+/// replaced only by it.
 void merge(DisplayMeas& merged, const DisplayMeas& other, ScaledInt (*pick)(const ScaledInt&, const ScaledInt&),
            DisplayType kept) {
   if (other.type == DISPLAY_TYPE_NOT_APPLICABLE) {

@@ -36,8 +36,8 @@ class VELTRA_EXPORT DisplayMeas : public Marshal::IDumpSerializable {
   /// @return false when no value could be read; the measurement is then not available and not a number
   bool fromString(std::string text);
 
-  /// Folds another measurement of the same kind into this one, keeping the lowest. What is not available changes
-  /// nothing; what is not applicable makes this not applicable and leaves the value.
+  /// Folds another measurement of the same kind into this one, keeping the lowest. One that is not available changes
+  /// nothing; one that is not applicable makes this one not applicable and leaves its value.
   void mergeLowest(const DisplayMeas& other);
   /// The same, keeping the highest.
   void mergeHighest(const DisplayMeas& other);

@@ -25,8 +25,8 @@ Veltra::CredentialTrace trace() {
   return {debugOn ? &std::cout : nullptr, verboseOn ? &std::cout : nullptr};
 }
 
-// The generator of this thread, seeded by the system, and once more in a process that was forked off: it must not draw
-// what its parent draws.
+// The generator of this thread, seeded by the system, and seeded again in a forked process: it must not draw the same
+// numbers as its parent.
 pcg32& seededGenerator() {
   thread_local pcg32 generator;
   thread_local pid_t seededIn = 0;

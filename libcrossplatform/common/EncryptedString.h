@@ -7,10 +7,10 @@
 #include <libcrossplatform/logging/Export.h>
 
 /// Turns a short secret into printable text for a settings file, and back. The text form hides the secret's length and
-/// protects it with a check value; who holds this library can read it, see docs/credentials.md.
+/// protects it with a check value; whoever has this library can read it, see docs/credentials.md.
 ///
-/// Every operation may run on any thread. None throws, and none logs; diagnostics go to standard output once one of the
-/// flags below is on, and never before.
+/// Every operation may run on any thread. None throws, and none logs; diagnostics go to standard output only after one
+/// of the flags below was turned on.
 class VELTRA_EXPORT EncryptedString {
  public:
   EncryptedString() = delete;
@@ -21,13 +21,13 @@ class VELTRA_EXPORT EncryptedString {
   static std::string Encrypt(const std::string& text);
   static std::string EncryptBlob(const std::vector<uint8_t>& data);
 
-  /// The secret behind a text form.
-  /// @return the secret. A text of up to 60 characters is no text form and comes back as it is: a password stored
+  /// The secret of a text form.
+  /// @return the secret. A text of up to 60 characters is not a text form and is returned unchanged: a password stored
   ///         before secrets were encrypted, or typed in. Empty when a longer text was changed or belongs to another
   ///         key, to be taken as "no value"; empty as well for the text form of an empty secret
   static std::string Decrypt(const std::string& text);
 
-  /// As Decrypt, for texts of any length: a short one is no text form and gives nothing.
+  /// As Decrypt, for texts of any length: a short one is not a text form and gives an empty text.
   static std::vector<uint8_t> DecryptBlob(const std::string& text);
 
   /// CRC-32 (polynomial EDB88320, reflected) of `len` bytes, continued from `crc`: 0 starts the common CRC-32, the text
@@ -37,6 +37,6 @@ class VELTRA_EXPORT EncryptedString {
   /// From now on, in the whole process, a refused text prints the reason to standard output.
   static void debug();
 
-  /// As debug, and every stage is dumped in hexadecimal: secrets become readable on standard output.
+  /// As debug, and dumps every stage in hexadecimal: secrets become readable on standard output.
   static void verbose();
 };

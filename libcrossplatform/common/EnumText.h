@@ -35,7 +35,7 @@ const char* textOf(const EnumText<E> (&table)[N], E value, const char* fallback 
   return fallback;
 }
 
-/// Value of the first row that is parsed and whose text is equal, to the letter.
+/// Value of the first parsed row whose text is exactly equal.
 /// @return false, with `out` unchanged, when there is none
 template <class E, std::size_t N>
 bool valueOf(const EnumText<E> (&table)[N], std::string_view text, E& out) {
@@ -47,7 +47,7 @@ bool valueOf(const EnumText<E> (&table)[N], std::string_view text, E& out) {
   return false;
 }
 
-/// For static_assert: no value and no text stands twice.
+/// For static_assert: no value and no text occurs twice.
 template <class E, std::size_t N>
 constexpr bool isOneToOne(const EnumText<E> (&table)[N]) {
   for (std::size_t i = 0; i < N; ++i) {

@@ -16,13 +16,13 @@ constexpr char CLASS_NAME[] = "EquipmentInformation";
 constexpr char KEY_CLASS_NAME[] = "_className";
 constexpr char KEY_CLASS_VERSION[] = "_classVersion";
 
-/// Assigns a text and only then reports one that is too long: it stays, since callers rely on what they set.
+/// Assigns a text and only then reports one that is too long: it stays, because callers rely on what they set.
 void assignText(std::string& member, const char* text, const char* expression, int line) {
   member = text != nullptr ? text : "";
   if (member.length() > EQUIPMENT_INFO_MAX_STR_LEN) assertFail(expression, SOURCE, line);
 }
 
-/// What JSON has for an adapter: its part number, empty for an id without one.
+/// The JSON text of an adapter: its part number, empty for an id without one.
 std::string partNumberOf(int id) {
   const LinkAdapter* const found = findLinkAdapter(id);
   return found != nullptr && found->partNumber != nullptr ? found->partNumber : "";
@@ -136,7 +136,7 @@ Json::Value EquipmentInformation::toJson(const Dump::DumpFlags&) const {
 bool EquipmentInformation::fromJson(const Json::Value& value, const char* source) {
   const Json::Value* const member = jsonMember(value, source);
   const Json::Value& given = member != nullptr ? *member : value;
-  // The typed readers would take a value that is no object for the member itself.
+  // The typed readers would take a value that is not an object for the member itself.
   const Json::Value none(Json::objectValue);
   const Json::Value& object = given.isObject() ? given : none;
 
@@ -144,7 +144,7 @@ bool EquipmentInformation::fromJson(const Json::Value& value, const char* source
   std::string className;
   reader.text(KEY_CLASS_NAME, className);
   if (!reader.ok() || className != CLASS_NAME) return false;
-  // A missing version counts as 1. All versions have the same keys, so only its kind is looked at.
+  // A missing version counts as 1. All versions have the same keys, so only its kind is checked.
   int classVersion = 1;
   if (object.isMember(KEY_CLASS_VERSION)) reader.integer(KEY_CLASS_VERSION, classVersion);
   EquipmentInformation read;

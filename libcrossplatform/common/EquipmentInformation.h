@@ -11,7 +11,7 @@
 
 namespace Veltra {
 
-/// Characters a text setter of EquipmentInformation takes without an assertion.
+/// The most characters that a text setter of EquipmentInformation accepts without an assertion.
 constexpr std::size_t EQUIPMENT_INFO_MAX_STR_LEN = 100;
 
 /// The equipment that produced a result: main unit, test module and link interface adapter. Stored with results.
@@ -25,7 +25,7 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
   void clear();
 
   /// @name Main unit
-  /// Text setters take null as empty. A text over EQUIPMENT_INFO_MAX_STR_LEN is reported as an assertion and stays set;
+  /// Text setters take null as empty. A text over EQUIPMENT_INFO_MAX_STR_LEN is reported as an assertion, but set;
   /// texts that are read from streams and documents may have any length.
   ///@{
   const std::string& getSoftwareVersion() const { return _softwareVersion; }
@@ -51,7 +51,7 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
   void setModuleCalibrationTime(long time) { _moduleCalibrationTime = time; }
   long getModuleFirstUseDate() const { return _moduleFirstUseDate; }
   void setModuleFirstUseDate(long date) { _moduleFirstUseDate = date; }
-  /// A fibre-inspection probe has firmware of its own; every other module runs the software of the main unit.
+  /// A fibre-inspection probe has its own firmware; every other module runs the software of the main unit.
   const std::string& getModuleFirmwareVersion() const;
   /// Kept as the adapter's serial number: a probe has no adapter.
   void setProbeViewFirmwareVersion(std::string version) { _liaSerialNumber = std::move(version); }
@@ -84,10 +84,10 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
   /// number, empty for an id without one.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  /// Reads the object toJson() writes: member `source` of `value` where it has one, else `value` itself. Every key is
-  /// needed but "_classVersion"; an unknown part number gives adapter 0.
-  /// @return false, the record unchanged: the first key that is missing or of another kind, a time that time_t cannot
-  ///         hold included, which is logged; or another "_className", which is not
+  /// Reads the object toJson() writes: member `source` of `value` if it has one, otherwise `value` itself. Every key
+  /// except "_classVersion" is required; an unknown part number gives adapter 0.
+  /// @return false, with the record unchanged: a key is missing or of another kind, or a time does not fit time_t (the
+  ///         first such key is logged); or another "_className", which is not logged
   bool fromJson(const Json::Value& value, const char* source);
   /// The same; a null `value` is logged and clears the record.
   bool fromJson(const Json::Value* value, const char* source);

@@ -20,13 +20,13 @@
 
 namespace Veltra {
 
-/// The name of a temporary file. What is made for one is used again for a later one and never released, so that a
-/// signal handler may go through the list at any time.
+/// The name of a temporary file. An entry is reused for a later file and never released, so that a
+/// signal handler may walk the list at any time.
 struct FileReplacement::Temporary {
   enum State : int { FREE, TAKEN, NAMED };
   static std::atomic<Temporary*> first;
 
-  /// The name is noted before the file exists and until it has another name: no signal comes in between.
+  /// The name stays listed from before the file exists until it has another name, so no signal can miss it.
   static Temporary* take() {
     for (Temporary* at = first; at != nullptr; at = at->next) {
       int expected = FREE;
@@ -53,8 +53,8 @@ namespace {
 constexpr char ENDING[] = ".0123456789abcdef.tmp";
 constexpr std::size_t ENDING_LENGTH = sizeof ENDING - 1;
 
-/// From the system where it has random numbers to give. Saving must not depend on that: clock, process and a count make
-/// another number at each call, and that no other file has the name is for O_EXCL to settle.
+/// From the system if it has random numbers. Saving must not depend on that: clock, process and a counter also give
+/// another number at each call, and O_EXCL makes sure that no other file has the name.
 uint64_t randomNumber() {
   constexpr uint64_t SPREAD = 0x9E3779B97F4A7C15;
   static std::atomic<uint64_t> calls{0};
@@ -66,14 +66,14 @@ uint64_t randomNumber() {
   return (number ^ static_cast<uint64_t>(getpid()) << 20) * SPREAD + ++calls * SPREAD;
 }
 
-/// The beginning of a file's name that leaves room for the ending, no character cut in two.
+/// The beginning of a file's name that leaves room for the suffix, without splitting a character.
 std::size_t keptLength(const std::string& name) {
   std::size_t kept = std::min<std::size_t>(name.size(), NAME_MAX - ENDING_LENGTH);
   while (kept < name.size() && kept > 0 && (static_cast<unsigned char>(name[kept]) & 0xC0) == 0x80) --kept;
   return kept;
 }
 
-/// Asked of the system without changing it, where it tells.
+/// Read without changing it where the system allows that.
 mode_t currentUmask() {
   constexpr char LABEL[] = "\nUmask:";
   char text[4096] = {};
@@ -84,12 +84,12 @@ mode_t currentUmask() {
   }
   const char* const found = std::strstr(text, LABEL);
   if (found != nullptr) return static_cast<mode_t>(std::strtoul(found + sizeof LABEL - 1, nullptr, 8)) & 0777;
-  const mode_t mask = umask(077);  // what another thread creates right now is private
+  const mode_t mask = umask(077);  // a file that another thread creates right now is private
   umask(mask);
   return mask;
 }
 
-/// To be synced later if it may be read; otherwise at least to find the file in.
+/// Opened for a later sync if it may be read; otherwise at least for finding the file in it.
 int openFolder(const std::string& folder) {
   const char* const path = folder.empty() ? "." : folder.c_str();
   const int descriptor = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -134,7 +134,7 @@ bool FileReplacement::open(const std::string& path, Access access) {
     errno = EBUSY;
     return false;
   }
-  // Nothing is allocated once there is something to let go of.
+  // Allocates before there is anything to release.
   const std::size_t slash = path.rfind('/');
   _folder = slash == std::string::npos ? "" : path.substr(0, slash + 1);
   _name = path.substr(_folder.size());
@@ -157,7 +157,7 @@ bool FileReplacement::createTemporary() {
   struct stat old {};
   const int flags = _access == ACCESS_PRIVATE ? AT_SYMLINK_NOFOLLOW : 0;
   _replaces = fstatat(_folderDescriptor, _name.c_str(), &old, flags) == 0;
-  // Only a file is replaced: a device or a pipe of that name stays what it is.
+  // Only a regular file is replaced; a device or a pipe of that name stays.
   if (_replaces && !S_ISREG(old.st_mode)) {
     errno = S_ISDIR(old.st_mode) ? EISDIR : S_ISLNK(old.st_mode) ? ELOOP : ENOTSUP;
     return false;
@@ -174,7 +174,7 @@ bool FileReplacement::createTemporary() {
     _temporary->state = Temporary::NAMED;
     _descriptor = openat(_folderDescriptor, _temporary->name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
     if (_descriptor >= 0) return _access != ACCESS_PRIVATE || makePrivate();
-    _temporary->state = Temporary::TAKEN;  // whatever has this name is somebody else's
+    _temporary->state = Temporary::TAKEN;  // the file of this name belongs to somebody else
     if (errno != EEXIST) return false;
   }
   return false;
@@ -230,7 +230,7 @@ bool FileReplacement::commit() {
 bool FileReplacement::putInPlace() {
   if (uninterrupted([&] { return fsync(_descriptor); }) != 0) return false;
   if (_access != ACCESS_PRIVATE) giveAccess();
-  // Some file systems tell only now that they could not keep the bytes.
+  // Some file systems report only now that they could not store the bytes.
   if (::close(std::exchange(_descriptor, -1)) != 0 || !isAsExpected()) return false;
   return renameat(_folderDescriptor, _temporary->name, _folderDescriptor, _name.c_str()) == 0;
 }
@@ -243,7 +243,7 @@ void FileReplacement::giveAccess() const {
     const bool isGroupGiven =
         fchown(_descriptor, _owner, _group) == 0 || fchown(_descriptor, static_cast<uid_t>(-1), _group) == 0;
     if (!isGroupGiven && info.st_gid != _group) mode = (mode & ~mode_t{S_IRWXG}) | (mode & S_IRWXO) << 3;
-    // Nothing runs as another user than the one who made it.
+    // A file must not run as a user other than the one who made it.
     mode &= ~mode_t{S_ISUID | S_ISGID};
   }
   fchmod(_descriptor, mode);
@@ -261,7 +261,7 @@ bool FileReplacement::isAsExpected() const {
 
 void FileReplacement::discard() {
   const int why = errno;
-  // What a parent process writes is its own.
+  // The files of a parent process are its own.
   if (_temporary != nullptr && _temporary->state == Temporary::NAMED && _temporary->process == getpid()) {
     unlinkat(_temporary->folder, _temporary->name, 0);
   }

@@ -11,8 +11,8 @@ const char* textOrNull(const std::string& text) {
   return text.empty() ? "NULL" : text.c_str();
 }
 
-/// A folder as the list reads it: only a failed stream ends the list, with -1. The folder's own code is not looked at,
-/// so one with a text of length 0 counts as an element and the list goes on with the bytes behind that length. Readers
+/// A folder as the list reads it: only a failed stream ends the list, with -1. The folder's own code is ignored, so
+/// one with a text of length 0 counts as an element and the list continues with the bytes after that length. Readers
 /// in the field do the same; a stricter one would see other folders than they do.
 struct ListedFolder {
   FolderMetadata& folder;
@@ -78,7 +78,7 @@ unsigned FolderMetadataList::serialize(Marshal::IObjectWriter& out) {
 }
 
 Marshal::StreamOpStatus FolderMetadataList::deserialize(Marshal::IObjectReader& in) {
-  clear();  // before the header, unlike other records: after a failed read no old listing is left to be shown
+  clear();  // before the header, unlike other records: a failed read must not leave an old listing to be shown
   return Marshal::readHeaded(*this, in);
 }
 

@@ -10,7 +10,7 @@
 namespace Veltra {
 
 /// One folder of stored results. A plain value; default no name, no path, no sub-folders.
-/// On the wire: plain inline record, docs/format.md#foldermetadata; it is only written inside a list.
+/// On the wire: plain inline record, docs/format.md#foldermetadata; written only inside a list.
 class VELTRA_EXPORT FolderMetadata : public Marshal::IDumpSerializable {
  public:
   FolderMetadata() = default;
@@ -23,7 +23,7 @@ class VELTRA_EXPORT FolderMetadata : public Marshal::IDumpSerializable {
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -1 a text of length 0; -3 the stream ran out. On failure: partly filled, discard it.
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
-  /// At the full level "_name", "_dirPath" and "_hasSubdir", an empty text as "NULL"; else the name alone, as text.
+  /// At the full level "_name", "_dirPath" and "_hasSubdir", an empty text as "NULL"; otherwise only the name, as text.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
   // Texts end at their first zero byte when they are read.
@@ -38,7 +38,7 @@ class VELTRA_EXPORT FolderMetadata : public Marshal::IDumpSerializable {
 };
 
 /// The folders of a listing, in its order. On the wire: headed record with a 16-bit count, which is not range-checked:
-/// a longer list writes all its elements behind the count modulo 65536. docs/format.md#foldermetadatalist.
+/// a longer list writes the count modulo 65536 and all its elements. docs/format.md#foldermetadatalist.
 class VELTRA_EXPORT FolderMetadataList : public Marshal::IDumpSerializable {
  public:
   static constexpr uint8_t CLASS_VERSION = 1;
@@ -58,7 +58,7 @@ class VELTRA_EXPORT FolderMetadataList : public Marshal::IDumpSerializable {
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -1 the stream ran out inside an element, those before it stay; -3 it ran out before the first; header
-  ///         codes unchanged. The list is emptied first, whatever comes.
+  ///         codes unchanged. The list is always emptied first.
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// A group of the folders' own dumps.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
@@ -70,8 +70,8 @@ class VELTRA_EXPORT FolderMetadataList : public Marshal::IDumpSerializable {
   std::vector<FolderMetadata> _folders;
 };
 
-/// True for the name of a custom object, which is no folder: first and last character are "*". The name "*" is one too.
-/// @param name  null counts as empty, which is none
+/// True for the name of a custom object, which is not a folder: it begins and ends with "*". The name "*" is one too.
+/// @param name  null counts as empty, which is not one
 VELTRA_EXPORT bool isCustomObject(const char* name);
 
 }  // namespace Veltra

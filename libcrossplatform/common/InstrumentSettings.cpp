@@ -25,7 +25,7 @@ void walkJson(Members& m, Record& s) {
   m.choice("lengthUnits", s.lengthUnits, fromLengthUnitsString);
   m.choice("numericFormat", s.numericFormat, fromNumericFormatString);
   if constexpr (!std::is_const_v<Record>) {
-    // Read and dropped: documents have it, the record has no such member and never writes it.
+    // Read and ignored: documents have it, but the record has no such member and never writes it.
     ResultStorageLocation dropped = RESULT_STORAGE_MMC;
     m.choice("resultStorageLocation", dropped, fromResultStorageLocationString);
   }

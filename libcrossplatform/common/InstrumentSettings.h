@@ -19,7 +19,7 @@ class VELTRA_EXPORT InstrumentSettings : public Settings {
   static constexpr const char* JSON_LOCALE_NAME = "locale";
   static constexpr const char* JSON_VERSION_NAME = "version";  ///< reserved: no document of this record has it
 
-  /// Back to the factory settings, but for the locale: clearing instrument settings does not reset it.
+  /// Restores the factory settings except the locale: clearing instrument settings does not reset it.
   void clear();
   unsigned int getSettingsType() const override { return 0; }
 
@@ -30,13 +30,13 @@ class VELTRA_EXPORT InstrumentSettings : public Settings {
   /// Members a record of an older class version does not have are left at their factory settings.
   /// @return 0; -3 the stream ran out; header and length codes unchanged. On failure: partly filled, clear() it.
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
-  /// {"Instrument": {...}}, all members at every level. A choice outside its list is reported and stands as its
+  /// {"Instrument": {...}}, all members at every level. A choice outside its list is reported and written as its
   /// fallback.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
   /// Reads {"Instrument": {...}} with JsonCpp's own conversions: a number is also text, null is false, 0 or empty.
   /// A missing choice is -1, a missing text empty; a missing boolean or brightness is the factory setting. A missing
   /// root member counts as an empty object.
-  /// @param root  null: nothing is done
+  /// @param root  null: nothing is changed
   /// @return true; false, with the record unchanged, for null, and when a value cannot be converted (logged)
   bool fromJson(const Json::Value* root) override;
   /// The styled text of toJson() with the same flags.

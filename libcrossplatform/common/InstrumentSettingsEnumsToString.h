@@ -7,7 +7,7 @@
 #include <libcrossplatform/logging/Export.h>
 
 /// The choices of the instrument settings and the texts they are shown and stored by. toString() of a value outside its
-/// table reports an assertion and gives the fallback named here. Parsers compare to the letter and give -1 for an
+/// table reports an assertion and gives the fallback named here. Parsers compare exactly and give -1 for an
 /// unknown text; settings hold such values, so every enumeration has room for them.
 namespace Veltra {
 
@@ -124,7 +124,7 @@ template <>
 VELTRA_EXPORT gsl::span<const EnumText<LengthUnits>> enumTexts<LengthUnits>();
 VELTRA_EXPORT LengthUnits fromLengthUnitsString(const std::string& text);
 
-/// Mains frequency whose noise measurements leave out. Fallback "50 Hz".
+/// Mains frequency whose noise measurements suppress. Fallback "50 Hz".
 enum PowerLineFrequency : int32_t {
   POWER_LINE_50_HZ = 0,
   POWER_LINE_60_HZ = 1,

@@ -15,14 +15,14 @@ enum LengthRoundedTo : int32_t {
   LENGTH_ROUNDED_TO_HUNDREDTHS = 2,
 };
 
-/// The enumerator's name. Any other value is the assertion "Invalid length rounded to" and then names as
+/// The enumerator's name. Any other value is the assertion "Invalid length rounded to" and then gives
 /// "LENGTH_ROUNDED_TO_HUNDREDS".
 VELTRA_EXPORT const char* toString(LengthRoundedTo roundedTo);
 
 /// The length in metres, rounded half away from zero.
 VELTRA_EXPORT float displayLengthMeters(float meters, LengthRoundedTo roundedTo);
 /// The length in feet, rounded half away from zero.
-/// @param meters  the length in metres, like everywhere else
+/// @param meters  the length in metres, as everywhere
 VELTRA_EXPORT float displayLengthFeet(float meters, LengthRoundedTo roundedTo);
 
 /// Digits of the rounded figure in units of its precision: 1234 m to hundreds is 12, two digits. A figure of 0 has one.

@@ -11,7 +11,7 @@ constexpr uint32_t COAX = LINK_ADAPTER_COAX;
 constexpr uint32_t REFERENCE = LINK_ADAPTER_REFERENCE;
 constexpr uint32_t WITHDRAWN = LINK_ADAPTER_WITHDRAWN;
 
-// The order is the order of search, not that of the ids.
+// In the order of search, not of the ids.
 constexpr LinkAdapter ADAPTERS[] = {
     // id, key, part number, display name, rating in MHz, flags
     {400, "pla2g", "VLA-400", "Cat 8 Permanent Link", 2500, LINK},
@@ -19,7 +19,7 @@ constexpr LinkAdapter ADAPTERS[] = {
     {404, "plaGG452g", "VLA-404", "GG45 Class II Permanent Link", 2500, LINK},
     {405, "chaGG452g", "VLA-405", "GG45 Class II Channel", 2500, CHANNEL},
     {406, "plaTERA2g", "VLA-406", "TERA Class II Permanent Link", 2500, LINK},
-    // The key of 406 again, though it is a channel: instruments in the field know it by that key.
+    // The same key as 406, although it is a channel: instruments in the field know it by that key.
     {407, "plaTERA2g", "VLA-407", "TERA Class II Channel", 2500, CHANNEL},
     {408, "setref2g", "VLA-408", "Set Reference 2 GHz", 2500, REFERENCE},
     {414, "coax2g", "VLA-414", "Coax 2 GHz", 2500, COAX},

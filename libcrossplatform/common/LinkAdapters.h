@@ -15,7 +15,7 @@ enum LinkAdapterFlags : uint32_t {
   LINK_ADAPTER_PATCH_CORD = 4,
   LINK_ADAPTER_MPTL = 8,  ///< modular plug terminated link
   LINK_ADAPTER_COAX = 16,
-  LINK_ADAPTER_REFERENCE = 32,  ///< for reference, calibration or verification: not for links of a customer
+  LINK_ADAPTER_REFERENCE = 32,  ///< for reference, calibration or verification: not for customers' links
   LINK_ADAPTER_WITHDRAWN = 64,
 };
 
@@ -24,7 +24,7 @@ struct LinkAdapter {
   int id;                   ///< what the adapter reports, and what records hold
   const char* key;          ///< short name; ids 406 and 407 share one
   const char* partNumber;   ///< catalogue designation; null for an adapter without one
-  const char* displayName;  ///< as the user sees it; may be empty
+  const char* displayName;  ///< shown to the user; may be empty
   int ratingMHz;            ///< highest frequency it is specified for
   uint32_t flags;           ///< LinkAdapterFlags
 };
@@ -34,7 +34,7 @@ VELTRA_EXPORT gsl::span<const LinkAdapter> linkAdapters();
 
 /// The first adapter with this id; null when there is none.
 VELTRA_EXPORT const LinkAdapter* findLinkAdapter(int id);
-/// The first adapter with this part number, to the letter; null when there is none. The empty text names no adapter.
+/// The first adapter with exactly this part number; null when there is none. The empty text names no adapter.
 VELTRA_EXPORT const LinkAdapter* findLinkAdapterByPartNumber(std::string_view partNumber);
 
 }  // namespace Veltra

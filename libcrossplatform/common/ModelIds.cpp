@@ -19,7 +19,7 @@ std::vector<std::string> modelNames() {
   return names;
 }
 
-/// The model of a name; the value 0, which is none, for any other text.
+/// The model of a name; 0, which is not a model, for any other text.
 ModelId modelOf(const std::string& name) {
   ModelId model{};
   valueOf(MODEL_TEXTS, name, model);

@@ -55,7 +55,7 @@ bool isInUpdateState(ModuleId module) {
   return module >= DFU_MODULE_ID_OFFSET;
 }
 
-/// By range alone: 999 is a probe and 301 is other, although neither is a module. Copper modules in boot state are
+/// By range only: 999 is a probe and 301 is other, although neither is a module. Copper modules in boot state are
 /// other, fibre modules in update state a category of their own.
 ModuleCategory rawCategory(ModuleId module) {
   constexpr int32_t FIRST_COPPER_BOOT = DFU_MODULE_ID_OFFSET + 300;
@@ -91,7 +91,7 @@ bool isCopperModule(ModuleId module) {
 
 ModuleCategory getModuleCategory(ModuleId module, IsDfuModuleValid dfuValid) {
   const ModuleCategory category = rawCategory(dfuValid ? moduleIdSansDfu(module) : module);
-  // "Fiber DFU" is a filter, never an answer: callers know such a module as other.
+  // "Fiber DFU" is a filter, never a result: for callers such a module is other.
   return category == MODULE_CATEGORY_FIBER_DFU ? MODULE_CATEGORY_OTHER : category;
 }
 

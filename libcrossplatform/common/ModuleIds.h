@@ -27,10 +27,10 @@ enum ModuleId : int32_t {
   MODULE_ID_PRB_30 = 501,
 };
 
-/// From a module's id to its id in firmware-update or boot state.
+/// Difference between a module's id and its id in firmware-update or boot state.
 constexpr int32_t DFU_MODULE_ID_OFFSET = 10000;
 
-/// The coarse kind of a module.
+/// The category of a module.
 enum ModuleCategory : int32_t {
   MODULE_CATEGORY_NONE = 0,  ///< as a filter: every plain module
   MODULE_CATEGORY_OTDR = 1,

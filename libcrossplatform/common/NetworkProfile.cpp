@@ -18,9 +18,9 @@ namespace {
 constexpr char INDENTATION[] = "\t";
 static_assert(Veltra::PROFILE_FILE_MAX_BYTES >= Veltra::JsonBounds::STYLED_BYTES, "what is saved can be read");
 
-// The wired and the USB Wi-Fi settings differ in their keys alone: these serve both.
+// The wired and the USB Wi-Fi settings differ only in their keys: these serve both.
 
-// The address in host order; false when the text is no dotted address.
+// The address in host order; false when the text is not a dotted address.
 bool parseIPv4(const std::string& text, uint32_t& address) {
   in_addr parsed;
   if (text.find('\0') != std::string::npos || inet_pton(AF_INET, text.c_str(), &parsed) != 1) return false;
@@ -200,7 +200,7 @@ bool NetworkProfile::invalidIPv4(const std::string& text) {
   uint32_t address = 0;
   if (!parseIPv4(text, address)) return true;
   const uint32_t first = address >> 24;
-  // 240 to 254 pass, reserved as they are: networks in the field use them.
+  // 240 to 254 are accepted although reserved: networks in the field use them.
   return first == 0 || first == 127 || first == 255 || (first >= 224 && first <= 239) || address >> 16 == 0xA9FE;
 }
 

@@ -21,8 +21,8 @@ enum class ProfileOwner : int32_t;
 /// itself the JSON document that is stored; every accessor reads or writes a member of it.
 ///
 /// Getters never throw: a member that is absent or of another JSON kind than expected reads as false, 0 or empty, and a
-/// document that is no object reads as an empty one. Setters replace what is of another kind. Every setter returns true
-/// when the value is stored; on false the document is as it was, unless said otherwise. Types and key numbers are
+/// document that is not an object reads as an empty one. Setters replace members of another kind. Every setter returns
+/// true when the value is stored; on false the document is as it was, unless said otherwise. Types and key numbers are
 /// checked against their lists, so any 32-bit number may be passed.
 ///
 /// Passwords, keys, names and certificates are stored through EncryptedString. A stored secret that does not decrypt
@@ -38,7 +38,7 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
 
   /// An empty document.
   NetworkProfile();
-  using Json::Value::operator=;  ///< replaces the document whole
+  using Json::Value::operator=;  ///< replaces the whole document
 
   // The interface in use: either the USB Wi-Fi adapter or the wired one. Switching one off switches the other on.
 
@@ -72,11 +72,11 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   bool setUsbWifiGateway(const std::string& text);
   bool setUsbWifiDHCP(bool use);
 
-  /// True when the text is no dotted IPv4 address, or one that no interface can have: first octet 0, 127 or 255,
+  /// True when the text is not a dotted IPv4 address, or is one that no interface can have: first octet 0, 127 or 255,
   /// multicast (224.0.0.0 to 239.255.255.255) or link-local (169.254.0.0/16).
   static bool invalidIPv4(const std::string& text);
 
-  /// True when the text is no dotted IPv4 mask of ones followed by zeros; 0.0.0.0 and 255.255.255.255 are masks.
+  /// True when the text is not a dotted IPv4 mask of ones followed by zeros; 0.0.0.0 and 255.255.255.255 are masks.
   static bool invalidMask(const std::string& text);
 
   // DNS servers of either interface, at most MAX_DNS, counted from 0.
@@ -86,8 +86,8 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   void clearDNS();
   /// Appends a server. @return false when the list is full or the address invalid
   bool addDNS(const std::string& text);
-  /// Replaces server i, by an empty text too; one past the last, appends as addDNS.
-  /// @return false beyond that, or when the address is invalid
+  /// Replaces server i; an empty text is accepted. One past the last appends like addDNS.
+  /// @return false for a larger i, or when the address is invalid
   bool setDNS(std::size_t i, const std::string& text);
 
   std::string getUsbWifiDNS(std::size_t i) const;
@@ -99,7 +99,7 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   // The wireless network and how it is secured.
 
   std::string getUsbWifiSSID() const;
-  /// @return false for a name that is no UTF-8: it may be any bytes, but JSON cannot hold them
+  /// @return false for a name that is not UTF-8: network names may be any bytes, but JSON cannot hold them
   bool setUsbWifiSSID(const std::string& ssid);
 
   Encryption::Type getEncryption() const;
@@ -118,7 +118,7 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   // WEP keys, numbered 1 to 4.
 
   std::string getWirelessKey(unsigned k) const;
-  std::size_t getWirelessKeySize() const;  ///< places of the stored list, those without a key included
+  std::size_t getWirelessKeySize() const;  ///< slots of the stored list, including those without a key
   void clearWirelessKey();
   /// Stores key k and makes it the active one. An empty key removes it, and the lowest key that is still set becomes
   /// active, even when the removed one was not.
@@ -154,50 +154,50 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   bool setCertificateKey(const std::vector<uint8_t>& key);
   bool setCertificateKey(const std::string& key);
   std::string getCertificateName() const;
-  bool setCertificateName(const std::string& name);  ///< false for a name that is no UTF-8
+  bool setCertificateName(const std::string& name);  ///< false for a name that is not UTF-8
 
   // Recent wireless networks, newest first.
 
-  /// @return false, `out` as it was, when there is no network i
+  /// @return false, with `out` unchanged, when there is no network i
   bool getWifiProfile(std::size_t i, WifiProfile& out) const;
   /// Puts a network first. An equal one is replaced; of more than MAX_RECENT the oldest are dropped.
-  /// @return false, nothing changed, when its name or an address is no UTF-8, or a secret could not be encrypted
+  /// @return false, with nothing changed, when its name or an address is not UTF-8, or a secret could not be encrypted
   bool addWifiProfile(const WifiProfile& profile);
   /// Puts the current wireless settings first. @return as addWifiProfile
   bool addCurrentWifiProfile();
   bool recentIsEmpty() const;
-  /// Forgets the recent networks, the current network's name and its security.
+  /// Removes the recent networks, the current network's name and its security.
   void removeAllStoredWifiData();
   /// Makes a network the current wireless settings, through the setters above and in their order: name, DHCP, static
   /// addresses and DNS while DHCP is off, security type, encryption, then what the security type needs.
-  /// @return false at the first setter that refuses; what was set before it stays set. So an empty broadcast address is
-  ///         refused while DHCP is off, and a WEP network whose active key number has no key yet
+  /// @return false at the first setter that refuses; what was set before it stays set. An empty broadcast address is
+  ///         refused while DHCP is off, as is a WEP network whose active key number has no key yet
   bool setConfigFromWifiProfile(const WifiProfile& profile);
 
   // The document as a whole.
 
-  /// Writes the document as styled JSON, indented by tabs. Text of it that is no UTF-8, which a document read from a
+  /// Writes the document as styled JSON, indented by tabs. Text that is not UTF-8, which a document read from a
   /// file can hold, is written with U+FFFD, here and by save; a warning is logged.
   void dump(std::ostream& stream) const;
 
-  /// Replaces FILE_PATH, or a file of the caller's choice, by the document: a reader finds the old one or the new one,
-  /// whole, at any time. The file ends with mode 0600 and belongs to the caller, whatever it was. A symbolic link is
-  /// followed when it belongs to root or the caller.
-  /// @param expected  of the file, taken before it was read: it is replaced only if nobody has changed it since
-  /// @return false with the reason in `errno`, the old file being as it was: it is not the expected one (ESTALE), is no
-  ///         regular file, or a link of somebody else; the system does not let the caller replace it; the text is more
-  ///         than read() takes (EFBIG); or the new file could not be written or made private. Also false, with the new
-  ///         file in its place, when only the folder could not be synced.
+  /// Replaces FILE_PATH, or a file of the caller's choice, by the document: a reader finds the whole old
+  /// file or the whole new one at any time. The file then has mode 0600 and belongs to the caller, whatever it had
+  /// before. A symbolic link is followed when it belongs to root or the caller.
+  /// @param expected  stamp of the file, taken before it was read: it is replaced only if nobody has changed it since
+  /// @return false with the reason in `errno`, the old file unchanged: it is not the expected one (ESTALE), not a
+  ///         regular file, or a link of somebody else; the system does not let the caller replace it; the text is
+  ///         larger than read() accepts (EFBIG); or the new file could not be written or made private. Also false, with
+  ///         the new file in its place, when only the folder could not be synced.
   bool save() const;
   bool saveTo(const std::string& path) const;
   bool saveTo(const std::string& path, const Veltra::FileStamp& expected) const;
 
   /// Replaces the document by the one in FILE_PATH, or a path of the caller's choice. Comments are kept as
   /// parseJson() keeps them.
-  /// @return false, the document as it was, when the file is missing, not JSON, beyond
+  /// @return false, with the document unchanged, when the file is missing, not JSON, beyond
   ///         docs/reader-behaviour.md#the-bounds-of-json, or is not a file that saveTo would replace. read() also
   ///         refuses a file that belongs neither to root nor to the caller, in a folder that others can write to;
-  ///         readFrom() reads what it is pointed at.
+  ///         readFrom() does not check this.
   bool read();
   bool readFrom(const std::string& path);
 

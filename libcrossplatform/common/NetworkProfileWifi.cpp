@@ -11,7 +11,7 @@ namespace Stored = Veltra::ProfileMembers;
 
 namespace {
 
-// The recent network in a place of the list. A place that holds no object is empty.
+// The recent network in a place of the list. A place that does not hold an object is empty.
 const Json::Value* recentAt(const Json::Value& document, std::size_t i) {
   const Json::Value& recent = Stored::array(document, Stored::RECENT);
   if (i >= recent.size()) return nullptr;
@@ -103,7 +103,7 @@ bool NetworkProfile::setWirelessKey(unsigned k, const std::string& key) {
   if (!key.empty() && !validWirelessKey(getEncryption(), key)) return false;
   if (!Stored::setWirelessKey(*this, k, key)) return false;
   if (!key.empty()) return setActiveKey(k);
-  // Removing any key moves the active one, not only removing the active one.
+  // Removing any key changes the active one, not only removing the active one.
   for (unsigned lowest = 1; lowest <= Stored::WIRELESS_KEYS; ++lowest) {
     if (setActiveKey(lowest)) break;
   }
@@ -257,7 +257,7 @@ bool NetworkProfile::setConfigFromWifiProfile(const WifiProfile& profile) {
 bool NetworkProfile::setConfigOfSecurity(const WifiProfile& profile) {
   switch (profile.securityType) {
     case UsbWifiSecurity::WEP:
-      // The active key comes before the keys and is refused while it is not stored yet: kept in this order.
+      // The active key comes before the keys and is refused while that key is not stored yet: this order is kept.
       if (!setActiveKey(profile.activeKey)) return false;
       for (std::size_t i = 0; i < profile.wepKeys.size(); ++i) {
         if (!setWirelessKey(static_cast<unsigned>(i + 1), profile.wepKeys[i])) return false;

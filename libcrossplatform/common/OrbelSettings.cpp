@@ -26,7 +26,7 @@ constexpr char NET_PROFILE[] = "net_profile";
 constexpr char TRACKIT_ENABLE[] = "trackit_enable";
 constexpr char KEY_POSITION[] = "key_position";
 
-/// The members of the JSON object but the network profile.
+/// The members of the JSON object except the network profile.
 template <class Members, class Record>
 void walkJson(Members& m, Record& s) {
   m.boolean(AUTO_INCREMENT, s.autoIncrement);
@@ -55,16 +55,15 @@ bool isShortProfile(const Json::Value& profile) {
   return Dump::isStyledJsonWithin(profile, "   ", JsonBounds::STYLED_BYTES);
 }
 
-/// Whether a profile is short for certain, whatever stands in the text it was read from: no byte of a text becomes more
-/// than the indentation of one line and some characters.
+/// Whether a profile is certainly short, whatever the text it was read from: no byte of a text becomes more than the
+/// indentation of one line and a few characters.
 bool isShortProfileOf(const std::string& text, const JsonExtent& extent) {
   constexpr std::size_t INDENTATION = 3;
   constexpr std::size_t CHARACTERS = 16;
   return text.size() <= JsonBounds::STYLED_BYTES / (INDENTATION * extent.levels + CHARACTERS);
 }
 
-/// Json::Value's own comparison, but for whole numbers, which are equal by value: what is held unsigned may come back
-/// signed.
+/// Json::Value's own comparison, except for whole numbers, which compare by value: unsigned ones may come back signed.
 bool isSameJson(const Json::Value& a, const Json::Value& b) {
   const auto isWhole = [](const Json::Value& v) { return v.type() == Json::intValue || v.type() == Json::uintValue; };
   if (isWhole(a) && isWhole(b) && a.type() != b.type()) {
@@ -84,8 +83,8 @@ bool isSameJson(const Json::Value& a, const Json::Value& b) {
   return true;
 }
 
-/// Warns of a record that deserialize() will not take back.
-/// @param text  as it is written; it holds the profile in whole
+/// Warns of a record that deserialize() will refuse.
+/// @param text  the text being written, with the whole profile
 void warnUnlessReadBack(const std::string& text, const Json::Value& profile) {
   const JsonExtent extent = extentOf(text);
   const auto warn = [](std::size_t most, const char* of) {
@@ -133,7 +132,7 @@ unsigned OrbelSettings::serialize(Marshal::IObjectWriter& out) {
 Marshal::StreamOpStatus OrbelSettings::deserialize(Marshal::IObjectReader& in) {
   Marshal::Header header;
   if (const Marshal::StreamOpStatus s = header.deserialize(in); s != Marshal::STREAM_OK) return s;
-  // The id alone is compared: a record of any class version is read.
+  // Only the id is compared: a record of any class version is read.
   if (header.serialTypeId().combined() != SERIAL_TYPE_ID) return Marshal::STREAM_WRONG_ELEMENT;
   std::string json;
   {
@@ -156,7 +155,7 @@ Json::Value OrbelSettings::toJson(const Dump::DumpFlags&) const {
 bool OrbelSettings::fromJson(const Json::Value* root) {
   const Json::Value* const object = root != nullptr ? recordIn(*root) : nullptr;
   if (object == nullptr) return false;
-  // All but the profile, which may be large.
+  // All except the profile, which may be large.
   OrbelSettings read(project, autoSave, autoIncrement, syncUserName, syncUserPass, Json::Value(), trackitEnable,
                      keyPosition);
   MemberReader members(*object, MemberRule::CONVERTED_OR_NULL, SOURCE, __LINE__);

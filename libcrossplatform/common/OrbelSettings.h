@@ -8,7 +8,7 @@
 
 namespace Veltra {
 
-/// What is set up for the project in work: where results go, how they are numbered, how they are synchronised.
+/// Settings of the current project: where results go, how they are numbered, how they are synchronised.
 /// A plain value. On the wire: headed record that holds its own JSON text, docs/format.md#orbelsettings.
 class VELTRA_EXPORT OrbelSettings : public Settings {
  public:
@@ -27,30 +27,30 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
   bool operator==(const OrbelSettings& other) const;
   bool operator!=(const OrbelSettings& other) const { return !(*this == other); }
 
-  /// What fromString() would not take back, docs/reader-behaviour.md#the-bounds-of-json, is written all the same; a
+  /// Text that fromString() would refuse, docs/reader-behaviour.md#the-bounds-of-json, is still written; a
   /// warning is logged.
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// Not cleared first: members the text does not name keep their values. Any class version is read.
-  /// @return 0; -1 another record's id, or text fromString() does not take: the record is then as it was; -3 the stream
+  /// @return 0; -1 another record's id, or text that fromString() refuses: the record is then unchanged; -3 the stream
   ///         ran out; header and length codes unchanged
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// {"OrbelSettings": {...}}, all members at every level, the password as plain text.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
-  /// Reads {"OrbelSettings": {...}} with JsonCpp's own conversions: a number is also text. What is missing or null
-  /// keeps its value.
+  /// Reads {"OrbelSettings": {...}} with JsonCpp's own conversions: a number is also text. A member that is missing or
+  /// null keeps its value.
   /// @return true; false, with the record unchanged, for a null pointer, without the root member, and when a value
   ///         cannot be converted (logged)
   bool fromJson(const Json::Value* root) override;
-  /// fromJson() of a JSON text; comments in the network profile are kept as parseJson() keeps them. Only what the text
-  /// names is measured.
-  /// @return false also for text that is no JSON or beyond docs/reader-behaviour.md#the-bounds-of-json
+  /// fromJson() of a JSON text; comments in the network profile are kept as parseJson() keeps them. The bounds apply
+  /// only to what the text names.
+  /// @return false also for text that is not JSON or exceeds docs/reader-behaviour.md#the-bounds-of-json
   bool fromString(const std::string& text);
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
-  Project::ProjectId project{"", "DEFAULT"};  ///< the project in work
+  Project::ProjectId project{"", "DEFAULT"};  ///< the current project
   bool autoSave = false;
-  bool autoIncrement = false;  ///< number results on by themselves
+  bool autoIncrement = false;  ///< number results automatically
   std::string syncUserName;    ///< for the remote service results are synchronised with
   std::string syncUserPass;    ///< plain text, here and in every rendering of the record
   Json::Value netProfile;      ///< the network to use, any JSON value

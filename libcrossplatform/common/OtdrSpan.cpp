@@ -32,7 +32,7 @@ unsigned OtdrSpan::serialize(Marshal::IObjectWriter& out) {
 }
 
 Marshal::StreamOpStatus OtdrSpan::deserialize(Marshal::IObjectReader& in) {
-  // Unlike other records a span that cannot be read stays as it was: services go on with the one they have.
+  // Unlike other records a span that cannot be read stays as it was: services keep using the one they have.
   OtdrSpan read;
   const Marshal::StreamOpStatus status = Marshal::readHeaded(read, in);
   if (status == Marshal::STREAM_OK) *this = read;
@@ -56,7 +56,7 @@ bool OtdrSpan::fromJson(const Json::Value& value, const char* key) {
     Veltra::logJsonFailure(SOURCE, 92, KEY_CLASS_NAME);
     return false;
   }
-  // Another class is not logged: services offer one document to several readers.
+  // Another class is not logged: services pass one document to several readers.
   if (*className != CLASS_NAME) return false;
   OtdrSpan read;
   if (!endFromJson(*object, KEY_SPAN_START, 98, read.spanStart)) return false;

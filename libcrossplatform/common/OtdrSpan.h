@@ -26,13 +26,13 @@ class VELTRA_EXPORT OtdrSpan : public Marshal::ISerializable, public Dump::IJson
   /// @return 0; -3 the stream ran out; -5 a version byte of either end above 1; header and length codes unchanged
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// A flat object: "_className", "_classVersion", "spanStart" and "spanEnd", the ends as text. Fatal where
-  /// Veltra::ScaledInt::toString() is: an end read from outside may have any scale.
+  /// Veltra::ScaledInt::toString() is: an end read from a stream or document may have any scale.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
   /// Reads the object toJson() writes: member `key` of the object `value`, or `value` itself when key is null or
-  /// `value` no object. "_classVersion" is not looked at.
-  /// @return false, the span unchanged: no object, or another "_className" (neither is logged); a missing "_className";
-  ///         an end that is missing or begins with no number
+  /// `value` is not an object. "_classVersion" is ignored.
+  /// @return false, with the span unchanged: not an object, or another "_className" (neither logged); no "_className";
+  ///         an end that is missing or does not begin with a number
   bool fromJson(const Json::Value& value, const char* key);
   /// The same; a null `value` is logged and clears the span.
   bool fromJson(const Json::Value* value, const char* key);

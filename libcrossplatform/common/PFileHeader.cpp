@@ -7,7 +7,7 @@
 namespace PFile {
 
 uint32_t crc32Of(unsigned char const* data, unsigned int size) {
-  // zlib takes a null pointer as the question for its start value, whatever the size.
+  // zlib returns its start value for a null pointer, whatever the size.
   return size == 0 ? 0 : static_cast<uint32_t>(crc32(0, data, size));
 }
 

@@ -8,7 +8,7 @@
 
 namespace PFile {
 
-/// The 20 bytes in front of every section. On the wire: plain inline record, docs/format.md#section-header.
+/// The 20 bytes before every section. On the wire: plain inline record, docs/format.md#section-header.
 class VELTRA_EXPORT Header : public Marshal::ISerializable, public Dump::IDumpable {
  public:
   static constexpr uint16_t MAGIC = 0x5046;                     // the letters "PF"
@@ -30,7 +30,7 @@ class VELTRA_EXPORT Header : public Marshal::ISerializable, public Dump::IDumpab
   /// Takes size and CRC-32 of `data`, then the CRC-32 of this header. `data` may be null when `size` is 0.
   void updateData(unsigned int size, unsigned char const* data);
   bool verifyHdrCrc() const;
-  /// The header as it stands in a file.
+  /// The header as stored in a file.
   std::array<uint8_t, BYTES> bytes() const;
 
   bool operator==(const Header& other) const;
@@ -41,7 +41,7 @@ class VELTRA_EXPORT Header : public Marshal::ISerializable, public Dump::IDumpab
   uint16_t type = 0;       ///< section type id
   uint16_t version = 0;    ///< version of the section's content
   uint16_t flags = 0;      ///< bit 0: stored compressed; bits 12 to 15: zlib level; the rest is the caller's
-  uint32_t dataSize = 0;   ///< payload bytes behind the header, the compressed size for a compressed section
+  uint32_t dataSize = 0;   ///< payload bytes after the header, the compressed size for a compressed section
   uint32_t dataCrc = 0;    ///< CRC-32 of those bytes
   uint32_t hdrCrc = 0;     ///< CRC-32 of the 16 bytes before it
 

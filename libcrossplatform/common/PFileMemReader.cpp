@@ -14,7 +14,7 @@ namespace {
 constexpr char CLASS_NAME[] = "PFileMemReader";
 constexpr char SOURCE[] = "libcrossplatform/common/PFileMemReader";
 
-/// Sizes and positions are signed in the interface: what lies beyond is refused.
+/// Sizes and positions are signed in the interface: larger ones are refused.
 bool isNegative(uint32_t size) {
   return size > static_cast<uint32_t>(std::numeric_limits<int32_t>::max());
 }
@@ -112,7 +112,7 @@ int MemReader::read(Section& section, bool uncompress) {
   if (size > remaining) {
     PFILE_LOG_VALUES(_error, "Insufficient Space Remaining. Need %d bytes, only %d bytes remaining.",
                      static_cast<int>(size), static_cast<int>(remaining));
-    // Success, with the header consumed and the payload as it was: readers of cut images rely on it.
+    // Success, with the header consumed and the payload unchanged: readers of cut images rely on it.
     return PFILE_OK;
   }
   section.payload.set(size, _buffer + _index, false);

@@ -9,8 +9,8 @@ namespace PFile {
 
 /// Reads a container from a caller's buffer, which it borrows; payloads are borrowed from it too, not copied, unless
 /// they are uncompressed. The buffer must outlive reader and sections.
-/// Reading functions return 0, -1 for a failure, or -2 at the end of the data, of which only the debug callback hears.
-/// The file header's section has the callbacks of the reader; any other section tells its own.
+/// Reading functions return 0, -1 for a failure, or -2 at the end of the data, reported to the debug callback only.
+/// The file header's section has the callbacks of the reader; any other section uses its own.
 class VELTRA_EXPORT MemReader {
  public:
   MemReader() = default;
@@ -19,10 +19,10 @@ class VELTRA_EXPORT MemReader {
   MemReader(const MemReader&) = delete;
   MemReader& operator=(const MemReader&) = delete;
 
-  /// Takes a buffer and reads its file header; from then on the recorded length is all there is, bytes behind it are
-  /// ignored.
+  /// Takes a buffer and reads its file header; from then on the recorded length is the end of the data, bytes after
+  /// it are ignored.
   /// @return 0; -1 a buffer is set already, it is null, it does not begin with an intact file header, or the recorded
-  ///         length exceeds it (only then is the buffer let go of at once); -2 its size is 0
+  ///         length exceeds it (only then is the buffer released at once); -2 its size is 0
   int open(unsigned char const* buffer, unsigned int size);
   /// The same, with the recorded length neither compared nor used: for images that were cut short. An image that was
   /// never closed is -1, since its file header does not verify; the buffer then stays set, and after seek(0,
@@ -36,8 +36,8 @@ class VELTRA_EXPORT MemReader {
   /// Reads the next section.
   /// @param section     receives header and payload
   /// @param uncompress  true: original bytes, 8 MiB at most, owned by the payload; false: stored bytes, borrowed
-  /// @return 0, also when the data is shorter than the header claims: the header is then consumed and the payload left
-  ///         as it was; -1 no buffer, a wrong CRC-32, bad zlib data, or a size over 2 GiB, of which no callback hears;
+  /// @return 0, also when the data is shorter than the header claims: the header is then consumed and the payload
+  ///         unchanged; -1 no buffer, a wrong CRC-32, bad zlib data, or a size over 2 GiB, reported to no callback;
   ///         -2 end of the data
   int read(Section& section, bool uncompress);
   /// Moves past the next section. @return as getHeader(); -1 also when the section ends outside the data

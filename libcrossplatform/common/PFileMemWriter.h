@@ -8,8 +8,8 @@
 
 namespace PFile {
 
-/// Writes a container into a caller's buffer. After close() the file is the first bytes of the buffer, as many as the
-/// file header says.
+/// Writes a container into a caller's buffer. After close() the file is the beginning of the buffer, with the length
+/// that the file header records.
 class VELTRA_EXPORT MemWriter {
  public:
   MemWriter() = default;
@@ -19,16 +19,16 @@ class VELTRA_EXPORT MemWriter {
   MemWriter& operator=(const MemWriter&) = delete;
 
   /// Takes a buffer, borrowed until close(), and writes the file-header section into it.
-  /// @return 0; -1 a buffer is set already, it is null, or it is too small: it then stays set and wants closing
+  /// @return 0; -1 a buffer is set already, it is null, or it is too small: it then stays set and must be closed
   int open(unsigned char* buffer, unsigned int size);
   /// Appends raw bytes.
-  /// @return 0; -1 null data, no buffer, or not enough room: nothing is copied then
+  /// @return 0; -1 null data, no buffer, or not enough room: nothing is copied
   int write(unsigned char const* data, unsigned int n);
-  /// Appends a section, compressing it first where its flags ask for it and it is not compressed yet.
+  /// Appends a section, compressing it first if its flags ask for it and it is not compressed yet.
   /// @return 0; -1 compression failed or not enough room. A section without payload bytes is reported, not written, and
-  ///         answered with 0, unlike FileWriter::write().
+  ///         gives 0, unlike FileWriter::write().
   int write(Section& section);
-  /// Writes the total length into the file header and lets go of the buffer.
+  /// Writes the total length into the file header and releases the buffer to the caller.
   /// @return 0; -1 nothing is open, or the buffer has no room for a file header
   int close();
 

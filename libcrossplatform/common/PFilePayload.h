@@ -17,7 +17,7 @@ class VELTRA_EXPORT Payload : public Dump::IDumpable {
 
   /// Releases owned bytes; empty and not owned afterwards.
   void reset();
-  /// Takes the place of what was held.
+  /// Replaces what was held.
   /// @param owned  true: `data` came from new[] and is released with delete[]; false: borrowed, must stay valid
   void set(unsigned int size, unsigned char const* data, bool owned);
 
@@ -26,7 +26,7 @@ class VELTRA_EXPORT Payload : public Dump::IDumpable {
   bool owned() const { return _owned; }
   bool empty() const { return _data == nullptr || _size == 0; }
 
-  /// Same size and bytes. Null data equals only null data, whatever the size says.
+  /// Same size and bytes. Null data equals only null data, whatever the size.
   bool operator==(const Payload& other) const;
   bool operator!=(const Payload& other) const { return !(*this == other); }
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;

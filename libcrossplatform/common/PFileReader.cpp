@@ -19,7 +19,7 @@ namespace {
 constexpr char CLASS_NAME[] = "PFileReader";
 constexpr char SOURCE[] = "libcrossplatform/common/PFileReader";
 
-/// Bytes left of a regular file; nothing for what has no size to compare a claim with.
+/// Bytes left of a regular file; empty for a file without a size to compare a claim with.
 std::optional<uint64_t> bytesLeft(std::FILE* stream) {
   struct stat info {};
   const off_t at = ftello(stream);
@@ -121,7 +121,7 @@ int FileReader::read(Section& section, bool uncompress) {
 bool FileReader::readPayload(Section& section, std::size_t& got) {
   constexpr uint32_t ALWAYS_BELIEVED = 64 * 1024;
   const uint32_t claimed = section.header.dataSize;
-  // A larger size is not believed beyond what is left of the file.
+  // A larger claim is checked against what is left of the file.
   std::size_t room = claimed;
   bool inPieces = false;
   if (claimed > ALWAYS_BELIEVED) {
@@ -129,7 +129,7 @@ bool FileReader::readPayload(Section& section, std::size_t& got) {
     inPieces = !left;
     room = inPieces ? ALWAYS_BELIEVED : static_cast<std::size_t>(std::min<uint64_t>(*left, claimed));
   }
-  // A sparse file may really be larger than the memory: what a file asks for beyond the ordinary is a failed read.
+  // A sparse file may really be larger than the memory: an unusually large allocation that fails is a failed read.
   std::unique_ptr<unsigned char[]> bytes(room <= ALWAYS_BELIEVED ? new unsigned char[room]
                                                                  : new (std::nothrow) unsigned char[room]);
   if (bytes == nullptr) return false;

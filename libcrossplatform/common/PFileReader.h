@@ -9,9 +9,10 @@
 
 namespace PFile {
 
-/// Reads a container file section by section. Memory follows the section in hand.
-/// Reading functions return 0, -1 for a failure, or -2 at the end of the file, of which only the debug callback hears;
-/// a file cut within a section header reads as ended. After a failure the position is where the failing call left it.
+/// Reads a container file section by section. Memory use follows the current section.
+/// Reading functions return 0, -1 for a failure, or -2 at the end of the file, reported to the debug
+/// callback only. A file cut within a section header reads as ended. After a failure the position is where the call
+/// left it.
 class VELTRA_EXPORT FileReader {
  public:
   FileReader() = default;
@@ -22,11 +23,11 @@ class VELTRA_EXPORT FileReader {
 
   /// Opens a file and reads its file header, whose total length is not compared with the file.
   /// @return 0; -1 a file is open already, null path, a directory, it could not be opened, or it does not begin with an
-  ///         intact file header; -2 it is empty. Once the file itself was opened it stays open: close() it.
+  ///         intact file header; -2 it is empty. If the file itself could be opened, it stays open: close() it.
   int open(char const* path);
-  /// The same, reading `readAhead` bytes at a time in place of 64 KiB: little is faster for the first sections alone.
+  /// The same, reading `readAhead` bytes at a time instead of 64 KiB: less is faster for a few sections.
   int open(char const* path, std::size_t readAhead);
-  /// Reads the next section header and stops behind it. The magic is not checked; the header's CRC covers it.
+  /// Reads the next section header and stops after it. The magic is not checked; the header's CRC covers it.
   int getHeader(Header& header);
   /// The same without moving; -1 also when not open, or the non-zero result of fseek().
   int peek(Header& header);
@@ -35,10 +36,10 @@ class VELTRA_EXPORT FileReader {
   /// @param uncompress  true: original bytes, 8 MiB at most; false: stored bytes, still compressed
   /// @return 0; -1 not open, a wrong CRC-32, fewer bytes than the header claims, or bad zlib data; -2 end of file
   int read(Section& section, bool uncompress);
-  /// Moves past the next section without reading its payload, past the end of a file too.
+  /// Moves past the next section without reading its payload, even past the end of the file.
   /// @return as getHeader(), -1 when not open, or the non-zero result of fseek()
   int skipNextSection();
-  /// The total length in the file header, in bytes, right only where the writer closed the file and wrote no other
+  /// The total length in the file header, in bytes, right only if the writer closed the file and wrote no other
   /// before it. @return 0 when nothing is open, or the file header has no such word
   uint32_t recordedLength() const;
   /// @return 0, also when nothing is open, or the non-zero result of fclose()

@@ -19,7 +19,7 @@ SafeFileWriter::~SafeFileWriter() {
 int SafeFileWriter::open(char const* path) {
   if (path == nullptr || !_file.open(path)) return PFILE_FAILED;
   bool isStarted = false;
-  // Not left open, also when memory runs out: a commit() would put an empty file in the place of the old one.
+  // Closed also when memory runs out: otherwise a commit() would replace the old file by an empty one.
   const auto cleaning = gsl::finally([&] {
     if (!isStarted) discard();
   });
@@ -40,7 +40,7 @@ int SafeFileWriter::open(char const* path) {
 }
 
 int SafeFileWriter::commit() {
-  // The failure of a writer that somebody else closed is not known.
+  // The failure of a writer that the caller closed is not known.
   if (_file.isOpen() && _writer->isOpen() && _writer->close(false) == PFILE_OK && _file.commit()) return PFILE_OK;
   discard();
   return PFILE_FAILED;

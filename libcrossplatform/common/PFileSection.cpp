@@ -16,10 +16,10 @@ namespace {
 constexpr char CLASS_NAME[] = "Section";
 constexpr char SOURCE[] = "libcrossplatform/common/PFileSection";
 
-constexpr uint32_t SIZE_WORD = sizeof(uint32_t);  // the original size in front of the zlib stream
+constexpr uint32_t SIZE_WORD = sizeof(uint32_t);  // the original size before the zlib stream
 
-/// The room compression is given. Not zlib's own compressBound(): files are compared byte for byte, and the retry
-/// depends on it.
+/// The buffer size given to compression. Not zlib's own compressBound(): files are compared byte for byte, and the
+/// retry depends on it.
 uint64_t compressionBound(uint32_t size) {
   return static_cast<uint64_t>(std::fma(static_cast<double>(size), 1.001, 12.0));
 }
@@ -71,7 +71,7 @@ int Section::compressData() {
   if (code == Z_BUF_ERROR) {
     PFILE_LOG(warning, "Destination Buffer is too small. Trying again, doubling the size");
     // Two quirks that files depend on: the array has no room of its own for the original size, and the size is not
-    // stored again, so it reads as 0. zlib is told the room that is really left behind the word.
+    // stored again, so it reads as 0. zlib is told the room that is really left after the word.
     const uLongf capacity = compressedSize > std::numeric_limits<uint32_t>::max() / 2 ? 0 : 2 * compressedSize;
     buffer = std::make_unique<unsigned char[]>(std::max<uLongf>(capacity, SIZE_WORD));
     compressedSize = capacity > SIZE_WORD ? capacity - SIZE_WORD : 0;
@@ -84,7 +84,7 @@ int Section::compressData() {
   }
   PFILE_LOG_VALUES(debug, "Original Data Size:%d Compressed Data Size:%d", static_cast<int>(originalSize),
                    static_cast<int>(compressedSize));
-  // Kept compressed all the same: readers expect it of the flag.
+  // Kept compressed anyway: readers expect it because of the flag.
   if (originalSize <= compressedSize) {
     PFILE_LOG_VALUES(warning, "Original size is less than or equal to compressed size.  Original:%d Compressed:%d",
                      static_cast<int>(originalSize), static_cast<int>(compressedSize));
@@ -104,7 +104,7 @@ int Section::uncompressData() {
     PFILE_LOG(error, "Section data is not set.");
     return PFILE_FAILED;
   }
-  if (payload.size() < SIZE_WORD) {  // answered as zlib answers a stream without bytes
+  if (payload.size() < SIZE_WORD) {  // the code zlib gives for a stream without bytes
     PFILE_LOG_VALUES(error, "uncompress returned %d", Z_DATA_ERROR);
     return PFILE_FAILED;
   }

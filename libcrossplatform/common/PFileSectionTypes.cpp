@@ -12,8 +12,8 @@ constexpr uint8_t END_2 = SectionType::CLASS_END_2;
 constexpr uint8_t OTDR_RAW = SectionType::CLASS_OTDR_RAW;
 constexpr uint8_t OTDR_TEST = SectionType::CLASS_OTDR_TEST;
 
-// The classes are kept as listed, not derived from the names: OTDR_BIDI_RAW is no raw section and the OTDR_BIDI
-// sections are no end-2 sections, while OTDR_BIDI_TEST is a test section.
+// The classes are kept as listed, not derived from the names: OTDR_BIDI_RAW is not a raw section and the OTDR_BIDI
+// sections are not end-2 sections, while OTDR_BIDI_TEST is a test section.
 constexpr SectionType SECTION_TYPES[] = {
     {5, "SYS_MODULEINFO", UNVERSIONED, 0},
     {100, "CMD_JOURNAL", UNVERSIONED, 0},

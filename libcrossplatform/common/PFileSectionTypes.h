@@ -30,11 +30,11 @@ struct SectionType {
   uint8_t classes;
 };
 
-/// All known types by ascending id. The file header (1) is none of them.
+/// All known types by ascending id. The file header (1) is not among them.
 VELTRA_EXPORT gsl::span<const SectionType> sectionTypes();
-/// @return null for a type that is not known; else a row that lives as long as the program
+/// @return null for an unknown type; otherwise a row that lives as long as the program
 VELTRA_EXPORT const SectionType* findSectionType(unsigned int id);
-/// The type of that name, to the letter. @return null when there is none
+/// The type of exactly that name. @return null when there is none
 VELTRA_EXPORT const SectionType* findSectionType(std::string_view name);
 
 /// Name of a section type.

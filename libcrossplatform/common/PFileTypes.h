@@ -10,24 +10,24 @@ namespace PFile {
 /// printf-style receiver of the container's messages. Null drops them.
 using LogCallback = void (*)(char const* format, ...);
 
-/// Flags a section is set with. Only one bit has a meaning; bits 1 to 11 are kept as they are.
+/// Flags of a section. Only one bit has a meaning; bits 1 to 11 are kept as they are.
 using SECTION_FLAGS = uint16_t;
 constexpr SECTION_FLAGS SECTION_FLAG_COMPRESS = 1;  ///< the payload is to be, or was, stored compressed
 
 /// Type of the section that opens every file; its payload is the file's total length, 32 bits little-endian.
 constexpr uint16_t FILE_HEADER_TYPE = 1;
 constexpr uint16_t FILE_HEADER_VERSION = 1;
-constexpr int FILE_HEADER_LEVEL = 3;  ///< given and not used: the file header is not compressed
+constexpr int FILE_HEADER_LEVEL = 3;  ///< passed but not used: the file header is not compressed
 
 // Codes of the readers and writers.
 constexpr int PFILE_OK = 0;
-constexpr int PFILE_FAILED = -1;       ///< the error callbacks that are set were told why, in one message or more
+constexpr int PFILE_FAILED = -1;       ///< the error callbacks that are set received one or more messages that say why
 constexpr int PFILE_END_OF_DATA = -2;  ///< no more sections
 
 /// What a seek counts from: 0 the beginning, 1 the current position, 2 the end.
 using StreamPosition = Marshal::StreamPosition;
 
-/// How reading a package or record out of a container went.
+/// Outcome of reading a package or record from a container.
 enum PFileReaderStatus : int32_t {
   READER_OK = 0,
   READER_WRONG_FILE_TYPE = 1,

@@ -14,7 +14,7 @@ namespace {
 
 constexpr char CLASS_NAME[] = "PFileWriter";
 constexpr char SOURCE[] = "libcrossplatform/common/PFileWriter";
-constexpr char CLOSE[] = "close";  // the method in whose name its two halves log
+constexpr char CLOSE[] = "close";  // the method name that its two halves log
 
 }  // namespace
 
@@ -54,8 +54,8 @@ int FileWriter::start(std::FILE* stream) {
   _stream = stream;
   useBuffer(_stream, _stdioBuffer, LARGE_BUFFER_BYTES);
   _fileHeader = std::make_unique<Section>(_debug, _error, _error);
-  // The payload is the running total itself: it reads 20 when it is written behind its header, whose CRC was taken
-  // over the total before. close() mends that, and until then the file does not verify.
+  // The payload is the running total itself: it is 20 when it is written after its header, whose CRC was taken
+  // over the earlier total. close() corrects that; until then the file does not verify.
   _fileHeader->set(FILE_HEADER_TYPE, FILE_HEADER_VERSION, 0, _totalBytes.data(),
                    static_cast<unsigned>(_totalBytes.size()), false, FILE_HEADER_LEVEL);
   return write(*_fileHeader);
@@ -116,7 +116,7 @@ int FileWriter::writeTotal() {
     PFILE_LOG_VALUES_AS(_error, CLOSE, "fflush failed.errno:%d", errno);
     result = PFILE_FAILED;
   }
-  errno = 0;  // by which alone rewind() tells of a failure, on a pipe for one
+  errno = 0;  // the only way rewind() reports a failure, for example on a pipe
   std::rewind(_stream);
   if (errno != 0 && result == PFILE_OK) {
     PFILE_LOG_VALUES_AS(_error, CLOSE, "rewind failed.errno:%d", errno);

@@ -10,11 +10,11 @@
 namespace PFile {
 
 /// Writes a container file section by section. The file is complete only after close(); until then its file header
-/// does not verify. It is truncated in place: a power cut leaves neither the old file nor the new one. To replace a
-/// file safely use SafeFileWriter.
+/// does not verify. An old file is truncated in place: after a power cut there may be neither the old file nor the new
+/// one. Use SafeFileWriter to replace a file safely.
 class VELTRA_EXPORT FileWriter {
  public:
-  static constexpr uint32_t MAX_BYTES = 0xFFFFFFFF;  ///< of a container
+  static constexpr uint32_t MAX_BYTES = 0xFFFFFFFF;  ///< the largest container
 
   FileWriter() = default;
   FileWriter(LogCallback debug, LogCallback error);
@@ -24,9 +24,9 @@ class VELTRA_EXPORT FileWriter {
 
   /// Creates or truncates the file and writes its file-header section.
   /// @return 0; -1 a file is open already, null path, a directory, or it could not be opened or written. After a failed
-  ///         write the file is open and wants closing.
+  ///         write the file is open and must be closed.
   int open(char const* path);
-  /// Appends a section, compressing it first where its flags ask for it and it is not compressed yet.
+  /// Appends a section, compressing it first if its flags ask for it and it is not compressed yet.
   /// @return 0; -1 not open, no payload bytes, compression failed, or a short write: the file then ends in a torn
   ///         section
   int write(Section& section);
@@ -35,7 +35,7 @@ class VELTRA_EXPORT FileWriter {
   /// @return 0, also when nothing is open; -1 something could not be written or synced. The file is closed either way.
   int close(bool sync);
   bool isOpen() const { return _stream != nullptr; }
-  /// Bytes written so far, to files before this one too. A section that takes them beyond MAX_BYTES, its header
+  /// Bytes written so far, those of earlier files included. A section that takes them beyond MAX_BYTES, its header
   /// included, stops the program.
   uint32_t size() const { return _total; }
 
@@ -50,8 +50,8 @@ class VELTRA_EXPORT FileWriter {
 
   std::unique_ptr<Section> _fileHeader;
   std::FILE* _stream = nullptr;
-  /// Bytes written. Only the constructor zeroes it: a writer used for a second file counts on from the first, and
-  /// the files in the field that were written so say so.
+  /// Bytes written. Only the constructor zeroes it: a writer used for a second file continues the count of the
+  /// first, and files in the field that were written this way record such totals.
   uint32_t _total = 0;
   std::array<uint8_t, 4> _totalBytes{};  ///< the total as it stands in the file, borrowed by the file header
   std::unique_ptr<char[]> _stdioBuffer;

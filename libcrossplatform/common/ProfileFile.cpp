@@ -36,8 +36,8 @@ bool isTrusted(uid_t owner) {
   return owner == 0 || owner == ::geteuid();
 }
 
-// The path a link leads to, empty when it is not to be followed. Owner and target are asked of one open link, so that
-// it cannot be exchanged in between.
+// The path a link leads to, empty when it must not be followed. Owner and target are read from one open link, so that
+// it cannot be replaced in between.
 std::string trustedTarget(const std::string& path) {
   const Descriptor link(::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
   struct stat status;
@@ -50,7 +50,7 @@ std::string trustedTarget(const std::string& path) {
   return text[0] == '/' ? text : path.substr(0, path.rfind('/') + 1) + text;
 }
 
-// The path of the file that trusted links lead to, itself no link; empty, with errno, when one is not to be followed.
+// The path of the file that trusted links lead to, itself not a link; empty, with errno, when one must not be followed.
 std::string withoutLinks(std::string path) {
   for (int links = 0; links <= MAX_LINKS && !path.empty(); ++links) {
     struct stat status;

@@ -24,7 +24,7 @@ class RecordList {
   auto end() const { return _elements.end(); }
   void clear() { _elements.clear(); }
 
-  /// As many elements, each equal to the other list's.
+  /// The same number of elements, each equal to the other list's.
   bool operator==(const RecordList& other) const {
     return std::equal(begin(), end(), other.begin(), other.end(),
                       [](const auto& a, const auto& b) { return *a == *b; });

@@ -11,8 +11,8 @@
 namespace Veltra {
 namespace {
 
-// The log names are those in the logs of instruments in the field: not the class names for the result summaries, and
-// none for records that came later.
+// The log names are those in the logs of instruments in the field: the result summaries differ from their class names,
+// and records added later have none.
 constexpr RecordType RECORD_TYPES[] = {
     {FibDbus::OtdrSpan::SERIAL_TYPE_ID, "OtdrSpan", ""},
     {ResultSummary::SERIAL_TYPE_ID, "ResultSummary", "ResultMetadata"},

@@ -34,8 +34,8 @@ bool isTooNew(const PFile::Header& header) {
 }
 
 ResultReaderStatus deserializeSummary(ResultSummary& out, const PFile::Payload& payload) {
-  // Without bytes there is nothing to build a stream reader over: a compressed section may claim to hold nothing, and a
-  // cut image keeps the header alone.
+  // Without bytes no stream reader can be built: a compressed section may claim to hold nothing, and a cut image has
+  // only the header.
   if (payload.empty()) return RESULT_READER_CORRUPT;
   Marshal::ByteStreamReader in(payload.data(), payload.size());
   return streamOpToReaderStatus(out.deserialize(in));
@@ -116,7 +116,7 @@ ResultFileCheck checkResultFile(ResultSummary& out, char const* path) {
 }
 
 ResultReaderStatus readResultSummary(ResultSummary& out, char const* path, bool checkAllSections) {
-  // The summary stands at the beginning: filling a large buffer would take half of the time.
+  // The summary is at the beginning: filling a large buffer would take half of the time.
   constexpr std::size_t FIRST_BYTES = 4096;
   PFile::FileReader reader;
   const int opened = checkAllSections ? reader.open(path) : reader.open(path, FIRST_BYTES);

@@ -8,11 +8,11 @@
 #include <libcrossplatform/common/PFile.h>
 #include <libcrossplatform/common/ResultSummary.h>
 
-/// A saved test result is a container whose first section behind the file header is the result summary, followed by the
+/// A saved test result is a container whose first section after the file header is the result summary, followed by the
 /// test's data sections.
 namespace Veltra {
 
-/// How reading a result file went.
+/// Outcome of reading a result file.
 enum ResultReaderStatus : int32_t {
   RESULT_READER_OK = 0,
   RESULT_READER_WRONG_RESULT_TYPE = 1,
@@ -36,44 +36,44 @@ VELTRA_EXPORT char const* toString(ResultWriterStatus status);
 /// PFile::streamOpToReaderStatus maps -6 and unknown codes otherwise; both are kept as they are.
 VELTRA_EXPORT ResultReaderStatus streamOpToReaderStatus(Marshal::StreamOpStatus status);
 
-/// Version of the section that holds the summary. The record in it has a version of its own, which may rise alone.
+/// Version of the section that holds the summary. The record in it has its own version, which may rise independently.
 constexpr uint16_t RESULT_SUMMARY_SECTION_VERSION = 1;
 
 /// Newest content version of a section type that this library reads; empty for a type it does not know.
 VELTRA_EXPORT boost::optional<uint16_t> newestKnownVersion(uint16_t sectionType);
 
-/// How far the check of a result file came.
+/// How far the check of a result file got.
 struct ResultFileCheck {
   ResultReaderStatus status;
-  /// The section that decided the status, counted from 0, the file header; 1 is the summary. When the status is 0, how
-  /// many sections there are.
+  /// The section that decided the status, counted from 0, the file header; 1 is the summary. When the status is 0, the
+  /// number of sections.
   uint32_t section;
   uint64_t offset;  ///< where that section begins, in bytes; when the status is 0, the length of the file
 };
 
 /// Reads the summary of a result file and checks the whole file: every section by its CRC-32, the versions that this
-/// library knows, and that the sections end where the file header says. A type that newestKnownVersion() does not know,
-/// any copper measurement among them, is accepted. No content of a file stops the program; compressed data is not
-/// uncompressed.
-/// @return 0 `out` is filled; 2 a section, the first of them is named, or the record in the summary is newer than this
+/// library knows, and that the sections end where the file header says they do. A type that newestKnownVersion() does
+/// not know, any copper measurement among them, is accepted. No content of a file stops the program; compressed data is
+/// not uncompressed.
+/// @return 0 `out` is filled; 2 a section (the first such is reported) or the record in the summary is newer than this
 ///         library reads, and nothing is damaged; 3 a section is damaged or cut, the record in the summary is damaged,
 ///         or the sections end elsewhere, at `offset`; 4 the file could not be opened, its file header is damaged, or
-///         its first section is no summary.
-///         Unless 0 `out` may be partly filled.
+///         its first section is not a summary.
+///         Unless 0, `out` may be partly filled.
 [[nodiscard]] VELTRA_EXPORT ResultFileCheck checkResultFile(ResultSummary& out, char const* path);
 
 /// Reads the summary of a result file.
 /// @param checkAllSections  also read every further section, CRC and all, and compare its version. A section of a type
 ///                          that newestKnownVersion() does not know is then the fatal assertion "Invalid section type":
-///                          checkResultFile() is for files that the program has not written itself.
+///                          use checkResultFile() for files that the program has not written itself.
 /// @return 0 `out` is filled; 2 a section, or a record in the summary, is newer than this library reads; 3 a section
-///         failed, or the summary is damaged; 4 the file could not be opened, or its first section is no summary.
+///         failed, or the summary is damaged; 4 the file could not be opened, or its first section is not a summary.
 ///         Unless 0 `out` may be partly filled.
 VELTRA_EXPORT ResultReaderStatus readResultSummary(ResultSummary& out, char const* path, bool checkAllSections);
 /// The same from a file's bytes. No section version is checked, and a section that cannot be read is 4 here, not 3.
 VELTRA_EXPORT ResultReaderStatus readResultSummary(ResultSummary& out, unsigned char const* buffer, unsigned int size);
 
-/// Reads the result type alone. @return as readResultSummary(); unless 0 `out` is unchanged
+/// Reads only the result type. @return as readResultSummary(); unless 0 `out` is unchanged
 VELTRA_EXPORT ResultReaderStatus readResultType(ResultType& out, char const* path);
 VELTRA_EXPORT ResultReaderStatus readResultType(ResultType& out, unsigned char const* buffer, unsigned int size);
 
@@ -88,7 +88,7 @@ class VELTRA_EXPORT MemFileWriter {
   int write(PFile::Section& section);
   /// Serialises a record and writes it as a section. Note the order: content version before type.
   /// @param flags      PFile::SECTION_FLAG_COMPRESS or 0
-  /// @param compLevel  zlib level 0 to 9, not looked at unless compressing
+  /// @param compLevel  zlib level 0 to 9, ignored unless compressing
   /// @return a ResultWriterStatus: 0; 1 the record has too many bytes, compression failed, or the target could not
   ///         write it. A record without bytes is 1 in a file; in memory it is 0 and nothing is written.
   int writeSection(Marshal::ISerializable& record, unsigned short version, unsigned short type,

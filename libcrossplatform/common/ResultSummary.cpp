@@ -11,7 +11,7 @@
 namespace Veltra {
 namespace {
 
-/// Local time as ctime() writes it, newline and all; empty for a year of more than four digits.
+/// Local time as ctime() writes it, with its newline; empty for a year of more than four digits.
 std::string localTimeText(long timeStamp) {
   constexpr std::size_t CTIME_BYTES = 26;
   char text[CTIME_BYTES];
@@ -77,7 +77,7 @@ void ResultSummary::setResultName(const char* name) {
   resultName = name != nullptr ? name : "";
 }
 
-// Inlined, because result lists read thousands of these: as a call of its own, reading takes a sixth longer.
+// Inlined, because result lists read thousands of these: as a separate call, reading takes a sixth longer.
 template <class Fields>
 VELTRA_ALWAYS_INLINE void ResultSummary::fields(Fields& f) {
   f.text("resultName", resultName);
@@ -102,7 +102,7 @@ Marshal::StreamOpStatus ResultSummary::deserialize(Marshal::IObjectReader& in) {
 }
 
 void ResultSummary::dump(Dump::IFormatter&, const Dump::DumpFlags&) const {
-  // Deliberately nothing: only the lists show themselves.
+  // Deliberately nothing: only the lists are dumped.
 }
 
 Json::Value ResultSummary::toJson(const Dump::DumpFlags& flags) const {
@@ -197,7 +197,7 @@ Json::Value ResultPathSummary::toJson(const Dump::DumpFlags&) const {
 
 const ResultPathSummary* ResultPathSummaryList::find(std::string_view name) const {
   const ResultPathSummary* found = nullptr;
-  // The whole list is walked: of several of one name the last is the current one.
+  // The whole list is searched: of several with one name the last is the current one.
   for (const std::unique_ptr<ResultPathSummary>& element : *this) {
     if (element->resultName == name) found = element.get();
   }

@@ -44,7 +44,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// Writes nothing: a single summary does not show itself in dumps, only lists do.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
-  /// {"ResultSummary": {...}}; below and above the full level the name alone. The time stamp is local time, as ctime()
+  /// {"ResultSummary": {...}}; below and above the full level only the name. The time stamp is local time, as ctime()
   /// writes it, with its newline. Fatal where ScaledInt::toString() is.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
@@ -66,7 +66,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
 };
 
 /// Summaries in the order they were added. On the wire: headed record with a 16-bit count, which is not range-checked:
-/// a longer list writes all its elements behind the count modulo 65536.
+/// a longer list writes the count modulo 65536 and all its elements.
 class VELTRA_EXPORT ResultSummaryList : public Marshal::IDumpSerializable, public RecordList<ResultSummary> {
  public:
   static constexpr uint8_t CLASS_VERSION = 1;
@@ -108,7 +108,7 @@ class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, publi
   void clear() { *this = ResultPathSummary(); }
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
-  /// @return 0; -3 the stream ran out; -6 version byte above 1, nothing more is read then
+  /// @return 0; -3 the stream ran out; -6 version byte above 1: nothing more is read
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// Writes nothing, as for ResultSummary.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
@@ -140,7 +140,7 @@ class VELTRA_EXPORT ResultPathSummaryList : public Marshal::IDumpSerializable,
   void add(std::unique_ptr<ResultPathSummary> p) {
     addChecked(std::move(p), "libcrossplatform/common/ResultSummary", __LINE__);
   }
-  /// The last element of that name, null when there is none. Stays the list's.
+  /// The last element of that name, null when there is none. Owned by the list.
   const ResultPathSummary* find(std::string_view name) const;
 
   unsigned serialize(Marshal::IObjectWriter& out) override;

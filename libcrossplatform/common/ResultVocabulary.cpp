@@ -70,7 +70,7 @@ constexpr EnumText<TestType> TEST_TYPE_TEXTS[] = {
 static_assert(isOneToOne(TEST_TYPE_TEXTS));
 
 constexpr EnumText<TestMergeFlags> MERGE_FLAG_TEXTS[] = {
-    {TEST_MERGE_OK, "ok", TEXT_SHOWN_ONLY},  // no bit, so it is not parsed
+    {TEST_MERGE_OK, "ok", TEXT_SHOWN_ONLY},  // not a bit, so it is not parsed
     {TEST_MERGE_GENERAL, "general"},
     {TEST_MERGE_LIMIT, "limit"},
     {TEST_MERGE_CAT, "cat"},
@@ -84,7 +84,7 @@ constexpr EnumText<TestMergeFlags> MERGE_FLAG_TEXTS[] = {
 static_assert(isOneToOne(MERGE_FLAG_TEXTS));
 
 /// Position in the order of severity. "Pass acceptable" comes before "Pass star" although its number is larger, and
-/// an unknown value after everything: once merged it is never replaced by a known one.
+/// an unknown value comes last: once merged it is never replaced by a known one.
 std::size_t severity(Status status) {
   constexpr Status ORDER[] = {STATUS_NOT_SET,         STATUS_DONT_SHOW, STATUS_SHOW,      STATUS_PASS,
                               STATUS_PASS_ACCEPTABLE, STATUS_PASS_STAR, STATUS_FAIL_STAR, STATUS_FAIL};

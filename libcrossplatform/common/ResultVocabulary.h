@@ -6,8 +6,8 @@
 #include <libcrossplatform/common/EnumText.h>
 #include <libcrossplatform/logging/Export.h>
 
-/// The enumerations every stored test result speaks in. Their texts are part of the file formats: documents and dumps
-/// carry them. A toString() gives the empty text for a value outside its table; parsers compare to the letter.
+/// The enumerations that every stored test result uses. Their texts are part of the file formats: documents and dumps
+/// contain them. A toString() gives the empty text for a value outside its table; parsers compare exactly.
 namespace Veltra {
 
 /// The verdict on a result or on a part of it.
@@ -97,7 +97,7 @@ enum TestType : int32_t {
 VELTRA_EXPORT const char* toString(TestType type);
 template <>
 VELTRA_EXPORT gsl::span<const EnumText<TestType>> enumTexts<TestType>();
-/// @return false, with `out` unchanged, for an unknown text and for "OLTS Set Reference Wizard", which is only printed
+/// @return false, with `out` unchanged, for an unknown text and for "OLTS Set Reference Wizard", which is never parsed
 VELTRA_EXPORT bool fromTestTypeString(std::string text, TestType& out);
 
 /// Why a result could not be merged into a set: a set of bits, 0 for none. The bit 2 has no name.
@@ -117,7 +117,7 @@ enum TestMergeFlags : int32_t {
 VELTRA_EXPORT const char* toString(TestMergeFlags flag);  ///< of a single value; a combination has no text
 template <>
 VELTRA_EXPORT gsl::span<const EnumText<TestMergeFlags>> enumTexts<TestMergeFlags>();
-/// The bit whose text this is; -1 for an unknown text and for "ok", which is no bit.
+/// The bit that has this text; -1 for an unknown text and for "ok", which is not a bit.
 VELTRA_EXPORT int32_t fromTestMergeFlagsString(const std::string& text);
 
 }  // namespace Veltra

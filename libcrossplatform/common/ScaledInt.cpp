@@ -79,7 +79,7 @@ bool isSameInfinity(const ScaledInt& a, const ScaledInt& b) {
   return !a.isFinite() && !a.isNotANumber() && a.getRaw() == b.getRaw();
 }
 
-/// Sum and average where an operand is no finite number.
+/// Sum and average when an operand is not a finite number.
 ScaledInt addInfinite(const ScaledInt& a, const ScaledInt& b) {
   // Not-a-number on the right gives the left operand as it is: x + N is x, though N + x is N. Stored results
   // were added up this way.
@@ -143,7 +143,7 @@ bool ScaledInt::hasPrintableScale() const {
 bool ScaledInt::operator==(const ScaledInt& other) const {
   if (isNotANumber() || other.isNotANumber()) return false;
   if (isSameInfinity(*this, other)) return true;
-  // An infinity and anything else are compared as if finite, reserved raw value and all.
+  // An infinity and anything else are compared as if finite, by their raw values.
   const Aligned aligned = align(*this, other);
   return aligned.a == aligned.b;
 }

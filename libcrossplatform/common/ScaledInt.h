@@ -24,7 +24,7 @@ class VELTRA_EXPORT ScaledInt : public Marshal::IDumpSerializable {
     SCALED_TO_TENTHOUSANDTHS = 4,
   };
 
-  // Reserved raw values, next to the limits, where no measured value comes.
+  // Reserved raw values, next to the limits, which no measured value reaches.
   static constexpr int32_t RAW_NOT_A_NUMBER = -2147483647;  ///< 0x80000001: not set, the default
   static constexpr int32_t RAW_PLUS_INFINITY = 2147483647;
   static constexpr int32_t RAW_MINUS_INFINITY = -2147483646;  ///< 0x80000002
@@ -45,7 +45,7 @@ class VELTRA_EXPORT ScaledInt : public Marshal::IDumpSerializable {
   double toDouble() const;
   bool isNotANumber() const { return _raw == RAW_NOT_A_NUMBER; }
   bool isFinite() const { return !isNotANumber() && _raw != RAW_PLUS_INFINITY && _raw != RAW_MINUS_INFINITY; }
-  /// False where toString() would stop the program: a finite value whose scale is none of the list.
+  /// False where toString() would stop the program: a finite value whose scale is not in the list.
   bool hasPrintableScale() const;
 
   // Values of different scale are aligned by multiplying the raw value of the coarser one: 32-bit arithmetic that
@@ -58,23 +58,23 @@ class VELTRA_EXPORT ScaledInt : public Marshal::IDumpSerializable {
   bool operator>(const ScaledInt& other) const;
   bool operator>=(const ScaledInt& other) const;
 
-  /// The finer of both scales. Not-a-number on the left gives the left operand; on the right alone too.
+  /// The finer of both scales. Not-a-number on the left gives the left operand; on the right only, too.
   ScaledInt operator+(const ScaledInt& other) const;
-  /// Not-a-number on either side gives that operand. A finite value less an infinity gives that infinity, sign and all.
+  /// Not-a-number on either side gives that operand. A finite value less an infinity gives that infinity with its sign.
   ScaledInt operator-(const ScaledInt& other) const;
-  /// Half the sum, halves rounded away from zero; operands that are no numbers as for operator+.
+  /// Half the sum, halves rounded away from zero; operands that are not numbers as for operator+.
   ScaledInt avg(const ScaledInt& other) const;
 
   /// "NaN", "+inf", "-inf", or the value in fixed notation with as many decimals as the scale. A scale outside the
   /// list is the fatal assertion "Invalid ScaledInt::scaledTo".
   std::string toString() const;
   /// Reads what toString() writes; the scale becomes the number of characters after the first point. "NaN", "+inf"
-  /// and "-inf" leave the scale as it is. @return false, with the value unchanged, when the text begins with no number
+  /// and "-inf" keep the scale. @return false, with the value unchanged, when the text does not begin with a number
   bool fromString(const std::string& text);
 
   void clear() { *this = ScaledInt(); }
   unsigned serialize(Marshal::IObjectWriter& out) override;
-  /// @return 0; -3 the stream ran out; -5 version byte above 1, nothing more is read then
+  /// @return 0; -3 the stream ran out; -5 version byte above 1: nothing more is read
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 

@@ -7,7 +7,7 @@
 
 namespace Veltra {
 
-/// Base of the settings records: what lets a caller rebuild the right one from bytes without knowing its type.
+/// Base of the settings records: lets a caller rebuild the right one from bytes without knowing its type.
 /// The order of the virtual functions is fixed.
 class VELTRA_EXPORT Settings : public Marshal::ISerializable, public Dump::IDumpable, public Dump::IJsonable {
  public:
@@ -16,15 +16,15 @@ class VELTRA_EXPORT Settings : public Marshal::ISerializable, public Dump::IDump
   /// 0 for InstrumentSettings, 2 for OrbelSettings.
   virtual unsigned int getSettingsType() const = 0;
   Json::Value toJson(const Dump::DumpFlags& flags) const override = 0;
-  /// Takes over what the document says. @return false: the record is unchanged
+  /// Reads the document. @return false, with the record unchanged, on failure
   virtual bool fromJson(const Json::Value* root) = 0;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override = 0;
 
-  /// A default-constructed settings object for a combined type id; null for an id that is no settings record's.
+  /// A default-constructed settings object for a combined type id; null for an id that is not a settings record's.
   static std::unique_ptr<Settings> create(unsigned int serialType);
 
   /// Rebuilds a settings object from the bytes of one record.
-  /// @param buffer  only read; bytes behind the record are not looked at
+  /// @param buffer  only read; bytes after the record are ignored
   /// @param status  0; -1 null or no bytes; -3 the bytes ran out; otherwise the code of Marshal::Header or of the
   ///                record's deserialize()
   /// @return null when `status` is not 0; null with status 0 when the bytes are those of another record

@@ -1,6 +1,6 @@
 #include <libcrossplatform/common/Settings.h>
 
-// Settings::create() stands in a unit of its own: it knows the settings classes, and they all know Settings.h.
+// Settings::create() has its own unit: it knows the settings classes, and they all know Settings.h.
 #include <libcrossplatform/common/InstrumentSettings.h>
 #include <libcrossplatform/common/OrbelSettings.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>

@@ -44,7 +44,7 @@ time_t strToSysTime(bool& ok, const char* s, int isDst) {
     parts.tm_year -= 1900;
     parts.tm_mon -= 1;
     parts.tm_isdst = isDst;
-    // The form has whole minutes only, so -1 is never a time: it says that time_t cannot hold it.
+    // The form has whole minutes only, so -1 is never a time: it means that time_t cannot hold it.
     const time_t time = timegm(&parts);
     if (time != -1) return time;
   }

@@ -15,9 +15,9 @@ VELTRA_EXPORT int sysTimeToSeconds(time_t t);
 VELTRA_EXPORT std::string sysTimeToStr(time_t t);
 
 /// Reads the form sysTimeToStr writes.
-/// @param ok     cleared on failure, never set: set it before the call
+/// @param ok     cleared on failure, never set: the caller sets it before the call
 /// @param isDst  daylight-saving flag handed to timegm()
-/// @return the time, or -1 with `ok` cleared: null, other length, no "-" at index 8, a field that is no number, or a
+/// @return the time, or -1 with `ok` cleared: null, other length, no "-" at index 8, a field that is not a number, or a
 ///         time that time_t cannot hold (past 2038 where it has 32 bits)
 VELTRA_EXPORT time_t strToSysTime(bool& ok, const char* s, int isDst);
 

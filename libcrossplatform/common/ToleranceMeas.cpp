@@ -41,7 +41,7 @@ bool ToleranceMeas::isSameAs(const ToleranceMeas& other) const {
 void ToleranceMeas::calculateDisplayType() {
   type = DISPLAY_TYPE_NOT_AVAILABLE;
   if (value.isNotANumber()) {
-    // A negative tolerance of exactly 0 is how a measurement without a value says that it does not apply.
+    // A negative tolerance of exactly 0 marks a measurement without a value as not applicable.
     if (negTolerance == 0.0f) type = DISPLAY_TYPE_NOT_APPLICABLE;
   } else if (std::isnan(posTolerance) == std::isnan(negTolerance)) {
     type = DISPLAY_TYPE_VALUE;

@@ -26,7 +26,7 @@ class VELTRA_EXPORT ToleranceMeas : public Marshal::IDumpSerializable, public Du
   bool operator==(const ToleranceMeas& other) const { return isSameAs(other); }
   bool operator!=(const ToleranceMeas& other) const { return !isSameAs(other); }
   /// Derives the type: a number bounded on both sides or on none is a value, without a negative bound less than,
-  /// without a positive one greater than. No number is not available, or not applicable where the negative tolerance
+  /// without a positive one greater than. Not a number is not available, or not applicable if the negative tolerance
   /// is 0, which marks it.
   void calculateDisplayType();
   DisplayMeas valueToDisplayMeas() const;
@@ -61,11 +61,11 @@ class VELTRA_EXPORT ToleranceMeas : public Marshal::IDumpSerializable, public Du
 };
 
 /// Value `a` less a reference `b`, uncertainties combined in quadrature. A reference that is a bound turns the result
-/// into the opposite bound with its tolerances exchanged; whether `a` is one is not looked at. Where a value is missing
+/// into the opposite bound with its tolerances exchanged; whether `a` is one is ignored. Where a value is missing
 /// the result is that operand: not available before not applicable, `a` before `b`.
 VELTRA_EXPORT ToleranceMeas subtractWithQuadratureTolerance(const ToleranceMeas& a, const ToleranceMeas& b);
-/// The loss of two parts in a row: values added, the larger tolerance of each side, the type derived anew. A value that
-/// is not a number gives the other operand.
+/// The loss of two parts in a row: values added, the larger tolerance of each side, the type derived again. A value
+/// that is not a number gives the other operand.
 VELTRA_EXPORT ToleranceMeas addLossToleranceMeas(const ToleranceMeas& a, const ToleranceMeas& b);
 /// The operand with the larger value, ties give b; not-a-number on one side gives the other side.
 VELTRA_EXPORT ToleranceMeas max(const ToleranceMeas& a, const ToleranceMeas& b);

@@ -16,12 +16,12 @@ namespace Veltra {
 enum TweakStatus : int32_t {
   TWEAK_OK = 0,
   TWEAK_UNKNOWN_NAME = -1,  ///< the list has no tweak of that name
-  TWEAK_NOT_A_VALUE = -2,   ///< the whole text is no value of the tweak's type
+  TWEAK_NOT_A_VALUE = -2,   ///< the text as a whole is not a value of the tweak's type
   TWEAK_OUT_OF_RANGE = -3,  ///< it is a number, but the type cannot hold it
 };
 
 /// A tuning value: a parameter of an algorithm that a developer may change in a running instrument. It has a name, a
-/// type, a default and a line of help. Never copied: it is known by its place.
+/// type, a default and a line of help. Never copied: its address identifies it.
 /// On the wire: plain inline record, the value alone, docs/format.md#tweak.
 class VELTRA_EXPORT TweakBase : public Marshal::ISerializable, public Dump::IDumpable {
  public:
@@ -33,15 +33,15 @@ class VELTRA_EXPORT TweakBase : public Marshal::ISerializable, public Dump::IDum
   const std::string& getHelp() const { return _help; }
   virtual const char* getTypeName() const = 0;  ///< "int", "unsigned int", "float" or "string"
 
-  // Texts that setFromText() takes back. Numbers are decimal whatever the locale; a float has the fewest digits that
+  // Texts that setFromText() reads back. Numbers are decimal whatever the locale; a float has the fewest digits that
   // give it back, or is "NaN", "+inf" or "-inf".
   virtual std::string getValueText() const = 0;
   virtual std::string getDefaultText() const = 0;
 
-  /// Sets the value from a whole text: no blanks, no "+" before a number. A string takes any text.
+  /// Sets the value from a whole text: no spaces, no "+" before a number. A string accepts any text.
   /// @return TWEAK_OK, TWEAK_NOT_A_VALUE or TWEAK_OUT_OF_RANGE
   [[nodiscard]] virtual TweakStatus setFromText(std::string_view text) = 0;
-  /// Gives the value its default.
+  /// Resets the value to its default.
   virtual void reset() = 0;
 
   /// One field: name and value.
@@ -90,7 +90,7 @@ extern template class Tweak<unsigned int>;
 extern template class Tweak<float>;
 extern template class Tweak<std::string>;
 
-/// What a listing says of a tweak, all as text.
+/// What a listing shows of a tweak, all as text.
 struct TweakInfo {
   std::string name;
   std::string type;
@@ -99,20 +99,20 @@ struct TweakInfo {
   std::string help;
 };
 
-/// Finds tuning values by name. The values stay where the code that uses them has them: the list borrows them, so each
+/// Finds tuning values by name. The values belong to the code that uses them: the list borrows them, so each
 /// must outlive it. Not synchronised.
 class VELTRA_EXPORT TweakList {
  public:
-  /// Registers a tweak. @return false, reported as an assertion, when the list has one of that name: the first stays
+  /// Registers a tweak. @return false, reported as an assertion, when the list has one of that name, which stays
   bool add(TweakBase& tweak);
   std::size_t size() const { return _tweaks.size(); }
-  /// The tweak of that name, to the letter; null when there is none.
+  /// The tweak of exactly that name; null when there is none.
   TweakBase* find(std::string_view name);
 
   /// Sets a tweak from text, as TweakBase::setFromText() does.
   /// @param message  receives one line that names the fault; empty on success
   [[nodiscard]] TweakStatus set(std::string_view name, std::string_view text, std::string& message);
-  /// Gives every tweak its default.
+  /// Resets every tweak to its default.
   void reset();
   /// All tweaks, sorted by name.
   std::vector<TweakInfo> list() const;

@@ -6,7 +6,7 @@
 
 namespace Veltra {
 
-/// The result of a call that a signal may interrupt. One that is interrupted without end has failed like any other.
+/// The result of a call that a signal may interrupt. A call that is interrupted again and again counts as failed.
 template <class Call>
 ssize_t uninterrupted(Call call) {
   constexpr int MOST_TRIES = 100;

@@ -8,7 +8,7 @@
 
 #include <libcrossplatform/logging/Export.h>
 
-// NOLINTBEGIN(readability-identifier-naming): `desc` is the name the tables have had from the start.
+// NOLINTBEGIN(readability-identifier-naming): callers know the tables as `desc`.
 
 /// How a wireless network encrypts. `desc[type]` is the name the stored profile holds, here and below.
 struct Encryption {
@@ -51,28 +51,28 @@ struct VELTRA_EXPORT WifiProfile {
   std::string gateway;
   std::vector<std::string> dns;
   bool useDhcp = false;
-  std::string ssid;                               ///< a network whose name is no UTF-8 cannot be stored
+  std::string ssid;                               ///< a network whose name is not UTF-8 cannot be stored
   uint32_t securityType = UsbWifiSecurity::OPEN;  ///< a UsbWifiSecurity::Type
   uint32_t encryption = Encryption::NONE;         ///< an Encryption::Type
   uint32_t eap = Eap::PEAP_MD5;                   ///< an Eap::Type
   uint32_t activeKey = 0;                         ///< the WEP key in use, 1..4; 0 is none
   std::vector<std::string> wepKeys;               ///< WEP keys 1..4, an empty one is not set
   std::string wirelessPassword;                   ///< WPA personal pass phrase
-  std::string user;                               ///< this and the rest: WPA enterprise
+  std::string user;                               ///< from here on: WPA enterprise
   std::string password;
   bool alternateId = false;
   std::string securityId;  ///< the outer identity
 
   /// The stored form, with every secret encrypted. Name, DHCP and DNS are always written; static addresses only while
-  /// DHCP is off, of them the broadcast only when not empty; WEP keys, pass phrase and enterprise members only for the
+  /// DHCP is off, the broadcast address only when not empty; WEP keys, pass phrase and enterprise members only for the
   /// security type they belong to. A type outside its list is left out. Of `wepKeys` the first four are written.
-  /// @return a JSON null when the name or an address is no UTF-8, or a secret could not be encrypted, see
+  /// @return a JSON null when the name or an address is not UTF-8, or a secret could not be encrypted, see
   ///         EncryptedString::Encrypt
   Json::Value toJson() const;
 
-  /// Takes every member over from the stored form; one that is absent or of another kind reads as false, 0 or empty, as
+  /// Reads every member from the stored form; one that is absent or of another kind reads as false, 0 or empty, as
   /// does a secret that does not decrypt.
-  /// @return false when `json` is no object; the profile is then as it was
+  /// @return false when `json` is not an object; the profile is then unchanged
   bool fromJson(const Json::Value& json);
 
   /// Overwrites keys, passwords and names in memory and leaves them empty.

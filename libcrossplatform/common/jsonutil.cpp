@@ -16,10 +16,10 @@
 #include <libcrossplatform/serialization/NumberText.h>
 
 // Documents in the field were written for this reader, which accepts comments and any root value by default; the newer
-// builder refuses some of them. It stays, in this unit alone.
+// builder refuses some of them. So it stays, in this unit only.
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 #ifndef __clang__
-// g++ 12 takes the storage of an empty boost::optional for a value that is read.
+// g++ 12 believes that the storage of an empty boost::optional is read.
 #pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
 #endif
 
@@ -43,7 +43,7 @@ boost::optional<Float> floatKindFromJson(const Json::Value& v, const char* key) 
 }
 
 /// Whole decimal text of a 64-bit kind. The C conversions skip spaces, saturate, and negate unsigned values; a stored
-/// number does none of that.
+/// number may have none of that.
 template <class Int>
 boost::optional<Int> decimalText(const Json::Value& value, bool (*convert)(Int&, const char*, int)) {
   const std::string text = value.asString();
@@ -84,7 +84,7 @@ bool parseJson(const std::string& text, Json::Value& out, bool collectComments) 
     }
     out = std::move(root);
     return true;
-  } catch (const Json::RuntimeError& e) {  // thrown beyond 1000 levels of nesting, and when memory is lost
+  } catch (const Json::RuntimeError& e) {  // thrown beyond 1000 levels of nesting, and when memory runs out
     if (std::strstr(e.what(), "allocate") != nullptr) throw std::bad_alloc();
     return false;
   }

@@ -22,17 +22,17 @@ VELTRA_EXPORT Json::Value toJson(unsigned long long value);
 
 /// Parses a document, whatever the locale. Comments are allowed, and kept when asked for, unless there are so many that
 /// their number times the length of the text comes to more than 2^24: JsonCpp would take seconds to place them.
-/// @return false on any fault, nesting beyond 1000 levels included; `out` is then as it was
+/// @return false on any fault, nesting beyond 1000 levels included; `out` is then unchanged
 VELTRA_EXPORT bool parseJson(const std::string& text, Json::Value& out, bool collectComments);
 
-/// The value the readers below read: member `key` of the object `v`, or `v` itself when key is null or `v` no object.
-/// @return null when the object has no such member; else a pointer into `v`
+/// The value the readers below read: member `key` of the object `v`, or `v` when key is null or `v` is not an object.
+/// @return null when the object has no such member; otherwise a pointer into `v`
 VELTRA_EXPORT const Json::Value* jsonMember(const Json::Value& v, const char* key);
 
 // Typed readers of the value jsonMember finds. Empty when it is missing or of another kind; none throws.
 
 VELTRA_EXPORT boost::optional<bool> boolFromJson(const Json::Value& v, const char* key);  ///< a JSON boolean only
-/// An integral number within the range of the type; a boolean is no number.
+/// An integral number within the range of the type; a boolean is not a number.
 VELTRA_EXPORT boost::optional<int> intFromJson(const Json::Value& v, const char* key);
 VELTRA_EXPORT boost::optional<unsigned> uintFromJson(const Json::Value& v, const char* key);
 /// An integral number within the range of the type, or its whole decimal text.
@@ -62,18 +62,18 @@ template <class T>
 bool convertJson(const Json::Value*, T&) = delete;
 
 // JsonCpp's own conversions, for the records whose documents were written for them: a null is false, 0 or empty, a
-// number or a boolean is also text, but text is no number. False, with `out` unchanged, where JsonCpp would throw.
+// number or a boolean is also text, but text is not a number. False, with `out` unchanged, where JsonCpp would throw.
 
 VELTRA_EXPORT bool convertJson(const Json::Value& v, bool& out);
 VELTRA_EXPORT bool convertJson(const Json::Value& v, int& out);       ///< a fraction is cut off
 VELTRA_EXPORT bool convertJson(const Json::Value& v, unsigned& out);  ///< likewise
 VELTRA_EXPORT bool convertJson(const Json::Value& v, std::string& out);
 
-/// An object of one member: how a record's JSON stands under its root name.
+/// An object of one member: a record's JSON under its root name.
 VELTRA_EXPORT Json::Value rootedJson(const char* name, Json::Value value);
 
 /// Logs "fromJson failed ..." with the position of the reader that gave up.
-/// @param file  path of the unit without its ending; null is reported as an assertion and nothing is logged
+/// @param file  path of the unit without its extension; null is reported as an assertion and nothing is logged
 /// @param name  the key that failed, or null for the value itself
 VELTRA_EXPORT void logJsonFailure(const char* file, int line, const char* name);
 

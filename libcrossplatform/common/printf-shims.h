@@ -7,7 +7,7 @@
 
 #include <libcrossplatform/logging/Export.h>
 
-/// Releases what the C library allocated.
+/// Frees memory that the C library allocated.
 struct FreeDeleter {
   void operator()(char* text) const { std::free(text); }
 };
@@ -19,6 +19,6 @@ VELTRA_EXPORT std::unique_ptr<char, FreeDeleter> upsprintf(const char* format, .
 
 /// Appends formatted text.
 /// @param args  belongs to the caller; unspecified afterwards
-/// @return `s` with the text appended, or `s` alone when it could not be formatted (reported as an assertion)
+/// @return `s` with the text appended, or `s` unchanged when it could not be formatted (reported as an assertion)
 VELTRA_EXPORT std::string vprintfAppend(std::string s, const char* format, va_list args)
     __attribute__((format(printf, 2, 0)));

@@ -7,17 +7,17 @@
 
 namespace Veltra {
 
-/// The one place log lines of the library go to. Not synchronised: set the sink before the first thread logs.
+/// Receives all log lines of the library. Not synchronised: set the sink before the first thread logs.
 class VELTRA_EXPORT Logger {
  public:
   /// Part of the system a line comes from.
   enum Facility : int32_t {
     FACILITY_COMMON = 13,  ///< this library
   };
-  /// How bad it is; smaller is worse.
+  /// Severity; smaller is worse.
   enum Severity : int32_t {
     SEVERITY_ERROR = 1,
-    SEVERITY_WARNING = 2,  ///< done, but not all of it as it was asked for
+    SEVERITY_WARNING = 2,  ///< done, but not fully as requested
   };
 
   /// Receives every line before it is formatted. `args` belongs to the caller and may be read once.
@@ -27,7 +27,7 @@ class VELTRA_EXPORT Logger {
   static void log(Facility facility, Severity severity, const char* format, ...) __attribute__((format(printf, 3, 4)));
 
   /// Replaces the sink. Null restores the default, which prints one line on standard error.
-  /// @return the sink in force before
+  /// @return the previous sink
   static Sink setSink(Sink sink);
 };
 

@@ -60,7 +60,7 @@ bool ByteStreamBuilder::grow(uint32_t need) {
   const uint32_t wanted = std::max({size() + need, doubled, FIRST_CAPACITY});
   uint8_t* const buffer = new uint8_t[wanted];
   const uint32_t used = size();
-  // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): what was used is somewhere
+  // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): bytes in use are never null
   if (used != 0) std::memcpy(buffer, _begin, used);
   delete[] _begin;
   _begin = buffer;

@@ -13,13 +13,13 @@ class VELTRA_EXPORT ByteStreamBuilder final : public ByteStreamEncoder<ByteStrea
   ByteStreamBuilder(const ByteStreamBuilder&) = delete;
   ByteStreamBuilder& operator=(const ByteStreamBuilder&) = delete;
 
-  uint8_t* data() { return _begin; }  ///< null before anything was allocated; moves when the buffer grows
+  uint8_t* data() { return _begin; }  ///< null before the first allocation; moves when the buffer grows
   const uint8_t* data() const { return _begin; }
   uint32_t size() const { return static_cast<uint32_t>(_cursor - _begin); }  ///< bytes written
 
   /// Starts over in the same buffer: nothing is allocated for a record that fits.
   void reset();
-  /// Hands the buffer over, to be released with delete[]; the stream is then empty and without one.
+  /// Gives the buffer to the caller, who releases it with delete[]; the stream is then empty and has none.
   uint8_t* release();
 
   uint32_t position() const override { return size(); }

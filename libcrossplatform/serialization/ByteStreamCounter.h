@@ -4,7 +4,7 @@
 
 namespace Marshal {
 
-/// A stream that only counts bytes: what a record needs, before a buffer is made for it.
+/// A stream that only counts bytes: the size of a record, before a buffer is allocated for it.
 class ByteStreamCounter final : public ByteStreamEncoder<ByteStreamCounter> {
  public:
   /// Bytes counted so far.

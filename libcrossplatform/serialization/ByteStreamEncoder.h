@@ -5,8 +5,8 @@
 
 namespace Marshal {
 
-/// The writer operations over one `append`, shared by the stream that builds and the one that counts: so a counted size
-/// is a built one. `Stream` has `unsigned append(const void* bytes, uint32_t size)`.
+/// The writer operations over one `append`, shared by the stream that builds and the one that counts, so that
+/// both give the same size. `Stream` has `unsigned append(const void* bytes, uint32_t size)`.
 template <class Stream>
 class ByteStreamEncoder : public IObjectWriter {
  public:

@@ -4,10 +4,10 @@
 
 namespace Marshal {
 
-/// Reads records from a caller's buffer, which it borrows. The first failed read latches status -3.
+/// Reads records from a caller's buffer, which it borrows. After the first failed read the status stays -3.
 class VELTRA_EXPORT ByteStreamReader final : public IObjectReader {
  public:
-  /// A null buffer and a size of 0 are fatal assertions: test for them where the bytes come from outside.
+  /// A null buffer and a size of 0 are fatal assertions: check for them where the bytes come from outside.
   ByteStreamReader(const uint8_t* p, uint32_t size);
 
   /// Goes `offset` bytes from `whence`.

@@ -9,7 +9,7 @@ struct DumpFlags {
   static constexpr int FULL_LEVEL = 2;  ///< several records show their detail at this level only
 
   int level = FULL_LEVEL;
-  uint32_t options = 0;  ///< for formatters; no record looks at it
+  uint32_t options = 0;  ///< for formatters; records ignore it
 };
 
 }  // namespace Dump

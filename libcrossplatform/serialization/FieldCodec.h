@@ -7,7 +7,7 @@
 ///
 ///   headed            SERIAL_TYPE_ID (combined id), CLASS_VERSION, clear()
 ///   versioned inline  CLASS_VERSION, TOO_NEW_STATUS, clear(); where it is nested, its list is walked in place
-///   plain inline      the fields alone
+///   plain inline      only the fields
 namespace Marshal {
 
 /// Class version that headers and plain records are walked with: they have none of their own.
@@ -25,7 +25,7 @@ template <class Record>
 unsigned writeHeaded(Record& record, IObjectWriter& out) {
   Header header(Record::SERIAL_TYPE_ID, Record::CLASS_VERSION);
   const uint32_t start = out.position();
-  // A stream that cannot rewrite gets the right length at once.
+  // A stream that cannot rewrite needs the right length at once.
   if (start == IObjectWriter::NO_POSITION) header.setLength(countFields(record));
   {
     FieldWriter f(Record::CLASS_VERSION, out);

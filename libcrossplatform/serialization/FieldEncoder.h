@@ -132,7 +132,7 @@ class CountOut {
   uint32_t _bytes = 0;
 };
 
-/// Stores fixed-width fields into a buffer of the caller's, which must have room for all of them.
+/// Stores fixed-width fields into the caller's buffer, which must have room for all of them.
 class FixedOut {
  public:
   explicit FixedOut(uint8_t* cursor) : _cursor(cursor) {}
@@ -147,7 +147,7 @@ class FixedOut {
 };
 
 /// Walks a record's field list and writes or counts: one verb for each wire kind, the same verbs as FieldReader. The
-/// names are for the reader; nothing here looks at them.
+/// names are for the reader; they are ignored here.
 template <class Out>
 class FieldEncoder : public Out {
  public:

@@ -25,12 +25,12 @@ class FieldReader {
   void setVersion(uint8_t classVersion) { _version = classVersion; }
   StreamOpStatus status() const { return _status; }
   bool ok() const { return _status == STREAM_OK; }
-  /// -3 when the stream has failed, whatever the field that found out.
+  /// -3 when the stream has failed, whichever field failed.
   StreamOpStatus streamStatus() const {
     // A stream offers a window only while its status is 0.
     return _window.cursor == nullptr && _stream.status() != STREAM_OK ? STREAM_SHORT : STREAM_OK;
   }
-  /// Ends the walk with a code of the record's own; the first one stays.
+  /// Ends the walk with the record's own code; the first one stays.
   void fail(StreamOpStatus status) {
     if (!ok()) return;
     _window = closed(_stream, _window);
@@ -103,7 +103,7 @@ class FieldReader {
   /// `size` bytes, read in pieces: a length from outside never allocates more than 64 KiB ahead of what is there.
   bool run(const char* name, uint32_t size, std::string& out);
 
-  /// A nested record. Its code ends the walk, or `failure` in its stead.
+  /// A nested record. Its code ends the walk, or `failure` in its place.
   template <class Record>
   VELTRA_ALWAYS_INLINE void record(const char* name, Record& nested, StreamOpStatus failure = STREAM_OK) {
     if (!ok()) return;
@@ -121,7 +121,7 @@ class FieldReader {
     if (traced) _stream.endRecord();
   }
 
-  /// Fields under a name of their own, without a version.
+  /// Fields under their own name, without a version.
   template <class Group>
   VELTRA_ALWAYS_INLINE void group(const char* name, Group& nested) {
     const bool traced = _window.cursor == nullptr;

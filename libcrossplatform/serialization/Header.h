@@ -5,7 +5,7 @@
 
 namespace Marshal {
 
-/// The 12 bytes before a headed record: what it is, which version of it, how long.
+/// The 12 bytes before a headed record: its id, version and length.
 class VELTRA_EXPORT Header {
  public:
   static constexpr uint16_t MARKER = 0xABCD;
@@ -20,7 +20,7 @@ class VELTRA_EXPORT Header {
 
   SerialTypeID serialTypeId() const { return _id; }
   uint8_t classVersion() const { return _classVersion; }
-  uint32_t length() const { return _length; }  ///< bytes of the record behind the header
+  uint32_t length() const { return _length; }  ///< bytes of the record after the header
 
   /// Writes the header with the length known so far: 0 unless setLength() was called.
   unsigned serialize(IObjectWriter& out);
@@ -41,14 +41,14 @@ class VELTRA_EXPORT Header {
   /// Compares what was read with what the record can read.
   /// @return 0; -1 another record's id; -5 a newer class version
   StreamOpStatus check(uint8_t classVersion, uint32_t combinedId) const {
-    // One half after the other: joined, the load would wait for both of the stores just made.
+    // One half after the other: a joined load would have to wait for both of the stores just made.
     const SerialTypeID wanted = SerialTypeID::fromCombined(combinedId);
     if (_id.systemId != wanted.systemId || _id.classId != wanted.classId) return STREAM_WRONG_ELEMENT;
     return _classVersion > classVersion ? STREAM_TOO_NEW : STREAM_OK;
   }
   /// @param status  how far the record itself got
-  /// @return `status` if not 0; -3 the stream has failed; -4 the body was not `length()` bytes; else 0. A stream that
-  ///         knows no position skips the comparison.
+  /// @return `status` if not 0; -3 the stream has failed; -4 the body was not `length()` bytes; otherwise 0. For a
+  ///         stream without positions the length is not compared.
   StreamOpStatus checkLength(IObjectReader& in, StreamOpStatus status) const {
     if (status != STREAM_OK) return status;
     if (in.status() != STREAM_OK) return STREAM_SHORT;
@@ -57,7 +57,7 @@ class VELTRA_EXPORT Header {
   }
 
   /// serialize() and deserialize() through the walker that goes on to the body.
-  /// @param at  position of the header in the stream, if it knows one
+  /// @param at  position of the header in the stream, if it has positions
   template <class Fields>
   VELTRA_ALWAYS_INLINE void write(Fields& f, uint32_t at) {
     fields(f);
@@ -94,7 +94,7 @@ class VELTRA_EXPORT Header {
 };
 
 /// Reads the combined id of the headed record that comes next, without consuming it.
-/// @return 0; -3 the stream ran out or knows no position; otherwise the code of Header::deserialize. On failure `id` is
+/// @return 0; -3 the stream ran out or has no positions; otherwise the code of Header::deserialize. On failure `id` is
 ///         unchanged.
 VELTRA_EXPORT StreamOpStatus peekHeaderSerialTypeID(IObjectReader& in, uint32_t& id);
 

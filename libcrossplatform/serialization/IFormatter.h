@@ -6,12 +6,12 @@
 
 namespace Dump {
 
-/// Receives what records dump. The order of the virtual operations is fixed. A formatter of one's own needs the pure
-/// ones only; without text() it does not show the records that dump themselves as one text.
+/// Receives what records dump. The order of the virtual operations is fixed. A custom formatter only needs the
+/// pure ones; without text() it does not show the records that dump themselves as one text.
 class VELTRA_EXPORT IFormatter {
  public:
   virtual ~IFormatter();
-  /// A whole text, lines and all. `level` is the dump level it was made at.
+  /// A whole text, which may have several lines. `level` is the dump level it was made at.
   virtual void text(const char* text, int level);
   virtual void field(const char* name, bool value) = 0;
   virtual void field(const char* name, uint16_t value) = 0;
@@ -20,7 +20,7 @@ class VELTRA_EXPORT IFormatter {
   virtual void field(const char* name, const char* text) = 0;
   virtual void beginObject(const char* name) = 0;
   virtual void endObject() = 0;
-  /// A run of bytes; unless overridden, a text field of two hexadecimal digits a byte.
+  /// A run of bytes; unless overridden, a text field with two hexadecimal digits per byte.
   virtual void field(const char* name, const uint8_t* bytes, uint32_t size);
 };
 

@@ -14,16 +14,16 @@ struct ReadWindow {
   const uint8_t* end = nullptr;
 };
 
-/// A stream that records read themselves from; the counterpart of IObjectWriter, with an order of operations of its
-/// own. A stream of one's own needs the pure ones only.
+/// A stream that records read themselves from; the counterpart of IObjectWriter, with its own order of operations.
+/// A custom stream only needs the pure ones.
 /// A read returns true when the value was read. After one failure every later read fails, consumes nothing and leaves
-/// its target as it was.
+/// its target unchanged.
 class VELTRA_EXPORT IObjectReader {
  public:
   static constexpr uint32_t NO_POSITION = 0xFFFFFFFF;
 
   virtual ~IObjectReader() = default;
-  /// Bytes read so far; NO_POSITION for a stream that does not know: lengths are then not compared, and a type id
+  /// Bytes read so far; NO_POSITION for a stream without positions: lengths are then not compared, and a type id
   /// cannot be peeked at.
   virtual uint32_t position() const;
   virtual bool readUInt8(uint8_t& value) = 0;
@@ -43,9 +43,9 @@ class VELTRA_EXPORT IObjectReader {
   virtual void advanceTo(const uint8_t* cursor);
   /// Goes to a position that position() gave. False when it cannot.
   virtual bool seekTo(uint32_t position);
-  /// Told the name of the field about to be read. Only a stream without a window hears it: tracing needs none.
+  /// Receives the name of the field about to be read. Called only for a stream without a window, for tracing.
   virtual void beginField(const char* name);
-  /// The same for a nested record, or a record's header, that begins, and for its end.
+  /// The same for the beginning of a nested record or of a record's header, and for its end.
   virtual void beginRecord(const char* name);
   virtual void endRecord();
   // The rest of the order up to readBool().

@@ -14,9 +14,9 @@ struct WriteWindow {
 };
 
 /// A stream that records write themselves to: big-endian, two's complement, one operation for each wire kind.
-/// The order of the virtual operations is fixed: writers and records are built apart. A stream of one's own needs the
-/// pure ones only; the others make writing fast or fill the order.
-/// Every write returns the number of bytes written, 0 when it failed; records ignore it.
+/// The order of the virtual operations is fixed: writers and records are built separately. A custom stream only needs
+/// the pure ones; the others make writing fast or fill the order. Every write returns the number of bytes written, 0
+/// when it failed; records ignore it.
 class VELTRA_EXPORT IObjectWriter {
  public:
   static constexpr uint32_t NO_POSITION = 0xFFFFFFFF;

@@ -12,7 +12,7 @@ class FieldAccess;  // FieldEncoder.h: a friend of every record with a field lis
 /// A record that writes itself to a stream and reads itself back.
 class VELTRA_EXPORT ISerializable {
  public:
-  /// Never changes the record. @return bytes written; 0 from an inline record on a stream that knows no position
+  /// Never changes the record. @return bytes written; 0 from an inline record on a stream without positions
   virtual unsigned serialize(IObjectWriter& out) = 0;
   /// @return 0, or a negative code (MarshalTypes.h); the record may then be partly filled: clear() or discard it
   virtual StreamOpStatus deserialize(IObjectReader& in) = 0;

@@ -11,13 +11,13 @@
 #include <libcrossplatform/serialization/Utf8Text.h>
 
 // Documents in the field are compared as text: they hold what these writers write, and the newer builder writes
-// spaces, arrays and empty values otherwise. So the deprecated writers stay, in this unit alone.
+// spaces, arrays and empty values differently. So the deprecated writers stay, in this unit only.
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
 namespace Dump {
 namespace {
 
-// Takes so many bytes and refuses the rest.
+// Accepts a number of bytes and refuses the rest.
 class BoundedText : public std::streambuf {
  public:
   /// @param text  null: the bytes are only counted
@@ -71,7 +71,7 @@ class IllFormedTexts {
       if (isUtf8(textOf(value))) return;
       found(place);
       Json::Value repaired(withoutIllFormedUtf8(textOf(value)));
-      value.swapPayload(repaired);  // comments and place stay
+      value.swapPayload(repaired);  // comments and offsets stay
     } else if (value.isArray()) {
       for (Json::Value& element : value) replaceIn(element, place);
     } else if (value.isObject()) {
@@ -135,9 +135,9 @@ void writeStyled(std::ostream& out, const Json::Value& value, const char* indent
 bool writeWithin(std::string* text, const Json::Value& value, const char* indentation, std::size_t most) {
   BoundedText bounded(text, most);
   std::ostream out(&bounded);
-  out.exceptions(std::ios::badbit);  // ends the writing at once; lost memory leaves as what it is
+  out.exceptions(std::ios::badbit);  // ends the writing at once; std::bad_alloc is passed on
   try {
-    // What is only counted is not written, and so nothing is logged.
+    // Text that is only counted is not written, so nothing is logged.
     writeAsUtf8(value, text != nullptr, [&](const Json::Value& v) { writeStyled(out, v, indentation); });
     return true;
   } catch (const std::ios::failure&) {

@@ -10,10 +10,10 @@
 
 namespace Dump {
 
-// JSON is UTF-8, records hold bytes. The writers below write a text or a member name that is no UTF-8 with U+FFFD in
-// the place of what is ill-formed, and log one warning that says how many there are and where the first stands, never
-// what it holds. Who writes a value with a writer of his own calls replaceIllFormedTexts() first: JsonCpp's writers
-// make other characters of such bytes, and of the ASCII after them.
+// JSON is UTF-8, records hold bytes. In a text or member name that is not UTF-8, the writers below replace what is
+// ill-formed by U+FFFD, and log one warning that says how many there are and where the first is, never what it
+// contains. Code with its own writer calls replaceIllFormedTexts() first: JsonCpp's writers turn such bytes, and the
+// ASCII after them, into other characters.
 
 /// The styled text every dump and document of the system is written in, ending in a newline.
 VELTRA_EXPORT std::string styledJson(const Json::Value& value);
@@ -23,20 +23,20 @@ VELTRA_EXPORT std::string compactJson(const Json::Value& value);
 
 /// The styled stream form with the given indentation for each level, ending in a newline.
 VELTRA_EXPORT void writeStyledJson(std::ostream& out, const Json::Value& value, const char* indentation);
-/// The same into a text of at most `most` bytes: the indentation of a deeply nested value comes to a thousand times the
+/// The same into a text of at most `most` bytes: the indentation of a deeply nested value can be a thousand times the
 /// size of the document it was read from.
 /// @return false when there is more; `text` then holds its beginning
 VELTRA_EXPORT bool writeStyledJson(std::string& text, const Json::Value& value, const char* indentation,
                                    std::size_t most);
-/// Whether that text has at most `most` bytes. Keeps none of them.
+/// Whether that text has at most `most` bytes. Stores none of them.
 VELTRA_EXPORT bool isStyledJsonWithin(const Json::Value& value, const char* indentation, std::size_t most);
 
-/// Makes every text and member name of a value well-formed UTF-8. Comments stay as they are. A name that becomes that
-/// of another member gets one more U+FFFD, so that no member is lost. Nothing is logged.
+/// Makes every text and member name of a value well-formed UTF-8. Comments are unchanged. A name that becomes equal to
+/// another member's gets one more U+FFFD, so that no member is lost. Nothing is logged.
 /// @return true when something was replaced
 VELTRA_EXPORT bool replaceIllFormedTexts(Json::Value& value);
 
-/// Calls JsonCpp, which reports lost memory as an exception of its own: what leaves is std::bad_alloc, as everywhere.
+/// Calls JsonCpp, and throws std::bad_alloc in place of its own exception for exhausted memory.
 template <class Call>
 decltype(auto) orBadAlloc(Call call) {
   try {

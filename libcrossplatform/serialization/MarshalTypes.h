@@ -6,7 +6,7 @@
 
 namespace Marshal {
 
-/// Outcome of reading a record: 0 success, a negative code otherwise. Codes of nested records go up unchanged.
+/// Outcome of reading a record: 0 success, a negative code otherwise. Codes of nested records are passed on unchanged.
 using StreamOpStatus = int;
 
 constexpr StreamOpStatus STREAM_OK = 0;
@@ -39,8 +39,8 @@ struct SerialTypeID {
 constexpr uint16_t SYSTEM_VELTRA_COMMON = 0x51;  ///< this library's own records
 constexpr uint16_t SYSTEM_FIBRE = 0x41;          ///< records of the fibre services
 
-/// Name of a record's combined id in logs and dumps; empty for an id without one. The names stand with the records, in
-/// common/RecordTypes.cpp: two of them are not those of the classes.
+/// Name of a record's combined id in logs and dumps; empty for an id without one. The names are in
+/// common/RecordTypes.cpp; two of them differ from the class names.
 VELTRA_EXPORT const char* veltraCommonIdToString(uint32_t combinedId);
 
 /// Name of a system range; empty for every range this library's records use.

@@ -6,7 +6,7 @@
 
 namespace Dump {
 
-/// Writes dumps as indented text: two blanks a level, `name: value`, `Name {` ... `}`; whole texts as they stand.
+/// Writes dumps as indented text: two spaces per level, `name: value`, `Name {` ... `}`; whole texts unchanged.
 class VELTRA_EXPORT SimpleFormatter : public IFormatter {
  public:
   /// @param out  borrowed; must outlive the formatter

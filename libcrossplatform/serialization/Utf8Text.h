@@ -14,7 +14,7 @@ constexpr std::string_view REPLACEMENT_CHARACTER = "\xEF\xBF\xBD";
 /// U+10FFFF. Zeros are characters like any other.
 VELTRA_EXPORT bool isUtf8(std::string_view text);
 
-/// The text with one U+FFFD in the place of each ill-formed sequence; a sequence that is cut short is one.
+/// The text with one U+FFFD in place of each ill-formed sequence; one that is cut short counts as one.
 VELTRA_EXPORT std::string withoutIllFormedUtf8(std::string_view text);
 
 }  // namespace Dump

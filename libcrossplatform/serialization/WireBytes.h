@@ -29,8 +29,8 @@ struct WireBits<8> {
   using Type = uint64_t;
 };
 
-/// Turns the machine's order of bytes into big-endian, and back: one instruction, where g++ makes a load and a shift
-/// for each byte out of a loop.
+/// Turns the machine's order of bytes into big-endian, and back: one instruction, where g++ compiles a loop to a
+/// load and a shift for each byte.
 template <class Bits>
 VELTRA_ALWAYS_INLINE Bits swapToBig(Bits bits) {
 #if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
@@ -59,7 +59,7 @@ VELTRA_ALWAYS_INLINE T loadBig(const uint8_t* from) {
   } else {
     using Bits = typename WireBits<sizeof(T)>::Type;
     Bits bits = 0;
-    // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): a null window is empty, its caller never gets here
+    // NOLINTNEXTLINE(clang-analyzer-core.NonNullParamChecker): a null window is empty, so its caller never gets here
     std::memcpy(&bits, from, sizeof bits);
     bits = swapToBig(bits);
     T value{};

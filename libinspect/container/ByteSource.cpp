@@ -30,7 +30,7 @@ bool ByteSource::open(const std::string& path, std::string& error) {
   _hasFailed = false;
   const bool isStandardInput = path == "-";
   _name = isStandardInput ? "standard input" : path;
-  // A FIFO among the files of a folder must not hold everything up.
+  // A FIFO among the files of a folder must not block.
   _descriptor = isStandardInput ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   struct stat info {};
   if (_descriptor < 0 || fstat(_descriptor, &info) != 0) {
@@ -38,7 +38,7 @@ bool ByteSource::open(const std::string& path, std::string& error) {
     return false;
   }
   if (S_ISDIR(info.st_mode)) {
-    error = fmt::format("{}: is a directory, a file is wanted", _name);
+    error = fmt::format("{}: expected a file, found a directory", _name);
     return false;
   }
   _inMemory = !S_ISREG(info.st_mode);
@@ -53,7 +53,7 @@ bool ByteSource::open(const std::string& path, std::string& error) {
 }
 
 bool ByteSource::refuse(uint64_t limit, std::string& error) {
-  error = fmt::format("{}: more than {} bytes", _name, limit);
+  error = fmt::format("{}: larger than the limit of {} bytes", _name, limit);
   _isOverLimit = true;
   return false;
 }
@@ -97,7 +97,7 @@ std::size_t ByteSource::view(uint64_t offset, const uint8_t*& at) const {
     at = &_bytes[static_cast<std::size_t>(offset)];
     return static_cast<std::size_t>(std::min<uint64_t>(WINDOW, _size - offset));
   }
-  // Most inputs fit the window whole; of the others a header at its end is read again with what follows.
+  // Most inputs fit in the window. In larger ones a header at its end is read again with the bytes after it.
   const bool isInside = offset >= _windowAt && offset - _windowAt < _windowSize;
   const std::size_t skipped = isInside ? static_cast<std::size_t>(offset - _windowAt) : 0;
   const bool reachesEnd = _windowAt + _windowSize >= _size;
@@ -131,7 +131,7 @@ bool readText(const std::string& path, uint64_t limit, std::string& text, std::s
   ByteSource source;
   if (!source.open(path, error)) return false;
   if (source.size() > limit) {
-    error = fmt::format("{}: {} bytes, at most {} are wanted", source.name(), source.size(), limit);
+    error = fmt::format("{}: expected at most {} bytes, found {}", source.name(), limit, source.size());
     return false;
   }
   text.resize(static_cast<std::size_t>(source.size()));

@@ -7,8 +7,8 @@
 
 namespace Inspect {
 
-/// The bytes of one input: a file, or standard input for the path "-". What cannot be read at a position, a pipe, is
-/// taken into memory, up to a limit; of a file only a window is held. One object may be used for many inputs in turn.
+/// The bytes of one input: a file, or standard input for the path "-". An input without positions, such as a pipe,
+/// is read into memory, up to a limit; of a file only a window is held. One object may be used for many inputs in turn.
 class ByteSource {
  public:
   static constexpr uint64_t PIPE_LIMIT = uint64_t{1} << 30;
@@ -21,22 +21,22 @@ class ByteSource {
 
   /// Inputs of more bytes are refused from the next open() on; 0 is no limit.
   void setLimit(uint64_t bytes) { _limit = bytes; }
-  /// Called with how many bytes were read from the disk, each time some were.
+  /// Called with the number of bytes after each read from the disk.
   void onRead(std::function<void(std::size_t)> told) { _told = std::move(told); }
 
   /// Opens an input in place of the one before.
   /// @return false, with `error` saying what is wrong with which input
   [[nodiscard]] bool open(const std::string& path, std::string& error);
-  bool isOverLimit() const { return _isOverLimit; }  ///< that is why open() refused it
+  bool isOverLimit() const { return _isOverLimit; }  ///< whether open() refused it for its size
   const std::string& name() const { return _name; }  ///< the path, or "standard input"
   /// As open() took it: "-" for standard input.
   std::string path() const { return _descriptor == 0 ? "-" : _name; }
   uint64_t size() const { return _size; }
-  /// A read failed since open(): what was found is no word on the input.
+  /// A read failed since open(): results may be incomplete.
   bool hasFailed() const { return _hasFailed; }
   /// Reads up to `size` bytes at `offset`. @return how many there were; fewer only at the end or after a read error
   std::size_t readAt(uint64_t offset, void* to, std::size_t size) const;
-  /// The same past the window, which stays where it is: for a look at a few bytes elsewhere.
+  /// The same without moving the window: for reading a few bytes elsewhere.
   std::size_t readAside(uint64_t offset, void* to, std::size_t size) const;
   /// Up to WINDOW bytes at `offset` in place, valid until the next call. @return how many there are from `at` on
   std::size_t view(uint64_t offset, const uint8_t*& at) const;
@@ -55,12 +55,12 @@ class ByteSource {
   uint64_t _size = 0;
   bool _inMemory = false;
   mutable bool _hasFailed = false;
-  mutable std::vector<uint8_t> _bytes;  ///< all there are in memory, or the window of a file
+  mutable std::vector<uint8_t> _bytes;  ///< all bytes of an input in memory, or the window of a file
   mutable uint64_t _windowAt = 0;
   mutable std::size_t _windowSize = 0;
 };
 
-/// A whole file as text, for descriptions and lists. @return false, with `error` filled, also beyond `limit` bytes
+/// A whole file as text, for descriptions and lists. @return false, with `error` filled, also above `limit` bytes
 [[nodiscard]] bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error);
 
 }  // namespace Inspect

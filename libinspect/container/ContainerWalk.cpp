@@ -84,7 +84,7 @@ class Walker {
   bool readHeader(SectionInfo& info) {
     uint8_t bytes[PFile::Header::BYTES];
     const std::size_t got = _source.readAt(info.offset, bytes, sizeof bytes);
-    // Behind the recorded end anything may follow; compareLength() tells of it.
+    // Anything may follow the recorded end; compareLength() reports it.
     if (got < sizeof bytes) {
       if (isAtRecordedEnd(info.offset)) return false;
       add(info.number == 0 ? E02_NO_FILE_HEADER : E05_TRUNCATED, info.offset, info.number,
@@ -161,7 +161,7 @@ class Walker {
     }
   }
 
-  /// A writer leaves the CRC of the total before its own header until it closes: that is how an unclosed file is known.
+  /// Until it closes, a writer leaves the CRC of the total before its own header: this identifies an unclosed file.
   void checkFileHeader(SectionInfo& info, uint32_t total) {
     if (info.header.dataCrc != crcOfLittle32(total - PFile::Header::BYTES)) {
       checkData(info);
@@ -170,11 +170,11 @@ class Walker {
     }
     info.verdict = DataVerdict::WRONG;
     add(E01_NEVER_CLOSED, info.offset, info.number, "the total length of a closed file",
-        fmt::format("{}, which a writer leaves until it closes", total));
+        fmt::format("{}, the value of a file that was never closed", total));
   }
 
-  /// No writer makes a file header that is compressed, or of another size. The readers take it all the same, if a total
-  /// length comes out.
+  /// No writer makes a file header that is compressed, or of another size. The readers accept it if it gives
+  /// a total length.
   void checkOddFileHeader(const SectionInfo& info) {
     std::vector<uint8_t> total(sizeof(uint32_t));
     std::string error;
@@ -195,7 +195,7 @@ class Walker {
   void compareLength() {
     if (!_report.recordedLength || *_report.recordedLength == _report.size) return;
     const bool isLonger = *_report.recordedLength > _report.size;
-    add(isLonger ? E06_LENGTH_DIFFERS : W03_BYTES_BEHIND_END, isLonger ? _report.size : *_report.recordedLength,
+    add(isLonger ? E06_LENGTH_DIFFERS : W03_BYTES_AFTER_END, isLonger ? _report.size : *_report.recordedLength,
         std::nullopt, fmt::format("{} bytes, as recorded", *_report.recordedLength),
         fmt::format("{} bytes", _report.size));
   }
@@ -262,7 +262,7 @@ bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<
   const PFile::Header& header = info.header;
   if (header.dataSize > source.size() - info.payloadOffset()) {
     error =
-        fmt::format("section {}: {} bytes of data are recorded, the file ends before", info.number, header.dataSize);
+        fmt::format("section {}: expected {} bytes of data, the file ends before them", info.number, header.dataSize);
     return false;
   }
   const bool isCompressed = (header.flags & PFile::SECTION_FLAG_COMPRESS) != 0;

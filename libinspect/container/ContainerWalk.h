@@ -28,16 +28,16 @@ struct SectionInfo {
 };
 Json::Value toJson(const SectionInfo& section);
 
-/// What a container holds, as far as it can be walked: up to the first header that does not verify.
+/// What a container holds, up to the first header that does not verify.
 struct ContainerReport {
-  std::string name;  ///< of the input, for people
-  std::string path;  ///< and for commands
+  std::string name;  ///< name of the input for people
+  std::string path;  ///< the same for commands
   uint64_t size = 0;
-  std::optional<uint32_t> recordedLength;  ///< of an intact or never closed file header
-  uint64_t sections = 0;                   ///< how many, the file header included
-  uint64_t storedBytes = 0;                ///< their data, as the headers tell it
-  uint64_t originalBytes = 0;              ///< and uncompressed, as their data claims
-  std::optional<SectionInfo> first;        ///< the first section behind the file header
+  std::optional<uint32_t> recordedLength;  ///< from an intact or never closed file header
+  uint64_t sections = 0;                   ///< number of sections, the file header included
+  uint64_t storedBytes = 0;                ///< bytes of data, according to the headers
+  uint64_t originalBytes = 0;              ///< the same uncompressed, according to the data
+  std::optional<SectionInfo> first;        ///< the first section after the file header
   Findings findings;
 
   bool damaged() const { return findings.hasDamage(); }
@@ -48,13 +48,13 @@ enum class WalkDepth { HEADERS, HEADERS_AND_CRCS };
 /// Called with each section in turn, after what the walk itself found in it; may add findings.
 using OnSection = std::function<void(const SectionInfo&, Findings&)>;
 
-/// Walks a container's headers with bounded reads. Memory does not follow the size of the file.
+/// Walks a container's headers with bounded reads. Memory use does not depend on the size of the file.
 ContainerReport walk(const ByteSource& source, WalkDepth depth, const OnSection& onSection = {});
 
 /// All sections a walk finds, CRCs checked.
 std::vector<SectionInfo> sectionsOf(const ByteSource& source);
 
-/// Looks for one section by its number; its data is not checked.
+/// Finds one section by its number; its data is not checked.
 /// @param report  receives what the walk found
 std::optional<SectionInfo> findSection(const ByteSource& source, int number, ContainerReport& report);
 

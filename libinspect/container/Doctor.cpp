@@ -7,7 +7,7 @@
 namespace Inspect {
 namespace {
 
-/// What a section's header says of its content, before its data is looked at.
+/// What a section's header says about its content, before its data is examined.
 void examineHeader(const SectionInfo& section, Findings& findings) {
   const PFile::Header& header = section.header;
   if (section.number == 0) return;

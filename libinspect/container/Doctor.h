@@ -5,12 +5,12 @@
 namespace Inspect {
 
 enum class Examination {
-  QUICK,     ///< headers alone
+  QUICK,     ///< headers only
   ORDINARY,  ///< and CRCs
 };
 
-/// Walks a container and says what is wrong with it. Memory follows the largest section.
-/// @param onSection  looks closer at a section, after what its header and CRC tell; examineDeep() hands in what decodes
+/// Walks a container and reports what is wrong with it. Memory use follows the largest section.
+/// @param onSection  examines a section further, after its header and CRC; examineDeep() passes one that decodes
 ///                   records
 ContainerReport examine(const ByteSource& source, Examination examination, const OnSection& onSection = {});
 

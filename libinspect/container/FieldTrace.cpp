@@ -16,11 +16,11 @@ Json::Value jsonOf(int64_t v) {
   return static_cast<Json::Int64>(v);
 }
 Json::Value jsonOf(float v) {
-  // The shortest decimal that is this float: 0.1, not 0.10000000149.
+  // The shortest decimal that reads as this float: 0.1, not 0.10000000149.
   return std::isfinite(v) ? Json::Value(std::strtod(fmt::format("{}", v).c_str(), nullptr)) : Json::Value();
 }
 
-constexpr char ELEMENT[] = "element";  // what list records call each of theirs
+constexpr char ELEMENT[] = "element";  // the name that list records give each element
 
 }  // namespace
 

@@ -12,24 +12,24 @@
 
 namespace Inspect {
 
-/// One field as a record read it.
+/// One field as read by a record.
 struct TracedField {
-  std::vector<std::string> path;  ///< names of the records around it and its own, elements of a list numbered
+  std::vector<std::string> path;  ///< names of the enclosing records and its own, list elements numbered
   const char* kind;               ///< wire kind: "u8", "string", "bytes", ...
   uint32_t offset;
   uint32_t size;  ///< bytes, a string's length word included
   Json::Value value;
 };
 
-/// A stream that notes every field it is read for: name, wire kind, place and value. It offers no window, so that the
-/// field lists tell it their names.
+/// A stream that records every field that is read: name, wire kind, place and value. It offers no window, so that the
+/// field lists pass it their names.
 class TracingReader final : public Marshal::IObjectReader {
  public:
-  /// @param in  borrowed; what is read is read from it
+  /// @param in  borrowed; the stream to read from
   explicit TracingReader(Marshal::IObjectReader& in) : _in(in) {}
   const std::vector<TracedField>& trace() const { return _fields; }
   /// From now on a run of bytes that does not end in zero reads as a failure, for records that would stop the program
-  /// there; and nothing is noted.
+  /// there; fields are no longer recorded.
   void refuseOpenRuns() { _refusesOpenRuns = true; }
 
   uint32_t position() const override { return _in.position(); }

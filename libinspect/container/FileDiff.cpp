@@ -22,7 +22,7 @@ void flatten(const std::string& name, const Json::Value& value, Fields& out) {
   }
 }
 
-/// What is compared of one section. Where a record can be read its fields stand for its size and CRC.
+/// What is compared of one section. If a record can be read, its fields replace its size and CRC.
 Fields fieldsOf(const ByteSource& source, const SectionInfo& section, const FieldsOf& recordFields) {
   Fields fields;
   const std::string prefix = fmt::format("section[{}].", section.number);
@@ -55,7 +55,7 @@ std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b, 
   std::vector<Difference> differences;
   const std::size_t most = std::max(sectionsA.size(), sectionsB.size());
   for (std::size_t i = 0; i < most; ++i) {
-    // One section of each file at a time: memory follows the largest.
+    // One section of each file at a time: memory use follows the largest.
     Fields fieldsA, fieldsB;
     if (i < sectionsA.size()) fieldsA = fieldsOf(a, sectionsA[i], recordFields);
     if (i < sectionsB.size()) fieldsB = fieldsOf(b, sectionsB[i], recordFields);

@@ -12,14 +12,14 @@
 
 namespace Inspect {
 
-/// One field that two files have otherwise; null where one lacks it.
+/// One field in which two files differ; null where one lacks it.
 struct Difference {
   std::string field;
   Json::Value a;
   Json::Value b;
 };
 
-/// The fields of the record a payload holds; none where it holds no known record, or a damaged one.
+/// The fields of the record a payload holds; none if it does not hold a known record, or a damaged one.
 using FieldsOf = std::function<std::optional<Json::Value>(const std::vector<uint8_t>& payload)>;
 
 /// Compares two containers field by field: sizes, section headers, records by their fields, other data by its bytes.

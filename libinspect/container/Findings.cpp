@@ -10,7 +10,7 @@ namespace Inspect {
 namespace {
 
 enum class FindingKind { DAMAGE, WARNING };
-/// What helps next: another file made of what is intact, or a look at the section.
+/// What to do next: save what is intact to another file, or look at the section.
 enum class FindingHelp { RECOVER, LOOK };
 
 struct FindingRow {
@@ -33,13 +33,13 @@ constexpr FindingRow FINDINGS[] = {
     {E10_SCALE_WITHOUT_TEXT, "E10", "measurement scale without a text", FindingKind::DAMAGE, FindingHelp::LOOK},
     {W01_NEWER_VERSION, "W01", "newer version", FindingKind::WARNING, FindingHelp::LOOK},
     {W02_UNKNOWN_TYPE, "W02", "unknown section type", FindingKind::WARNING, FindingHelp::LOOK},
-    {W03_BYTES_BEHIND_END, "W03", "bytes behind the end", FindingKind::WARNING, FindingHelp::LOOK},
+    {W03_BYTES_AFTER_END, "W03", "bytes after the end", FindingKind::WARNING, FindingHelp::LOOK},
     {W04_NEGATIVE_COUNT, "W04", "negative count", FindingKind::WARNING, FindingHelp::LOOK},
     {W05_WRONG_MAGIC, "W05", "wrong magic", FindingKind::WARNING, FindingHelp::LOOK},
     {W06_RECORDS_NOT_DECODED, "W06", "records not decoded", FindingKind::WARNING, FindingHelp::LOOK},
 };
 
-/// For static_assert: no code and no name stands twice, and a name is that of its code: 104 is E04, 201 is W01.
+/// For static_assert: no code and no name occurs twice, and names match codes: 104 is E04, 201 is W01.
 constexpr bool areNamedByCode() {
   constexpr int WARNINGS = 200;
   for (const FindingRow& row : FINDINGS) {
@@ -99,7 +99,7 @@ std::string placeOf(const Finding& finding) {
 }
 
 std::string detailsOf(const Finding& finding) {
-  return fmt::format("wanted {}, found {}", finding.wanted, finding.found);
+  return fmt::format("expected {}, found {}", finding.wanted, finding.found);
 }
 
 std::string describe(const Finding& finding) {
@@ -112,10 +112,10 @@ std::string describe(const std::string& file, const Finding& finding) {
 
 std::string nextCommand(const std::string& path, const Finding& finding) {
   const std::string file = shellWord(path);
-  // A file header that does not serve is made anew.
+  // recover writes a new file header in place of an unusable one.
   if (rowOf(finding.code).help == FindingHelp::RECOVER || (finding.section == 0 && isDamage(finding.code))) {
     return finding.code == E02_NO_FILE_HEADER && finding.section && finding.offset == 0
-               ? fmt::format("veltra recover {} -o NEW, if it was one once", file)
+               ? fmt::format("veltra recover {} -o NEW, if it should be a container", file)
                : fmt::format("veltra recover {} -o NEW", file);
   }
   if (finding.section) return fmt::format("veltra annotate {} -s {}", file, *finding.section);

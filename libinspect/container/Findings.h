@@ -23,7 +23,7 @@ enum FindingCode : int {
   E10_SCALE_WITHOUT_TEXT = 110,
   W01_NEWER_VERSION = 201,
   W02_UNKNOWN_TYPE = 202,
-  W03_BYTES_BEHIND_END = 203,
+  W03_BYTES_AFTER_END = 203,
   W04_NEGATIVE_COUNT = 204,
   W05_WRONG_MAGIC = 205,
   W06_RECORDS_NOT_DECODED = 206,
@@ -38,26 +38,26 @@ bool isDamage(FindingCode code);
 struct Finding {
   FindingCode code;
   uint64_t offset;             ///< in the file
-  std::optional<int> section;  ///< its number, where it is about one
+  std::optional<int> section;  ///< its number, if the finding is about a section
   std::string wanted;
   std::string found;
 };
 
 Json::Value toJson(const Finding& finding);
-/// One line for people: "offset 24, section 1: E04 data CRC differs: wanted ..., found ..."
+/// One line for people: "offset 24, section 1: E04 data CRC differs: expected ..., found ..."
 std::string describe(const Finding& finding);
 /// The same after "FILE: ".
 std::string describe(const std::string& file, const Finding& finding);
-/// Its three parts: "offset 24, section 1", "E04 data CRC differs" and "wanted ..., found ..."
+/// Its three parts: "offset 24, section 1", "E04 data CRC differs" and "expected ..., found ..."
 std::string placeOf(const Finding& finding);
 std::string nameOf(const Finding& finding);
 std::string detailsOf(const Finding& finding);
-/// The command line that helps next with a finding, as it can be given to a shell.
+/// The command line to run next for a finding, ready for a shell.
 /// @param path  of the file, "-" for standard input
 std::string nextCommand(const std::string& path, const Finding& finding);
 
 /// What was found wrong, in the order it was found. A hostile file has a finding every few bytes: the first MOST_KEPT
-/// are kept, of the others it is known how many there were and whether one was damage.
+/// are kept; of the others only their number and whether one was damage.
 class Findings {
  public:
   static constexpr std::size_t MOST_KEPT = 1000;

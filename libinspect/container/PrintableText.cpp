@@ -9,7 +9,7 @@
 namespace Inspect {
 namespace {
 
-/// Length of the UTF-8 sequence at `at`, 0 when there is none that may be shown.
+/// Length of the UTF-8 sequence at `at`, 0 when there is none that can be shown.
 std::size_t sequenceLength(const std::string& text, std::size_t at) {
   const auto byte = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned char lead = byte(at);
@@ -22,7 +22,7 @@ std::size_t sequenceLength(const std::string& text, std::size_t at) {
   const bool isControl = lead == 0xC2 && byte(at + 1) < 0xA0;
   const bool isOverlong = (lead == 0xE0 && byte(at + 1) < 0xA0) || (lead == 0xF0 && byte(at + 1) < 0x90);
   const bool isSurrogate = lead == 0xED && byte(at + 1) >= 0xA0;
-  // U+202A to U+202E and U+2066 to U+2069 reverse what stands behind them: a name could pass for another.
+  // U+202A to U+202E and U+2066 to U+2069 reverse what follows them: a name could look like another.
   const unsigned char last = byte(at + length - 1);
   const bool isDirection = lead == 0xE2 && ((byte(at + 1) == 0x80 && last >= 0xAA && last <= 0xAE) ||
                                             (byte(at + 1) == 0x81 && last >= 0xA6 && last <= 0xA9));

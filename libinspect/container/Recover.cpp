@@ -18,8 +18,8 @@ namespace {
 constexpr uint64_t FILE_HEADER_BYTES = PFile::Header::BYTES + 4;
 
 /// CRC-32 of any range of the input at a bounded cost: the CRCs of all bytes before each checkpoint, and the rule that
-/// takes the CRC of a beginning out of the CRC of the whole (zlib's crc32_combine). Without it a file of many headers
-/// that each claim the whole rest would cost the square of its size.
+/// removes the CRC of a beginning from the CRC of the whole (zlib's crc32_combine). Without it a file of many headers
+/// that each claim the whole rest would take time quadratic in its size.
 class CrcIndex {
  public:
   explicit CrcIndex(const ByteSource& source) : _source(source) {
@@ -40,7 +40,7 @@ class CrcIndex {
  private:
   static constexpr uint64_t STEP = 1024;
 
-  /// Begin and end of a section may be far apart: the window must not go to and fro between them.
+  /// Begin and end of a section may be far apart: the window must not move back and forth between them.
   uint32_t prefix(uint64_t end) const {
     uint8_t bytes[STEP];
     const auto got =
@@ -77,7 +77,7 @@ class Search {
       if (!hasHeader(section)) {
         ++at;
       } else if (!isIntact(section)) {
-        // An unclosed file header is one of these: it is made anew anyway.
+        // An unclosed file header is one of these: it is written anew anyway.
         at += PFile::Header::BYTES;
       } else {
         keep(section);
@@ -106,7 +106,7 @@ class Search {
   void keep(SectionInfo section) {
     lose(section.offset);
     _covered = section.payloadOffset() + section.header.dataSize;
-    // The output gets a file header of its own; one in the middle is the rest of another file.
+    // The output gets a file header of its own; one in the middle is left over from another file.
     if (section.header.type == PFile::FILE_HEADER_TYPE) {
       if (section.offset == 0) noteFileHeader(section);
       return;
@@ -125,7 +125,7 @@ class Search {
     }
   }
 
-  /// What lies between the last section kept and `end` is lost, but for the file header that stands at the beginning.
+  /// The bytes between the last section kept and `end` are lost, except a file header at the beginning.
   void lose(uint64_t end) {
     uint64_t begin = _covered;
     if (begin == 0 && isFileHeader()) begin = std::min(FILE_HEADER_BYTES, end);
@@ -172,7 +172,7 @@ bool writeRecovered(const ByteSource& source, const Recovery& recovery, const st
     PFile::Section section;
     section.header = info.header;
     section.payload.set(info.header.dataSize, bytes.release(), true);
-    section.compressed = section.compressable();  // as stored: it is written as it is
+    section.compressed = section.compressable();  // as stored: it is written unchanged
     if (file.writer().write(section) != 0) return failed();
   }
   return file.commit() == 0 || failed();

@@ -52,8 +52,8 @@ void ObjectReader::finish() {
 
 void ObjectReader::fail(const std::string& key, const Json::Value& found, const std::string& wanted) {
   if (!ok()) return;
-  _error =
-      fmt::format("{}{}{}: found {}, wanted {}", _path, key.empty() ? "" : ".", key, Dump::compactJson(found), wanted);
+  _error = fmt::format("{}{}{}: expected {}, found {}", _path, key.empty() ? "" : ".", key, wanted,
+                       Dump::compactJson(found));
 }
 
 }  // namespace Inspect

@@ -8,12 +8,12 @@
 
 namespace Inspect {
 
-/// Reads the members of one JSON object that a person wrote. Remembers the first fault, naming the key, what was found
-/// and what is wanted; refuses members nobody asked for. A missing member leaves its target as it was.
+/// Reads the members of one JSON object that a person wrote. Keeps the first fault, naming the key, what was
+/// expected and what was found; refuses unknown members. A missing member does not change its target.
 class ObjectReader {
  public:
-  /// @param path   what the object is called in faults
-  /// @param error  empty, or the fault of an object around this one: nothing is read then
+  /// @param path   name of the object in faults
+  /// @param error  empty, or the fault of an enclosing object: nothing is read then
   ObjectReader(const Json::Value& json, std::string path, std::string& error);
 
   bool ok() const { return _error.empty(); }
@@ -27,7 +27,7 @@ class ObjectReader {
     wholeNumber(key, number, least, most);
     out = static_cast<Int>(number);
   }
-  /// To be called last: no member may be left over, since it would be a misspelt one.
+  /// Call it last: refuses members that were not read, since they are probably misspelt.
   void finish();
   void fail(const std::string& key, const Json::Value& found, const std::string& wanted);
 

@@ -29,7 +29,7 @@ void parseVersion(ObjectReader& in, Veltra::DatabaseVersion& version) {
     ok = part.isUInt() && part.asUInt() <= MOST_16;
     if (ok) *parts[i] = static_cast<uint16_t>(part.asUInt());
   }
-  if (!ok) in.fail("version", *v, "a list of four numbers from 0 to 65535: schema, content, object, build");
+  if (!ok) in.fail("version", *v, "a list of four numbers from 0 to 65535 (schema, content, object, build)");
 }
 
 void parseDatabase(const Json::Value& json, const std::string& path, DatabaseDescriptor& database, std::string& error) {

@@ -19,7 +19,7 @@
 namespace Inspect {
 namespace {
 
-constexpr uint64_t MAX_PAYLOAD = std::numeric_limits<int32_t>::max();  // what every reader can still address
+constexpr uint64_t MAX_PAYLOAD = std::numeric_limits<int32_t>::max();  // the most that every reader can address
 
 template <class E>
 bool enumFromText(const std::string& text, E& out) {
@@ -51,12 +51,12 @@ void timeStamp(ObjectReader& in, const char* key, long& out) {
   out = static_cast<long>(time);
 }
 
-std::string withoutBlanks(std::string text) {
+std::string withoutSpaces(std::string text) {
   text.erase(std::remove(text.begin(), text.end(), ' '), text.end());
   return text;
 }
 
-/// A measurement as text, or as the object the commands print, whose text counts.
+/// A measurement as text, or as the object the commands print, of which the text is used.
 void measurement(ObjectReader& in, const char* key, Veltra::DisplayMeas& out) {
   const Json::Value* v = in.take(key);
   if (v == nullptr) return;
@@ -64,9 +64,9 @@ void measurement(ObjectReader& in, const char* key, Veltra::DisplayMeas& out) {
   if (found.isObject() && found.isMember("text")) v = &found["text"];
   const std::string text = v->isString() ? v->asString() : "";
   Veltra::DisplayMeas read;
-  // What does not print back as it was written is no measurement, or one the record cannot hold exactly.
+  // A text that is printed differently is not a measurement, or one that the record cannot hold exactly.
   const bool ok = v->isString() && read.fromString(text) && read.value.hasPrintableScale() &&
-                  (text.empty() || withoutBlanks(read.toString()) == withoutBlanks(text));
+                  (text.empty() || withoutSpaces(read.toString()) == withoutSpaces(text));
   if (!ok) {
     return in.fail(key, found, "a measurement of up to 4 decimals such as \"45.2\", \"> 12.50\", \"N/A\" or \"---\"");
   }
@@ -90,7 +90,7 @@ void testFlags(ObjectReader& in, const char* key, unsigned& out) {
 }
 
 void count(ObjectReader& in, const char* key, int& out) {
-  // One signed byte in the file: a larger count would come back as another number.
+  // One signed byte in the file: a larger count would be read back as another number.
   in.integer(key, out, std::numeric_limits<int8_t>::min(), std::numeric_limits<int8_t>::max());
 }
 

@@ -18,27 +18,27 @@ struct DescribedSection {
   std::string payload;  ///< path of the file with its bytes
 };
 
-/// A result file as a person writes it down: docs/veltra-pack.md.
+/// A result file as described in JSON by a person: docs/veltra-pack.md.
 struct ResultDescription {
   Veltra::ResultSummary summary;
   std::vector<DescribedSection> sections;
 };
 
 /// Reads a description from JSON text.
-/// @param payloads  directory that payload paths count from
-/// @return false, with `error` naming the key, what was found and what is wanted
+/// @param payloads  directory that payload paths are relative to
+/// @return false, with `error` naming the key, what was expected and what was found
 [[nodiscard]] bool parseDescription(const std::string& text, const std::string& payloads,
                                     ResultDescription& description, std::string& error);
 
-/// What packing a description gave.
+/// The result of packing a description.
 struct PackedFile {
   uint64_t bytes = 0;
   int sections = 0;  ///< file header and summary included
 };
 
-/// Writes a result file beside `path` and renames it into place.
+/// Writes a result file next to `path` and renames it into place.
 /// @param level  zlib level 0 to 9 for the sections that are to be compressed
-/// @return false, with `error` filled; the file at `path` is then as it was
+/// @return false, with `error` filled; the file at `path` is then unchanged
 [[nodiscard]] bool packResult(ResultDescription& description, const std::string& path, int level, PackedFile& packed,
                               std::string& error);
 

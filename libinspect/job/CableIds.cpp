@@ -20,22 +20,26 @@ bool isLetter(CharacterKind kind) {
   return kind == CharacterKind::LOWER || kind == CharacterKind::UPPER;
 }
 
-/// What the first position that does not fit has against it; empty when all fit.
+/// The rule that the first unsuitable position breaks; empty when all fit.
 std::string positionRefusal(const std::string& first, const std::string& last) {
   for (std::size_t i = 0; i < first.size(); ++i) {
     const CharacterKind kind = kindOf(first[i]);
     const CharacterKind lastKind = kindOf(last[i]);
     const std::string where = fmt::format("position {}: '{}' and '{}'", i + 1, first[i], last[i]);
     if (kind != lastKind) {
-      return where + (isLetter(kind) && isLetter(lastKind) ? " differ in letter case" : " are of different kinds");
+      return where + (isLetter(kind) && isLetter(lastKind)
+                          ? " differ in letter case"
+                          : " must be both letters, both digits or the same character");
     }
     if (kind == CharacterKind::LITERAL && first[i] != last[i])
-      return where + " are no letters or digits and must be the same";
-    if (isLetter(kind) && last[i] < first[i]) return where + " fall";
+      return where + " must be the same, since only letters and digits may vary";
+    if (isLetter(kind) && last[i] < first[i]) {
+      return fmt::format("position {}: '{}' comes after '{}'", i + 1, first[i], last[i]);
+    }
     if (kind == CharacterKind::DIGIT && (i + 1 == first.size() || kindOf(first[i + 1]) != CharacterKind::DIGIT)) {
-      const std::size_t begin = first.find_last_not_of("0123456789", i) + 1;  // 0 when nothing stands before the field
+      const std::size_t begin = first.find_last_not_of("0123456789", i) + 1;  // 0 when the field is at the beginning
       const std::string from = first.substr(begin, i + 1 - begin), to = last.substr(begin, i + 1 - begin);
-      if (to < from) return fmt::format("position {}: {} and {} fall", begin + 1, from, to);
+      if (to < from) return fmt::format("position {}: {} comes after {}", begin + 1, from, to);
     }
   }
   return {};
@@ -48,7 +52,7 @@ std::string refusalOf(const std::string& first, const std::string& last) {
     return fmt::format("the lengths differ: {} and {} bytes", first.size(), last.size());
   }
   if (std::string refusal = positionRefusal(first, last); !refusal.empty()) return refusal;
-  return first == last ? "a set of a single ID" : fmt::format("more than {} IDs", MAX_CABLE_IDS);
+  return first == last ? "a set needs at least two IDs" : fmt::format("more than {} IDs", MAX_CABLE_IDS);
 }
 
 }  // namespace
@@ -59,10 +63,10 @@ bool CableIdSet::build(const std::string& first, const std::string& last, std::s
   return false;
 }
 
-std::vector<std::string> CableIdSet::ids(uint32_t from, uint32_t wanted) const {
+std::vector<std::string> CableIdSet::ids(uint32_t from, uint32_t most) const {
   std::vector<std::string> ids;
   CIDNumber number(_number);
-  for (uint32_t ordinal = from; ids.size() < wanted && number.setOrdinal(ordinal); ++ordinal) {
+  for (uint32_t ordinal = from; ids.size() < most && number.setOrdinal(ordinal); ++ordinal) {
     ids.push_back(_pattern.toString(number));
   }
   return ids;
@@ -75,7 +79,7 @@ std::optional<uint32_t> CableIdSet::ordinalOf(const std::string& id) const {
 }
 
 std::vector<std::string> nextFreeIds(const std::string& first, const std::string& last,
-                                     const std::vector<std::string>& used, uint32_t wanted,
+                                     const std::vector<std::string>& used, uint32_t most,
                                      std::vector<std::string>& foreign) {
   CableIDSeq sequence;
   std::vector<std::string> ids;
@@ -83,7 +87,7 @@ std::vector<std::string> nextFreeIds(const std::string& first, const std::string
   for (const std::string& id : used) {
     if (!sequence.pruneID(id)) foreign.push_back(id);
   }
-  while (ids.size() < wanted && sequence.getUsed() < sequence.getTotal()) ids.push_back(sequence.takeNextID());
+  while (ids.size() < most && sequence.getUsed() < sequence.getTotal()) ids.push_back(sequence.takeNextID());
   return ids;
 }
 

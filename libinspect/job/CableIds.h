@@ -16,8 +16,8 @@ class CableIdSet {
   [[nodiscard]] bool build(const std::string& first, const std::string& last, std::string& refusal);
 
   uint32_t count() const { return _number.getTotal(); }
-  /// The IDs from an ordinal on, fewer than wanted where the set ends.
-  std::vector<std::string> ids(uint32_t from, uint32_t wanted) const;
+  /// Up to `most` IDs from an ordinal on; fewer at the end of the set.
+  std::vector<std::string> ids(uint32_t from, uint32_t most) const;
   std::optional<uint32_t> ordinalOf(const std::string& id) const;
 
  private:
@@ -25,11 +25,11 @@ class CableIdSet {
   CIDNumber _number;
 };
 
-/// The next free IDs after those used, in the order of handing out.
+/// Up to `most` free IDs after those used, in the order they are to be used.
 /// @param used     IDs taken so far, in the order they were taken
-/// @param foreign  receives the used IDs that are not of the set, or stand twice
+/// @param foreign  receives the used IDs that are not in the set, or were listed before
 std::vector<std::string> nextFreeIds(const std::string& first, const std::string& last,
-                                     const std::vector<std::string>& used, uint32_t wanted,
+                                     const std::vector<std::string>& used, uint32_t most,
                                      std::vector<std::string>& foreign);
 
 }  // namespace Inspect

@@ -26,8 +26,8 @@ void addFilesBelow(const std::string& directory, std::vector<std::string>& files
 }
 
 unsigned threadsFor(const ReadingOptions& options, std::size_t files) {
-  const unsigned wanted = options.threads > 0 ? options.threads : std::max(1u, std::thread::hardware_concurrency());
-  return static_cast<unsigned>(std::min<std::size_t>(wanted, std::max<std::size_t>(files, 1)));
+  const unsigned threads = options.threads > 0 ? options.threads : std::max(1u, std::thread::hardware_concurrency());
+  return static_cast<unsigned>(std::min<std::size_t>(threads, std::max<std::size_t>(files, 1)));
 }
 
 ReadOutcome readOne(const std::string& file, ByteSource& source, const std::function<void()>& read) {
@@ -58,7 +58,7 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool rec
     } else if (recursive) {
       addFilesBelow(path, files, faults);
     } else {
-      faults.push_back(path + ": is a directory; -r looks into it");
+      faults.push_back(path + ": is a directory; use -r to look into it");
     }
   }
   return files;
@@ -84,7 +84,7 @@ std::vector<ReadOutcome> readBatch(const std::vector<std::string>& files, std::s
                                    const std::function<void(std::size_t file, const ByteSource&)>& read) {
   std::vector<ReadOutcome> outcomes(end - begin);
   const unsigned threads = threadsFor(options, files.size());
-  const auto work = [&](unsigned first) {  // each thread takes every threads-th file
+  const auto work = [&](unsigned first) {  // each thread takes one file in `threads`
     ByteSource source;
     uint64_t done = 0;
     source.setLimit(options.maxSize);
@@ -95,7 +95,7 @@ std::vector<ReadOutcome> readBatch(const std::vector<std::string>& files, std::s
     for (std::size_t i = first; i < outcomes.size(); i += threads) {
       done = 0;
       outcomes[i] = readOne(files[begin + i], source, [&] { read(begin + i, source); });
-      // What need not be read is done, too.
+      // Bytes that need not be read count as done.
       if (options.onRead && source.size() > done) options.onRead(source.size() - done);
     }
   };

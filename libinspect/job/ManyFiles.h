@@ -12,32 +12,32 @@
 
 namespace Inspect {
 
-/// How many files are read.
+/// How to read many files.
 struct ReadingOptions {
   bool recursive = false;                          ///< look into directories
-  unsigned threads = 0;                            ///< 0 is one a core
-  uint64_t maxSize = 0;                            ///< larger files are left out; 0 is no limit
-  std::function<void(uint64_t expected)> onBegin;  ///< told the bytes of all files; may be empty, like the next two
-  std::function<void(uint64_t bytes)> onRead;      ///< told what was read since; from any thread
-  std::function<void()> onTelling;                 ///< called before files are told
+  unsigned threads = 0;                            ///< 0: one per core
+  uint64_t maxSize = 0;                            ///< larger files are skipped; 0: no limit
+  std::function<void(uint64_t expected)> onBegin;  ///< receives the bytes of all files; may be empty, like the next two
+  std::function<void(uint64_t bytes)> onRead;      ///< receives the bytes read since the last call; from any thread
+  std::function<void()> onTelling;                 ///< called before files are reported
 };
 
-/// How reading one file went.
+/// Outcome of reading one file.
 struct ReadOutcome {
   enum State { WAS_READ, LEFT_OUT, COULD_NOT };
   State state = WAS_READ;
-  std::string error;  ///< why not; of a file that was left out, too
+  std::string error;  ///< why not; also for a skipped file
 };
 
-/// The files meant by paths, in the order of the paths: below a directory every regular file, in order of name.
-/// @param faults  receives a line for each path that cannot be looked into
+/// The files of paths, in the order of the paths: for a directory every regular file below it, in order of name.
+/// @param faults  receives a line for each path that cannot be examined
 std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool recursive,
                                  std::vector<std::string>& faults);
 
-/// How many bytes files have, as far as that can be known.
+/// How many bytes files have, as far as known.
 uint64_t bytesOf(const std::vector<std::string>& files);
 
-/// How many files are read before they are told.
+/// How many files are read before they are reported.
 std::size_t batchSize(const ReadingOptions& options, std::size_t files);
 
 /// Opens files[begin] to files[end - 1] on several threads.
@@ -46,9 +46,9 @@ std::vector<ReadOutcome> readBatch(const std::vector<std::string>& files, std::s
                                    const ReadingOptions& options,
                                    const std::function<void(std::size_t file, const ByteSource&)>& read);
 
-/// Asks about each file, on several threads, and tells the answers in the order of the files. Nothing is held of a file
-/// once it was told.
-/// @param ask   called from any thread; its answer is told even if the file could not be read to its end
+/// Calls `ask` for each file, on several threads, and `tell` with the answers in the order of the files. Nothing of a
+/// file is kept after that.
+/// @param ask   called from any thread; its answer is reported even if the file could not be read to its end
 /// @param tell  called from this thread; no answer where the file could not be opened, or memory ran out
 template <class Answer>
 void askEach(const std::vector<std::string>& files, const ReadingOptions& options,

@@ -11,7 +11,7 @@ bool isDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-/// The run of digits at `at` without its leading zeros; `at` goes behind it.
+/// The run of digits at `at` without its leading zeros; `at` moves to its end.
 std::string numberAt(const std::string& text, std::size_t& at) {
   const std::size_t end = std::min(text.find_first_not_of("0123456789", at), text.size());
   const std::size_t begin = std::min(text.find_first_not_of('0', at), end);
@@ -100,7 +100,7 @@ Coverage coverageOf(const std::vector<ResultRow>& rows, const CableIdSet& expect
 
 bool parseExpected(const std::string& text, CableIdSet& set, std::string& error) {
   const std::size_t dots = text.find("..");
-  std::string refusal = "FIRST..LAST is wanted";
+  std::string refusal = "expected FIRST..LAST";
   if (dots != std::string::npos && set.build(text.substr(0, dots), text.substr(dots + 2), refusal)) return true;
   error = fmt::format("{}: {}", text, refusal);
   return false;

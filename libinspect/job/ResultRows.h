@@ -10,13 +10,13 @@
 
 namespace Inspect {
 
-/// One result file in a table of many: what is kept of it once it was read.
+/// One result file in a table of many: what is kept of it after reading.
 struct ResultRow {
   std::string file;
   Veltra::ResultSummary summary;
 };
 
-/// True when `a` comes before `b` where runs of digits count as numbers: A2 before A10.
+/// True when `a` comes before `b` with runs of digits compared as numbers: A2 before A10.
 bool comesBefore(const std::string& a, const std::string& b);
 
 /// Puts rows in the numeric order of their IDs; equal IDs by time, then by file.
@@ -24,15 +24,15 @@ void sortRows(std::vector<ResultRow>& rows);
 
 /// The row as an object: file, id, type, status, length and headroom as measurementJson(), time, counts.
 Json::Value toJson(const ResultRow& row);
-/// The columns of that object in order, where a measurement is a number and a relation.
+/// The columns of that object in order, with a measurement as a number and a relation.
 const std::vector<std::string>& rowColumns();
 
 /// Which IDs of a job were tested.
 struct Coverage {
   std::vector<std::string> missing;  ///< expected, without a result
   std::vector<std::string> twice;    ///< expected, with more than one result
-  std::vector<std::string> foreign;  ///< results whose ID is not of the set
-  std::vector<int> results;          ///< of each ID of the set, in their order
+  std::vector<std::string> foreign;  ///< IDs of results that are not in the set
+  std::vector<int> results;          ///< number of results for each ID of the set, in order
 };
 Coverage coverageOf(const std::vector<ResultRow>& rows, const CableIdSet& expected);
 

@@ -8,7 +8,7 @@
 
 namespace Inspect {
 
-/// What a file is, told from its first section.
+/// What a file is, judged by its first section.
 struct FileSummary {
   ContainerReport report;
   std::string kind;         ///< "result file", "limit database package", "container", "not a container", ...
@@ -16,7 +16,7 @@ struct FileSummary {
   Veltra::ResultSummary summary;
 };
 
-/// Walks a file, headers and CRCs, and reads its summary. A summary that cannot be read is a finding of the report.
+/// Checks the headers and CRCs of a file and reads its summary. An unreadable summary is a finding of the report.
 FileSummary summarize(const ByteSource& source);
 
 /// The JSON form: file, kind, sizes, sections, findings and the summary's members.

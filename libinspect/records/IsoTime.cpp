@@ -29,7 +29,7 @@ bool fromIsoUtc(const std::string& text, time_t& time) {
   parts.tm_year -= 1900;
   parts.tm_mon -= 1;
   const time_t read = timegm(&parts);
-  // timegm() takes the 31st of April for the 1st of May: what does not print back was no date.
+  // timegm() takes the 31st of April for the 1st of May: a date that is printed differently was not a date.
   if (isoUtc(read) != text) return false;
   time = read;
   return true;

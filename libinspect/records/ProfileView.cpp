@@ -16,9 +16,9 @@ constexpr char WANTED_ADDRESS[] = "an IPv4 address an interface can have, such a
 constexpr char WANTED_MASK[] = "an IPv4 mask of ones followed by zeros, such as 255.255.255.0";
 constexpr char WANTED_FLAG[] = "yes or no";
 constexpr char WANTED_TEXT[] = "a text of at most 65535 bytes";
-constexpr char WANTED_DNS[] = "an IPv4 address; servers are set in order, 3 at most";
+constexpr char WANTED_DNS[] = "an IPv4 address (servers are set in order, at most 3)";
 constexpr char WANTED_KEY[] =
-    "5 characters or 10 hexadecimal digits, for WEP-128 13 or 26; an empty line removes the key";
+    "5 characters or 10 hexadecimal digits, 13 or 26 for WEP-128 (an empty line removes the key)";
 
 Json::Value textOrNull(const std::string& text) {
   return text.empty() ? Json::Value() : Json::Value(text);
@@ -141,8 +141,8 @@ Json::Value recentJson(const NetworkProfile& profile) {
   return recent;
 }
 
-// The names members are stored under, for the checks that no getter answers. No name stands both in the document and in
-// its security object, so one list serves the two.
+// The names members are stored under, for the checks that no getter answers. No name occurs both in the document and in
+// its security object, so one list serves both.
 struct StoredKind {
   const char* kind;
   bool (Json::Value::*is)() const;
@@ -175,7 +175,7 @@ const ListedName LISTED_NAMES[] = {
     {"EAP", Eap::desc, std::size(Eap::desc)},
 };
 
-/// Goes through a stored document, the whole profile or one of its recent networks.
+/// Checks a stored document: the whole profile or one of its recent networks.
 class ProfileDocumentCheck {
  public:
   ProfileDocumentCheck(std::string place, std::vector<std::string>& found) : _place(std::move(place)), _found(found) {}
@@ -213,7 +213,7 @@ class ProfileDocumentCheck {
   void checkName(const ListedName& listed, const Json::Value& name) {
     const bool known = !name.isString() || std::any_of(listed.names, listed.names + listed.count,
                                                        [&](const char* n) { return name.asString() == n; });
-    if (!known) add(listed.member, "is none of the known names");
+    if (!known) add(listed.member, "is not a known name");
   }
 
   /// A text form that this library cannot read reads as empty. The shortest text form holds the empty secret.
@@ -240,7 +240,7 @@ void checkValues(const NetworkProfile& profile, std::vector<std::string>& found)
     const bool bad = setting.wanted == WANTED_MASK ? NetworkProfile::invalidMask(value.asString())
                                                    : NetworkProfile::invalidIPv4(value.asString());
     if (bad)
-      found.push_back(fmt::format("{}: found \"{}\", wanted {}", setting.name, value.asString(), setting.wanted));
+      found.push_back(fmt::format("{}: expected {}, found \"{}\"", setting.name, setting.wanted, value.asString()));
   }
   if (profile.getUsbWifiSecurity() != UsbWifiSecurity::WEP) return;
   if (profile.getWirelessKey(profile.getActiveKey()).empty()) found.emplace_back("active-key: that WEP key is not set");

@@ -9,7 +9,7 @@
 
 namespace Inspect {
 
-/// One setting of the network profile, as the command names it. One table serves showing, changing and checking.
+/// One setting of the network profile, as the command names it. One table serves show, set and check.
 struct ProfileSetting {
   const char* name;
   bool secret;
@@ -26,7 +26,7 @@ const ProfileSetting* findProfileSetting(const std::string& name);
 Json::Value profileJson(const NetworkProfile& profile, bool reveal);
 
 /// What is wrong with a stored profile: values its own setters would refuse, and, in its recent networks too, members
-/// of the wrong kind, names outside their lists and secrets that do not decrypt. One line each; no secret is in them.
+/// of the wrong kind, names outside their lists and secrets that do not decrypt. One line each, without secrets.
 std::vector<std::string> checkProfile(const NetworkProfile& profile);
 
 }  // namespace Inspect

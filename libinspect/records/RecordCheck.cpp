@@ -5,7 +5,7 @@
 namespace Inspect {
 namespace {
 
-/// A hundred times what the records of a result take, and a fraction of a second of work: a small file can hold
+/// A hundred times the size of the records of a result, and a fraction of a second of work: a small file can contain
 /// gigabytes of them.
 constexpr uint64_t MOST_RECORD_BYTES = uint64_t{1} * 1024 * 1024;
 
@@ -30,10 +30,12 @@ DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section
     add(E09_RECORD, "a ResultSummary", record.name.empty() ? "no known record" : record.name);
   }
   if (record.outcome != DecodedRecord::DECODED) return record;
-  if (record.hasScaleWithoutText) add(E10_SCALE_WITHOUT_TEXT, "a scale from -1 to 4", "another");
-  if (record.hasNegativeCount) add(W04_NEGATIVE_COUNT, "counts of 0 to 127", "a negative one");
+  if (record.scaleWithoutText) {
+    add(E10_SCALE_WITHOUT_TEXT, "a scale from -1 to 4", std::to_string(*record.scaleWithoutText));
+  }
+  if (record.hasNegativeCount) add(W04_NEGATIVE_COUNT, "counts of 0 to 127", "a negative count");
   if (record.used < bytes.size()) {
-    add(W03_BYTES_BEHIND_END, fmt::format("{} bytes of {}", record.used, record.name),
+    add(W03_BYTES_AFTER_END, fmt::format("{} bytes of {}", record.used, record.name),
         fmt::format("{} bytes", bytes.size()));
   }
   return record;

@@ -5,13 +5,12 @@
 
 namespace Inspect {
 
-/// An ordinary examination that also inflates every compressed section and decodes every known record, until there was
-/// 1 MiB of them.
+/// An ordinary examination that also inflates every compressed section and decodes known records, up to 1 MiB of them.
 ContainerReport examineDeep(const ByteSource& source);
 
 /// Loads an intact section and decodes its record.
 /// @param bytes     receives the payload, uncompressed
-/// @param findings  what is wrong with either is added
+/// @param findings  receives what is wrong with either
 DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section, std::vector<uint8_t>& bytes,
                             Findings& findings);
 

@@ -19,7 +19,7 @@ using Veltra::FolderMetadataList;
 using Veltra::ResultSummary;
 using Veltra::ResultSummaryList;
 
-// The JSON of each record. Those that are not named here show their own.
+// The JSON of each record. Records without an overload here use their own.
 
 Json::Value jsonOf(const Dump::IJsonable& record) {
   return record.toJson(Dump::DumpFlags());
@@ -66,15 +66,18 @@ Json::Value jsonOf(const FibDbus::OtdrSpan& span) {
   return json;
 }
 
-// What is odd about a record, and no reason to refuse it.
+// What is odd about a record, but not a reason to refuse it.
 
 template <class Record>
 void noteOddities(const Record&, DecodedRecord&) {}
 
+void noteScale(const Veltra::ScaledInt& value, DecodedRecord& record) {
+  if (!value.hasPrintableScale() && !record.scaleWithoutText) record.scaleWithoutText = value.getScaledTo();
+}
+
 void noteOddities(const ResultSummary& summary, DecodedRecord& record) {
-  if (!summary.length.value.hasPrintableScale() || !summary.headroom.value.hasPrintableScale()) {
-    record.hasScaleWithoutText = true;
-  }
+  noteScale(summary.length.value, record);
+  noteScale(summary.headroom.value, record);
   if (summary.numPassTests < 0 || summary.numPassStarTests < 0 || summary.numFailTests < 0) {
     record.hasNegativeCount = true;
   }
@@ -85,7 +88,8 @@ void noteOddities(const ResultSummaryList& list, DecodedRecord& record) {
 }
 
 void noteOddities(const FibDbus::OtdrSpan& span, DecodedRecord& record) {
-  record.hasScaleWithoutText = !span.spanStart.hasPrintableScale() || !span.spanEnd.hasPrintableScale();
+  noteScale(span.spanStart, record);
+  noteScale(span.spanEnd, record);
 }
 
 template <class Record>

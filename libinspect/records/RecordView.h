@@ -19,7 +19,7 @@ namespace Inspect {
 /// A summary as the commands show it: its full JSON with times as ISO 8601 and measurements as objects.
 Json::Value summaryJson(const Veltra::ResultSummary& summary);
 
-/// What decoding a payload gave.
+/// The result of decoding a payload.
 struct DecodedRecord {
   enum Outcome {
     NO_RECORD,  ///< no known record begins here
@@ -27,30 +27,30 @@ struct DecodedRecord {
     DAMAGED,  ///< a known record, which did not decode
   };
   Outcome outcome = NO_RECORD;
-  uint32_t id = 0;    ///< combined serial type id
-  std::string name;   ///< of its class
-  int status = 0;     ///< code of deserialize()
-  uint32_t used = 0;  ///< bytes the record took
-  bool hasScaleWithoutText = false;
+  uint32_t id = 0;                      ///< combined serial type id
+  std::string name;                     ///< of its class
+  int status = 0;                       ///< code of deserialize()
+  uint32_t used = 0;                    ///< bytes the record took
+  std::optional<int> scaleWithoutText;  ///< the first one found
   bool hasNegativeCount = false;
 
-  /// The record itself; null unless one of this class was decoded.
+  /// The record itself; null unless a record of this class was decoded.
   template <class Record>
   const Record* as() const {
     return id == Record::SERIAL_TYPE_ID ? static_cast<const Record*>(value.get()) : nullptr;
   }
-  /// Its JSON, which takes many times the bytes of the record; null where none was decoded, or one that has no texts.
+  /// Its JSON, many times the size of the record; null if none was decoded, or one that cannot be shown as text.
   Json::Value toJson() const { return value != nullptr ? valueJson(value.get()) : Json::Value(); }
 
   std::shared_ptr<const void> value;  ///< of the class that `id` names
   Json::Value (*valueJson)(const void* value) = nullptr;
 };
 
-/// Decodes the headed record that bytes begin with, told by its serial type id. Never stops the program.
+/// Decodes the headed record at the beginning of bytes, chosen by its serial type id. Never stops the program.
 /// @param trace  null, or receives every field that was read
 DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<TracedField>* trace = nullptr);
 
-/// The fields of the record that bytes begin with, a measurement as its text; none where no known record decodes.
+/// The fields of the record at the beginning of bytes, measurements as text; empty if no known record decodes.
 std::optional<Json::Value> recordFields(const std::vector<uint8_t>& bytes);
 
 /// The records that are decoded: combined id and class name.

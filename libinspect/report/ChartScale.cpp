@@ -9,7 +9,7 @@
 namespace Inspect {
 namespace {
 
-constexpr double EPSILON = 1e-9;  ///< of a step: decimals such as 0.3 are no multiple of 0.1 in binary
+constexpr double EPSILON = 1e-9;  ///< of a step: decimals such as 0.3 are not multiples of 0.1 in binary
 
 double floorTo(double value, double step) {
   return std::floor(value / step + EPSILON) * step;
@@ -40,8 +40,8 @@ std::string Axis::text(double tickValue) const {
 }
 
 Axis axisFor(std::vector<double> values, bool withZero) {
-  constexpr double REACH = 4;         ///< how far the axis follows beyond the middle half, in spreads
-  constexpr double LEAST_SPREAD = 1;  ///< metres or decibels: nearer values are no outliers
+  constexpr double REACH = 4;         ///< how far the axis extends beyond the middle half, in spreads
+  constexpr double LEAST_SPREAD = 1;  ///< metres or decibels: nearer values are not outliers
   constexpr double TICKS = 6;
   Axis axis;
   if (values.empty()) return axis;

@@ -6,30 +6,30 @@
 
 namespace Inspect {
 
-/// An axis of a chart. Its ticks stand at multiples of 1, 2 or 5 times a power of ten.
+/// An axis of a chart. Its ticks are at multiples of 1, 2 or 5 times a power of ten.
 struct Axis {
   double low = 0;
   double high = 1;
   double tick = 1;
 
   std::vector<double> ticks() const;
-  /// The text of a tick, with the decimals that tell it from its neighbours.
+  /// The text of a tick, with enough decimals to differ from its neighbours.
   std::string text(double tickValue) const;
 };
 
 /// The smallest of 1, 2 or 5 times a power of ten that is not below a positive value.
 double roundedStep(double value);
 
-/// An axis on which the bulk of finite values can be told apart: single values far away from the others are left
-/// outside of it. Values that are all the same get room on both sides.
+/// An axis on which most finite values can be told apart: single values far from the others are outside
+/// it. Values that are all equal get room on both sides.
 /// @param values    in any order; none gives an axis from 0 to 1
-/// @param withZero  zero is on the axis wherever the values are
+/// @param withZero  the axis includes zero wherever the values are
 Axis axisFor(std::vector<double> values, bool withZero);
 
-/// An axis from 0 to at least a highest count, with whole numbers for ticks.
+/// An axis from 0 to at least the highest count, with whole numbers as ticks.
 Axis countAxis(std::size_t highest);
 
-/// Values counted in bins of one width. Bins begin at multiples of that width: zero is never within one.
+/// Values counted in bins of one width. Bins begin at multiples of that width: zero is never inside one.
 struct Histogram {
   Axis axis;         ///< ends where bins end
   double width = 1;  ///< of a bin

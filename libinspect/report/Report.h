@@ -15,7 +15,7 @@ namespace Inspect {
 struct ReportRow {
   const ResultRow* result;
   std::size_t severity;  ///< of its verdict, see verdictLook()
-  bool isDamaged;        ///< the file is damaged behind its summary
+  bool isDamaged;        ///< the file is damaged after its summary
 };
 
 /// The results of one medium.
@@ -24,7 +24,7 @@ struct MediumReport {
   std::vector<ReportRow> rows;  ///< the worst verdict first, then the least headroom, then by ID
 };
 
-/// An ID of the job and what was found of it.
+/// An ID of the job and the results it has.
 struct ExpectedId {
   std::string id;
   int results = 0;

@@ -12,13 +12,13 @@
 namespace Inspect {
 namespace {
 
-// Units of the drawing, in which text has 12.
+// Units of the drawing; text has a size of 12.
 constexpr double WIDTH = 440, HEIGHT = 250;
 constexpr double LEFT = 52, RIGHT = 426, TOP = 30, BOTTOM = 206;
 constexpr double OUTSIDE_WIDTH = 30, OUTSIDE_GAP = 8;  ///< of the bars for values outside the axis
 constexpr double CHARACTER = 6.8;                      ///< width of a digit
 
-/// An axis laid over the drawing.
+/// An axis placed on the drawing.
 struct Scale {
   Axis axis;
   double from, to;  ///< where its ends are drawn
@@ -36,7 +36,7 @@ std::string text(const char* style, double x, double y, const std::string& words
 }
 
 std::string bar(const char* style, double left, double right, double top, const std::string& title) {
-  constexpr double LEAST = 1.5;  ///< one among thousands is still seen
+  constexpr double LEAST = 1.5;  ///< one among thousands is still visible
   return fmt::format(
       "<rect class=\"{}\" x=\"{:.1f}\" y=\"{:.1f}\" width=\"{:.1f}\" height=\"{:.1f}\"><title>{}</title></rect>", style,
       left, std::min(top, BOTTOM - LEAST), right - left, std::max(BOTTOM - top, LEAST), htmlText(title));
@@ -46,7 +46,7 @@ std::string nameText(const AxisName& name) {
   return *name.unit == '\0' ? name.quantity : fmt::format("{} ({})", name.quantity, name.unit);
 }
 
-/// Ticks below, as many as have room beside each other.
+/// Ticks below, as many as fit next to each other.
 std::string bottomAxis(const Scale& x, const AxisName& name) {
   constexpr double WORD_WIDTH = OUTSIDE_WIDTH + 6;  // below a bar for values outside
   std::string svg = line("axis", LEFT, BOTTOM, RIGHT, BOTTOM);
@@ -93,7 +93,7 @@ bool hasZero(const Axis& axis) {
   return axis.low <= 0 && 0 <= axis.high;
 }
 
-/// An upright line at zero and a word beside its upper end.
+/// A vertical line at zero and a label next to its upper end.
 std::string zeroLine(const Scale& x, const AxisName& name) {
   const double at = x.at(0);
   const bool isFarRight = at > RIGHT - 40;

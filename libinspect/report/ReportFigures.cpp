@@ -19,7 +19,7 @@ bool isBound(const DisplayMeas& measurement) {
   return measurement.type == Veltra::DISPLAY_TYPE_GREATER_THAN || measurement.type == Veltra::DISPLAY_TYPE_LESS_THAN;
 }
 
-/// What stands below a chart.
+/// The figures for the note below a chart.
 struct Tally {
   std::size_t shown = 0;
   std::size_t bounds = 0;  ///< of those shown

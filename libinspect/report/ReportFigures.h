@@ -10,8 +10,8 @@ namespace Inspect {
 /// A chart of the page with the words around it.
 struct Figure {
   std::string caption;
-  std::string chart;                ///< SVG; empty where no result has what it shows
-  std::string note;                 ///< what is not in the chart, and what is only a bound
+  std::string chart;                ///< SVG; empty if no result has what it shows
+  std::string note;                 ///< what the chart does not show, and which values are only bounds
   std::vector<std::size_t> legend;  ///< the verdicts that have marks in it, the worst first
 };
 

@@ -16,7 +16,7 @@ namespace {
 using Data = kainjow::mustache::data;
 using Members = std::initializer_list<std::pair<const char*, std::string>>;
 
-/// An object of texts; an empty text is no member, so that its section is left out.
+/// An object of texts; an empty text is omitted, so that its section is left out.
 Data object(Members members) {
   Data data;
   for (const auto& [name, text] : members) {
@@ -25,8 +25,8 @@ Data object(Members members) {
   return data;
 }
 
-/// A section for each item. Items become data one at a time, when the page has come to them: of a long list no more
-/// than the page's own text is held.
+/// A section for each item. Items become data one at a time, when the page reaches them: of a long list only
+/// the text of the page is held in memory.
 template <class Items, class DataOf>
 Data eachOf(const Items& items, DataOf dataOf) {
   return Data(kainjow::mustache::lambda2(
@@ -59,7 +59,7 @@ std::size_t damagedFiles(const JobFiles& job) {
       std::count_if(job.notes.begin(), job.notes.end(), [](const FileNote& note) { return note.isDamaged; }));
 }
 
-/// The verdict on all of it. Results that could not be read are never passed over in silence.
+/// The verdict on the whole job. Results that could not be read are always mentioned.
 std::string leadOf(const JobFiles& job, const Report& report) {
   const std::size_t all = report.results;
   const std::size_t fails = countOf(report.verdicts, isFail), passes = countOf(report.verdicts, isPass);
@@ -93,14 +93,14 @@ std::string factsOf(const Report& report) {
                                : fmt::format("Tested from {} to {} (UTC).", first, last));
 }
 
-/// What whoever reads the page must know before anything else of it.
+/// What a reader of the page must know first.
 std::vector<std::string> alertsOf(const JobFiles& job, const Report& report) {
   std::vector<std::string> alerts;
   const std::size_t damaged = damagedFiles(job);
   if (!job.unread.empty()) alerts.push_back(counted(job.unread.size(), "file", "files") + " could not be read.");
   if (damaged > 0) {
     alerts.push_back(counted(damaged, "file is", "files are") +
-                     " damaged. Where the summary of one could still be read, its result is shown and marked.");
+                     " damaged. If the summary could still be read, the result is shown and marked.");
   }
   const std::size_t missing = report.coverage.missing.size(), foreign = report.coverage.foreign.size();
   if (missing > 0) {

@@ -6,8 +6,8 @@
 
 namespace Inspect {
 
-/// A job as one HTML page that needs nothing but itself: no script, no address, no font. The same files give the same
-/// bytes. Memory follows the page.
+/// A job as one self-contained HTML page: no script, no link, no font. The same files give the same
+/// bytes. Memory use follows the size of the page.
 /// @param title  the page's headline
 std::string reportPage(const JobFiles& job, const std::string& title);
 

@@ -6,7 +6,7 @@
 
 namespace Inspect {
 
-/// How a page shows a verdict: by a word, a shape and a colour, so that no one of them is needed alone.
+/// How a page shows a verdict: by a word, a shape and a colour, each of which is enough alone.
 struct VerdictLook {
   Veltra::Status status;
   const char* word;
@@ -18,7 +18,7 @@ struct VerdictLook {
 
 constexpr std::size_t VERDICTS = 9;
 
-/// The verdicts from the worst, which is any value outside the vocabulary.
+/// The verdicts, worst first; the worst is any value outside the vocabulary.
 /// @param severity  0 to VERDICTS - 1
 const VerdictLook& verdictLook(std::size_t severity);
 /// The place of a verdict in that order.

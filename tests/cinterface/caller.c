@@ -15,7 +15,7 @@ static void check(int condition, const char* expression, int line) {
 
 typedef int (*DumpBuffer)(void const* handle, char* buffer, int length);
 
-/* Asks for the length, copies half of the text and all of it, and expects nothing to be written behind what was copied.
+/* Asks for the length, copies half of the text and all of it, and expects nothing to be written after what was copied.
  */
 static void checkDump(DumpBuffer dump, void const* handle, const char* part) {
   char text[2048];
@@ -53,7 +53,7 @@ static void* newManifest(void) {
   return manifest;
 }
 
-/* Type of the section behind the 24 bytes of the file header: its second word of 16 bits. */
+/* Type of the section after the 24 bytes of the file header: its second word of 16 bits. */
 static int sectionTypeOf(const char* path) {
   unsigned char bytes[28] = {0};
   FILE* file = fopen(path, "rb");

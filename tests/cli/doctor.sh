@@ -22,7 +22,7 @@ damaged e09-record && patch "$file" 50 77 && data_crc "$file" 24 52
 damaged e10-scale && patch "$file" 79 09 && data_crc "$file" 24 52
 damaged w01-newer && patch "$file" 101 0d && header_crc "$file" 96
 damaged w02-type && patch "$file" 98 7777 && header_crc "$file" 96
-damaged w03-behind && echo more >> "$file"
+damaged w03-after && echo more >> "$file"
 damaged w04-count && patch "$file" 95 80 && data_crc "$file" 24 52
 damaged w05-magic && patch "$file" 24 4747 && header_crc "$file" 24
 
@@ -30,8 +30,8 @@ t veltra doctor lot/whole.vres
 t veltra doctor -r lot --deep
 t veltra doctor -r lot --quick -f csv -j 1
 t veltra doctor lot/sub/w01-newer.vres
-t veltra doctor lot/sub/e04-data.vres lot/sub/w03-behind.vres -f jsonl
-t veltra doctor lot/sub/w03-behind.vres missing.vres lot -f json
+t veltra doctor lot/sub/e04-data.vres lot/sub/w03-after.vres -f jsonl
+t veltra doctor lot/sub/w03-after.vres missing.vres lot -f json
 # A compressed file header that cannot be uncompressed stops every reader.
 cp lot/whole.vres odd.vres && patch odd.vres 6 0001 && header_crc odd.vres 0
 t veltra doctor odd.vres

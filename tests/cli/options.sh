@@ -11,8 +11,8 @@ t veltra info --color sometimes lot/whole.vres
 always() { veltra "$@" --color always 2>&1 | visible; }
 t always summary -r lot
 echo "on a terminal:" && terminal "'$veltra' doctor lot/damaged.vres"
-echo "not wanted:" && terminal "NO_COLOR=1 '$veltra' doctor lot/damaged.vres"
-echo "not wanted either:" && terminal "'$veltra' doctor lot/damaged.vres --color never"
+echo "not asked for:" && terminal "NO_COLOR=1 '$veltra' doctor lot/damaged.vres"
+echo "not asked for either:" && terminal "'$veltra' doctor lot/damaged.vres --color never"
 
 truncate -s 2M lot/large
 t veltra doctor -r lot --max-size 1M

@@ -10,7 +10,7 @@ JSON
 for name in unclosed header-crc length-lies cut zeroed; do cp whole.vres "$name.vres"; done
 never_closed unclosed.vres
 patch header-crc.vres 30 ff
-# A length that lies, with a header CRC to match, must not hide the sections behind it.
+# A length that lies, with a header CRC to match, must not hide the sections after it.
 patch length-lies.vres 104 0000ffff && header_crc length-lies.vres 96
 truncate -s 400 cut.vres
 dd if=/dev/zero of=zeroed.vres bs=1 count=40 conv=notrunc status=none

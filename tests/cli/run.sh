@@ -32,7 +32,7 @@ crc() { tail -c +$(($2 + 1)) "$1" | head -c "$3" | gzip -c | tail -c 8 | od -An 
 header_crc() { patch "$1" $(($2 + 16)) "$(crc "$1" "$2" 16)"; }
 data_crc() { patch "$1" $(($2 + 12)) "$(crc "$1" $(($2 + 20)) "$3")" && header_crc "$1" "$2"; }
 
-# never_closed FILE: as a writer leaves it that never closed: total 20 behind a CRC over 0, as its header says.
+# never_closed FILE: as left by a writer that never closed it: total 20 after a CRC over 0, as its header says.
 never_closed() { patch "$1" 12 2144df1c && patch "$1" 16 58c7e4e3 && patch "$1" 20 14000000; }
 
 . "$script" > .printed 2>&1

@@ -154,7 +154,7 @@ TEST(CIDPattern, AcceptsNumbersNotMadeForIt) {
 TEST(CableIDSeq, SameTakenIDsAreEqualInWhateverOrderTheyWereTaken) {
   const CableIDSeq sequence = sequenceOf("A1", "A5", {"A1", "A5"});
   const CableIDSeq other = sequenceOf("A1", "A5", {"A5", "A1"});
-  EXPECT_NE(sequence.calcID("A4"), other.calcID("A4"));  // what lies behind the free IDs does differ
+  EXPECT_NE(sequence.calcID("A4"), other.calcID("A4"));  // the entries after the free IDs do differ
   EXPECT_TRUE(sequence == other);
   EXPECT_TRUE(sequence != sequenceOf("A1", "A5", {"A1", "A4"}));
   EXPECT_TRUE(sequence != sequenceOf("A1", "A5", {"A1"}));
@@ -192,7 +192,7 @@ struct Model {
   const Strings& ids;
   std::set<size_t> free;
   size_t next = 0;
-  std::string behindLast;  // what a look-up behind the last free ID finds
+  std::string afterLast;  // what a look-up after the last free ID finds
 
   explicit Model(const Strings& all) : ids(all) {
     for (size_t i = 0; i < ids.size(); ++i) free.insert(i);
@@ -203,7 +203,7 @@ struct Model {
   bool prune(const std::string& id) {
     const auto taken = free.find(indexOf(id));
     if (taken == free.end()) return false;
-    behindLast = ids[*free.rbegin()];
+    afterLast = ids[*free.rbegin()];
     const auto successor = free.erase(taken);
     if (!free.empty()) next = successor != free.end() ? *successor : *free.begin();
     return true;
@@ -216,7 +216,7 @@ struct Model {
   std::string calc(const std::string& id) const {
     if (free.count(indexOf(id)) == 0) return "";
     const auto successor = free.upper_bound(indexOf(id));
-    return successor != free.end() ? ids[*successor] : behindLast;
+    return successor != free.end() ? ids[*successor] : afterLast;
   }
   std::string at(int i) const {
     return i >= 0 && i < static_cast<int>(free.size()) ? ids[*std::next(free.begin(), i)] : "";

@@ -117,7 +117,7 @@ TEST(CredentialText, EveryRefusalSaysWhy) {
       {"offset 27", sealRaw(envelopeWith(32, 27, 0, 0)), "bad header data enoffset=27cypherlen=0p1=32\n"},
       {"length by one", sealRaw(envelopeWith(32, 5, 28, 0)), "bad header data enoffset=5cypherlen=28p1=32\n"},
       {"largest length", sealRaw(envelopeWith(32, 5, 255, 255)), "bad header data enoffset=5cypherlen=65535p1=32\n"},
-      {"offset behind the end", sealRaw(envelopeWith(20, 26, 0, 0)), "bad header data enoffset=26cypherlen=0p1=20\n"},
+      {"offset after the end", sealRaw(envelopeWith(20, 26, 0, 0)), "bad header data enoffset=26cypherlen=0p1=20\n"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.name);
@@ -127,7 +127,7 @@ TEST(CredentialText, EveryRefusalSaysWhy) {
     EXPECT_EQ(opened.debug, row.message);
   }
   EXPECT_EQ(ERR_peek_error(), 0U);  // nothing is left for the next reader of OpenSSL's queue
-  // The length is compared with the room behind the offset, check value included: kept for stored texts.
+  // The length is compared with the room after the offset, check value included: kept for stored texts.
   EXPECT_EQ(open(sealRaw(envelopeWith(32, 5, 27, 0))).payload.size(), 27U);
 }
 

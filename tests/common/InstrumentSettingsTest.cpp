@@ -132,7 +132,7 @@ TEST(SettingsFactory, RebuildsFromBytesOrSaysWhyNothingCameOut) {
   Bytes longer = good;
   longer.resize(good.size() + 9);
   const CodedBytes rows[] = {
-      {"bytes behind the record are left alone", longer, 0},
+      {"bytes after the record are left alone", longer, 0},
       {"another class is no error", withByte(good, 7, 3), 0},
       {"another system is no error", withByte(good, 5, 0x41), 0},
       {"no header", withByte(good, 0, 0), -2},

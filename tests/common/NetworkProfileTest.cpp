@@ -37,7 +37,7 @@ WifiProfile fullNetwork(uint32_t securityType) {
           "pass phrase", "user",       "password",       true,          "outer"};
 }
 
-// One behind the other.
+// One after the other.
 std::string recentNames(const NetworkProfile& profile) {
   std::string names;
   WifiProfile recent;

@@ -25,7 +25,7 @@ struct Memory {
   std::vector<std::unique_ptr<uint8_t[]>> copies;
   MemReader reader{onDebug, onWarning, onError};
   int open(const Bytes& image) {
-    copies.emplace_back(new uint8_t[image.size()]);  // so that the sanitizer sees a read behind it
+    copies.emplace_back(new uint8_t[image.size()]);  // so that the sanitizer sees a read past the end
     std::copy(image.begin(), image.end(), copies.back().get());
     return reader.open(copies.back().get(), static_cast<unsigned>(image.size()));
   }
@@ -162,7 +162,7 @@ TEST(MemReader, Transcript) {
   transcript.expectGolden("pfile_mem_reader");
 }
 
-// Nothing behind the bytes that are there is touched, however large the image is said to be. Nobody listens here.
+// Nothing after the existing bytes is touched, however large the image claims to be. No callbacks are set here.
 TEST(MemReader, PositionsBeyondTwoGigabytesAreRefused) {
   constexpr int MOST = 0x7FFFFFFF;
   const Bytes image = EMPTY_FILE + headerClaiming(300, 0x80000000);

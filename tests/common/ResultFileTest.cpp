@@ -75,13 +75,13 @@ TEST_F(ResultFileTest, StatusesOfBothForms) {
   };
   const Row rows[] = {
       {"a summary alone", good, {0, 0, 0, 0}},
-      {"another section behind it", with(1, 3), {0, 0, 0, 0}},
+      {"another section after it", with(1, 3), {0, 0, 0, 0}},
       {"another section first", imageOf({{300, 12, 0, {1}}, {200, 1, 0, summary}}), {4, 4, 4, 4}},
       {"no section", EMPTY_FILE, {4, 4, 4, 4}},
       {"no file header", Bytes(good.begin() + 24, good.end()), {4, 4, 4, 4}},
       {"summary section too new", with(2, 3), {2, 2, 0, 2}},
       {"plot section too new", with(1, 4), {0, 2, 0, 2}},
-      {"too new, and a damaged section behind it", withByte(with(2, 3), with(2, 3).size() - 1, 2), {2, 3, 0, 3}},
+      {"too new, and a damaged section after it", withByte(with(2, 3), with(2, 3).size() - 1, 2), {2, 3, 0, 3}},
       {"damaged summary section", withByte(good, 50, 0xff), {3, 3, 4, 3}},
       {"record too new", only(1, withByte(summary, 3, 2)), {2, 2, 2, 2}},
       {"another record", only(1, withByte(summary, 7, 2)), {3, 3, 3, 3}},
@@ -138,24 +138,24 @@ TEST_F(ResultFileTest, WritesRecordsIntoFilesAndMemory) {
 
 TEST_F(ResultFileTest, EveryFlippedBitIsNoticedAndEveryCutHasItsCode) {
   const Bytes good = imageOf({{200, 1, SECTION_FLAG_COMPRESS, sampleBytes()}, {301, 3, 0, {1, 2, 3, 4, 5}}});
-  const std::size_t behindSummary = good.size() - 25;
+  const std::size_t afterSummary = good.size() - 25;
   // The check names the place; of a cut the section that is not there.
   const auto expectPlace = [&](std::size_t at) {
-    const uint32_t section = at < 24 ? 0 : at < behindSummary ? 1 : 2;
+    const uint32_t section = at < 24 ? 0 : at < afterSummary ? 1 : 2;
     EXPECT_NE(checked.status, 0) << at;
     EXPECT_EQ(checked.section, section) << at;
-    EXPECT_EQ(checked.offset, section == 0 ? 0 : section == 1 ? 24 : behindSummary) << at;
+    EXPECT_EQ(checked.offset, section == 0 ? 0 : section == 1 ? 24 : afterSummary) << at;
   };
   for (std::size_t bit = 0; bit < 8 * good.size(); ++bit) {
     const Statuses statuses = statusesOf(withByte(good, bit / 8, good[bit / 8] ^ 1 << bit % 8));
     EXPECT_NE(statuses[1], 0) << "bit " << bit;
     expectPlace(bit / 8);
-    EXPECT_EQ(statuses[2] == 0, bit / 8 >= behindSummary) << "bit " << bit;
+    EXPECT_EQ(statuses[2] == 0, bit / 8 >= afterSummary) << "bit " << bit;
   }
   for (std::size_t n = 1; n < good.size(); ++n) {
     const Statuses statuses = statusesOf(Bytes(&good[0], &good[n]));
-    EXPECT_EQ(statuses[1] == 0, n >= behindSummary && n < behindSummary + 20) << "a cut header reads as the end: " << n;
-    EXPECT_EQ(statuses[2] == 0, n >= behindSummary) << n;
+    EXPECT_EQ(statuses[1] == 0, n >= afterSummary && n < afterSummary + 20) << "a cut header reads as the end: " << n;
+    EXPECT_EQ(statuses[2] == 0, n >= afterSummary) << n;
     expectPlace(n);
   }
 }

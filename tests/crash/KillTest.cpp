@@ -91,7 +91,7 @@ void expectSectionsRecovered(const std::string& path, const Bytes& whole) {
   EXPECT_TRUE(isClean(recovered));
   const Bytes saved = fileBytes(recovered);
   ASSERT_EQ(saved.size(), static_cast<std::size_t>(ends[static_cast<std::size_t>(kept) - 1]));
-  EXPECT_TRUE(std::equal(saved.begin() + 24, saved.end(), whole.begin() + 24)) << "behind the file header";
+  EXPECT_TRUE(std::equal(saved.begin() + 24, saved.end(), whole.begin() + 24)) << "after the file header";
 }
 
 }  // namespace

@@ -86,7 +86,7 @@ TEST(Compression, TranscriptOfTheRetry) {
   STEP(compress({{Z_MEM_ERROR, 9}}));
   STEP(compress({{Z_BUF_ERROR, 40}, {Z_MEM_ERROR, 9}}));
   STEP(compress({{Z_BUF_ERROR, 5}}));
-  STEP(compress({{Z_BUF_ERROR, 1}}));  // no room behind the word
+  STEP(compress({{Z_BUF_ERROR, 1}}));  // no room after the word
   STEP(compress({{Z_BUF_ERROR, 0}}));
   transcript.expectGolden("pfile_compression_retry");
 }

@@ -36,7 +36,7 @@ Bytes trace(std::size_t size) {
   return bytes;
 }
 
-/// A summary, a compressed section, one larger than the buffer of the stream, and a small one behind it.
+/// A summary, a compressed section, one larger than the buffer of the stream, and a small one after it.
 int writeResult(FileWriter& file) {
   Veltra::ResultSummary summary;
   summary.resultName = "FDP-A1 port 07, measured from the far end";
@@ -90,8 +90,8 @@ int reopen(const std::string& path) {
       return FOREIGN_EXCEPTION;  // read as good, and is not
     }
   }
-  Section behind;
-  return reader.read(behind, true) == PFILE_END_OF_DATA ? reader.close() : PFILE_FAILED;
+  Section next;
+  return reader.read(next, true) == PFILE_END_OF_DATA ? reader.close() : PFILE_FAILED;
 }
 
 /// The flat interface says nothing of a failed write: what is read back tells.

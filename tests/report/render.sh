@@ -32,7 +32,7 @@ for ((i = 1; i <= 40; ++i)); do
 done
 printf '\377' | dd of="$job/00005.vres" bs=1 seek=40 conv=notrunc status=none
 truncate -s 50 "$job/00009.vres"
-echo behind >> "$job/00010.vres"
+echo after >> "$job/00010.vres"
 status=0
 (cd "$pictures" && "$veltra" report -q -r job --expect A001..A036 --title 'Northgate House, floor 2' -o "$page") || status=$?
 [[ $status == 1 ]] || die "a job with damaged files and missing IDs answered $status"

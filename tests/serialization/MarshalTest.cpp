@@ -56,7 +56,7 @@ TEST(Marshal, TheOrderOfTheVirtualOperations) {
   constexpr std::size_t BEFORE = std::size_t{0} - 1, FIRST = 0;
   EXPECT_EQ(slotsOf(&ISerializable::serialize, &ISerializable::deserialize), (Slots{BEFORE, FIRST}));
   EXPECT_EQ(slotsOf(&Dump::IDumpable::dump, &Dump::IJsonable::toJson), (Slots{BEFORE, BEFORE}));
-  EXPECT_EQ(slotsOf(&Veltra::ScaledInt::dump), (Slots{3})) << "behind serialize, deserialize and the destructors";
+  EXPECT_EQ(slotsOf(&Veltra::ScaledInt::dump), (Slots{3})) << "after serialize, deserialize and the destructors";
 }
 
 TEST(Marshal, WhatACallersStreamNeedNotHaveIsBuiltOnTheRest) {

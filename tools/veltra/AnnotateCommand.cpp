@@ -49,7 +49,7 @@ class Annotation {
     return text + "\n";
   }
 
-  /// A long field goes on below its first line.
+  /// A long field continues below its first line.
   static std::string textOf(const Inspect::AnnotatedStretch& stretch) {
     constexpr std::size_t BYTES_A_LINE = 8;
     if (stretch.bytes == nullptr) {
@@ -93,9 +93,9 @@ int annotate(const AnnotateArguments& args, const Options& options) {
 
 Subcommand annotateCommand(const Options& options) {
   const auto args = std::make_shared<AnnotateArguments>();
-  Subcommand command("annotate", "Every byte of headers and records beside its field");
+  Subcommand command("annotate", "Every byte of headers and records with the field it belongs to");
   command.place("FILE", "FILE", &args->file, "the file; - reads standard input").required();
-  command.option("-s,--section", "N", &args->section, "one section alone, as list numbers them");
+  command.option("-s,--section", "N", &args->section, "only this section, numbered as in list");
   command.run = [args, &options] { return annotate(*args, options); };
   return command;
 }

@@ -15,13 +15,13 @@
 namespace Command {
 namespace {
 
-/// "veltra manifest new", whatever the program was called as.
+/// "veltra manifest new", whatever name the program was called by.
 std::string fullName(const CLI::App* app) {
   const CLI::App* const parent = app->get_parent();
   return parent == nullptr ? app->get_name() : fullName(parent) + " " + app->get_name();
 }
 
-/// Help texts as people and help2man read them: the usage first, arguments by what they stand for, the subcommands of a
+/// Help texts for people and help2man: the usage first, arguments by their placeholders, the subcommands of a
 /// subcommand with their own options.
 class HelpFormatter : public CLI::Formatter {
  public:
@@ -48,7 +48,7 @@ class HelpFormatter : public CLI::Formatter {
            make_subcommands(app, mode) + make_footer(app);
   }
 
-  /// A group of options under what it is for, or a subcommand with its usage and options.
+  /// A group of options under its purpose, or a subcommand with its usage and options.
   std::string make_expanded(const CLI::App* sub) const override {
     if (!sub->get_name().empty()) {
       return "\n" + fullName(sub) + ": " + sub->get_description() + "\n" + make_positionals(sub) +
@@ -151,13 +151,13 @@ void addArguments(CLI::App& app, const Subcommand& command) {
   }
 }
 
-/// @param chosen  receives what the command named on the line does
+/// @param chosen  receives the action of the command on the line
 void addCommand(CLI::App& app, const Subcommand& command, Run& chosen) {
   if (command.commands.empty()) {
     app.callback([&command, &chosen] { chosen = command.run; });
   } else {
     app.require_subcommand(1);
-    app.fallthrough();  // commands take over what is set up to here
+    app.fallthrough();  // commands inherit what is set up to here
   }
   addArguments(app, command);
   for (const Subcommand& sub : command.commands) {
@@ -167,7 +167,7 @@ void addCommand(CLI::App& app, const Subcommand& command, Run& chosen) {
   }
 }
 
-/// What the parser says, but for a misspelt command: all it says of that is that a command is missing.
+/// The parser's message, except for a misspelt command, of which it only says that a command is missing.
 std::string explain(const CLI::ParseError& error, const CLI::App& app) {
   const CLI::App* command = &app;
   while (!command->get_subcommands().empty()) command = command->get_subcommands().front();

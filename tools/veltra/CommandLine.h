@@ -11,33 +11,33 @@
 
 namespace Command {
 
-using Run = std::function<int()>;  ///< does what was asked for; returns the exit code
+using Run = std::function<int()>;  ///< runs the command; returns the exit code
 using Take = std::function<void(const std::string&)>;
 
-/// Where the value of an argument goes, which also says what it may be. Borrowed; as long as the command line is read.
-/// Without one the parser itself knows what to do: --help and --version.
+/// Where the value of an argument goes, which also determines its type. Borrowed while the command line is parsed.
+/// Without one the parser handles the argument itself: --help and --version.
 using Target = std::variant<std::monostate, bool*, int*, uint32_t*, std::optional<int>*, std::optional<uint32_t>*,
                             uint64_t*,  ///< bytes, also as 64K, 10M and 1G
                             std::string*, std::optional<std::string>*, std::vector<std::string>*, Take>;
 
 /// One argument of a command.
 struct Argument {
-  std::string names;  ///< "FILE" of one that is told by its place, "-s,--section" of an option
-  std::string type;   ///< what stands for its value in help; one of a few words as "auto|never"; empty for a flag
+  std::string names;  ///< "FILE" for a positional argument, "-s,--section" for an option
+  std::string type;   ///< name of its value in help; a choice of words as "auto|never"; empty for a flag
   std::string help;
   Target target;
   bool isRequired = false;
-  bool showsPreset = false;  ///< help tells the value it has unless given
-  std::string preset;        ///< what help tells of one whose target does not hold it
-  std::string group;         ///< at most one option of a group may be given; what the group is for
-  std::string needs;         ///< the option without which this one may not be given
-  std::string excludes;      ///< the option beside which this one may not be given
+  bool showsPreset = false;  ///< help shows its default value
+  std::string preset;        ///< the default for help, if its target does not hold it
+  std::string group;         ///< purpose of its group; at most one option of a group may be given
+  std::string needs;         ///< the option that must be given with this one
+  std::string excludes;      ///< the option that must not be given with this one
 
   Argument(std::string all, std::string valueType, std::string text, Target to)
       : names(std::move(all)), type(std::move(valueType)), help(std::move(text)), target(std::move(to)) {}
 
   bool isOption() const { return names.front() == '-'; }
-  /// The words a value is one of; none where it may be anything.
+  /// The words its value must be one of; none if it may be anything.
   std::vector<std::string> choices() const;
 
   Argument& required() { return isRequired = true, *this; }
@@ -48,19 +48,19 @@ struct Argument {
   Argument& excluding(std::string option) { return excludes = std::move(option), *this; }
 };
 
-/// A command as data: what it is called, what it takes and what it does. Parser, help texts, man pages and completions
+/// A command as data: its name, arguments and action. Parser, help texts, man pages and completions
 /// are made from it.
 struct Subcommand {
   std::string name;
   std::string help;
   std::vector<Argument> arguments;
-  std::vector<Subcommand> commands;  ///< one of them must be named, if there are any
-  Run run;                           ///< of one without commands
+  std::vector<Subcommand> commands;  ///< if there are any, one of them must be given
+  Run run;                           ///< of a command without subcommands
 
   Subcommand(std::string commandName, std::string commandHelp)
       : name(std::move(commandName)), help(std::move(commandHelp)) {}
 
-  // Each adds an argument; its reference is good until the next is added.
+  // Each adds an argument; the reference is valid until the next is added.
   Argument& place(std::string argumentName, std::string type, Target target, std::string argumentHelp) {
     return arguments.emplace_back(std::move(argumentName), std::move(type), std::move(argumentHelp), std::move(target));
   }
@@ -72,18 +72,18 @@ struct Subcommand {
   }
 };
 
-/// For an option that is one of a few words, which stand for values.
+/// For an option with a few words that stand for values.
 template <class Choice>
 Take takeChoice(Choice& choice, std::map<std::string, Choice> meanings) {
   return [&choice, meanings = std::move(meanings)](const std::string& word) { choice = meanings.at(word); };
 }
 
-/// Text with each of some parts replaced.
+/// The text with every occurrence of a part replaced.
 std::string replaced(std::string text, const std::string& part, const std::string& by);
 
-/// Reads a command line. Help, the version and complaints are printed here.
-/// @param code  receives the exit code where nothing is to be run
-/// @return what to run; empty where the line asks for nothing else, or cannot be understood
+/// Parses a command line. Help, the version and complaints are printed here.
+/// @param code  receives the exit code if there is nothing to run
+/// @return what to run; empty after help, the version or a usage error
 Run parseCommandLine(const Subcommand& root, const std::string& version, int argc, char** argv, int& code);
 
 }  // namespace Command

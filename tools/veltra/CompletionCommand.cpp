@@ -18,10 +18,10 @@ struct Words {
   std::vector<Described> options;
 };
 
-/// A whole command line's words.
+/// The words of all command lines.
 struct Grammar {
   std::vector<Words> all;
-  std::map<std::string, std::string> choices;  ///< options that take one of a few words: those, blanks between
+  std::map<std::string, std::string> choices;  ///< options that take one of a few words: these, separated by spaces
   std::string others;                          ///< options that take something else, as a pattern: "--jobs|-j"
 };
 
@@ -187,7 +187,7 @@ int completion(const std::string& shell, const Subcommand& root) {
 
 Subcommand completionCommand(const Subcommand& root) {
   const auto shell = std::make_shared<std::string>();
-  Subcommand command("completion", "Print the completion of a shell, to be sourced by it");
+  Subcommand command("completion", "Print a completion script for a shell to source");
   command.place("SHELL", "bash|zsh", shell.get(), "the shell").required();
   command.run = [shell, &root] { return completion(*shell, root); };
   return command;

@@ -26,7 +26,7 @@ std::string textOf(const Inspect::ContainerReport& report) {
   return text;
 }
 
-/// Findings become JSON one by one when they are printed: a hostile folder has a thousand in each file.
+/// Findings become JSON one by one when they are printed: a hostile folder may have a thousand in each file.
 FileAnswer answerOf(const Inspect::ContainerReport& report, const Options& options) {
   FileAnswer answer;
   answer.findings = report.findings;
@@ -59,9 +59,9 @@ int doctor(const DoctorArguments& args, const Options& options) {
 
 Subcommand doctorCommand(const Options& options) {
   const auto args = std::make_shared<DoctorArguments>();
-  Subcommand command("doctor", "What is wrong with files, one line a finding");
+  Subcommand command("doctor", "What is wrong with files, one line per finding");
   command.place("PATH", "PATH...", &args->paths, "files, or directories with -r; - reads standard input").required();
-  command.flag("--quick", args->quick, "headers alone, no CRC of the data");
+  command.flag("--quick", args->quick, "headers only, without the CRC of the data");
   command.flag("--deep", args->deep, "inflate and decode as well").excluding("--quick");
   command.run = [args, &options] { return doctor(*args, options); };
   return command;

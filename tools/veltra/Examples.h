@@ -4,7 +4,7 @@
 
 namespace Command {
 
-/// The command lines of the examples of a command's man page, for the end of its help; empty where it has none.
+/// The command lines of the examples of a command's man page, for the end of its help; empty if it has none.
 std::string examplesOf(const std::string& command);
 
 }  // namespace Command

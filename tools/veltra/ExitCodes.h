@@ -14,10 +14,10 @@ constexpr int EXIT_COULD_NOT = 4;  ///< could not be done
 /// With many inputs the worst code counts: 4, 1, 3, 0.
 int worse(int a, int b);
 
-/// 0 nothing found; 1 damage; 3 warnings alone.
+/// 0 nothing found; 1 damage; 3 only warnings.
 int codeOf(const Inspect::Findings& findings);
 
-/// 0 each expected ID has one result; 1 IDs are missing or foreign; 3 one has two results.
+/// 0 each expected ID has one result; 1 IDs are missing or foreign; 3 one has more than one result.
 int codeOf(const Inspect::Coverage& coverage);
 
 }  // namespace Command

@@ -46,7 +46,7 @@ Subcommand extractCommand(const Options& options) {
   Subcommand command("extract", "The bytes of one section");
   command.place("FILE", "FILE", &args->file, "the file; - reads standard input").required();
   command.option("-s,--section", "N", &args->section, "its number as list shows it").required();
-  command.option("-o,--output", "OUT", &args->output, "the file to write; standard output without");
+  command.option("-o,--output", "OUT", &args->output, "the file to write (default: standard output)");
   command.flag("--raw", args->raw, "as stored, still compressed");
   command.flag("--force", args->force, "replace an existing file");
   command.run = [args, &options] { return extract(*args, options); };

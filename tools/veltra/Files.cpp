@@ -14,7 +14,7 @@
 namespace Command {
 namespace {
 
-/// Reading as the command line wants it, under a bar.
+/// Reading options from the command line, with a progress bar.
 Inspect::ReadingOptions readingOf(const Options& options, Progress& progress) {
   Inspect::ReadingOptions reading;
   reading.threads = options.jobs;
@@ -26,7 +26,7 @@ Inspect::ReadingOptions readingOf(const Options& options, Progress& progress) {
   return reading;
 }
 
-/// The code one file gives; complains where it could not be read.
+/// The exit code for one file; complains if it could not be read.
 int codeOfFile(const Inspect::ReadOutcome& outcome, const Inspect::Findings& findings, const Options& options) {
   if (outcome.state == Inspect::ReadOutcome::WAS_READ) return codeOf(findings);
   const bool isLeftOut = outcome.state == Inspect::ReadOutcome::LEFT_OUT;
@@ -59,7 +59,7 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
     code = worse(code, codeOfFile(outcome, given ? given->findings : Inspect::Findings(), options));
     if (outcome.state != Inspect::ReadOutcome::WAS_READ) return;
     answers.print(given->text, given->json, given->rows, given->list);
-    (void)std::fflush(stdout);  // whether all was written is asked at the end
+    (void)std::fflush(stdout);  // write errors are checked at the end
     if (complainOfFindings) complainOfFile(file, given->findings, options);
   };
   Inspect::askEach<FileAnswer>(files, readingOf(options, progress), answer, tell);
@@ -106,26 +106,26 @@ std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source,
 }
 
 int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::ContainerReport& report, int number) {
-  complain(fmt::format("{}: no section {}; it has {}", source.name(), number,
-                       report.sections == 0 ? "none" : fmt::format("0 to {}", report.sections - 1)));
+  complain(fmt::format("{}: has no section {}, {}", source.name(), number,
+                       report.sections == 0 ? "nor any other" : fmt::format("only 0 to {}", report.sections - 1)));
   return answerAfter(source, report.damaged() ? EXIT_NO : EXIT_COULD_NOT);
 }
 
 bool refusesToReplace(const std::string& path, bool force) {
   struct stat info {};
   if (stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) {
-    complain(path + ": found something else than a file, which is not replaced");
+    complain(path + ": not a regular file, not replaced");
     return true;
   }
   if (force || lstat(path.c_str(), &info) != 0) return false;
-  complain(path + ": exists; --force replaces it");
+  complain(path + ": exists; use --force to replace it");
   return true;
 }
 
 bool refusesToReplaceInput(const std::string& input, const std::string& output) {
   std::error_code missing;
   if (!std::filesystem::equivalent(input, output, missing)) return false;
-  complain(input + ": is to be read, and would be replaced");
+  complain(input + ": is the input and would be replaced");
   return true;
 }
 

@@ -26,7 +26,7 @@ struct IdsArguments {
   std::string used;
 };
 
-/// Prints IDs one a line, as {"ids": [...]} or as one object a line.
+/// Prints IDs one per line, as {"ids": [...]} or as one object per line.
 void printIds(const std::vector<std::string>& ids, const Options& options) {
   Document document;
   document.columns = {"id"};
@@ -63,7 +63,7 @@ int ordinalOf(const Inspect::CableIdSet& set, const std::string& id, const Optio
 int idAt(const Inspect::CableIdSet& set, uint32_t ordinal, const Options& options) {
   const std::vector<std::string> ids = set.ids(ordinal, 1);
   if (!ids.empty()) return answer(ids.front(), idAndOrdinal(ids.front(), ordinal), options);
-  complain(fmt::format("{}: no such ordinal, the set has {} IDs", ordinal, set.count()));
+  complain(fmt::format("{}: no such place: the set has {} IDs", ordinal, set.count()));
   return EXIT_NO;
 }
 
@@ -84,7 +84,7 @@ int check(const Inspect::CableIdSet& set, const std::vector<std::string>& ids, c
   return code;
 }
 
-int take(const IdsArguments& args, uint32_t wanted, const Options& options) {
+int take(const Inspect::CableIdSet& set, const IdsArguments& args, uint32_t count, const Options& options) {
   std::vector<std::string> used, foreign;
   if (!args.used.empty()) {
     std::string text, error;
@@ -98,12 +98,12 @@ int take(const IdsArguments& args, uint32_t wanted, const Options& options) {
       if (!line.empty()) used.push_back(line);
     }
   }
-  const std::vector<std::string> ids = Inspect::nextFreeIds(args.first, args.last, used, wanted, foreign);
+  const std::vector<std::string> ids = Inspect::nextFreeIds(args.first, args.last, used, count, foreign);
   for (const std::string& id : foreign) {
-    if (!options.quiet) complain(fmt::format("{}: used twice, or not in the set", id));
+    if (!options.quiet) complain(fmt::format("{}: {}", id, set.ordinalOf(id) ? "used twice" : "not in the set"));
   }
   printIds(ids, options);
-  if (ids.size() == wanted) return foreign.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
+  if (ids.size() == count) return foreign.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
   complain(fmt::format("only {} IDs are free", ids.size()));
   return EXIT_NO;
 }
@@ -112,13 +112,13 @@ int ids(const IdsArguments& args, const Options& options) {
   Inspect::CableIdSet set;
   std::string refusal;
   if (!set.build(args.first, args.last, refusal)) {
-    complain(fmt::format("{} and {} make no set: {}", args.first, args.last, refusal));
+    complain(fmt::format("{} and {} do not make a set: {}", args.first, args.last, refusal));
     return EXIT_NO;
   }
   if (args.ordinalOf) return ordinalOf(set, *args.ordinalOf, options);
   if (args.id) return idAt(set, *args.id, options);
   if (!args.check.empty()) return check(set, args.check, options);
-  if (args.take) return take(args, *args.take, options);
+  if (args.take) return take(set, args, *args.take, options);
   if (args.list) {
     printIds(set.ids(args.from, args.count), options);
     return EXIT_DONE;
@@ -133,12 +133,12 @@ int ids(const IdsArguments& args, const Options& options) {
 }  // namespace
 
 Subcommand idsCommand(const Options& options) {
-  constexpr char PURPOSE[] = "At most one of; without any, how many IDs there are";
+  constexpr char PURPOSE[] = "At most one of these; without one, the number of IDs";
   const auto args = std::make_shared<IdsArguments>();
   Subcommand command("ids", "Count, list and hand out the cable IDs between two IDs");
   command.place("FIRST", "FIRST", &args->first, "the first ID").required();
   command.place("LAST", "LAST", &args->last, "the last ID").required();
-  command.flag("--list", args->list, "the IDs, one a line").inGroup(PURPOSE);
+  command.flag("--list", args->list, "the IDs, one per line").inGroup(PURPOSE);
   command.option("--ordinal", "ID", &args->ordinalOf, "the place of an ID, counted from 0").inGroup(PURPOSE);
   command.option("--id", "N", &args->id, "the ID at a place, counted from 0").inGroup(PURPOSE);
   command.option("--check", "ID...", &args->check, "whether IDs are in the set").inGroup(PURPOSE);
@@ -146,7 +146,8 @@ Subcommand idsCommand(const Options& options) {
   command.option("--from", "N", &args->from, "first place to list").needing("--list");
   command.option("--count", "M", &args->count, "how many to list").needing("--list");
   command
-      .option("--used", "FILE", &args->used, "IDs used so far, one a line, in the order of use; - reads standard input")
+      .option("--used", "FILE", &args->used,
+              "IDs used so far, one per line, in the order of use; - reads standard input")
       .needing("--take");
   command.run = [args, &options] { return ids(*args, options); };
   return command;

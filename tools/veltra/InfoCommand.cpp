@@ -37,7 +37,7 @@ std::string screen(const Inspect::FileSummary& file) {
   return text + line("State", report.damaged() ? "damaged" : "intact", report.damaged() ? Tone::BAD : Tone::PLAIN);
 }
 
-/// A CSV row: what is told of the file, and of its result as summary tells it.
+/// A CSV row: the file, then its result as summary shows it.
 Json::Value flatRow(const Inspect::FileSummary& file) {
   Json::Value row = file.hasSummary ? toJson(Inspect::ResultRow{file.report.name, file.summary}) : Json::Value();
   const Json::Value whole = toJson(file);

@@ -17,7 +17,7 @@ using Inspect::isMeasurement;
 /// A member of a row.
 struct FlatMember {
   Json::Value value;
-  std::string digits;  ///< of a number that was measured
+  std::string digits;  ///< of a measured number
 };
 
 /// The members of a row as they are printed: a measurement is two of them.
@@ -35,11 +35,11 @@ std::map<std::string, FlatMember> flatMembers(const Json::Value& row) {
   return members;
 }
 
-/// Lays out a value; its texts and numbers are JsonCpp's business, which knows no digits of a number but its own.
+/// Lays out a value; its texts and numbers are written by JsonCpp, which chooses the digits of a number itself.
 class JsonLayout {
  public:
   explicit JsonLayout(const char* indentation) : _indentation(indentation) {
-    constexpr int NUMBER_DIGITS = 10;  // what a measurement of 32 bits has
+    constexpr int NUMBER_DIGITS = 10;  // the digits of a 32-bit measurement
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "";
     builder["commentStyle"] = "None";
@@ -56,7 +56,7 @@ class JsonLayout {
     addRow(row, 0);
     return _out.str();
   }
-  /// An object with a member more: an array of rows.
+  /// An object with one more member: an array of rows.
   std::string ofDocument(const Json::Value& document, const std::string& rowsMember,
                          const std::vector<Json::Value>& rows) {
     Json::Value names = document;

@@ -8,16 +8,16 @@
 
 namespace Command {
 
-/// A value as styled JSON, or on one line with an empty indentation. A measurement shows the digits that were measured.
+/// A value as styled JSON, or on one line with an empty indentation. A measurement shows its measured digits.
 std::string jsonText(const Json::Value& value, const char* indentation);
 
 // A row is a flat object; a measurement in it is printed as two members, its number and its relation.
 
 /// A row on one line.
 std::string rowJson(const Json::Value& row);
-/// The cells of a row by their columns, as CSV has them before they are quoted; what is null is empty.
+/// The cells of a row by column, as CSV has them before quoting; null is empty.
 std::map<std::string, std::string> rowCells(const Json::Value& row);
-/// An object, styled, with a member more: an array of rows. Without the name there are none.
+/// An object, styled, with one more member: an array of rows. Without a name the rows are omitted.
 std::string documentJson(const Json::Value& object, const std::string& rowsMember,
                          const std::vector<Json::Value>& rows);
 

@@ -65,7 +65,7 @@ int showManifest(const ManifestArguments& args, const Options& options) {
   if (!options.quiet) complainOfEach(source.name(), findings);
   const auto* const manifest = record.as<Veltra::DatabasePackageManifest>();
   if (manifest == nullptr) {
-    complain(fmt::format("{}: no database package that can be read", source.name()));
+    complain(fmt::format("{}: not a readable database package", source.name()));
     return answerAfter(source, EXIT_NO);
   }
   printDocument({textOf(*manifest, file.kind), Inspect::packageJson(*manifest), {}, {}, {}}, options);

@@ -19,14 +19,13 @@ namespace {
 
 struct NetprofileArguments {
   std::string file = NetworkProfile::FILE_PATH;
-  bool isNamed = false;  ///< the file was given
+  bool isNamed = false;  ///< the file was given by --file
   bool reveal = false;
   std::string setting;
   std::optional<std::string> value;
 };
 
-/// Reads the stored profile: a file that was given whoever it belongs to. A missing file is an empty profile where that
-/// is `allowed`.
+/// Reads the stored profile: one given by --file whoever owns it. A missing file is an empty profile if `allowed`.
 bool readProfile(const NetprofileArguments& args, bool missingAllowed, NetworkProfile& profile) {
   if (args.isNamed ? profile.readFrom(args.file) : profile.read()) return true;
   if (access(args.file.c_str(), F_OK) != 0) {
@@ -34,8 +33,8 @@ bool readProfile(const NetprofileArguments& args, bool missingAllowed, NetworkPr
     complain(fmt::format("{}: {}", args.file, std::strerror(errno)));
     return false;
   }
-  complain(fmt::format("{}: cannot be read: a regular file of JSON of at most 4 MiB is wanted{}", args.file,
-                       args.isNamed ? "" : ", of yours or root's; --file reads any"));
+  complain(fmt::format("{}: cannot be read: expected a regular file of at most 4 MiB of JSON{}", args.file,
+                       args.isNamed ? "" : ", owned by you or root; --file reads any"));
   return false;
 }
 
@@ -56,8 +55,8 @@ int show(const NetprofileArguments& args, const Options& options) {
   return EXIT_DONE;
 }
 
-/// One line without echo from the terminal, or the first line of what standard input is. At a prompt an empty line is a
-/// change of mind; in a file it is an empty secret.
+/// One line without echo from the terminal, or the first line of standard input. At a prompt an empty line cancels; in
+/// a file it is an empty secret.
 bool readSecret(const std::string& name, std::string& secret) {
   constexpr std::size_t MOST = 4096;
   secret.reserve(MOST);  // growing would leave pieces behind in freed memory
@@ -77,29 +76,29 @@ int set(const NetprofileArguments& args) {
   const bool hasValue = args.value.has_value();
   const Inspect::ProfileSetting* const setting = Inspect::findProfileSetting(args.setting);
   if (setting == nullptr) return usage(fmt::format("{}: no such setting; show lists them", args.setting));
-  if (setting->set == nullptr) return usage(fmt::format("{}: is only shown", args.setting));
+  if (setting->set == nullptr) return usage(fmt::format("{}: can be shown, not set", args.setting));
   if (setting->secret && hasValue) {
     return usage(fmt::format("{}: a secret is read from a prompt or from standard input, never from the command line",
                              args.setting));
   }
-  if (!setting->secret && !hasValue) return usage(fmt::format("{}: a value is wanted", args.setting));
+  if (!setting->secret && !hasValue) return usage(fmt::format("{}: expected a value", args.setting));
   std::string value = args.value.value_or("");
   const auto wiping = gsl::finally([&] {
     if (!setting->secret) return;
-    value.resize(value.capacity());  // where longer texts stood, too
+    value.resize(value.capacity());  // also bytes of earlier, longer texts
     explicit_bzero(value.data(), value.size());
   });
-  // Asked for first: at a prompt the profile has all the time to be changed by somebody else.
+  // The value is read first: while a prompt waits, somebody else may change the profile.
   if (setting->secret && !readSecret(setting->name, value)) {
-    complain(fmt::format("{}: nothing was given; the profile stays as it is", args.setting));
+    complain(fmt::format("{}: no value given; the profile is unchanged", args.setting));
     return EXIT_COULD_NOT;
   }
   NetworkProfile profile;
   const Veltra::FileStamp stamp = Veltra::FileStamp::of(args.file);
   if (!readProfile(args, true, profile)) return EXIT_COULD_NOT;
   if (!setting->set(profile, value)) {
-    complain(fmt::format("{}: found {}, wanted {}", args.setting,
-                         setting->secret ? "something else" : "\"" + value + "\"", setting->wanted));
+    complain(fmt::format("{}: expected {}, found {}", args.setting, setting->wanted,
+                         setting->secret ? "another value (not shown)" : "\"" + value + "\""));
     return EXIT_NO;
   }
   if (profile.saveTo(args.file, stamp)) return EXIT_DONE;
@@ -146,7 +145,7 @@ Subcommand netprofileCommand(const Options& options) {
   setting.place("VALUE", "VALUE", &args->value, "its new value");
   setting.run = [args] { return set(*args); };
 
-  Subcommand& checking = command.commands.emplace_back("check", "Whether the stored values are ones the profile takes");
+  Subcommand& checking = command.commands.emplace_back("check", "Check whether the stored values are valid");
   checking.run = [args, &options] { return check(*args, options); };
   return command;
 }

@@ -175,7 +175,7 @@ std::string Table::text() const {
   char* printed = nullptr;
   if (table == nullptr) throw std::bad_alloc();
   scols_table_enable_noencoding(table.get(), 1);  // texts are printable already: escapes would be escaped again
-  scols_table_enable_colors(table.get(), 1);      // a tone that is not painted has no sequence
+  scols_table_enable_colors(table.get(), 1);      // a tone without colour has no sequence
   for (const Column& column : _columns) {
     libscols_column* const added =
         scols_table_new_column(table.get(), column.name, 0, column.right ? SCOLS_FL_RIGHT : 0);

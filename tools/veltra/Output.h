@@ -22,31 +22,31 @@ enum Format { FORMAT_TABLE, FORMAT_JSON, FORMAT_JSONL, FORMAT_CSV };
 
 constexpr int SCHEMA = 1;  ///< of the JSON documents
 
-/// What every command is given.
+/// The options of every command.
 struct Options {
   Format format = FORMAT_TABLE;
-  bool quiet = false;      ///< no findings on standard error: the exit code tells
+  bool quiet = false;      ///< no findings on standard error: the exit code reports them
   bool recursive = false;  ///< look into directories
-  unsigned jobs = 0;       ///< threads for many files; 0 is one a core
-  uint64_t maxSize = 0;    ///< larger inputs are left out; 0 is no limit
+  unsigned jobs = 0;       ///< threads for many files; 0: one per core
+  uint64_t maxSize = 0;    ///< larger inputs are skipped; 0: no limit
   Color color = COLOR_AUTO;
   bool progress = true;  ///< on a terminal
 };
 
 using Inspect::printable;
 
-/// A member of an object that may have too many elements to hold them all: each is made when it is printed.
+/// A member of an object with too many elements to hold: each is created when it is printed.
 struct LongList {
   std::string name;
   std::size_t size = 0;
   std::function<Json::Value(std::size_t)> element;
 };
-/// Prints an object that ends in long lists, styled with each of their elements on a line, or all on one line. No new
-/// line follows.
+/// Prints an object that ends in long lists, styled with each of their elements on a line, or all on one line. Without
+/// a final newline.
 void printWithLists(const Json::Value& object, const std::vector<LongList>& lists, bool styled);
 /// Prints one row on a line of its own.
 void printJsonLine(const Json::Value& row);
-/// Prints the members of a row as one line of CSV (RFC 4180); what is missing or null is empty.
+/// Prints the members of a row as one line of CSV (RFC 4180); a missing or null member is empty.
 void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns);
 void printCsvHeader(const std::vector<std::string>& columns);
 /// One answer in all formats.
@@ -54,24 +54,24 @@ struct Document {
   std::string text;                  ///< for the table format
   Json::Value json;                  ///< an object
   std::vector<Json::Value> rows;     ///< JSON lines and CSV rows
-  std::vector<std::string> columns;  ///< of the CSV; without columns and rows the object is the only row
-  std::string rowsMember;            ///< what the object calls the rows; empty where it does not have them
+  std::vector<std::string> columns;  ///< columns of the CSV; without columns and rows the object is the only row
+  std::string rowsMember;            ///< name of the rows in the object; empty if it does not have them
 };
 void printDocument(const Document& document, const Options& options);
 
-/// Prints answers one after the other, holding none: a JSON document grows as they come.
+/// Prints answers one after the other, keeping none: a JSON document grows with each.
 class AnswerStream {
  public:
-  /// @param member   of the JSON document, an array
+  /// @param member   name of the array in the JSON document
   /// @param columns  of the CSV
   AnswerStream(const Options& options, const char* member, std::vector<std::string> columns);
   /// @param text     for the table format
-  /// @param element  of the array
+  /// @param element  element of the array
   /// @param rows     JSON lines and CSV rows
-  /// @param list     more of both: the last member of the element, and rows that tell its "file"
+  /// @param list     more of both: the last member of the element, and rows that repeat its "file"
   void print(const std::string& text, const Json::Value& element, const std::vector<Json::Value>& rows,
              const std::optional<LongList>& list = {});
-  /// To be called once after the last.
+  /// Call it once after the last.
   void finish() const;
 
  private:
@@ -85,7 +85,7 @@ class AnswerStream {
 /// An object as indented `name: value` lines; a measurement as its text.
 std::string indentedText(const Json::Value& object);
 
-/// Rows under column names, aligned; numbers to the right.
+/// Rows under column names, aligned; numbers on the right.
 class Table {
  public:
   struct Column {
@@ -107,7 +107,7 @@ class Table {
   std::vector<std::vector<Cell>> _rows;
 };
 
-/// Sixteen bytes a line: offset, hexadecimal, characters.
+/// Sixteen bytes per line: offset, hexadecimal, characters.
 std::string hexDump(const std::vector<uint8_t>& bytes);
 
 Tone toneOf(Inspect::FindingCode code);

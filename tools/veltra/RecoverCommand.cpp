@@ -22,7 +22,7 @@ void printRecovery(const RecoverArguments& args, const Inspect::Recovery& recove
   json["output"] = args.output;
   json["wasClosed"] = recovery.wasClosed;
   json["missing"] = static_cast<Json::UInt64>(recovery.missing);
-  if (options.format == FORMAT_CSV) {  // how many: a cell is no place for lists
+  if (options.format == FORMAT_CSV) {  // numbers only: a cell cannot hold a list
     json["kept"] = static_cast<Json::UInt64>(recovery.kept.size());
     json["lost"] = static_cast<Json::UInt64>(recovery.lost.size());
     printDocument({{}, json, {}, {}, {}}, options);
@@ -43,15 +43,15 @@ void printRecovery(const RecoverArguments& args, const Inspect::Recovery& recove
 std::string textOf(const RecoverArguments& args, const Inspect::Recovery& recovery) {
   const std::string file = printable(args.file);
   std::string text = fmt::format("{}: {} sections kept in {}{}\n", file, recovery.kept.size(), printable(args.output),
-                                 recovery.wasClosed ? "" : ", which is closed now");
+                                 recovery.wasClosed ? "" : " (it had not been closed)");
   for (const Inspect::LostRange& lost : recovery.lost) {
     text += fmt::format("{}: offset {}: {} bytes lost\n", file, lost.offset, lost.bytes);
   }
-  if (recovery.missing > 0) text += fmt::format("{}: {} bytes less than it records\n", file, recovery.missing);
+  if (recovery.missing > 0) text += fmt::format("{}: {} bytes shorter than recorded\n", file, recovery.missing);
   return text;
 }
 
-/// Whether the output is as good as it is said to be.
+/// Whether the output is free of damage; complains otherwise.
 bool passesDoctor(const std::string& path) {
   std::string error;
   Inspect::ByteSource written;
@@ -80,7 +80,7 @@ int recover(const RecoverArguments& args, const Options& options) {
   if (source.hasFailed() || isNothing) progress.hide();
   if (source.hasFailed()) return answerAfter(source, EXIT_COULD_NOT);
   if (isNothing) {
-    complain(fmt::format("{}: no intact section in it", source.name()));
+    complain(fmt::format("{}: no intact section found", source.name()));
     return EXIT_NO;
   }
   const bool isWritten = writeRecovered(source, recovery, args.output, error);

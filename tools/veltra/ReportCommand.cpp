@@ -39,7 +39,7 @@ int report(const ReportArguments& args, const Options& options) {
   }
   int code = EXIT_DONE;
   std::vector<std::string> files = filesOf(args.paths, options, code);
-  // The page of last time stands among the files of the job.
+  // The previous page may be among the files of the job.
   const auto isPage = [&args](const std::string& file) { return isSameFile(file, args.output); };
   files.erase(std::remove_if(files.begin(), files.end(), isPage), files.end());
   Inspect::JobFiles job = readJob(files, options, code);
@@ -68,7 +68,7 @@ Subcommand reportCommand(const Options& options) {
   command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
   command.option("-o,--output", "PAGE", &args->output, "the page to write, HTML").required();
   command.option("--expect", "FIRST..LAST", &args->expected,
-                 "the IDs of the job: which are missing, doubled or foreign");
+                 "the IDs of the job; tells which are missing, tested twice or not expected");
   command.option("--title", "TEXT", &args->title, "the page's headline").showingPreset();
   command.flag("--force", args->force, "replace an existing file");
   command.run = [args, &options] { return report(*args, options); };

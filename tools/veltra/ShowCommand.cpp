@@ -21,7 +21,7 @@ std::string hexText(const std::vector<uint8_t>& bytes) {
   return text;
 }
 
-/// Prints a decoded record, or the bytes that are none.
+/// Prints a decoded record, or the bytes if there is none.
 /// @param where  what the record is in, for the complaint and the JSON
 int showRecord(const std::vector<uint8_t>& bytes, Json::Value json, const std::string& where, const Options& options) {
   const Inspect::DecodedRecord record = Inspect::decodeRecord(bytes);
@@ -30,7 +30,7 @@ int showRecord(const std::vector<uint8_t>& bytes, Json::Value json, const std::s
   if (shown.isNull()) json["hex"] = hexText(bytes);
   printDocument({shown.isNull() ? hexDump(bytes) : indentedText(shown), json, {}, {}, {}}, options);
   if (record.outcome != Inspect::DecodedRecord::DAMAGED) return EXIT_DONE;
-  complain(fmt::format("{}: the {} in it does not decode (code {})", where, record.name, record.status));
+  complain(fmt::format("{}: the {} does not decode (code {})", where, record.name, record.status));
   return EXIT_NO;
 }
 
@@ -70,7 +70,7 @@ Subcommand showCommand(const Options& options) {
   Subcommand command("show", "The record a section holds, or its bytes");
   command.place("FILE", "FILE", &args->file, "the file; - reads standard input").required();
   command.option("-s,--section", "INT", &args->section, "number of the section as list shows it").showingPreset();
-  command.flag("--record", args->bareRecord, "the file is a record by itself, without a container");
+  command.flag("--record", args->bareRecord, "the file is a bare record, not a container");
   command.run = [args, &options] {
     return args->bareRecord ? showBareRecord(args->file, options) : showSection(*args, options);
   };

@@ -91,7 +91,7 @@ Subcommand summaryCommand(const Options& options) {
   Subcommand command("summary", "One row for each result, in the order of their IDs");
   command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
   command.option("--expect", "FIRST..LAST", &args->expected,
-                 "the IDs of the job: which are missing, doubled or foreign");
+                 "the IDs of the job; tells which are missing, tested twice or not expected");
   command.run = [args, &options] { return summary(*args, options); };
   return command;
 }

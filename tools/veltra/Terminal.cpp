@@ -53,7 +53,7 @@ std::string paintedError(const std::string& text, Tone tone) {
   return wrapped(paintsErrors, text, tone);
 }
 
-Progress::Progress(bool wanted) : _active(wanted && isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(bool isEnabled) : _active(isEnabled && isatty(STDERR_FILENO) == 1) {}
 
 void Progress::advance(uint64_t bytes) {
   constexpr int WIDTH = 30;

@@ -9,32 +9,32 @@ namespace Command {
 
 enum Color { COLOR_AUTO, COLOR_ALWAYS, COLOR_NEVER };
 
-/// What a text is to be taken for. A colour never says what the text does not.
+/// The meaning of a text. A colour never says more than the text.
 enum class Tone { PLAIN, GOOD, BAD, DOUBTFUL, HEADING };
 
-/// Settles whether texts are painted: with COLOR_AUTO each of the two streams where it is a terminal that knows
-/// colours, and NO_COLOR is not set (https://no-color.org).
+/// Decides whether texts are coloured: with COLOR_AUTO on each of the two streams that is a terminal with colours,
+/// unless NO_COLOR is set (https://no-color.org).
 void setColor(Color color);
 
-/// The escape sequence of a tone for standard output; empty where nothing is painted.
+/// The escape sequence of a tone for standard output; empty if output is not coloured.
 const char* sequenceOf(Tone tone);
 /// A text for standard output in its tone.
 std::string painted(const std::string& text, Tone tone);
 /// A text for standard error in its tone.
 std::string paintedError(const std::string& text, Tone tone);
 
-/// A bar on standard error while many bytes are read: only on a terminal, and only after a second.
+/// A progress bar on standard error while many bytes are read: only on a terminal, and only after one second.
 class Progress {
  public:
-  explicit Progress(bool wanted);
+  explicit Progress(bool isEnabled);
   ~Progress() { hide(); }
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
   bool active() const { return _active; }
-  /// To be called before the first advance().
+  /// Call it before the first advance().
   void expect(uint64_t bytes) { _total = bytes; }
-  /// So many bytes more were read. From any thread.
+  /// Adds bytes that were read. From any thread.
   void advance(uint64_t bytes);
   /// Clears the bar's line, before anything else is printed. The next advance() draws it again.
   void hide();

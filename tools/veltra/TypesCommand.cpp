@@ -65,16 +65,16 @@ std::vector<TypeRow> allRows() {
   return rows;
 }
 
-int types(const std::string& wanted, const Options& options) {
+int types(const std::string& idOrName, const Options& options) {
   char* end = nullptr;
-  const unsigned long id = std::strtoul(wanted.c_str(), &end, 0);
-  const bool byId = !wanted.empty() && *end == '\0';
+  const unsigned long id = std::strtoul(idOrName.c_str(), &end, 0);
+  const bool byId = !idOrName.empty() && *end == '\0';
   Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}});
   Document document;
   document.columns = {"kind", "id", "name", "more"};
   document.rowsMember = "types";
   for (const TypeRow& row : allRows()) {
-    if (!wanted.empty() && !(byId ? row.id == id : row.name == wanted)) continue;
+    if (!idOrName.empty() && !(byId ? row.id == id : row.name == idOrName)) continue;
     table.add({row.kind, row.kind == "record" ? fmt::format("0x{:06x}", row.id) : std::to_string(row.id), row.name,
                row.more});
     Json::Value json(Json::objectValue);
@@ -85,7 +85,7 @@ int types(const std::string& wanted, const Options& options) {
     document.rows.push_back(json);
   }
   if (document.rows.empty()) {
-    complain(wanted + ": no such id or name");
+    complain(idOrName + ": no such id or name");
     return EXIT_NO;
   }
   document.text = table.text();
@@ -96,10 +96,10 @@ int types(const std::string& wanted, const Options& options) {
 }  // namespace
 
 Subcommand typesCommand(const Options& options) {
-  const auto wanted = std::make_shared<std::string>();
+  const auto idOrName = std::make_shared<std::string>();
   Subcommand command("types", "Section types, records and the texts of results and settings");
-  command.place("ID", "ID", wanted.get(), "one number, decimal or 0x hexadecimal, or one name");
-  command.run = [wanted, &options] { return types(*wanted, options); };
+  command.place("ID", "ID", idOrName.get(), "one number, decimal or 0x hexadecimal, or one name");
+  command.run = [idOrName, &options] { return types(*idOrName, options); };
   return command;
 }
 

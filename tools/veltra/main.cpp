@@ -20,22 +20,22 @@ void addOptions(Subcommand& root, Options& options) {
               takeChoice<Format>(
                   options.format,
                   {{"table", FORMAT_TABLE}, {"json", FORMAT_JSON}, {"jsonl", FORMAT_JSONL}, {"csv", FORMAT_CSV}}),
-              "how answers are printed; a table unless given");
-  root.flag("-q,--quiet", options.quiet, "no findings in words: the exit code tells");
+              "how answers are printed (default: table)");
+  root.flag("-q,--quiet", options.quiet, "do not print findings; the exit code reports them");
   root.flag("-r,--recursive", options.recursive, "look into directories");
-  root.option("-j,--jobs", "N", &options.jobs, "threads for many files, one a core unless given");
-  root.option("--max-size", "BYTES", &options.maxSize, "leave out files of more than so many bytes; also 64K, 10M, 1G");
+  root.option("-j,--jobs", "N", &options.jobs, "threads for many files (default: one per core)");
+  root.option("--max-size", "BYTES", &options.maxSize, "skip files larger than this; also 64K, 10M, 1G");
   root.option(
       "--color", "auto|always|never",
       takeChoice<Color>(options.color, {{"auto", COLOR_AUTO}, {"always", COLOR_ALWAYS}, {"never", COLOR_NEVER}}),
-      "paint texts; on a terminal unless given, and unless NO_COLOR is set");
+      "colour the output (default: on a terminal, unless NO_COLOR is set)");
   root.option("--progress", "auto|never", takeChoice<bool>(options.progress, {{"auto", true}, {"never", false}}),
-              "a bar on standard error after a second, on a terminal");
+              "a progress bar on standard error, on a terminal, after one second");
 }
 
 int runCommand(int argc, char** argv) {
   Options options;
-  Subcommand root("veltra", "Looks at the files of cabling testers, checks, saves and makes them.");
+  Subcommand root("veltra", "Inspect, check, recover and create the files of cabling testers.");
   addOptions(root, options);
   root.commands = {
       infoCommand(options),       listCommand(options),    showCommand(options),   summaryCommand(options),
@@ -63,7 +63,7 @@ void handleSignals() {
   for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
     if (std::signal(signal, endBySignal) == SIG_IGN) std::signal(signal, SIG_IGN);
   }
-  std::signal(SIGXFSZ, SIG_IGN);  // writing fails then, and that is said
+  std::signal(SIGXFSZ, SIG_IGN);  // writing then fails, which is reported
 }
 
 }  // namespace

@@ -15,7 +15,7 @@ constexpr std::size_t BLOCK_BYTES = 16;
 // OpenSSL counts in int; room is left for padding and line breaks.
 constexpr std::size_t MAX_BYTES = std::numeric_limits<int>::max() / 2;
 
-// Refused texts are everyday business here: what OpenSSL notes about them must not reach a caller who reads its queue.
+// Refused texts are common here: what OpenSSL records about them must not reach a caller that reads its error queue.
 class ErrorQueueGuard {
  public:
   ErrorQueueGuard() { ERR_set_mark(); }
@@ -34,7 +34,7 @@ struct FreeChain {
 };
 using Chain = std::unique_ptr<BIO, FreeChain>;
 
-// The base64 filter in front of a memory sink or source; null when either cannot be had.
+// The base64 filter before a memory sink or source; null when either cannot be created.
 Chain base64Over(BIO* memory) {
   Chain end(memory);
   Chain filter(BIO_new(BIO_f_base64()));
@@ -122,8 +122,8 @@ std::vector<uint8_t> decodeBase64(const std::string& text) {
     size += static_cast<std::size_t>(read);
   }
   bytes.resize(size);
-  // The filter passes over what it does not understand and ignores spare bits. Only the one text these bytes encode to
-  // is theirs, so that no character of a stored text can be changed unnoticed.
+  // The filter skips what it does not understand and ignores spare bits. Only the one text that these bytes encode to
+  // is accepted, so that no character of a stored text can be changed unnoticed.
   if (withoutLineBreaks(encodeBase64(bytes)) != bare) bytes.clear();
   return bytes;
 }

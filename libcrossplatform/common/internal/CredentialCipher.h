@@ -28,8 +28,8 @@ struct CbcPlain {
   };
   Status status;
   SecretBytes bytes;        ///< empty unless STATUS_OK
-  std::size_t updateBytes;  ///< of `bytes`, those the update step gave
-  std::size_t finalBytes;   ///< and those the final step added
+  std::size_t updateBytes;  ///< part of `bytes` from the update step
+  std::size_t finalBytes;   ///< part of `bytes` from the final step
 };
 
 /// Reverses encryptCbc. Leaves OpenSSL's error queue as it was.
@@ -40,7 +40,7 @@ CbcPlain decryptCbc(gsl::span<const uint8_t> encrypted, const CredentialKey& key
 std::string encodeBase64(gsl::span<const uint8_t> bytes);
 
 /// Reverses encodeBase64, wherever the line breaks ("\n" or "\r\n") stand. Accepts nothing but the text the bytes
-/// encode to: no blank, no other character, no spare bits set in the last character.
+/// encode to: no space, no other character, no spare bits set in the last character.
 /// @return empty when the text is anything else
 std::vector<uint8_t> decodeBase64(const std::string& text);
 

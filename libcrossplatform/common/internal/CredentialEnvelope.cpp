@@ -13,7 +13,7 @@ constexpr std::size_t OFFSET_AT = 1;
 constexpr std::size_t LENGTH_AT = 3;  // two bytes
 constexpr std::size_t CHECK_BYTES = 4;
 
-// The register of the check value starts at zero, for the start value is inverted on entry: this is not the common
+// The register of the check value starts at zero, because the start value is inverted on entry: this is not the common
 // CRC-32 of the bytes, and every stored text relies on it.
 constexpr uint32_t CHECK_START = 0xFFFFFFFF;
 
@@ -32,7 +32,7 @@ uint32_t drawUniform(const RandomWords& random, uint32_t lo, uint32_t hi) {
 }
 
 uint32_t credentialCrc32(uint32_t crc, const void* data, uint32_t size) {
-  if (data == nullptr) return crc;  // zlib would answer with the value of no bytes from a fresh start
+  if (data == nullptr) return crc;  // zlib would return its start value instead
   return static_cast<uint32_t>(::crc32(crc, static_cast<const Bytef*>(data), size));
 }
 
@@ -64,7 +64,7 @@ EnvelopeContent parseEnvelope(gsl::span<const uint8_t> envelope) {
 
   content.offset = envelope[OFFSET_AT];
   content.length = envelope[LENGTH_AT] + 256 * envelope[LENGTH_AT + 1];
-  // Signed: an envelope shorter than its offset has a negative room, which nothing fits in.
+  // Signed: an envelope shorter than its offset has negative room, so nothing fits.
   const int32_t room = static_cast<int32_t>(envelope.size()) - content.offset;
   const bool good = content.offset >= static_cast<int32_t>(MIN_OFFSET) &&
                     content.offset <= static_cast<int32_t>(MAX_OFFSET) && content.length <= room;

@@ -14,7 +14,7 @@ namespace Veltra {
 using RandomWords = std::function<uint32_t()>;
 
 /// A uniform value of lo..hi, both included, by rejection: each value of the range gets the same number of words, and
-/// words past the last whole share are drawn again. The range must be smaller than 2^32 - 1 values.
+/// words left over are drawn again. The range must be smaller than 2^32 - 1 values.
 uint32_t drawUniform(const RandomWords& random, uint32_t lo, uint32_t hi);
 
 /// The check value of credentials: zlib's CRC-32 continued from `crc`. Null data counts as no bytes.
@@ -34,12 +34,12 @@ constexpr std::size_t ENVELOPE_MAX_PAYLOAD = 65535;
 /// @return empty when the payload is longer than ENVELOPE_MAX_PAYLOAD
 SecretBytes buildEnvelope(gsl::span<const uint8_t> payload, const RandomWords& random);
 
-/// What parseEnvelope found, with the figures its refusals are reported by.
+/// The result of parseEnvelope, with the figures for reporting a refusal.
 struct EnvelopeContent {
   enum Fault : uint8_t {
     FAULT_NONE,
-    FAULT_CHECK_VALUE,  ///< the bytes do not give the stored check value; offset and length are 0
-    FAULT_HEADER,       ///< the offset is not 5..26, or the payload does not fit behind it
+    FAULT_CHECK_VALUE,  ///< the bytes do not match the stored check value; offset and length are 0
+    FAULT_HEADER,       ///< the offset is not 5..26, or the payload does not fit after it
   };
   Fault fault;
   uint32_t checkValue;  ///< as computed

@@ -11,7 +11,7 @@
 
 namespace Veltra {
 
-/// Where diagnostics go. Null is silence; `verbose` shows secrets.
+/// Where diagnostics go. Null: nowhere; `verbose` shows secrets.
 struct CredentialTrace {
   std::ostream* debug = nullptr;    ///< why a text was refused
   std::ostream* verbose = nullptr;  ///< hex dumps of every stage
@@ -29,7 +29,7 @@ bool openCredential(const std::string& text, const CredentialKey& key, const Cre
                     SecretBytes& payload);
 
 /// Prints bytes in lines of 16: offset, hexadecimal digits with a gap in the middle, and the characters, which end at
-/// column 79. Trailing blanks are left out.
+/// column 79. Trailing spaces are omitted.
 void hexDump(std::ostream& out, gsl::span<const uint8_t> bytes);
 
 }  // namespace Veltra

@@ -36,11 +36,11 @@ class MemberWriter {
   Json::Value& _object;
 };
 
-/// What a reader makes of a member that is not what its writer writes.
+/// How a reader treats a member that differs from what its writer writes.
 enum class MemberRule {
   EXACT,              ///< every member must be there, of a kind that the typed readers of jsonutil.h take
-  CONVERTED,          ///< convertJson(): a null is false, 0 or empty; a missing member leaves its target
-  CONVERTED_OR_NULL,  ///< likewise, but a null leaves its target, too
+  CONVERTED,          ///< convertJson(): a null is false, 0 or empty; a missing member does not change its target
+  CONVERTED_OR_NULL,  ///< likewise, but neither does a null
 };
 
 /// The first member that cannot be read is logged with logJsonFailure(); the verbs do nothing from then on.
@@ -58,7 +58,7 @@ class MemberReader {
   void integer(const char* key, uint16_t& v);  ///< refuses what 16 bits do not hold
   void integer(const char* key, int16_t& v);   ///< keeps the low 16 bits of a number
   void time(const char* key, long& v);         ///< exact by every rule
-  /// What the text is not found for is the parser's answer to an empty one.
+  /// A missing text gives the parser's result for an empty one.
   template <class E, class Parser>
   void choice(const char* key, E& v, Parser parse) {
     std::string name;

@@ -17,7 +17,7 @@ std::size_t endOfDigits(const std::string& text, std::size_t at) {
   return at;
 }
 
-// The end of the number that begins at `at`, as JsonCpp divides the text, right or wrong.
+// The end of the number that begins at `at`, as JsonCpp splits the text, valid or not.
 std::size_t endOfNumber(const std::string& text, std::size_t at) {
   at = endOfDigits(text, at + 1);
   if (at < text.size() && text[at] == '.') at = endOfDigits(text, at + 1);
@@ -33,8 +33,8 @@ bool beginsNumber(char c) {
   return c == '-' || isDigit(c);
 }
 
-// The end of what begins at `at` and holds no value: a string, or a comment. `at` itself when neither begins there.
-// Ends where JsonCpp ends it, also in text that is no JSON: the character after a lone slash is never looked at.
+// The end of the string or comment that begins at `at`; neither holds values. `at` itself when neither begins there.
+// Ends where JsonCpp ends it, also in text that is not JSON: the character after a lone slash is always skipped.
 std::size_t endOfText(const std::string& text, std::size_t at) {
   if (text[at] == '"') {
     std::size_t end = at + 1;
@@ -116,7 +116,7 @@ std::string withoutFractions(std::string text) {
     }
     at = endOfNumber(text, begin);
     if (std::string_view(text).substr(begin, at - begin).find('.') == std::string_view::npos) continue;
-    // A sign, a digit and spaces: what JsonCpp refuses beside the number does not become a part of it.
+    // A sign, a digit and spaces: what JsonCpp refuses next to the number must not become part of it.
     const std::size_t digit = text[begin] == '-' ? begin + 1 : begin;
     text.replace(digit, at - digit, at - digit, ' ');
     text[digit] = '0';

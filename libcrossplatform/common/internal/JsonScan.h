@@ -9,15 +9,15 @@ namespace Veltra {
 
 // Looks at JSON text before JsonCpp reads it.
 
-/// What a stored document may come to: docs/reader-behaviour.md, "The bounds of JSON". Values take a hundred times
-/// their bytes in memory, and a deeply nested document a thousand times its bytes when it is written again.
+/// The limits of a stored document: docs/reader-behaviour.md, "The bounds of JSON". Values take a hundred times
+/// their size in memory, and a deeply nested document a thousand times its bytes when it is written again.
 namespace JsonBounds {
 constexpr std::size_t VALUES = std::size_t{128} * 1024;
 constexpr std::size_t LEVELS = 1000;  ///< what JsonCpp reads; parseJson() refuses more
 constexpr std::size_t STYLED_BYTES = std::size_t{4} * 1024 * 1024;
 }  // namespace JsonBounds
 
-/// The size of a document, counted on its text. Of text that is no JSON, neither number is too small for what JsonCpp
+/// The size of a document, counted on its text. For text that is not JSON, neither number is less than what JsonCpp
 /// makes of it.
 struct JsonExtent {
   std::size_t values = 1;  ///< one too many for each object or array that is empty
@@ -25,11 +25,11 @@ struct JsonExtent {
 };
 JsonExtent extentOf(const std::string& text);
 
-/// Whether a document has no more values and levels than is read.
+/// Whether a document has no more values and levels than are read.
 bool isWithinBounds(const JsonExtent& extent);
 
 /// Whether keeping the comments costs no more than some milliseconds. JsonCpp looks back from each comment to the value
-/// before it, over all that stands between them: their number times the length of the text.
+/// before it, over everything between them: their number times the length of the text.
 bool canAffordComments(const std::string& text);
 
 /// JsonCpp reads fractions by the global locale of the program: where that writes a decimal comma, 1.5 is refused and
@@ -41,7 +41,7 @@ bool hasForeignDecimalPoint();
 /// The document with zero and spaces in the place of each fraction. Every value stays where it begins.
 std::string withoutFractions(std::string text);
 
-/// Gives the values of a document read without its fractions what they stand for.
+/// Restores the fractions of a document that was read without them.
 /// @param text  the document as it was; the values' offsets are places in it
 /// @return false when a number cannot be read: `value` is then partly done
 bool restoreFractions(Json::Value& value, const std::string& text);

@@ -5,12 +5,12 @@
 
 namespace Veltra {
 
-// How the texts and the JSON of the system write what is no finite number. Documents are compared as text.
+// How the texts and the JSON of the system write values that are not finite. Documents are compared as text.
 constexpr char NAN_TEXT[] = "NaN";
 constexpr char PLUS_INFINITY_TEXT[] = "+inf";
 constexpr char MINUS_INFINITY_TEXT[] = "-inf";
 
-/// @return the text of a value that is no finite number; null for a finite one
+/// @return the text of a value that is not finite; null for a finite one
 template <class Float>
 const char* nonFiniteText(Float value) {
   using Limits = std::numeric_limits<Float>;

@@ -4,9 +4,8 @@
 
 namespace PFile {
 
-/// What both readers do with a section once its stored bytes are its payload: they check it, and uncompress it where
-/// that is wanted.
-/// @param onWrongCrc  told when the payload is not what the header records
+/// What both readers do with a section once its stored bytes are its payload: check it, and uncompress it if requested.
+/// @param onWrongCrc  called when the payload is not what the header records
 /// @return 0; -1 wrong CRC-32 or bad zlib data
 template <class OnWrongCrc>
 int settleSection(Section& section, bool uncompress, OnWrongCrc onWrongCrc) {

@@ -21,14 +21,14 @@ enum class ProfileOwner : int32_t {
 };
 
 /// Replaces a file, or the one that links lead to, by one of mode 0600 that belongs to the caller.
-/// @param expected  what it has to be still when it is replaced, null when that does not matter
-/// @return false with the reason in errno, ESTALE for an unexpected file; the old file is as it was, unless only its
+/// @param expected  what it must still be when it is replaced; null accepts any
+/// @return false with the reason in errno, ESTALE for an unexpected file; the old file is unchanged, unless only its
 ///         folder could not be synced
 bool writeProfileFile(const std::string& path, const std::string& text, const FileStamp* expected);
 
-/// Reads a file whole.
-/// @return false, `text` as it was, when it cannot be opened or read, has more than PROFILE_FILE_MAX_BYTES, or belongs
-///         to somebody else than wanted
+/// Reads a whole file.
+/// @return false, with `text` unchanged, when it cannot be opened or read, has more than PROFILE_FILE_MAX_BYTES, or
+///         belongs to another owner than allowed
 bool readProfileFile(const std::string& path, ProfileOwner owner, std::string& text);
 
 }  // namespace Veltra

@@ -6,10 +6,10 @@
 
 #include <json/value.h>
 
-/// Access to the members of a stored network profile, shared by all who read or write one.
+/// Access to the members of a stored network profile, shared by all units that read or write one.
 ///
-/// The readers never throw: a member that is absent, of another kind, or asked of a parent that is no object reads as
-/// false, 0 or empty. The writers turn a parent that is no object into an empty object first.
+/// The readers never throw: a member that is absent, of another kind, or of a parent that is not an object reads as
+/// false, 0 or empty. The writers first turn a parent that is not an object into an empty object.
 namespace Veltra::ProfileMembers {
 
 /// The keys of one interface.
@@ -56,7 +56,7 @@ std::string secret(const Json::Value& parent, const char* key);  ///< decrypted
 const Json::Value& array(const Json::Value& parent, const char* key);
 std::string textAt(const Json::Value& array, std::size_t index);  ///< empty beyond the end
 
-/// The position of the stored text in a table of names, 0 when it is none of them.
+/// The position of the stored text in a table of names, 0 when it is not in it.
 template <std::size_t N>
 uint32_t name(const Json::Value& parent, const char* key, const char* const (&names)[N]) {
   const std::string stored = text(parent, key);
@@ -67,13 +67,13 @@ uint32_t name(const Json::Value& parent, const char* key, const char* const (&na
 }
 
 bool set(Json::Value& parent, const char* key, Json::Value&& value);  ///< always true; no texts
-/// @return false, nothing stored, for a text that is no UTF-8: it would come back as another
+/// @return false, with nothing stored, for a text that is not UTF-8: it would be read back as another
 bool set(Json::Value& parent, const char* key, const std::string& text);
-bool set(Json::Value& parent, const char* key, const char* text);  ///< always true: a name of a table
+bool set(Json::Value& parent, const char* key, const char* text);  ///< always true: a name from a table
 void remove(Json::Value& parent, const char* key);
 Json::Value& writableArray(Json::Value& parent, const char* key);
 
-/// @return false, nothing stored, when `type` is no position of the table
+/// @return false, with nothing stored, when `type` is not a position of the table
 template <std::size_t N>
 bool setName(Json::Value& parent, const char* key, const char* const (&names)[N], uint32_t type) {
   if (type >= N) return false;
@@ -86,7 +86,7 @@ const Json::Value& security(const Json::Value& document);
 Json::Value& writableSecurity(Json::Value& document);
 
 /// Stores a text among the security members.
-/// @return false, nothing changed, for a text that is no UTF-8
+/// @return false, with nothing changed, for a text that is not UTF-8
 bool setInSecurity(Json::Value& document, const char* key, const std::string& text);
 
 /// Stores what EncryptedString made of a secret among the security members.

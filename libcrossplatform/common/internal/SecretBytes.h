@@ -8,13 +8,13 @@
 
 namespace Veltra {
 
-/// Overwrites memory in a way the compiler must not drop.
+/// Overwrites memory in a way the compiler may not remove.
 void wipe(void* memory, std::size_t size);
 
-/// Overwrites a text, what it keeps beyond its end included, and empties it.
+/// Overwrites a text, its unused capacity included, and empties it.
 void wipe(std::string& text);
 
-/// Allocates as usual and overwrites the memory before it goes back, also when a container grows.
+/// Allocates as usual and overwrites the memory before it is freed, also when a container grows.
 template <class T>
 class WipingAllocator {
  public:
