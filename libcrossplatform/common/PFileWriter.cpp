@@ -16,6 +16,26 @@ constexpr char CLASS_NAME[] = "PFileWriter";
 constexpr char SOURCE[] = "libcrossplatform/common/PFileWriter";
 constexpr char CLOSE[] = "close";  // the method name that its two halves log
 
+/// Leaves the reason of the first of several failures in errno, whatever is called after it.
+class FirstFailure {
+ public:
+  FirstFailure() = default;
+  FirstFailure(const FirstFailure&) = delete;
+  FirstFailure& operator=(const FirstFailure&) = delete;
+  ~FirstFailure() {
+    if (_failed) errno = _why;
+  }
+  void note() {
+    if (!_failed) _why = errno;
+    _failed = true;
+  }
+  int code() const { return _failed ? PFILE_FAILED : PFILE_OK; }
+
+ private:
+  bool _failed = false;
+  int _why = 0;
+};
+
 }  // namespace
 
 FileWriter::FileWriter(LogCallback debug, LogCallback error) : _debug(debug), _error(error) {
@@ -92,63 +112,64 @@ int FileWriter::write(Section& section) {
 
 int FileWriter::close(bool sync) {
   PFILE_LOG(_debug, "");
-  int result = PFILE_OK;
+  FirstFailure failure;
   if (_stream != nullptr && _fileHeader != nullptr) {
-    result = writeTotal();
-    if (sync && syncToDisk() != PFILE_OK) result = PFILE_FAILED;
+    if (writeTotal() != PFILE_OK) failure.note();
+    if (sync && syncToDisk() != PFILE_OK) failure.note();
   }
   if (_stream != nullptr) {
     const int closed = std::fclose(_stream);
     _stream = nullptr;
     if (closed != 0) {
+      failure.note();
       PFILE_LOG_VALUES(_error, "fclose failed.errno:%d", errno);
-      result = PFILE_FAILED;
     }
   }
   _fileHeader.reset();
-  return result;
+  return failure.code();
 }
 
 int FileWriter::writeTotal() {
-  int result = PFILE_OK;
+  FirstFailure failure;
   _fileHeader->header.updateData(static_cast<unsigned>(_totalBytes.size()), _totalBytes.data());
   if (std::fflush(_stream) != 0) {
+    failure.note();
     PFILE_LOG_VALUES_AS(_error, CLOSE, "fflush failed.errno:%d", errno);
-    result = PFILE_FAILED;
   }
   errno = 0;  // the only way rewind() reports a failure, for example on a pipe
   std::rewind(_stream);
-  if (errno != 0 && result == PFILE_OK) {
+  if (errno != 0 && failure.code() == PFILE_OK) {
+    failure.note();
     PFILE_LOG_VALUES_AS(_error, CLOSE, "rewind failed.errno:%d", errno);
-    result = PFILE_FAILED;
   }
   if (!append(_fileHeader->header.bytes().data(), Header::BYTES)) {
+    failure.note();
     PFILE_LOG_VALUES_AS(_error, CLOSE, "fwrite failed when writing section header.errno:%d", errno);
-    result = PFILE_FAILED;
   }
   if (!append(_totalBytes.data(), static_cast<uint32_t>(_totalBytes.size()))) {
+    failure.note();
     PFILE_LOG_VALUES_AS(_error, CLOSE, "fwrite failed when writing section data.errno:%d", errno);
-    result = PFILE_FAILED;
   }
-  return result;
+  return failure.code();
 }
 
 int FileWriter::syncToDisk() {
-  int result = PFILE_OK;
+  FirstFailure failure;
   if (std::fflush(_stream) != 0) {
+    failure.note();
     PFILE_LOG_VALUES_AS(_error, CLOSE, "fflush failed.errno:%d", errno);
-    result = PFILE_FAILED;
   }
   const int descriptor = fileno(_stream);
   if (descriptor == -1) {
+    failure.note();
     PFILE_LOG_VALUES_AS(_error, CLOSE, "fileno failed.errno:%d", errno);
-    return PFILE_FAILED;
+    return failure.code();
   }
   if (fsync(descriptor) != 0) {
+    failure.note();
     PFILE_LOG_VALUES_AS(_error, CLOSE, "fsync failed.errno:%d", errno);
-    result = PFILE_FAILED;
   }
-  return result;
+  return failure.code();
 }
 
 bool FileWriter::append(void const* data, uint32_t size) {
