@@ -1,4 +1,21 @@
 # What every target of the project is built with.
+include(CheckCXXCompilerFlag)
+include(CheckLinkerFlag)
+include(CheckPIESupported)
+check_pie_supported()
+
+# What makes a fault in the code harder to use: each where compiler and target have it.
+set(VELTRA_HARDENING "")
+foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+  string(MAKE_C_IDENTIFIER "VELTRA_HAS${flag}" has)
+  set(CMAKE_REQUIRED_FLAGS -Werror)
+  check_cxx_compiler_flag(${flag} ${has})
+  unset(CMAKE_REQUIRED_FLAGS)
+  if(${has})
+    list(APPEND VELTRA_HARDENING ${flag})
+  endif()
+endforeach()
+check_linker_flag(CXX "-Wl,-z,relro,-z,now" VELTRA_HAS_RELRO)
 
 # One set of flags for library, tools, tests and benchmarks.
 function(veltra_flags target)
@@ -23,5 +40,20 @@ function(veltra_test_flags target)
   veltra_flags(${target})
   if(NOT VELTRA_FUZZ)
     target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Release>>:-O0>)
+  endif()
+endfunction()
+
+# For what is shipped, in the configurations it is shipped in. Not with sanitizers, which look at the same calls in their
+# own way, and not unoptimised, where checked calls cannot be had.
+function(veltra_harden target)
+  if(VELTRA_SANITIZE)
+    return()
+  endif()
+  set(shipped $<CONFIG:Release,RelWithDebInfo,MinSizeRel>)
+  # The compiler may define a level of its own.
+  target_compile_options(${target} PRIVATE
+    "$<${shipped}:${VELTRA_HARDENING};-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=2>")
+  if(VELTRA_HAS_RELRO)
+    target_link_options(${target} PRIVATE "$<${shipped}:-Wl,-z,relro,-z,now>")
   endif()
 endfunction()

@@ -40,6 +40,32 @@ compile_alone() {
 export -f compile_alone die
 xargs -P "$jobs" -I{} bash -c 'compile_alone {}' < headers
 
+# Relocations are read-only before the program starts, stacks and the sizes given to libc are checked, and on x86-64 calls
+# through pointers end at marked places. (The note that says so for a whole file is the start files' business.)
+for file in "$(find "$scratch/prefix" -name 'libveltracommon.so' -exec realpath {} +)" "$scratch/prefix/bin/veltra"; do
+  readelf -lW "$file" > elf
+  readelf -dW "$file" >> elf
+  readelf --dyn-syms -W "$file" >> elf
+  for sign in GNU_RELRO 'FLAGS.*NOW' 'UND __stack_chk_fail' 'UND __[a-z]*_chk@'; do
+    grep -q "$sign" elf || die "$file is not hardened: no $sign"
+  done
+  [[ $(uname -m) != x86_64 || $(objdump -d "$file" | grep -c endbr64) -gt 100 ]] || die "$file marks no targets of calls"
+done
+
+# A key is read from its file, goes into a header of the owner's alone, and stands nowhere else in the build tree.
+key=00112233445566778899aAbBcCdDeEfF
+configure() {
+  cmake -S "$root" -B keyed -G Ninja -DVELTRA_TOOLS=OFF -DVELTRA_EXAMPLES=OFF -DVELTRA_CREDENTIAL_KEY_FILE="$PWD/key"
+}
+echo $key > key
+quietly configure
+header=$(find keyed -name CredentialKey.h)
+grep -q '{0x00, 0x11, .* 0xeE, 0xfF}' "$header" || die "the key is not what its file says"
+[[ $(stat -c %a "$header") == 600 ]] || die "others can read $header"
+! grep -rlF $key keyed || die "the files above hold the key"
+echo ${key}0 > key
+! configure > refused 2>&1 && grep -q "32 hexadecimal digits" refused || die "a key of 33 digits is taken"
+
 # The command, its pages and its completions are where the system looks for them.
 "$scratch/prefix/bin/veltra" --version > /dev/null
 for file in man/man1/veltra.1 man/man1/veltra-doctor.1 bash-completion/completions/veltra zsh/site-functions/_veltra; do
