@@ -4,6 +4,8 @@
 #include <iterator>
 #include <string_view>
 
+#include <libcrossplatform/common/ResultFile.h>
+
 namespace PFile {
 namespace {
 
@@ -24,7 +26,7 @@ constexpr SectionType SECTION_TYPES[] = {
     {105, "SHARED_SETTINGS", UNVERSIONED, 0},
     {106, "OTDR_LAUNCH_COMP", UNVERSIONED, 0},
     {110, "OTDR_SPAN", UNVERSIONED, 0},
-    {200, "SECTTYPE_RESULT_SUMMARY", 1, 0},
+    {SECTION_RESULT_SUMMARY, "SECTTYPE_RESULT_SUMMARY", Veltra::RESULT_SUMMARY_SECTION_VERSION, 0},
     {300, "OTDR_END_1_TEST", 12, OTDR_TEST},
     {301, "OTDR_END_1_PLOT", 3, 0},
     {302, "OTDR_END_1_RAW", 1, OTDR_RAW},
