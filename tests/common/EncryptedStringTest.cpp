@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iostream>
-#include <memory>
 #include <numeric>
 #include <set>
 #include <sstream>
@@ -243,11 +242,4 @@ TEST(SecretBytes, ATextIsWipedUpToItsCapacity) {
   wipe(text);
   EXPECT_TRUE(text.empty() && text.capacity() >= 64);
   EXPECT_EQ(std::count(memory, memory + 64, '\0'), 64);
-}
-
-TEST(CredentialEnvelope, IsNotReadBeforeItsBeginning) {
-  for (std::size_t size = 0; size < 9; ++size) {
-    const std::unique_ptr<uint8_t[]> bytes(new uint8_t[size]());  // to the byte, for the sanitizer
-    EXPECT_EQ(parseEnvelope({bytes.get(), size}).fault, EnvelopeContent::FAULT_CHECK_VALUE) << size;
-  }
 }

@@ -1,5 +1,7 @@
 #include <libcrossplatform/common/OrbelSettings.h>
 
+#include <libcrossplatform/common/jsonutil.h>
+
 #include "RecordTesting.h"
 
 using namespace RecordTesting;
@@ -30,6 +32,7 @@ Bytes recordOf(const std::string& text, uint8_t classVersion = 0) {
 }  // namespace
 
 TEST(OrbelSettings, Wire) {
+  const CapturedLog log;
   OrbelSettings s = sampleSettings();
   expectWire(s, "orbel_settings_v0");
   EXPECT_EQ(dumpOf(s, 0), Dump::toJsonString(s));
@@ -96,24 +99,20 @@ TEST(OrbelSettings, WholeNumbersOfTheProfileCompareByValue) {
 
 TEST(OrbelSettings, WarnsOfWhatItWritesButWouldNotRead) {
   constexpr std::size_t MIB4 = std::size_t{4} * 1024 * 1024;
-  const auto text = [](std::size_t styled) { return Json::Value(std::string(styled - 3, 'x')); };  // quotes, line end
-  const auto numbers = [](Json::ArrayIndex values) {
-    Json::Value list(Json::arrayValue);
-    list.resize(values - 11);  // the text of the record has 11 beside them
-    return list;
-  };
-  const auto levels = [](int n) {
-    Json::Value inner(Json::arrayValue);
-    for (Json::Value outer; n > 1; --n, inner = std::move(outer)) outer[0] = std::move(inner);
-    return inner;
+  const auto json = [](const std::string& text) {
+    Json::Value value;
+    EXPECT_TRUE(parseJson(text, value, false));
+    return value;
   };
   struct Row {
     Json::Value most, more;
     const char* warning;
   };
-  for (const Row& row : {Row{text(MIB4), text(MIB4 + 1), "4194304 bytes of network profile"},
-                         Row{numbers(131072), numbers(131073), "131072 JSON values"},
-                         Row{levels(998), levels(999), "1000 levels of JSON"}}) {
+  // A text stands in quotes and has a line end after it; the record has 10 values beside its profile, and 2 levels.
+  for (const Row& row :
+       {Row{std::string(MIB4 - 3, 'x'), std::string(MIB4 - 2, 'x'), "4194304 bytes of network profile"},
+        Row{json(nestedJson(1, 131061)), json(nestedJson(1, 131062)), "131072 JSON values"},
+        Row{json(nestedJson(998, 0)), json(nestedJson(999, 0)), "1000 levels of JSON"}}) {
     SCOPED_TRACE(row.warning);
     const CapturedLog log;
     OrbelSettings s = sampleSettings(), read;
@@ -131,9 +130,7 @@ TEST(OrbelSettings, WarnsOfWhatItWritesButWouldNotRead) {
     EXPECT_EQ(s.netProfile, row.more);
   }
   // A short text that becomes a long one.
-  std::string deep = std::string(900, '[') + std::string(15000, '1') + std::string(900, ']');
-  for (std::size_t at = 901; at < 15899; at += 2) deep[at] = ',';
-  EXPECT_FALSE(OrbelSettings().fromString("{\"OrbelSettings\": {\"net_profile\": " + deep + "}}"));
+  EXPECT_FALSE(OrbelSettings().fromString("{\"OrbelSettings\": {\"net_profile\": " + nestedJson(900, 7500) + "}}"));
 }
 
 TEST(OrbelSettings, BytesThatAreNoUtf8AreReplacedAndWarnedOf) {
