@@ -175,7 +175,7 @@ TEST(EncryptedString, Crc32InvertsOnEntryAndExit) {
   EXPECT_EQ(EncryptedString::crc32(7, nullptr, 0), 7U);
 }
 
-TEST(EncryptedString, ThreadsAndProcessesDrawDifferentTexts) {
+TEST(EncryptedString, ConcurrentDrawsNeverRepeat) {
   std::vector<std::string> texts(2002);
   const auto draw = [&texts](std::size_t from, std::size_t to) {
     while (from < to) texts[from++] = EncryptedString::Encrypt("same");

@@ -55,7 +55,7 @@ void show(const char* name, const char* const (&texts)[N]) {
 
 }  // namespace
 
-TEST(EnumText, EveryTextOfEveryEnumeration) {
+TEST(EnumText, TextsOfAllEnumerationsBothWays) {
   shown.clear();
   show<Status>("Status", toString, [](const std::string& text) { return fromStatusString(text); });
   show<ResultType>("ResultType", toString);

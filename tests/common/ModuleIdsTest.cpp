@@ -6,7 +6,7 @@
 
 using namespace Veltra;
 
-TEST(ModuleId, ValidityCategoryAndFiltersOfEveryId) {
+TEST(ModuleId, ValidityCategoryAndFiltersOfAllIds) {
   const auto answersOf = [](int id) {
     const auto module = static_cast<ModuleId>(id);
     std::string filters = "filters ";
