@@ -45,6 +45,13 @@ inline std::vector<std::string> split(const std::string& text) {
   return parts;
 }
 
+/// An array in an array and so on, so many levels deep, with so many values within.
+inline std::string nestedJson(std::size_t levels, std::size_t values) {
+  std::string inside;
+  for (; values > 0; --values) inside += values > 1 ? "1," : "1";
+  return std::string(levels, '[') + inside + std::string(levels, ']');
+}
+
 /// Reads a record from bytes; the code of deserialize(). No bytes at all read as -3, as an ended stream does.
 template <class Record>
 Marshal::StreamOpStatus readFrom(Record& record, const Bytes& bytes) {
@@ -109,6 +116,19 @@ void expectEveryPrefixRefused(Record& record) {
   }
 }
 
+/// A record that shows other bytes is another one: every member counts in the comparison that is not zero. Bytes of
+/// zero are left alone: some must be there.
+template <class Record>
+void expectEveryByteCounts(Record& record) {
+  const Bytes whole = bytesOf(record);
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    Record other;
+    const Bytes changed = withByte(whole, at, whole[at] ^ 1);
+    if (whole[at] == 0 || readFrom(other, changed) != 0 || bytesOf(other) == whole) continue;
+    EXPECT_TRUE(other != record && !(other == record)) << "byte " << at;
+  }
+}
+
 inline std::string dataPath(const std::string& name) {
   return std::string(VELTRA_SOURCE_DIR "/tests/data/") + name;
 }
@@ -150,14 +170,15 @@ inline void expectGoldenText(const std::string& text, const std::string& name) {
   EXPECT_EQ(text, std::string(expected.begin(), expected.end())) << path;
 }
 
-/// All that holds of any record: it is a value, its bytes come back, are refused when cut, and stay those of the golden
-/// file.
+/// All that holds of any record: it is a value, its bytes come back, are refused when cut, all count when records are
+/// compared, and stay those of the golden file.
 template <class Record>
 void expectWire(Record&& record, const std::string& golden,
                 const std::decay_t<Record>& cleared = std::decay_t<Record>()) {
   expectValue(record, cleared);
   expectRoundTrip(record);
   expectEveryPrefixRefused(record);
+  expectEveryByteCounts(record);
   expectGoldenBytes(bytesOf(record), golden);
 }
 

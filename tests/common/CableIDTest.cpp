@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <random>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -162,16 +161,13 @@ TEST(CableIDSeq, SameTakenIDsAreEqualInWhateverOrderTheyWereTaken) {
   EXPECT_TRUE(sequenceOf("A3", "D4") != sequenceOf("C1", "D4"));
 }
 
-TEST(CableIDSeq, OfNoIDsAnswersNothing) {
+TEST(CableIDSeq, OfNoIDsAnswersNothingAndVerifiesItsOwnIDsAgain) {
   for (CableIDSeq sequence : {CableIDSeq(), sequenceOf("-", "-")}) {
     const std::string& id = sequence.getFirstID();
     EXPECT_FALSE(sequence.pruneID(id) || sequence.updateNextID(id));
     EXPECT_EQ(sequence.takeNextID() + sequence.calcID(id) + sequence[0], "");
     EXPECT_EQ(sequence.getNextOrd(), 0);
   }
-}
-
-TEST(CableIDSeq, VerifiesItsOwnIDsAgain) {
   CableIDSeq sequence = sequenceOf("A1", "A5", {"A3"});
   EXPECT_TRUE(sequence.verifyIDSet(sequence.getFirstID(), sequence.getLastID()));
   EXPECT_EQ(sequence, sequenceOf("A1", "A5"));
@@ -187,41 +183,28 @@ TEST(CableIDSeq, HandsOutTheFullSet) {
   EXPECT_EQ(sequence.getNextOrd(), 0);
 }
 
-/// What a sequence is to do, on the list of all its IDs and the set of the free ones.
+/// What a sequence is to do, on the list of its free IDs.
 struct Model {
-  const Strings& ids;
-  std::set<size_t> free;
-  size_t next = 0;
-  std::string afterLast;  // what a look-up after the last free ID finds
+  Strings free;
+  std::string next = free[0];
+  std::string afterLast = "";  // what a look-up after the last free ID finds
 
-  explicit Model(const Strings& all) : ids(all) {
-    for (size_t i = 0; i < ids.size(); ++i) free.insert(i);
-  }
   size_t indexOf(const std::string& id) const {
-    return static_cast<size_t>(std::find(ids.begin(), ids.end(), id) - ids.begin());
+    return static_cast<size_t>(std::find(free.begin(), free.end(), id) - free.begin());
   }
+  bool isFree(const std::string& id) const { return indexOf(id) < free.size(); }
+  std::string at(size_t i) const { return i < free.size() ? free[i] : ""; }
   bool prune(const std::string& id) {
-    const auto taken = free.find(indexOf(id));
-    if (taken == free.end()) return false;
-    afterLast = ids[*free.rbegin()];
-    const auto successor = free.erase(taken);
-    if (!free.empty()) next = successor != free.end() ? *successor : *free.begin();
+    if (!isFree(id)) return false;
+    const auto successor = static_cast<std::ptrdiff_t>(indexOf(id));
+    afterLast = free.back();
+    free.erase(free.begin() + successor);
+    if (!free.empty()) next = free[static_cast<size_t>(successor) % free.size()];
     return true;
   }
-  bool updateNext(const std::string& id) {
-    const bool isFree = free.count(indexOf(id)) == 1;
-    if (isFree) next = indexOf(id);
-    return isFree;
-  }
   std::string calc(const std::string& id) const {
-    if (free.count(indexOf(id)) == 0) return "";
-    const auto successor = free.upper_bound(indexOf(id));
-    return successor != free.end() ? ids[*successor] : afterLast;
+    return !isFree(id) ? "" : id == free.back() ? afterLast : free[indexOf(id) + 1];
   }
-  std::string at(int i) const {
-    return i >= 0 && i < static_cast<int>(free.size()) ? ids[*std::next(free.begin(), i)] : "";
-  }
-  int nextOrd() const { return free.empty() ? 0 : static_cast<int>(std::distance(free.begin(), free.find(next))); }
 };
 
 TEST(CableIDSeq, AgreesWithAModelAndIsRebuiltFromItsIDs) {
@@ -229,7 +212,7 @@ TEST(CableIDSeq, AgreesWithAModelAndIsRebuiltFromItsIDs) {
   for (int round = 0; round < 3000; ++round) {
     const Strings ids = randomSet(random);
     SCOPED_TRACE(ids.front() + " .. " + ids.back() + ", round " + std::to_string(round));
-    Model model(ids);
+    Model model{ids};
     CIDPattern pattern;
     CIDNumber number;
     ASSERT_TRUE(pattern.compile(ids.front()) && pattern.setEnding(ids.back(), number));
@@ -241,7 +224,7 @@ TEST(CableIDSeq, AgreesWithAModelAndIsRebuiltFromItsIDs) {
       if (random() % 32 == 0) id.resize(random() % 100, 'A');
       const auto operation = random() % 4;
       if (operation == 0) {
-        id = model.free.empty() ? "" : ids[model.next];
+        id = model.free.empty() ? "" : model.next;
         ASSERT_EQ(sequence.takeNextID(), id);
         if (model.prune(id)) taken.push_back(id);
       } else if (operation == 1) {
@@ -249,13 +232,14 @@ TEST(CableIDSeq, AgreesWithAModelAndIsRebuiltFromItsIDs) {
         ASSERT_EQ(sequence.pruneID(id), pruned) << id;
         if (pruned) taken.push_back(id);
       } else if (operation == 2) {
-        ASSERT_EQ(sequence.updateNextID(id), model.updateNext(id)) << id;
+        ASSERT_EQ(sequence.updateNextID(id), model.isFree(id)) << id;
+        if (model.isFree(id)) model.next = id;
       }
-      ASSERT_EQ(pattern.checkOrdinal(id, number), model.indexOf(id) < ids.size()) << id;
+      ASSERT_EQ(pattern.checkOrdinal(id, number), std::find(ids.begin(), ids.end(), id) != ids.end()) << id;
       ASSERT_EQ(sequence.calcID(id), model.calc(id)) << id;
       const int index = static_cast<int>(random() % (ids.size() + 2)) - 1;
-      ASSERT_EQ(sequence[index], model.at(index));
-      ASSERT_EQ(sequence.getNextOrd(), model.nextOrd());
+      ASSERT_EQ(sequence[index], model.at(static_cast<size_t>(index)));
+      ASSERT_EQ(sequence.getNextOrd(), model.free.empty() ? 0 : static_cast<int>(model.indexOf(model.next)));
       ASSERT_EQ(sequence.getUsed(), taken.size());
     }
     ASSERT_EQ(sequenceOf(ids.front(), ids.back(), taken), sequence);

@@ -11,15 +11,6 @@ using namespace Veltra;
 
 // What a caller in C sees is tested in tests/cinterface; here is what needs the classes, and what ends the program.
 
-TEST(DatabaseVersionEx, CutsNumbersToSixteenBitsAndKeepsEveryType) {
-  void* version = databaseVersionExDatabaseVersion(1, -1, 65536, 4);
-  void* descriptor = databaseVersionExDatabaseDescriptor(version, INT32_MIN, "db/limits.sql", "V5.0");
-  EXPECT_EQ(*static_cast<DatabaseDescriptor*>(descriptor),
-            DatabaseDescriptor({1, 65535, 0, 4}, static_cast<DATABASE_TYPE>(INT32_MIN), "db/limits.sql", "V5.0"));
-  databaseVersionExDeDatabaseVersion(version);
-  databaseVersionExDeDatabaseDescriptor(descriptor);
-}
-
 TEST(DatabaseVersionExDeathTest, MissingArgumentsAreFatal) {
   const std::string package = dataPath("good/limit_package.bin");
   const char* const path = package.c_str();

@@ -1,8 +1,6 @@
 #include <libcrossplatform/common/EquipmentInformation.h>
 
-#include <set>
-
-#include "JsonShapes.h"
+#include "RecordTesting.h"
 
 using namespace RecordTesting;
 using namespace Veltra;
@@ -29,15 +27,6 @@ EquipmentInformation sample() {
   return e;
 }
 
-bool readRoot(EquipmentInformation& e, const Json::Value& v) {
-  return e.fromJson(v, nullptr);
-}
-
-const char* const TEXT_KEYS[] = {"softwareVersion",    "modelIdStr", "modelSerialNumber",
-                                 "moduleSerialNumber", "liaId",      "liaSerialNumber"};
-const char* const INT_KEYS[] = {"modelHardwareRevision", "moduleId", "moduleHardwareRevision"};
-const char* const TIME_KEYS[] = {"moduleCalibrationTime", "moduleFirstUseDate", "liaCalibrationTime"};
-
 }  // namespace
 
 TEST(EquipmentInformation, Wire) {
@@ -45,8 +34,7 @@ TEST(EquipmentInformation, Wire) {
 }
 
 TEST(EquipmentInformation, OlderVersionsLeaveWhatTheyLackCleared) {
-  constexpr std::size_t FIRST_USE_BYTES = 8;
-  constexpr std::size_t ADAPTER_BYTES = 4 + (4 + 6) + 8;
+  constexpr std::size_t FIRST_USE_BYTES = 8, ADAPTER_BYTES = 4 + (4 + 6) + 8;
   EquipmentInformation expected = sample(), read = sample();
   const Bytes whole = bytesOf(expected);
   const Bytes version2 = ofClassVersion(whole, 2, FIRST_USE_BYTES);
@@ -68,49 +56,67 @@ TEST(EquipmentInformation, OlderVersionsLeaveWhatTheyLackCleared) {
 }
 
 TEST(EquipmentInformation, TextOf101CharactersIsReportedAndStays) {
-  const std::string longest(EQUIPMENT_INFO_MAX_STR_LEN, 'x');
   EquipmentInformation e;
-  const CapturedAsserts asserts;
-  const auto setAll = [&e](const char* text) {
-    e.setSoftwareVersion(text);
-    e.setModelIdStr(text);
-    e.setModelSerialNumber(text);
-    e.setModuleSerialNumber(text);
-  };
-  setAll(longest.c_str());
-  setAll(nullptr);
-  EXPECT_TRUE(asserts.reports().empty());
-  setAll((longest + "y").c_str());
+  CapturedAsserts asserts;
+  for (const std::size_t size : {100u, 101u}) {
+    EXPECT_TRUE(asserts.reports().empty());
+    const std::string text(size, 'x');
+    for (const auto set : {&EquipmentInformation::setSoftwareVersion, &EquipmentInformation::setModelIdStr,
+                           &EquipmentInformation::setModelSerialNumber, &EquipmentInformation::setModuleSerialNumber}) {
+      if (size == 100) (e.*set)(nullptr);
+      (e.*set)(text.c_str());
+    }
+  }
   const std::string tooLong = ".length() <= EQUIPMENT_INFO_MAX_STR_LEN|libcrossplatform/common/EquipmentInformation|";
   EXPECT_EQ(asserts.reports(),
             (std::vector<std::string>{"_softwareVersion" + tooLong + "63", "_modelIdStr" + tooLong + "78",
                                       "_modelSerialNumber" + tooLong + "84", "_moduleSerialNumber" + tooLong + "99"}));
-  // Such a text from outside is no programming error.
   asserts.reports().clear();
   EquipmentInformation fromBytes, fromText;
   EXPECT_EQ(readFrom(fromBytes, bytesOf(e)), 0);
-  EXPECT_TRUE(readRoot(fromText, e.toJson(level(2))));
-  EXPECT_TRUE(fromBytes == e && fromText == e && asserts.reports().empty());
+  EXPECT_TRUE(fromText.fromJson(e.toJson(level(2)), nullptr));
+  EXPECT_TRUE(fromBytes == e && fromText == e && asserts.reports().empty()) << "from outside no programming error";
 }
 
-TEST(EquipmentInformation, EveryMemberCountsInItsComparison) {
-  const std::set<std::string> ofMain = {"softwareVersion", "modelIdStr", "modelHardwareRevision", "modelSerialNumber"};
+TEST(EquipmentInformation, EveryMemberCountsInItsComparisonAndItsAbsenceIsLogged) {
+  const std::string ofMain = "softwareVersion modelIdStr modelHardwareRevision modelSerialNumber";
   const EquipmentInformation before = sample();
-  Json::Value other;
-  for (const char* key : TEXT_KEYS) other[key] = "other";
-  for (const char* key : INT_KEYS) other[key] = 9;
-  for (const char* key : TIME_KEYS) other[key] = "20010101-0000";
-  for (const std::string& key : other.getMemberNames()) {
+  const Json::Value document = before.toJson(level(2));
+  const CapturedLog log;
+  const auto isRead = [&log](EquipmentInformation& e, const Json::Value& json) {
+    log.lines().clear();
+    return e.fromJson(json, nullptr);
+  };
+  EquipmentInformation e;
+  Json::Value json;
+  for (const std::string& key : document.getMemberNames()) {
     SCOPED_TRACE(key);
-    Json::Value json = before.toJson(level(2));
-    json[key] = other[key];
+    json = document;
+    json.removeMember(key);
+    if (key == "_classVersion") continue;
+    EXPECT_FALSE(isRead(e, json));
+    ASSERT_EQ(log.lines().size(), 1u);
+    const std::string place = " in libcrossplatform/common/EquipmentInformation line ";
+    EXPECT_EQ(log.lines()[0].find("13|1|fromJson failed for " + key + place), 0u) << log.lines()[0];
+    if (key == "_className") continue;
+    const bool isTime = document[key].asString().find("-0") == 8;
+    json[key] = document[key].isInt() ? Json::Value(9) : Json::Value(isTime ? "20010101-0000" : "other");
     EquipmentInformation after;
-    EXPECT_TRUE(readRoot(after, json));
-    EXPECT_EQ(before.isMainSameAs(after), ofMain.count(key) == 0);
-    EXPECT_EQ(before.isModuleSameAs(after), ofMain.count(key) != 0);
+    EXPECT_TRUE(isRead(after, json));
+    EXPECT_EQ(before.isMainSameAs(after), ofMain.find(key) == std::string::npos);
+    EXPECT_EQ(before.isModuleSameAs(after), ofMain.find(key) != std::string::npos);
     EXPECT_EQ(before.isSoftwareVersionSameAs(after), key != "softwareVersion");
     EXPECT_FALSE(before == after);
   }
+  json = document;
+  json["_className"] = "equipmentInformation";
+  EXPECT_TRUE(!isRead(e, json) && log.lines().empty()) << "another class is not logged";
+  EXPECT_FALSE(isRead(e, "EquipmentInformation")) << "it is not taken for its own \"_className\"";
+  EXPECT_TRUE(e.fromJson(document, "equipment") && e == before) << "without the member it names, the value is read";
+  log.lines().clear();
+  EXPECT_FALSE(e.fromJson(static_cast<const Json::Value*>(nullptr), "equipment"));
+  EXPECT_TRUE(e == EquipmentInformation()) << "a null pointer clears, unlike other failures";
+  EXPECT_EQ(log.lines().size(), 1u);
 }
 
 TEST(EquipmentInformation, ProbeKeepsItsFirmwareVersionAsAdapterSerialNumber) {
@@ -133,59 +139,13 @@ TEST(EquipmentInformation, JsonBothWays) {
             R"("moduleSerialNumber":"S-2002","softwareVersion":"6.4.1"})");
   for (const int n : {0, 1, 2}) EXPECT_EQ(dumpOf(e, n), Dump::toJsonString(e));
   Json::Value json = e.toJson(level(2));
-  EXPECT_TRUE(readRoot(read, json));
-  EXPECT_TRUE(read == e);
   json["liaCalibrationTime"] = "20400101-0000";
-  EXPECT_EQ(readRoot(read, json), sizeof(time_t) > 4) << "a time past 2038 where time_t has 32 bits";
+  EXPECT_EQ(read.fromJson(json, nullptr), sizeof(time_t) > 4) << "a time past 2038 where time_t has 32 bits";
   for (const int id : {201, 1, 999, 0, -1}) {
     e.setLiaId(id);
     json = e.toJson(level(2));
     EXPECT_EQ(json["liaId"], "") << id << " has no part number";
-    EXPECT_TRUE(readRoot(read, json));
+    EXPECT_TRUE(read.fromJson(json, nullptr));
     EXPECT_EQ(read.getLiaId(), 0);
   }
-}
-
-TEST(EquipmentInformation, JsonOfAnyShape) {
-  const CapturedLog log;
-  EquipmentInformation before = sample();
-  before.setSoftwareVersion("another");
-  const Json::Value document = sample().toJson(level(2));
-  std::vector<JsonPlace> places = {{"_className", JSON_NONE}, {"_classVersion", JSON_MISSING | JSON_INT_READER}};
-  for (const char* key : TEXT_KEYS) places.push_back({key, JSON_STRING_READER});
-  for (const char* key : INT_KEYS) places.push_back({key, JSON_INT_READER});
-  for (const char* key : TIME_KEYS) places.push_back({key, JSON_NONE});
-  expectJsonShapes(before, document, JSON_NONE, places, readRoot);
-  expectJsonRead(before, "EquipmentInformation", false, readRoot);  // is not taken for its own "_className"
-
-  // Without the member it names, the value itself is read: here one that is no record.
-  Json::Value wrapped;
-  wrapped["equipment"] = document;
-  const auto readMember = [](EquipmentInformation& e, const Json::Value& v) { return e.fromJson(v, "equipment"); };
-  expectJsonShapes(before, wrapped, JSON_NONE, {{"equipment", JSON_NONE}}, readMember);
-  expectJsonRead(before, document, true, readMember);
-}
-
-TEST(EquipmentInformation, FirstKeyThatFailsIsLoggedButNoOtherClass) {
-  const Json::Value document = sample().toJson(level(2));
-  const CapturedLog log;
-  EquipmentInformation e = sample();
-  for (const std::string& key : document.getMemberNames()) {
-    if (key == "_classVersion") continue;
-    log.lines().clear();
-    Json::Value changed = document;
-    changed.removeMember(key);
-    EXPECT_FALSE(readRoot(e, changed));
-    ASSERT_EQ(log.lines().size(), 1u) << key;
-    const std::string place = " in libcrossplatform/common/EquipmentInformation line ";
-    EXPECT_EQ(log.lines()[0].find("13|1|fromJson failed for " + key + place), 0u) << log.lines()[0];
-  }
-  log.lines().clear();
-  Json::Value another = document;
-  another["_className"] = "equipmentInformation";
-  EXPECT_FALSE(readRoot(e, another));
-  EXPECT_TRUE(log.lines().empty());
-  EXPECT_FALSE(e.fromJson(static_cast<const Json::Value*>(nullptr), "equipment"));
-  EXPECT_TRUE(e == EquipmentInformation()) << "a null pointer clears, unlike other failures";
-  EXPECT_EQ(log.lines().size(), 1u);
 }

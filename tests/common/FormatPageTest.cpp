@@ -34,14 +34,9 @@ TEST(FormatPage, ResultFileReadsAsItsRemarksSay) {
   const Bytes file = bytesOnPage("result-file");
   ResultSummary summary;
   ASSERT_EQ(readResultSummary(summary, file.data(), static_cast<unsigned>(file.size())), RESULT_READER_OK);
-  EXPECT_EQ(summary.resultName, "A-017");
-  EXPECT_EQ(summary.resultType, RESULT_TYPE_COPPER);
-  EXPECT_EQ(summary.timeStamp, 1706692500);
-  EXPECT_EQ(summary.status, STATUS_PASS_STAR);
-  EXPECT_EQ(summary.length.toString(), "45.2");
-  EXPECT_EQ(summary.headroom.toString(), "< 1.3");
-  EXPECT_EQ(summary.testFlags, 0x80000001u);
-  EXPECT_EQ(summary.numPassTests, 12);
-  EXPECT_EQ(summary.numPassStarTests, 1);
-  EXPECT_EQ(summary.numFailTests, 0);
+  EXPECT_EQ(summary,
+            ResultSummary("A-017", RESULT_TYPE_COPPER, 1706692500, STATUS_PASS_STAR,
+                          DisplayMeas(ScaledInt::fromRaw(452, ScaledInt::SCALED_TO_TENTHS), DISPLAY_TYPE_VALUE),
+                          DisplayMeas(ScaledInt::fromRaw(13, ScaledInt::SCALED_TO_TENTHS), DISPLAY_TYPE_LESS_THAN),
+                          0x80000001u, 12, 1, 0));
 }

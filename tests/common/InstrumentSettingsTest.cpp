@@ -2,7 +2,7 @@
 
 #include <libcrossplatform/common/jsonutil.h>
 
-#include "JsonShapes.h"
+#include "RecordTesting.h"
 
 using namespace RecordTesting;
 using namespace Veltra;
@@ -46,10 +46,8 @@ TEST(InstrumentSettings, Wire) {
 
 TEST(InstrumentSettings, OlderClassVersionsFillTheirOwnMembersOnly) {
   InstrumentSettings s = sampleSettings();
-  const std::size_t hostName = 4 + s.hostName.size();
-  const std::size_t timeZone = 4 + s.timeZone.size();
-  const Bytes v2 = ofClassVersion(bytesOf(s), 2, hostName);
-  const Bytes v1 = ofClassVersion(bytesOf(s), 1, hostName + timeZone);
+  const std::size_t hostName = 4 + s.hostName.size(), timeZone = 4 + s.timeZone.size();
+  const Bytes v2 = ofClassVersion(bytesOf(s), 2, hostName), v1 = ofClassVersion(bytesOf(s), 1, hostName + timeZone);
   expectGoldenBytes(v2, "instrument_settings_v2");
   expectGoldenBytes(v1, "instrument_settings_v1");
 
@@ -69,38 +67,18 @@ TEST(InstrumentSettings, MissingChoicesAreUnknownAndOtherMissingMembersAreTheFac
   for (const unsigned choice : {0u, 1u, 4u, 5u, 6u, 7u, 8u, 9u, 10u, 14u}) {
     expected[Marshal::Header::BYTES + choice] = 0xFF;
   }
-  Json::Value nullMember;
-  nullMember["Instrument"] = Json::Value();
-  for (const Json::Value& root : {Json::Value(), Json::Value(Json::objectValue), nullMember, document("other", 1)}) {
+  for (const Json::Value& root : {Json::Value(), document("other", 1)}) {
     InstrumentSettings s = sampleSettings();
     EXPECT_TRUE(s.fromJson(&root));
     EXPECT_EQ(bytesOf(s), expected) << root.toStyledString();
   }
 }
 
-TEST(InstrumentSettings, JsonOfAnyShape) {
-  const CapturedLog log;
-  const InstrumentSettings before = sampleSettings();
-  EXPECT_EQ(dumpOf(before), Dump::toJsonString(before));
-  expectEveryJsonMemberCounts(before, InstrumentSettings());
-  Json::Value changed = InstrumentSettings().toJson(level(2));
-  EXPECT_EQ(changed["Instrument"].size(), 23u);
-  changed["Instrument"]["resultStorageLocation"] = "MMC";
-  constexpr unsigned NUMBER = JSON_BOOL | JSON_INT | JSON_NEGATIVE | JSON_REAL | JSON_ABSENT;
-  std::vector<JsonPlace> places = {{"Instrument", JSON_OBJECT | JSON_ABSENT}};
-  const std::vector<std::string> keys = changed["Instrument"].getMemberNames();
-  for (const std::string& key : keys) {
-    const Json::Value& value = changed["Instrument"][key];
-    places.push_back({"Instrument/" + key, value.isBool() ? JSON_TO_BOOL : value.isInt() ? NUMBER : JSON_TO_TEXT});
-  }
-  expectJsonShapes(before, changed, JSON_OBJECT | JSON_NULL, places,
-                   [](InstrumentSettings& s, const Json::Value& v) { return s.fromJson(&v); });
-}
-
 TEST(InstrumentSettings, JsonOddities) {
   const CapturedAsserts asserts;  // choices the documents do not name are shown as their fallbacks
   const CapturedLog log;
   InstrumentSettings s = sampleSettings();
+  EXPECT_EQ(dumpOf(s), Dump::toJsonString(s));
   EXPECT_FALSE(s.fromJson(nullptr));
   EXPECT_EQ(s, sampleSettings()) << "a null pointer does nothing";
 
@@ -120,13 +98,10 @@ TEST(InstrumentSettings, JsonOddities) {
   EXPECT_EQ(log.lines()[0].find("13|1|fromJson failed for resultStorageLocation in libcrossplatform/common/"), 0u);
 }
 
-TEST(SettingsFactory, BuildsTheRecordTheIdNames) {
+TEST(SettingsFactory, BuildsTheRecordTheIdNamesOrSaysWhyNothingCameOut) {
   EXPECT_EQ(Settings::create(0x510004)->getSettingsType(), 0u);
   EXPECT_EQ(Settings::create(0x51000b)->getSettingsType(), 2u);
   for (const unsigned id : {0u, 0x510003u, 0x51000au, 0x500004u, 0xFFFFFFFFu}) EXPECT_EQ(Settings::create(id), nullptr);
-}
-
-TEST(SettingsFactory, RebuildsFromBytesOrSaysWhyNothingCameOut) {
   InstrumentSettings instrument = sampleSettings();
   const Bytes good = bytesOf(instrument);
   Bytes longer = good;

@@ -3,21 +3,9 @@
 #include <cmath>
 #include <tuple>
 
-#include "RecordTesting.h"
+#include <gtest/gtest.h>
 
-using namespace RecordTesting;
 using namespace Veltra;
-
-TEST(Length, ReportsAPrecisionOutsideTheList) {
-  const std::vector<std::string> invalid = {"Invalid length rounded to|libcrossplatform/common/Length|30"};
-  const CapturedAsserts asserts;
-  for (int n = -10; n <= 10; ++n) {
-    const bool valid = n >= -2 && n <= 2;
-    asserts.reports().clear();
-    toString(static_cast<LengthRoundedTo>(n));
-    EXPECT_EQ(asserts.reports(), valid ? std::vector<std::string>() : invalid);
-  }
-}
 
 TEST(Length, RoundsHalfAwayFromZeroAtEveryPrecision) {
   // Metres, decimals; the length in metres and feet, each with its digits.

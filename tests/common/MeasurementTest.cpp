@@ -1,7 +1,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
-#include <map>
+#include <sstream>
 #include <tuple>
 
 #include <libcrossplatform/common/ToleranceMeas.h>
@@ -26,64 +26,48 @@ std::string shown(const ScaledInt& v) {
   return std::to_string(v.getRaw()) + "/" + std::to_string(v.getScaledTo());
 }
 
-const ScaledInt NAN_TENTHS = raw(ScaledInt::RAW_NOT_A_NUMBER, 1);
-const ScaledInt PLUS_INF = raw(ScaledInt::RAW_PLUS_INFINITY, 2);
-const ScaledInt MINUS_INF = raw(ScaledInt::RAW_MINUS_INFINITY, 3);
+ToleranceMeas tol(float value, int type, float pos, float neg) {
+  return ToleranceMeas(ScaledInt(value, ScaledInt::SCALED_TO_TENTHS), static_cast<DisplayType>(type), pos, neg);
+}
 
-/// A second model of the arithmetic: kinds by letter, finite values exact in ten-thousandths.
-char kindOf(const ScaledInt& v) {
-  if (v.getRaw() == -2147483647) return 'N';
-  if (v.getRaw() == 2147483647) return 'P';
-  return v.getRaw() == -2147483646 ? 'M' : 'F';
-}
-int64_t exactly(const ScaledInt& v) {
-  int64_t value = v.getRaw();
-  for (int scale = v.getScaledTo(); scale < 4; ++scale) value *= 10;
-  return value;
-}
-std::string finite(int64_t exact, int scale) {
-  for (int i = scale; i < 4; ++i) exact /= 10;
-  return std::to_string(exact) + "/" + std::to_string(scale);
+std::string shown(const ToleranceMeas& m) {
+  return "[" + std::to_string(m.type) + " " + m.toString() + "]";
 }
 
 }  // namespace
 
-TEST(ScaledInt, ComparesAndCombinesEveryKindWithEveryOther) {
-  // Rows: the kind of a, columns: that of b, both in the order N P M F. Operands a and b, kinds with scale 0.
-  const std::string order = "NPMF", sums = "aaaa aPNP aNMM aPM.", differences = "aaaa bNaa baNa bbb.";
-  const std::string less = "MP MF FP", same = " MM PP";
-  const ScaledInt values[] = {NAN_TENTHS, PLUS_INF,     MINUS_INF,   raw(ScaledInt::RAW_PLUS_INFINITY, 0),
-                              raw(0, 0),  raw(12, -1),  raw(120, 0), raw(1200000, 4),
-                              raw(-3, 1), raw(-300, 3), raw(5, 2),   raw(-12, -1),
-                              raw(7, 0),  raw(-7, 0),   raw(1, 4),   raw(ScaledInt::RAW_MINUS_INFINITY, 1)};
-  for (const ScaledInt& a : values) {
-    for (const ScaledInt& b : values) {
-      SCOPED_TRACE(shown(a) + " and " + shown(b));
-      const std::string kinds = {kindOf(a), kindOf(b)};
-      const bool both = kinds == "FF";
-      const auto holds = [&](const std::string& pairs, bool exact) {
-        return both ? exact : pairs.find(kinds) != std::string::npos;
-      };
-      EXPECT_EQ(a < b, holds(less, exactly(a) < exactly(b)));
-      EXPECT_EQ(a <= b, holds(less + same, exactly(a) <= exactly(b)));
-      EXPECT_EQ(a == b, holds(same, exactly(a) == exactly(b)));
+// Every kind of number, bound and tolerance with every other: the results are in the golden file.
+TEST(Measurements, CombineAsTheTableSays) {
+  std::ostringstream table;
+  constexpr std::pair<int32_t, int> VALUES[] = {{-2147483647, 1}, {2147483647, 2}, {-2147483646, 3}, {2147483647, 0},
+                                                {0, 0},           {12, -1},        {120, 0},         {1200000, 4},
+                                                {-3, 1},          {-300, 3},       {5, 2},           {-12, -1},
+                                                {7, 0},           {-7, 0},         {1, 4},           {-2147483646, 1}};
+  for (const auto& [rawOfA, scaleOfA] : VALUES) {
+    for (const auto& [rawOfB, scaleOfB] : VALUES) {
+      const ScaledInt a = raw(rawOfA, scaleOfA), b = raw(rawOfB, scaleOfB);
+      table << shown(a) << " and " << shown(b) << (a < b ? " <" : "") << (a <= b ? " <=" : "") << (a == b ? " ==" : "")
+            << ": sum " << shown(a + b) << " difference " << shown(a - b) << " average " << shown(a.avg(b))
+            << " smaller " << shown(min(a, b)) << " larger " << shown(max(a, b)) << '\n';
       EXPECT_TRUE((a > b) == (b < a) && (a >= b) == (b <= a) && (a != b) == !(a == b));
-
-      const int scale = std::max(a.getScaledTo(), b.getScaledTo());
-      const std::map<char, std::string> results = {
-          {'a', shown(a)}, {'b', shown(b)}, {'N', "-2147483647/0"}, {'P', "2147483647/0"}, {'M', "-2147483646/0"}};
-      const auto expected = [&](const std::string& table, const std::string& finiteResult) {
-        return both ? finiteResult : results.at(table[5 * order.find(kinds[0]) + order.find(kinds[1])]);
-      };
-      EXPECT_EQ(shown(a + b), expected(sums, finite(exactly(a) + exactly(b), scale)));
-      EXPECT_EQ(shown(a - b), expected(differences, finite(exactly(a) - exactly(b), scale)));
-      const int64_t sum = std::stoll(finite(exactly(a) + exactly(b), scale));
-      const int64_t half = (sum + (sum > 0) - (sum < 0)) / 2;  // halves away from zero
-      EXPECT_EQ(shown(a.avg(b)), expected(sums, std::to_string(half) + "/" + std::to_string(scale)));
-      EXPECT_EQ(shown(min(a, b)), shown(kinds[0] == 'N' || (kinds[1] != 'N' && !(a < b)) ? b : a));
-      EXPECT_EQ(shown(max(a, b)), shown(kinds[0] == 'N' || (kinds[1] != 'N' && a < b) ? b : a));
     }
   }
+  for (const int mine : {-1, 0, 1, 2, 3, 4, 7}) {
+    for (const int others : {-1, 0, 1, 2, 3, 4, 7}) {
+      for (const float number : {1.0f, 2.0f, 3.0f}) {
+        const ToleranceMeas a = tol(number, mine, 3, 0), b = tol(2, others, 4, 1);
+        DisplayMeas low(a.value, a.type), high = low;
+        const DisplayMeas next(b.value, b.type);
+        low.mergeLowest(next);
+        high.mergeHighest(next);
+        table << shown(a) << " and " << shown(b) << ": lowest " << low.type << ' ' << shown(low.value) << " highest "
+              << high.type << ' ' << shown(high.value) << " larger " << shown(max(a, b)) << " smaller "
+              << shown(minTolerance(a, b)) << " difference " << shown(subtractWithQuadratureTolerance(a, b)) << " sum "
+              << shown(addLossToleranceMeas(a, b)) << '\n';
+      }
+    }
+  }
+  expectGoldenText(table.str(), "measurements");
 }
 
 TEST(ScaledInt, AlignmentWrapsAndReportsScalesTooFarApart) {
@@ -140,9 +124,9 @@ TEST(ScaledInt, ConvertsToFloats) {
   EXPECT_EQ(raw(125, 2).toFloat(), 1.25f);
   EXPECT_EQ(raw(12, -1).scalingValue(), 0.1f);
   EXPECT_EQ(raw(12, -1).toDouble(), 12.0 / static_cast<double>(0.1f)) << "the scale is a float";
-  EXPECT_EQ(PLUS_INF.toDouble(), static_cast<double>(INF));
-  EXPECT_EQ(MINUS_INF.toFloat(), -INF);
-  EXPECT_TRUE(std::isnan(NAN_TENTHS.toDouble()));
+  EXPECT_EQ(raw(2147483647, 2).toDouble(), static_cast<double>(INF));
+  EXPECT_EQ(raw(-2147483646, 3).toFloat(), -INF);
+  EXPECT_TRUE(std::isnan(raw(-2147483647, 1).toDouble()));
 }
 
 TEST(Measurements, Wire) {
@@ -154,6 +138,7 @@ TEST(Measurements, Wire) {
     expectValue(record, {});
     expectRoundTrip(record);
     expectEveryPrefixRefused(record);
+    expectEveryByteCounts(record);
     EXPECT_EQ(readFrom(record, withByte(bytes, 0, 0)), 0) << "version 0";
     EXPECT_EQ(readFrom(record, withByte(bytes, 0, 2)), -5);
     EXPECT_EQ(bytesOf(record), bytes) << "nothing further is read";
@@ -185,40 +170,10 @@ TEST(DisplayMeas, ShowsAndReadsBounds) {
   for (const int type : {-1, 5, 127}) EXPECT_EQ(DisplayMeas(raw(1, 0), static_cast<DisplayType>(type)).toString(), "");
 }
 
-TEST(DisplayMeas, MergesEveryTypeWithEveryOther) {
-  const std::string types = "012347";
-  // Rows: this type; columns: the other's. For the highest the two bounds, 2 and 3, change places.
-  const std::string lowest[] = {"012347", "112347", "222342", "333343", "444444", "777747"};
-  const auto opposite = [](char type) { return type == '2' ? '3' : type == '3' ? '2' : type; };
-  for (const char mine : types) {
-    for (const char others : types) {
-      for (const int32_t number : {1, 3}) {
-        SCOPED_TRACE(testing::Message() << mine << " with " << others << ", value " << number);
-        const DisplayMeas a(raw(number, 0), static_cast<DisplayType>(mine - '0'));
-        const DisplayMeas b(raw(20, 1), static_cast<DisplayType>(others - '0'));
-        DisplayMeas low = a, high = a;
-        low.mergeLowest(b);
-        high.mergeHighest(b);
-        EXPECT_EQ('0' + low.type, lowest[types.find(mine)][types.find(others)]);
-        EXPECT_EQ('0' + high.type, opposite(lowest[types.find(opposite(mine))][types.find(opposite(others))]));
-        const bool given = others != '0' && others != '4';
-        const bool taken = given && mine == '0', compared = given && mine >= '1' && mine <= '3';
-        EXPECT_EQ(shown(low.value), taken || (compared && number == 3) ? "20/1" : shown(a.value));
-        EXPECT_EQ(shown(high.value), taken || (compared && number == 1) ? "20/1" : shown(a.value));
-      }
-    }
-  }
-}
-
 namespace {
 
-ToleranceMeas tol(float value, int type, float pos, float neg) {
-  return ToleranceMeas(ScaledInt(value, ScaledInt::SCALED_TO_TENTHS), static_cast<DisplayType>(type), pos, neg);
-}
-
 void expectMeas(const ToleranceMeas& m, const ToleranceMeas& expected) {
-  EXPECT_TRUE(m.isSameAs(expected)) << m.toString() << " type " << m.type << ", not " << expected.toString() << " type "
-                                    << expected.type;
+  EXPECT_TRUE(m.isSameAs(expected)) << shown(m) << ", not " << shown(expected);
 }
 
 }  // namespace
@@ -244,11 +199,7 @@ TEST(ToleranceMeas, TextsAndEquality) {
   EXPECT_EQ(Dump::toJsonString(m, {}, false),
             "{\"negTolerance\":\"nan\",\"posTolerance\":\"0.25\",\"value\":\"> 5.0\"}");
   EXPECT_TRUE(m == m && ToleranceMeas() == ToleranceMeas()) << "not-a-number, too";
-  for (const ToleranceMeas& other :
-       {tol(6, 2, 0.25f, NONE), tol(5, 1, 0.25f, NONE), tol(5, 2, 0.5f, NONE), tol(5, 2, NONE, NONE),
-        tol(5, 2, 0.25f, 0), ToleranceMeas(raw(50, 2), DISPLAY_TYPE_GREATER_THAN, 0.25f, NONE)}) {
-    EXPECT_TRUE(m != other);
-  }
+  EXPECT_TRUE(m != ToleranceMeas(raw(50, 2), DISPLAY_TYPE_GREATER_THAN, 0.25f, NONE));
 }
 
 TEST(ToleranceMeas, AbsoluteValueTakesReservedValuesAsPlainIntegers) {
@@ -257,49 +208,17 @@ TEST(ToleranceMeas, AbsoluteValueTakesReservedValuesAsPlainIntegers) {
   EXPECT_EQ(shown(tol(-INF, 1, 0, 0).abs().value), "2147483646/1");
 }
 
-TEST(ToleranceMeas, SubtractsAReference) {
+TEST(ToleranceMeas, CombinesTolerancesAndWhatIsNoNumber) {
   EXPECT_EQ(subtractWithQuadratureTolerance(tol(1, 1, 0.1f, 1e-3f), tol(1, 1, 0.7f, 3.0f)).posTolerance,
             std::sqrt(std::fmaf(0.1f, 0.1f, 0.7f * 0.7f)));
-  for (int a = -1; a <= 5; ++a) {
-    for (int b = -1; b <= 5; ++b) {
-      SCOPED_TRACE(testing::Message() << a << " less " << b);
-      const ToleranceMeas left = tol(5, a, 3, 0), right = tol(2, b, 4, 1);
-      const ToleranceMeas expected = a == 0   ? left
-                                     : b == 0 ? right
-                                     : a == 4 ? left
-                                     : b == 4 ? right
-                                     : b == 3 ? tol(3, 2, 1, 4)
-                                     : b == 2 ? tol(3, 3, 1, 4)
-                                              : tol(3, 1, 5, 1);
-      expectMeas(subtractWithQuadratureTolerance(left, right), expected);
-    }
-  }
-}
-
-TEST(ToleranceMeas, AddsLosses) {
-  const ToleranceMeas none = tol(NONE, 4, 1, 0), a = tol(1, 3, 0.2f, NONE), b = tol(2, 2, 0.1f, 0.3f);
-  expectMeas(addLossToleranceMeas(a, b), tol(3, 1, 0.2f, 0.3f));
+  const ToleranceMeas none = tol(NONE, 0, 1, 1), noLoss = tol(NONE, 4, 1, 0), a = tol(1, 3, 0.2f, NONE);
+  expectMeas(addLossToleranceMeas(a, tol(2, 2, 0.1f, 0.3f)), tol(3, 1, 0.2f, 0.3f));
   expectMeas(addLossToleranceMeas(a, a), tol(2, 3, 0.2f, NONE));
-  expectMeas(addLossToleranceMeas(none, a), a);
-  expectMeas(addLossToleranceMeas(a, none), a);
-}
-
-TEST(ToleranceMeas, PicksTheLargerAndTheSmaller) {
-  const ToleranceMeas none = tol(NONE, 0, 1, 1), one = tol(1, 1, 1, 1);
-  expectMeas(max(none, one), one);
-  expectMeas(max(one, none), one);
-  expectMeas(minTolerance(none, one), one);
-  expectMeas(minTolerance(one, none), one);
-  expectMeas(minTolerance(none, ToleranceMeas()), none);
-  for (const int typeA : {1, 2, 3}) {
-    for (const int typeB : {1, 2, 3}) {
-      for (const float valueB : {1.0f, 2.0f, 3.0f}) {
-        const ToleranceMeas a = tol(2, typeA, 1, 1), b = tol(valueB, typeB, 2, 2);
-        expectMeas(max(a, b), valueB < 2 ? a : b);
-        // A bound never takes the place of a value, a value always that of a bound.
-        const bool takesB = typeA != 2 && typeB == 2 ? false : typeA == 2 && typeB != 2 ? true : valueB < 2;
-        expectMeas(minTolerance(a, b), takesB ? b : a);
-      }
-    }
+  for (const auto& combine : {max, minTolerance}) {
+    expectMeas(combine(none, a), a);
+    expectMeas(combine(a, none), a);
   }
+  expectMeas(minTolerance(none, ToleranceMeas()), none);
+  expectMeas(addLossToleranceMeas(noLoss, a), a);
+  expectMeas(addLossToleranceMeas(a, noLoss), a);
 }

@@ -24,9 +24,9 @@ TEST(PFileSectionTypes, NamesNewestVersionsAndClassesOfEveryType) {
 }
 
 TEST(PFileReaderStatus, Codes) {
-  for (int value = -300; value < 300; ++value) {
-    EXPECT_EQ(streamOpToReaderStatus(value), value == 0 ? 0 : value == -5 || value == -6 ? 2 : 3) << value;
-  }
+  std::string codes;
+  for (int i = -8; i < 3; ++i) codes += std::to_string(streamOpToReaderStatus(i));
+  EXPECT_EQ(codes, "33223333033");
 }
 
 // The sets are the bits of these masks, whatever the table says.

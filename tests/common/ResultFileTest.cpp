@@ -55,10 +55,9 @@ struct ResultFileTest : ::testing::Test {
 }  // namespace
 
 TEST(ResultFile, Codes) {
-  for (int i = -10; i < 10; ++i) {
-    const int expected = i == 0 ? 0 : i == -5 ? 2 : i >= -6 && i <= -1 ? 3 : 4;
-    EXPECT_EQ(streamOpToReaderStatus(i), expected) << i;
-  }
+  std::string codes;
+  for (int i = -8; i < 3; ++i) codes += std::to_string(streamOpToReaderStatus(i));
+  EXPECT_EQ(codes, "44323333044");
 }
 
 TEST_F(ResultFileTest, StatusesOfBothForms) {
@@ -152,7 +151,8 @@ TEST_F(ResultFileTest, EveryFlippedBitIsNoticedAndEveryCutHasItsCode) {
     expectPlace(bit / 8);
     EXPECT_EQ(statuses[2] == 0, bit / 8 >= afterSummary) << "bit " << bit;
   }
-  for (std::size_t n = 1; n < good.size(); ++n) {
+  for (const std::size_t n : {std::size_t{23}, std::size_t{25}, behindSummary - 1, behindSummary, behindSummary + 19,
+                              behindSummary + 20, good.size() - 1}) {
     const Statuses statuses = statusesOf(Bytes(&good[0], &good[n]));
     EXPECT_EQ(statuses[1] == 0, n >= afterSummary && n < afterSummary + 20) << "a cut header reads as the end: " << n;
     EXPECT_EQ(statuses[2] == 0, n >= afterSummary) << n;

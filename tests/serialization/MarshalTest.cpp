@@ -11,23 +11,21 @@ using namespace RecordTesting;
 
 namespace {
 
-/// Place of a virtual operation in the order of its interface, from 1; the two destructors stand before it.
-template <class Operation>
-std::size_t slotOf(Operation operation) {
-  std::uintptr_t words[2];
-  static_assert(sizeof operation == sizeof words);
-  std::memcpy(words, &operation, sizeof words);
-#if defined(__arm__) || defined(__aarch64__)
-  EXPECT_EQ(words[1] & 1, 1u) << "not virtual";
-  return words[0] / sizeof(void*) - 1;
-#else
-  EXPECT_EQ(words[0] & 1, 1u) << "not virtual";
-  return (words[0] - 1) / sizeof(void*) - 1;
-#endif
-}
-
+/// Places of virtual operations in the order of their interface, from 1; the two destructors stand before it.
 template <class... Operations>
 std::vector<std::size_t> slotsOf(Operations... operations) {
+  const auto slotOf = [](auto operation) {
+    std::uintptr_t words[2];
+    static_assert(sizeof operation == sizeof words);
+    std::memcpy(words, &operation, sizeof words);
+#if defined(__arm__) || defined(__aarch64__)
+    EXPECT_EQ(words[1] & 1, 1u) << "not virtual";
+    return words[0] / sizeof(void*) - 1;
+#else
+    EXPECT_EQ(words[0] & 1, 1u) << "not virtual";
+    return (words[0] - 1) / sizeof(void*) - 1;
+#endif
+  };
   return {slotOf(operations)...};
 }
 
@@ -158,13 +156,11 @@ TEST(MarshalHeader, TwelveBytesAndTheirCodes) {
   }
   uint32_t id = 7;
   ByteStreamReader cut(good.data(), 11);
-  EXPECT_EQ(peekHeaderSerialTypeID(cut, id), -3);
-  PlainReader withoutPosition(good);
-  EXPECT_EQ(peekHeaderSerialTypeID(withoutPosition, id), -3);
-  EXPECT_EQ(withoutPosition.consumed(), 0u);
-  PlainReader withoutSeek(good.data(), 13, true);
-  EXPECT_EQ(peekHeaderSerialTypeID(withoutSeek, id), -3);
-  EXPECT_EQ(id, 7u);
+  PlainReader withoutPosition(good), withoutSeek(good.data(), 13, true);
+  for (IObjectReader* const in : std::initializer_list<IObjectReader*>{&cut, &withoutPosition, &withoutSeek}) {
+    EXPECT_EQ(peekHeaderSerialTypeID(*in, id), -3);
+  }
+  EXPECT_TRUE(withoutPosition.consumed() == 0 && id == 7);
 }
 
 TEST(MarshalHeader, ChecksTheIdBeforeTheVersionAndThenTheLength) {
@@ -184,12 +180,13 @@ TEST(MarshalHeader, ChecksTheIdBeforeTheVersionAndThenTheLength) {
 }
 
 TEST(Marshal, NamesOfIds) {
-  const char* const names[] = {
-      "", "ResultMetadata",    "ResultMetadataList", "EquipmentInformation", "InstrumentSettings",
-      "", "FolderMetadataList"};
-  for (uint32_t id = 0; id < 0x10000; ++id) {
-    EXPECT_STREQ(veltraCommonIdToString(0x510000 + id), id < 7 ? names[id] : "") << id;
-    EXPECT_STREQ(veltraCommonIdToString(0x410000 + id), "");
+  std::string names;
+  for (uint32_t id = 0; id < 0x520000; ++id) {
+    const char* const name = veltraCommonIdToString(id);
+    if (*name != '\0') names += std::to_string(id) + name + " ";
   }
+  EXPECT_EQ(names,
+            "5308417ResultMetadata 5308418ResultMetadataList 5308419EquipmentInformation "
+            "5308420InstrumentSettings 5308422FolderMetadataList ");
   EXPECT_STREQ(veltraSystemIdToString(0x51), "");
 }
