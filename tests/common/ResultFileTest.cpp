@@ -151,8 +151,8 @@ TEST_F(ResultFileTest, EveryFlippedBitIsNoticedAndEveryCutHasItsCode) {
     expectPlace(bit / 8);
     EXPECT_EQ(statuses[2] == 0, bit / 8 >= afterSummary) << "bit " << bit;
   }
-  for (const std::size_t n : {std::size_t{23}, std::size_t{25}, behindSummary - 1, behindSummary, behindSummary + 19,
-                              behindSummary + 20, good.size() - 1}) {
+  for (const std::size_t n : {std::size_t{23}, std::size_t{25}, afterSummary - 1, afterSummary, afterSummary + 19,
+                              afterSummary + 20, good.size() - 1}) {
     const Statuses statuses = statusesOf(Bytes(&good[0], &good[n]));
     EXPECT_EQ(statuses[1] == 0, n >= afterSummary && n < afterSummary + 20) << "a cut header reads as the end: " << n;
     EXPECT_EQ(statuses[2] == 0, n >= afterSummary) << n;
