@@ -1,3 +1,4 @@
+#include <libcrossplatform/common/RecordTypes.h>
 #include <libcrossplatform/common/ResultFile.h>
 
 #include <sstream>
@@ -44,4 +45,16 @@ TEST(FormatPage, ResultFileReadsAsItsRemarksSay) {
   EXPECT_EQ(summary.numPassTests, 12);
   EXPECT_EQ(summary.numPassStarTests, 1);
   EXPECT_EQ(summary.numFailTests, 0);
+}
+
+TEST(FormatPage, HasEveryRecordUnderItsNameWithItsId) {
+  const Bytes bytes = fileBytes(VELTRA_SOURCE_DIR "/docs/format.md");
+  const std::string page(bytes.begin(), bytes.end());
+  for (const RecordType& type : recordTypes()) {
+    std::ostringstream id;
+    id << " id 0x" << std::hex << type.id;
+    const std::size_t at = page.find(std::string("\n### ") + type.name + "\n");
+    ASSERT_NE(at, std::string::npos) << type.name;
+    EXPECT_LT(page.find(id.str(), at), page.find("\n###", at + 1)) << type.name;
+  }
 }
