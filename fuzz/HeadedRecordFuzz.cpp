@@ -5,8 +5,11 @@
 #include <libcrossplatform/common/InstrumentSettings.h>
 #include <libcrossplatform/common/OrbelSettings.h>
 #include <libcrossplatform/common/OtdrSpan.h>
+#include <libcrossplatform/common/RecordTypes.h>
 #include <libcrossplatform/common/ResultSummary.h>
 #include <libcrossplatform/serialization/Header.h>
+
+#include <algorithm>
 
 #include "RecordProperties.h"
 
@@ -38,10 +41,18 @@ constexpr HeadedRecord RECORDS[] = {
     headed<FibDbus::OtdrSpan>(),
 };
 
+bool hasEveryRecord() {
+  return std::all_of(Veltra::recordTypes().begin(), Veltra::recordTypes().end(), [](const Veltra::RecordType& type) {
+    return std::any_of(std::begin(RECORDS), std::end(RECORDS), [&](const HeadedRecord& r) { return r.id == type.id; });
+  });
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
   return Fuzz::runInput(data, size, [](const Fuzz::Input& input) {
+    static const bool IS_COMPLETE = hasEveryRecord();
+    FUZZ_CHECK(IS_COMPLETE);
     if (input.size == 0) return;
     Marshal::ByteStreamReader in(input.data, input.size32());
     uint32_t id = 0;

@@ -24,7 +24,15 @@ constexpr char ELEMENT[] = "element";  // the name that list records give each e
 
 }  // namespace
 
+// Names go on to the stream below, which may record the fields itself.
+
+void TracingReader::beginField(const char* name) {
+  _in.beginField(name);
+  _name = name;
+}
+
 void TracingReader::beginRecord(const char* name) {
+  _in.beginRecord(name);
   if (_refusesOpenRuns) return;
   std::string segment = name;
   if (segment == ELEMENT) segment += "[" + std::to_string(_elements[_path]++) + "]";
@@ -32,6 +40,7 @@ void TracingReader::beginRecord(const char* name) {
 }
 
 void TracingReader::endRecord() {
+  _in.endRecord();
   if (!_path.empty()) _path.pop_back();
 }
 

@@ -34,7 +34,7 @@ class TracingReader final : public Marshal::IObjectReader {
 
   uint32_t position() const override { return _in.position(); }
   bool seekTo(uint32_t position) override { return _in.seekTo(position); }
-  void beginField(const char* name) override { _name = name; }
+  void beginField(const char* name) override;
   void beginRecord(const char* name) override;
   void endRecord() override;
   bool readBool(bool& v) override;

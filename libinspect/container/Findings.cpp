@@ -1,5 +1,6 @@
 #include <libinspect/container/Findings.h>
 
+#include <iterator>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -55,6 +56,8 @@ constexpr bool areNamedByCode() {
   return true;
 }
 static_assert(areNamedByCode());
+static_assert(std::size(FINDINGS) == (END_OF_DAMAGE - E01_NEVER_CLOSED) + (END_OF_WARNINGS - W01_NEWER_VERSION),
+              "every finding has a row");
 
 const FindingRow& rowOf(FindingCode code) {
   for (const FindingRow& row : FINDINGS) {

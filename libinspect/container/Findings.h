@@ -21,12 +21,14 @@ enum FindingCode : int {
   E08_TOO_BIG = 108,
   E09_RECORD = 109,
   E10_SCALE_WITHOUT_TEXT = 110,
+  END_OF_DAMAGE,  ///< no finding: the number after the last
   W01_NEWER_VERSION = 201,
   W02_UNKNOWN_TYPE = 202,
   W03_BYTES_AFTER_END = 203,
   W04_NEGATIVE_COUNT = 204,
   W05_WRONG_MAGIC = 205,
   W06_RECORDS_NOT_DECODED = 206,
+  END_OF_WARNINGS,
 };
 
 /// "E01" and so on.

@@ -21,12 +21,13 @@ std::size_t sequenceLength(const std::string& text, std::size_t at) {
   }
   const bool isControl = lead == 0xC2 && byte(at + 1) < 0xA0;
   const bool isOverlong = (lead == 0xE0 && byte(at + 1) < 0xA0) || (lead == 0xF0 && byte(at + 1) < 0x90);
+  const bool isAboveLast = lead == 0xF4 && byte(at + 1) >= 0x90;  // U+10FFFF
   const bool isSurrogate = lead == 0xED && byte(at + 1) >= 0xA0;
   // U+202A to U+202E and U+2066 to U+2069 reverse what follows them: a name could look like another.
   const unsigned char last = byte(at + length - 1);
   const bool isDirection = lead == 0xE2 && ((byte(at + 1) == 0x80 && last >= 0xAA && last <= 0xAE) ||
                                             (byte(at + 1) == 0x81 && last >= 0xA6 && last <= 0xA9));
-  return isControl || isOverlong || isSurrogate || isDirection ? 0 : length;
+  return isControl || isOverlong || isAboveLast || isSurrogate || isDirection ? 0 : length;
 }
 
 }  // namespace

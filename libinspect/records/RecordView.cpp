@@ -8,6 +8,7 @@
 #include <libcrossplatform/common/InstrumentSettings.h>
 #include <libcrossplatform/common/OrbelSettings.h>
 #include <libcrossplatform/common/OtdrSpan.h>
+#include <libcrossplatform/common/RecordTypes.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/Header.h>
 
@@ -110,27 +111,23 @@ void decodePackage(Marshal::IObjectReader& in, DecodedRecord& record) {
   decode<Record>(guarded, record);
 }
 
-/// The records told by their serial type id.
+/// How to decode the records of Veltra::recordTypes(), in that order.
 struct Decoder {
   uint32_t id;
-  const char* name;
   void (*decode)(Marshal::IObjectReader& in, DecodedRecord& record);
 };
 constexpr Decoder DECODERS[] = {
-    {ResultSummary::SERIAL_TYPE_ID, ResultSummary::JSON_ROOT_NAME, decode<ResultSummary>},
-    {Veltra::ResultSummaryList::SERIAL_TYPE_ID, Veltra::ResultSummaryList::JSON_ROOT_NAME, decode<ResultSummaryList>},
-    {Veltra::EquipmentInformation::SERIAL_TYPE_ID, "EquipmentInformation", decode<EquipmentInformation>},
-    {Veltra::FolderMetadataList::SERIAL_TYPE_ID, "FolderMetadataList", decode<FolderMetadataList>},
-    {FibDbus::OtdrSpan::SERIAL_TYPE_ID, "OtdrSpan", decode<FibDbus::OtdrSpan>},
-    {Veltra::InstrumentSettings::SERIAL_TYPE_ID, "InstrumentSettings", decode<Veltra::InstrumentSettings>},
-    {Veltra::OrbelSettings::SERIAL_TYPE_ID, "OrbelSettings", decode<Veltra::OrbelSettings>},
-    {Veltra::DatabaseVersion::SERIAL_TYPE_ID, "DatabaseVersion", decode<Veltra::DatabaseVersion>},
-    {Veltra::DatabasePackageManifestSummary::SERIAL_TYPE_ID, "DatabasePackageManifestSummary",
-     decode<Veltra::DatabasePackageManifestSummary>},
-    {Veltra::DatabaseDescriptorList::SERIAL_TYPE_ID, "DatabaseDescriptorList",
-     decodePackage<Veltra::DatabaseDescriptorList>},
-    {Veltra::DatabasePackageManifest::SERIAL_TYPE_ID, "DatabasePackageManifest",
-     decodePackage<Veltra::DatabasePackageManifest>},
+    {FibDbus::OtdrSpan::SERIAL_TYPE_ID, decode<FibDbus::OtdrSpan>},
+    {ResultSummary::SERIAL_TYPE_ID, decode<ResultSummary>},
+    {ResultSummaryList::SERIAL_TYPE_ID, decode<ResultSummaryList>},
+    {EquipmentInformation::SERIAL_TYPE_ID, decode<EquipmentInformation>},
+    {Veltra::InstrumentSettings::SERIAL_TYPE_ID, decode<Veltra::InstrumentSettings>},
+    {FolderMetadataList::SERIAL_TYPE_ID, decode<FolderMetadataList>},
+    {Veltra::DatabasePackageManifestSummary::SERIAL_TYPE_ID, decode<Veltra::DatabasePackageManifestSummary>},
+    {Veltra::DatabaseVersion::SERIAL_TYPE_ID, decode<Veltra::DatabaseVersion>},
+    {Veltra::DatabasePackageManifest::SERIAL_TYPE_ID, decodePackage<Veltra::DatabasePackageManifest>},
+    {Veltra::DatabaseDescriptorList::SERIAL_TYPE_ID, decodePackage<Veltra::DatabaseDescriptorList>},
+    {Veltra::OrbelSettings::SERIAL_TYPE_ID, decode<Veltra::OrbelSettings>},
 };
 
 Json::Value withTexts(const Json::Value& value) {
@@ -170,9 +167,11 @@ DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<Traced
   if (bytes.empty()) return record;
   Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
   if (Marshal::peekHeaderSerialTypeID(in, record.id) != Marshal::STREAM_OK) return record;
+  const Veltra::RecordType* const type = Veltra::findRecordType(record.id);
+  if (type == nullptr) return record;
   for (const Decoder& decoder : DECODERS) {
     if (decoder.id != record.id) continue;
-    record.name = decoder.name;
+    record.name = type->name;
     TracingReader tracing(in);
     decoder.decode(trace != nullptr ? static_cast<Marshal::IObjectReader&>(tracing) : in, record);
     if (trace != nullptr) *trace = tracing.trace();
@@ -186,12 +185,6 @@ std::optional<Json::Value> recordFields(const std::vector<uint8_t>& bytes) {
   const DecodedRecord record = decodeRecord(bytes);
   if (record.outcome != DecodedRecord::DECODED) return std::nullopt;
   return withTexts(record.toJson());
-}
-
-std::vector<std::pair<uint32_t, std::string>> knownRecords() {
-  std::vector<std::pair<uint32_t, std::string>> records;
-  for (const Decoder& decoder : DECODERS) records.emplace_back(decoder.id, decoder.name);
-  return records;
 }
 
 }  // namespace Inspect

@@ -4,7 +4,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <json/value.h>
@@ -52,8 +51,5 @@ DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<Traced
 
 /// The fields of the record at the beginning of bytes, measurements as text; empty if no known record decodes.
 std::optional<Json::Value> recordFields(const std::vector<uint8_t>& bytes);
-
-/// The records that are decoded: combined id and class name.
-std::vector<std::pair<uint32_t, std::string>> knownRecords();
 
 }  // namespace Inspect

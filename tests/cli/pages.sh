@@ -13,3 +13,9 @@ veltra types -f csv | sed -nE 's/^section,([0-9]+),([^,]*),(version )?([^,]*)$/\
 sed -nE 's/^\| ([0-9]+) \| ([^ ]+) \| ([^ ]+) \|$/\1 \2 \3/p' "$pages/docs/section-types.md" > page.txt
 t diff page.txt types.txt
 t grep -c . types.txt
+# Every command stands in the README, and has examples, without which it gets no man page.
+veltra --help | sed -n '/^Commands:/,$s/^  \([a-z]*\) .*/\1/p' | sort > commands.txt
+ls "$pages/tools/veltra/examples" | sed 's/[.]txt$//' > examples.txt
+t diff examples.txt commands.txt
+sed -n '/^## The veltra command/,/^Answers/s/^| \(`.*`\) |.*/\1/p' "$pages/README.md" | grep -o '[a-z]*' | sort > readme.txt
+t diff readme.txt commands.txt

@@ -27,6 +27,8 @@ page all.html | sed -n '/^ Expected/,/^ Copper/p'
 veltra report -j 1 -r job -o one-thread.html > /dev/null
 veltra report -j 4 -r job -o four-threads.html > /dev/null
 t cmp one-thread.html four-threads.html
+t veltra report job/1.vres job/2.vres job/sub/5.vres -o foreign.html --expect A01..A02
+t veltra report job/1.vres job/2.vres job/sub/4.vres -o twice.html --expect A01..A02
 
 # Damage: the page is made all the same, and says so. The page of last time is no file of the job.
 patch job/sub/6.vres 60 ff

@@ -1,3 +1,4 @@
+#include <libcrossplatform/common/RecordTypes.h>
 #include <libcrossplatform/common/ResultFile.h>
 
 #include <sstream>
@@ -39,4 +40,16 @@ TEST(FormatPage, ResultFileReadsAsItsRemarksSay) {
                           DisplayMeas(ScaledInt::fromRaw(452, ScaledInt::SCALED_TO_TENTHS), DISPLAY_TYPE_VALUE),
                           DisplayMeas(ScaledInt::fromRaw(13, ScaledInt::SCALED_TO_TENTHS), DISPLAY_TYPE_LESS_THAN),
                           0x80000001u, 12, 1, 0));
+}
+
+TEST(FormatPage, HasEveryRecordUnderItsNameWithItsId) {
+  const Bytes bytes = fileBytes(VELTRA_SOURCE_DIR "/docs/format.md");
+  const std::string page(bytes.begin(), bytes.end());
+  for (const RecordType& type : recordTypes()) {
+    std::ostringstream id;
+    id << " id 0x" << std::hex << type.id;
+    const std::size_t at = page.find(std::string("\n### ") + type.name + "\n");
+    ASSERT_NE(at, std::string::npos) << type.name;
+    EXPECT_LT(page.find(id.str(), at), page.find("\n###", at + 1)) << type.name;
+  }
 }

@@ -10,6 +10,7 @@
 
 #include <libinspect/container/PrintableText.h>
 #include <libinspect/report/ChartScale.h>
+#include <libinspect/report/ReportCharts.h>
 #include <libinspect/report/ReportPage.h>
 
 namespace Inspect {
@@ -140,6 +141,50 @@ TEST(ChartScale, FarValuesLeaveRoomForTheOthers) {
   EXPECT_EQ(histogramOf({0.3, 0.1}, false).below, 0u);
 }
 
+TEST(ChartScale, AnAxisReachesFourSpreadsBeyondTheMiddleHalf) {
+  struct Row {
+    const char* name;
+    std::vector<double> values;
+    bool withZero;
+    double low, high;
+  };
+  const Row rows[] = {
+      {"the middle half", {-231, 0, 10, 20, 30, 40, 50, 60, 70, 309, 311}, false, 0, 309},
+      {"a quarter of the middle value",
+       {-2001, -1000, -1000, -1000, -1000, -1000, -1000, -1000, -1, 5},
+       false,
+       -1000,
+       -1},
+      {"at least one", {0, 0, 0, 0, 0, 0, 0, 3.9, 4.1}, false, 0, 3.9},
+      {"room around equal values", {100, 100}, false, 90, 110},
+      {"room around zero", {0}, false, -1, 1},
+      {"with zero", {30, 40}, true, 0, 40},
+      {"with zero", {-30, -40}, true, -40, 0},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    const Axis axis = axisFor(row.values, row.withZero);
+    EXPECT_DOUBLE_EQ(axis.low, row.low);
+    EXPECT_DOUBLE_EQ(axis.high, row.high);
+  }
+}
+
+TEST(ReportCharts, BarsStandOnTheAxisAsHighAsTheirCounts) {
+  Histogram histogram;
+  histogram.axis.high = 4;
+  histogram.counts = {1, 0, 3000, 4000};
+  histogram.below = 1000;
+  histogram.above = 2000;
+  std::string heights;
+  for (const Tag& tag : tagsOf(histogramSvg(histogram, {"Length", "m"}, false, "Lengths"))) {
+    if (tag.name != "rect") continue;
+    const double y = std::stod(tag.attributes.at("y")), height = std::stod(tag.attributes.at("height"));
+    EXPECT_DOUBLE_EQ(y + height, 206);
+    heights += tag.attributes.at("height") + " ";
+  }
+  EXPECT_EQ(heights, "1.5 132.0 176.0 44.0 88.0 ") << "one among thousands is visible";
+}
+
 TEST(ChartScale, DecimalsFallIntoTheBinTheyBegin) {
   std::vector<double> values;
   for (int i = -10; i <= 10; ++i) values.push_back(i / 10.0);
@@ -158,6 +203,33 @@ TEST(ReportPage, EveryJobGivesAWholePage) {
     expectSelfContained(page);
     EXPECT_EQ(countOf(page, "<td class=\"verdict\">"), count);
     EXPECT_EQ(countOf(page, "role=\"img\""), count == 0 ? 0u : 3u);
+  }
+}
+
+TEST(ReportPage, TheLeadTellsOfResultsThatCouldNotBeRead) {
+  struct Row {
+    std::vector<Veltra::Status> results;
+    bool isDamaged, isUnread;
+    const char* lead;
+  };
+  constexpr Veltra::Status PASS = Veltra::STATUS_PASS, FAIL = Veltra::STATUS_FAIL, NONE = Veltra::STATUS_NOT_SET;
+  const Row rows[] = {
+      {{}, false, false, "No results."},
+      {{}, false, true, "No results that could be read."},
+      {{PASS}, false, false, "The result passes."},
+      {{FAIL}, false, true, "The result that could be read fails."},
+      {{PASS, PASS}, true, false, "All 2 results that could be read pass."},
+      {{FAIL, PASS}, true, true, "Of 2 results that could be read, 1 passes and 1 fails."},
+      {{FAIL, FAIL, NONE}, false, false, "Of 3 results, 0 pass and 2 fail; 1 does neither."},
+  };
+  for (const Row& made : rows) {
+    JobFiles job;
+    for (const Veltra::Status status : made.results) job.rows.push_back(row("A1", status, "1", "1"));
+    job.notes.push_back({"a", made.isDamaged, {"W02"}, 0, ""});
+    if (made.isUnread) job.unread = {"b"};
+    const std::string page = reportPage(job, "Job");
+    EXPECT_EQ(countOf(page, std::string(">") + made.lead + "<"), 1u) << made.lead;
+    EXPECT_EQ(countOf(page, "1 file could not be read."), made.isUnread ? 1u : 0u) << made.lead;
   }
 }
 

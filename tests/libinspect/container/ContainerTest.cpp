@@ -1,0 +1,114 @@
+#include <gtest/gtest.h>
+
+#include <libinspect/container/ContainerWalk.h>
+#include <libinspect/container/PrintableText.h>
+
+#include "PFileTesting.h"
+
+namespace Inspect {
+namespace {
+
+using namespace PFileTesting;
+
+/// A file of these bytes, opened.
+struct OpenFile {
+  TempDir directory;
+  std::string path = directory.file("file");
+  ByteSource source;
+
+  explicit OpenFile(const Bytes& bytes) {
+    RecordTesting::writeFile(path, bytes);
+    std::string error;
+    EXPECT_TRUE(source.open(path, error)) << error;
+  }
+};
+
+std::string codesOf(const Findings& findings) {
+  std::string codes;
+  for (const Finding& finding : findings) codes += std::string(codes.empty() ? "" : " ") + toString(finding.code);
+  return codes;
+}
+
+TEST(PrintableText, OnlyWholeHarmlessCharactersAreShownAsTheyStand) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"A\u00e9 \u20ac\U0001F600\U0010FFFF", nullptr},
+      {"\x1f\x7f~", "\\x1f\\x7f~"},
+      {"\xC2\x9F\xC2\xA0", "\\xc2\\x9f\xC2\xA0"},  // the last control character
+      {"\xED\x9F\xBF\xEE\x80\x80", nullptr},       // around the surrogates
+      {"\xED\xA0\x80", "\\xed\\xa0\\x80"},
+      {"\xED\xBF\xBF", "\\xed\\xbf\\xbf"},
+      {"\xC1\xBF", "\\xc1\\xbf"},  // too long for what they say, beside the shortest that are not
+      {"\xE0\x9F\xBF\xE0\xA0\x80", "\\xe0\\x9f\\xbf\xE0\xA0\x80"},
+      {"\xF0\x8F\xBF\xBF\xF0\x90\x80\x80", "\\xf0\\x8f\\xbf\\xbf\xF0\x90\x80\x80"},
+      {"\xF4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},  // above the last character
+      {"\xE2\x80\xA9\xE2\x80\xAA\xE2\x80\xAE\xE2\x80\xAF", "\xE2\x80\xA9\\xe2\\x80\\xaa\\xe2\\x80\\xae\xE2\x80\xAF"},
+      {"\xE2\x81\xA5\xE2\x81\xA6\xE2\x81\xA9\xE2\x81\xAA", "\xE2\x81\xA5\\xe2\\x81\\xa6\\xe2\\x81\\xa9\xE2\x81\xAA"},
+      {"\xE2\x82", "\\xe2\\x82"},
+      {"\xE2\x82~", "\\xe2\\x82~"},
+  };
+  for (const auto& [text, shown] : rows) EXPECT_EQ(printable(text), shown != nullptr ? shown : text);
+}
+
+TEST(Findings, TheNextCommandFitsTheFinding) {
+  const std::string recover = "veltra recover f -o NEW", list = "veltra list f";
+  const std::tuple<FindingCode, uint64_t, std::optional<int>, std::string> rows[] = {
+      {E02_NO_FILE_HEADER, 0, 0, recover + ", if it should be a container"},
+      {E02_NO_FILE_HEADER, 20, 0, recover},  // a file header that verifies, without a total length
+      {E02_NO_FILE_HEADER, 0, std::nullopt, recover},
+      {E01_NEVER_CLOSED, 0, 0, recover},
+      {E07_INFLATE_FAILED, 20, 0, recover},
+      {E07_INFLATE_FAILED, 44, 1, "veltra annotate f -s 1"},
+      {W05_WRONG_MAGIC, 0, 0, "veltra annotate f -s 0"},
+      {W03_BYTES_AFTER_END, 24, std::nullopt, list},
+  };
+  for (const auto& [code, offset, section, command] : rows) {
+    EXPECT_EQ(nextCommand("f", {code, offset, section, "", ""}), command) << toString(code) << " at " << offset;
+  }
+}
+
+TEST(ContainerWalk, OnlyWhatStandsAfterTheRecordedEndIsNoSection) {
+  const Bytes whole = imageOf({{110, 1, 0, Bytes(30, 'a')}, {110, 1, 0, Bytes(30, 'b')}});
+  constexpr std::size_t SECOND = 24 + 50;
+  const std::tuple<const char*, Bytes, const char*, uint64_t> rows[] = {
+      {"whole", whole, "", 3},
+      {"bytes after it", whole + Bytes(5, 'x'), "W03", 3},
+      {"as many as a header has", whole + Bytes(20, 'x'), "W03", 3},
+      {"a section after it", whole + storedSection(110, 0, {1}), "W03", 4},
+      {"a damaged header", RecordTesting::withByte(whole, SECOND + 3, 9), "E03", 2},
+      {"the same and bytes after it", RecordTesting::withByte(whole, SECOND + 3, 9) + Bytes(20, 'x'), "E03 W03", 2},
+      {"cut in a header", Bytes(whole.begin(), whole.begin() + SECOND + 7), "E05 E06", 2},
+      {"cut before a header", Bytes(whole.begin(), whole.begin() + SECOND), "E06", 2},
+  };
+  for (const auto& [name, bytes, codes, sections] : rows) {
+    SCOPED_TRACE(name);
+    const OpenFile file(bytes);
+    const ContainerReport report = walk(file.source, WalkDepth::HEADERS_AND_CRCS);
+    EXPECT_EQ(codesOf(report.findings), codes);
+    EXPECT_EQ(report.sections, sections);
+  }
+}
+
+TEST(ContainerWalk, APayloadWithoutBytesIsNotLoaded) {
+  const OpenFile file(closedFile(headerClaiming(110, 0) + storedSection(110, 0, {1})));
+  const std::vector<SectionInfo> sections = sectionsOf(file.source);
+  ASSERT_EQ(sections.size(), 3u);
+  std::vector<uint8_t> bytes;
+  std::string error;
+  EXPECT_FALSE(loadPayload(file.source, sections[1], bytes, error)) << "the CRC of nothing is right";
+  EXPECT_EQ(error, "section 1: data CRC differs");
+  EXPECT_TRUE(loadPayload(file.source, sections[2], bytes, error));
+  EXPECT_EQ(bytes, Bytes{1});
+}
+
+TEST(ByteSource, AFileThatIsCutWhileItIsOpenEnds) {
+  const Bytes whole = imageOf({{110, 1, 0, Bytes(30, 'a')}});
+  const OpenFile file(whole);
+  RecordTesting::writeFile(file.path, Bytes(whole.begin(), whole.end() - 10));
+  EXPECT_EQ(codesOf(walk(file.source, WalkDepth::HEADERS_AND_CRCS).findings), "E04");
+  uint8_t bytes[20];
+  EXPECT_EQ(file.source.readAt(whole.size() - 15, bytes, sizeof bytes), 5u);
+  EXPECT_FALSE(file.source.hasFailed());
+}
+
+}  // namespace
+}  // namespace Inspect
