@@ -143,7 +143,7 @@ TEST(NetworkProfile, SettersStoreNothingThatTheyRefuse) {
   for (const auto set : {&NP::setUsbWifiSSID, &NP::setCertificateName}) EXPECT_FALSE((profile.*set)("caf\xE9 au"));
   WifiProfile cafe = network("caf\xE9", UsbWifiSecurity::OPEN);
   EXPECT_FALSE(profile.addWifiProfile(cafe) || profile.setConfigFromWifiProfile(cafe));
-  for (int i = 0; i < 5; ++i) {
+  for (std::size_t i = 0; i < 5; ++i) {
     WifiProfile w = fullNetwork(UsbWifiSecurity::OPEN);
     *std::array<std::string*, 5>{&w.inetAddr, &w.mask, &w.broadcast, &w.gateway, &w.dns[0]}[i] = "\xFF";
     EXPECT_TRUE(w.toJson().isNull()) << i;
