@@ -5,8 +5,8 @@
 #include <cstdio>
 
 #include <libcrossplatform/common/Settings.h>
-#include <libinspect/container/Doctor.h>
 #include <libinspect/container/Recover.h>
+#include <libinspect/records/RecordCheck.h>
 
 #include "../tests/limits/HostileFiles.h"
 
@@ -39,7 +39,7 @@ void walk(const std::string& path) {
 void doctor(const std::string& path) {
   std::string error;
   Inspect::ByteSource source;
-  if (source.open(path, error)) examine(source, Inspect::Examination::DEEP);
+  if (source.open(path, error)) examineDeep(source);
 }
 
 void recover(const std::string& path) {

@@ -15,8 +15,8 @@
 #include "Workloads.h"
 
 #ifdef VELTRA_HAS_INSPECT
-#include <libinspect/container/Doctor.h>
 #include <libinspect/container/Recover.h>
+#include <libinspect/records/RecordCheck.h>
 #endif
 
 using namespace PFile;
@@ -44,7 +44,7 @@ void doctor(const std::string& path, const Bytes&) {
   std::string error;
   Inspect::ByteSource source;
   ASSERT_TRUE(source.open(path, error)) << error;
-  examine(source, Inspect::Examination::DEEP);
+  examineDeep(source);
 }
 
 void recover(const std::string& path, const Bytes&) {
@@ -177,7 +177,7 @@ TEST_F(Limits, DoctorSaysOnceThatFurtherRecordsAreNotDecoded) {
   Inspect::ByteSource source;
   ASSERT_TRUE(source.open(path, error)) << error;
   EXPECT_TRUE(examine(source, Inspect::Examination::ORDINARY).findings.empty());
-  const Inspect::ContainerReport report = examine(source, Inspect::Examination::DEEP);
+  const Inspect::ContainerReport report = examineDeep(source);
   ASSERT_EQ(std::distance(report.findings.begin(), report.findings.end()), 1);
   EXPECT_EQ(report.findings.begin()->code, Inspect::W06_RECORDS_NOT_DECODED);
   EXPECT_EQ(report.findings.begin()->section, 6) << "five records of 260 kB are more than 1 MiB";
