@@ -109,8 +109,8 @@ void checkKept(const Recovery& recovery, const std::vector<SectionInfo>& section
 
 /// What recover writes is a container in order, which holds what was kept, and nothing is lost the second time.
 void checkRecovery(const ByteSource& source, const ContainerReport& report, const std::vector<SectionInfo>& sections) {
-  static const Fuzz::ScratchDirectory DIRECTORY;
-  const std::string path = DIRECTORY.file("recovered");
+  static const Fuzz::ScratchFile FILE;
+  const std::string path = FILE.path();
   const Recovery recovery = findSections(source);
   checkRanges(recovery, source.size());
   checkKept(recovery, sections);
@@ -121,7 +121,7 @@ void checkRecovery(const ByteSource& source, const ContainerReport& report, cons
   }
   std::string error;
   FUZZ_CHECK(writeRecovered(source, recovery, path, error));
-  FUZZ_CHECK(DIRECTORY.files() == 1);
+  FUZZ_CHECK(FILE.isAlone());
   ByteSource output;
   FUZZ_CHECK(output.open(path, error));
   FUZZ_CHECK(!examine(output, Examination::ORDINARY).damaged());
@@ -133,32 +133,29 @@ void checkRecovery(const ByteSource& source, const ContainerReport& report, cons
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  return Fuzz::runInput(data, size, [](const Fuzz::Input& input) {
-    static Fuzz::MemoryFile file;
-    file.fill(input.data, input.size);
-    ByteSource source;
-    std::string error;
-    FUZZ_CHECK(source.open(file.path(), error) && source.size() == input.size);
-    const ContainerReport quick = examine(source, Examination::QUICK);
-    const ContainerReport ordinary = examine(source, Examination::ORDINARY);
-    if (ordinary.findings.leftOut() > 0) return;  // what is found last was not kept
-    checkFindsAll(ordinary, quick);
-    checkAgainstReader(ordinary, file.path());
-    const std::vector<SectionInfo> sections = sectionsOf(source);
-    FUZZ_CHECK(sections.size() == ordinary.sections);
-    checkRecovery(source, ordinary, sections);
+void Fuzz::runTarget(const Input& input) {
+  const std::string& path = asFile(input);
+  ByteSource source;
+  std::string error;
+  FUZZ_CHECK(source.open(path, error) && source.size() == input.size);
+  const ContainerReport quick = examine(source, Examination::QUICK);
+  const ContainerReport ordinary = examine(source, Examination::ORDINARY);
+  if (ordinary.findings.leftOut() > 0) return;  // what is found last was not kept
+  checkFindsAll(ordinary, quick);
+  checkAgainstReader(ordinary, path.c_str());
+  const std::vector<SectionInfo> sections = sectionsOf(source);
+  FUZZ_CHECK(sections.size() == ordinary.sections);
+  checkRecovery(source, ordinary, sections);
 
-    Fuzz::DeclaredSizes declared;
-    for (const SectionInfo& section : sections) {
-      const std::size_t payload = section.payloadOffset();
-      if (!declared.allow(section.header, input.data + payload, input.size - payload)) return;
-    }
-    checkFindsAll(examineDeep(source), ordinary);
-    for (const SectionInfo& section : sections) checkRecord(source, section);
-    toJson(summarize(source));
-    ByteSource same;
-    FUZZ_CHECK(same.open(file.path(), error));
-    FUZZ_CHECK(differencesOf(source, same, recordFields).empty());
-  });
+  Fuzz::DeclaredSizes declared;
+  for (const SectionInfo& section : sections) {
+    const std::size_t payload = section.payloadOffset();
+    if (!declared.allow(section.header, input.data + payload, input.size - payload)) return;
+  }
+  checkFindsAll(examineDeep(source), ordinary);
+  for (const SectionInfo& section : sections) checkRecord(source, section);
+  toJson(summarize(source));
+  ByteSource same;
+  FUZZ_CHECK(same.open(path, error));
+  FUZZ_CHECK(differencesOf(source, same, recordFields).empty());
 }
