@@ -14,13 +14,6 @@ using namespace PFile;
 
 namespace {
 
-/// What was read of one section, by any reader.
-struct Read {
-  Section stored, plain{Fuzz::formatAndDrop, Fuzz::formatAndDrop, Fuzz::formatAndDrop};
-  int code = PFILE_FAILED;       ///< of reading it as stored
-  int plainCode = PFILE_FAILED;  ///< of reading it uncompressed
-};
-
 /// A reader of a file does not tell where it is.
 void checkPosition(FileReader&, std::size_t) {}
 void checkPosition(MemReader& reader, std::size_t at) {
@@ -30,59 +23,63 @@ void checkPosition(MemReader& reader, std::size_t at) {
 /// Goes through a container with three readers of one kind side by side, which stand at the first of its sections: one
 /// reads as stored, one uncompressed, one peeks and skips. docs/reader-behaviour.md says where the two kinds part.
 /// @param at  where that section begins in the input. @param size  where the container ends
-/// @return the sections that are there in full, damaged or not
+/// @return the sections that are whole
 template <class Reader>
-std::list<Read> walk(Reader (&readers)[3], const Fuzz::Input& input, std::size_t at, std::size_t size) {
+std::list<Section> walk(Reader (&readers)[3], const Fuzz::Input& input, std::size_t at, std::size_t size) {
   constexpr bool IS_FILE = std::is_same_v<Reader, FileReader>;
-  auto& [stored, plain, skipper] = readers;
+  auto& [reader, inflating, skipper] = readers;
   Fuzz::DeclaredSizes declared;
-  std::list<Read> sections;
+  std::list<Section> sections;
   while (true) {
-    for (Reader& reader : readers) checkPosition(reader, at);
+    for (Reader& each : readers) checkPosition(each, at);
     const std::size_t left = size - at;
     Header peeked;
     const int peek = skipper.peek(peeked);
-    Read& read = sections.emplace_back();
-    read.code = stored.read(read.stored, false);
-    const Header& header = read.stored.header;
+    Section& stored = sections.emplace_back();
+    const int code = reader.read(stored, false);
+    const Header& header = stored.header;
     if (left < Header::BYTES || !header.verifyHdrCrc()) {
       const bool isEnd = left == 0 || (IS_FILE && left < Header::BYTES);
-      FUZZ_CHECK(read.code == (isEnd ? PFILE_END_OF_DATA : PFILE_FAILED) && peek == read.code);
+      FUZZ_CHECK(code == (isEnd ? PFILE_END_OF_DATA : PFILE_FAILED) && peek == code);
       break;
     }
+    const uint8_t* const payload = input.data + at + Header::BYTES;
+    FUZZ_CHECK(std::equal(input.data + at, payload, header.bytes().begin()));
     FUZZ_CHECK(peek == PFILE_OK && peeked == header);
     const bool isCut = header.dataSize > left - Header::BYTES;
     FUZZ_CHECK((skipper.skipNextSection() == PFILE_OK) == (IS_FILE || !isCut));
-    const std::size_t payload = at + Header::BYTES;
     if (isCut) {
-      FUZZ_CHECK(read.code == (IS_FILE ? PFILE_FAILED : PFILE_OK) && (IS_FILE || read.stored.payload.empty()));
+      FUZZ_CHECK(code == (IS_FILE ? PFILE_FAILED : PFILE_OK) && (IS_FILE || stored.payload.empty()));
       break;
     }
     // A section of nothing is refused.
-    const bool isWhole = header.dataSize > 0 && crc32Of(input.data + payload, header.dataSize) == header.dataCrc;
-    FUZZ_CHECK((read.code == PFILE_OK) == isWhole);
-    FUZZ_CHECK(read.code != PFILE_OK || read.stored.payload.size() == header.dataSize);
-    if (declared.allow(header, input.data + payload, header.dataSize)) {
-      read.plainCode = plain.read(read.plain, true);
-      FUZZ_CHECK(read.code == PFILE_OK || read.plainCode == read.code);
-      FUZZ_CHECK(read.plain.header == header);
-      const bool isRead = read.plainCode == PFILE_OK;
-      FUZZ_CHECK(!isRead || read.stored.compressable() || read.plain == read.stored);
-      FUZZ_CHECK(!isRead || read.plain.payload.size() <= std::max(Section::MAX_UNCOMPRESSED, header.dataSize));
+    const bool isWhole = header.dataSize > 0 && crc32Of(payload, header.dataSize) == header.dataCrc;
+    FUZZ_CHECK((code == PFILE_OK) == isWhole);
+    FUZZ_CHECK(!isWhole || (stored.payload.size() == header.dataSize &&
+                            std::equal(payload, payload + header.dataSize, stored.payload.data())));
+    if (declared.allow(header, payload, header.dataSize)) {
+      Section plain(Fuzz::formatAndDrop, Fuzz::formatAndDrop, Fuzz::formatAndDrop), expected;
+      expected.header = header;
+      expected.payload.set(header.dataSize, payload, false);
+      expected.compressed = expected.compressable();
+      const bool isGood = isWhole && (!expected.compressed || expected.uncompressData() == PFILE_OK);
+      FUZZ_CHECK((inflating.read(plain, true) == PFILE_OK) == isGood);
+      FUZZ_CHECK(!isGood || (plain == expected && plain.compressed == expected.compressed));
+      FUZZ_CHECK(plain.payload.size() <= std::max(Section::MAX_UNCOMPRESSED, header.dataSize));
     } else {
-      FUZZ_CHECK(plain.skipNextSection() == PFILE_OK);
+      FUZZ_CHECK(inflating.skipNextSection() == PFILE_OK);
     }
-    at = payload + header.dataSize;
+    if (!isWhole) sections.pop_back();
+    at += Header::BYTES + header.dataSize;
   }
   sections.pop_back();
   return sections;
 }
 
 /// @param opened  receives the code of the opener
-std::list<Read> walkMemory(const Fuzz::Input& input, int (MemReader::*open)(unsigned char const*, unsigned),
-                           int& opened) {
-  const auto log = Fuzz::formatAndDrop;
-  MemReader readers[] = {{log, log, log}, {}, {}};
+std::list<Section> walkMemory(const Fuzz::Input& input, int (MemReader::*open)(unsigned char const*, unsigned),
+                              int& opened) {
+  MemReader readers[] = {{Fuzz::formatAndDrop, Fuzz::formatAndDrop, Fuzz::formatAndDrop}, {}, {}};
   for (MemReader& reader : readers) {
     opened = (reader.*open)(input.data, input.size32());
     // A file that was never closed is read from the beginning.
@@ -101,41 +98,32 @@ std::list<Read> walkMemory(const Fuzz::Input& input, int (MemReader::*open)(unsi
   return walk(readers, input, static_cast<std::size_t>(at), static_cast<std::size_t>(size));
 }
 
-void checkFile(const Fuzz::Input& input, const char* path, int memoryOpened, const std::list<Read>& memory) {
-  FileReader readers[3] = {{Fuzz::formatAndDrop, Fuzz::formatAndDrop, Fuzz::formatAndDrop}, {}, {}};
+void walkFile(const Fuzz::Input& input, const char* path, int memoryOpened) {
+  FileReader readers[] = {{Fuzz::formatAndDrop, Fuzz::formatAndDrop, Fuzz::formatAndDrop}, {}, {}};
   const int opened = readers[0].open(path, 64);
-  for (FileReader* reader : {&readers[1], &readers[2]}) FUZZ_CHECK(reader->open(path) == opened);
+  FUZZ_CHECK(readers[1].open(path) == opened && readers[2].open(path) == opened);
   FUZZ_CHECK(memoryOpened == PFILE_OK || opened != PFILE_OK);
-  if (opened != PFILE_OK || memoryOpened != PFILE_OK) return;
-  Header first;
-  Marshal::ByteStreamReader in(input.data, input.size32());
-  first.deserialize(in);
-  const std::list<Read> file = walk(readers, input, Header::BYTES + first.dataSize, input.size);
-  const auto isSame = [](const Read& a, const Read& b) {
-    const bool isRead = a.code == PFILE_OK, isPlain = a.plainCode == PFILE_OK;
-    return a.code == b.code && a.plainCode == b.plainCode && (!isRead || a.stored == b.stored) &&
-           (!isPlain || (a.plain == b.plain && a.plain.compressed == b.plain.compressed));
-  };
-  FUZZ_CHECK(std::equal(file.begin(), file.end(), memory.begin(), memory.end(), isSame));
+  if (opened != PFILE_OK) return;
+  const Header first = Fuzz::Image(input.data, input.size).sections[0].header;
+  walk(readers, input, Header::BYTES + first.dataSize, input.size);
   for (FileReader& reader : readers) FUZZ_CHECK(reader.close() == PFILE_OK);
 }
 
 /// Sections that were read make a container that reads as these sections.
-void checkRewritten(std::list<Read> sections) {
-  sections.remove_if([](const Read& read) { return read.code != PFILE_OK; });
+void checkRewritten(std::list<Section>& sections) {
   std::size_t size = Header::BYTES + sizeof(uint32_t);
-  for (const Read& read : sections) size += Header::BYTES + read.stored.payload.size();
+  for (const Section& section : sections) size += Header::BYTES + section.payload.size();
   Fuzz::Bytes image(size);
   MemWriter writer(Fuzz::formatAndDrop, Fuzz::formatAndDrop, Fuzz::formatAndDrop);
   FUZZ_CHECK(writer.open(image.data(), static_cast<unsigned>(image.size())) == PFILE_OK);
-  for (Read& read : sections) FUZZ_CHECK(writer.write(read.stored) == PFILE_OK);
+  for (Section& section : sections) FUZZ_CHECK(writer.write(section) == PFILE_OK);
   FUZZ_CHECK(writer.close() == PFILE_OK);
   MemReader reader;
   FUZZ_CHECK(reader.open(image.data(), static_cast<unsigned>(image.size())) == PFILE_OK);
-  for (const Read& read : sections) {
+  for (const Section& section : sections) {
     Section again;
     FUZZ_CHECK(reader.read(again, false) == PFILE_OK);
-    FUZZ_CHECK(again == read.stored && again.compressed == read.stored.compressed);
+    FUZZ_CHECK(again == section && again.compressed == section.compressed);
   }
   Section beyond;
   FUZZ_CHECK(reader.read(beyond, false) == PFILE_END_OF_DATA);
@@ -179,15 +167,12 @@ void checkPackage(const char* path) {
 void Fuzz::runTarget(const Input& input) {
   const char* const path = asFile(input).c_str();
   int quickOpened = PFILE_OK, opened = PFILE_OK;
-  std::list<Read> quick = walkMemory(input, &MemReader::quickOpen, quickOpened);
-  const std::list<Read> whole = walkMemory(input, &MemReader::open, opened);
+  std::list<Section> quick = walkMemory(input, &MemReader::quickOpen, quickOpened);
+  const std::size_t whole = walkMemory(input, &MemReader::open, opened).size();
   // The recorded length hides what follows it, and nothing else.
-  FUZZ_CHECK(opened != PFILE_OK || quickOpened == PFILE_OK);
-  const auto isSame = [](const Read& a, const Read& b) { return a.code == b.code && a.stored == b.stored; };
-  FUZZ_CHECK(opened != PFILE_OK ||
-             (whole.size() <= quick.size() && std::equal(whole.begin(), whole.end(), quick.begin(), isSame)));
-  checkFile(input, path, quickOpened, quick);
-  checkRewritten(std::move(quick));
+  FUZZ_CHECK(opened != PFILE_OK || (quickOpened == PFILE_OK && whole <= quick.size()));
+  walkFile(input, path, quickOpened);
+  checkRewritten(quick);
   guarded([&] { checkSummary(input, path); });
   guarded([&] { checkPackage(path); });
 }

@@ -21,21 +21,16 @@ using Fuzz::Image;
 
 constexpr std::size_t WORD = sizeof(uint32_t);
 
-class Random {
+/// Where chance decides.
+class Random : std::minstd_rand {
  public:
-  explicit Random(unsigned seed) : _engine(seed) {}
-  std::size_t below(std::size_t n) { return n == 0 ? 0 : _engine() % n; }
+  using std::minstd_rand::minstd_rand;
+  std::size_t below(std::size_t n) { return n == 0 ? 0 : (*this)() % n; }
   bool oneIn(std::size_t n) { return below(n) == 0; }
-  template <class T, std::size_t N>
-  T oneOf(const T (&values)[N]) {
-    return values[below(N)];
+  template <class Values>
+  auto oneOf(Values& values) {
+    return std::begin(values) + static_cast<std::ptrdiff_t>(below(std::size(values)));
   }
-  auto oneOf(std::vector<Image::Section>& sections) {
-    return sections.begin() + static_cast<std::ptrdiff_t>(below(sections.size()));
-  }
-
- private:
-  std::minstd_rand _engine;
 };
 
 bool beginsWith(const uint8_t* data, std::size_t size, uint16_t word) {
@@ -58,23 +53,16 @@ void mutateBytes(Bytes& bytes, std::size_t room, Random& random) {
 
 void mutateHeader(PFile::Header& header, Random& random) {
   constexpr uint16_t TYPES[] = {1, 5, 100, 101, 102, 110, 200, 300, 301, 302, 321, 332, 700, 702, 900, 921, 999};
-  const auto any = static_cast<uint16_t>(random.below(65536));
-  switch (random.below(5)) {
-    case 0:
-      header.type = random.oneIn(4) ? any : random.oneOf(TYPES);
-      break;
-    case 1:
-      header.version = static_cast<uint16_t>(random.below(14));
-      break;
-    case 2:
-      header.flags = static_cast<uint16_t>(header.flags ^ PFile::SECTION_FLAG_COMPRESS);
-      break;
-    case 3:
-      header.flags = any;
-      break;
-    default:
-      header.magic = random.oneIn(2) ? any : PFile::Header::MAGIC;
-  }
+  struct Field {
+    uint16_t& value;
+    int usual;
+  };
+  const Field fields[] = {{header.type, *random.oneOf(TYPES)},
+                          {header.version, static_cast<int>(random.below(14))},
+                          {header.flags, header.flags ^ PFile::SECTION_FLAG_COMPRESS},
+                          {header.magic, PFile::Header::MAGIC}};
+  const Field& field = *random.oneOf(fields);
+  field.value = static_cast<uint16_t>(random.oneIn(3) ? static_cast<int>(random.below(65536)) : field.usual);
 }
 
 /// Changes what a compressed payload holds, or makes a payload compressed.
@@ -99,32 +87,31 @@ void mutateCompressed(Image::Section& section, std::size_t room, Random& random)
 void damage(Image& image, Random& random) {
   constexpr uint32_t SIZES[] = {0, 1, 19, 0x7FFFFFFF, 0x80000000, 0xFFFFFFEC, 0xFFFFFFFF};
   if (image.sections.empty()) return;
-  Image::Section* section = &*random.oneOf(image.sections);
+  auto section = random.oneOf(image.sections);
   const auto setWord = [&](uint32_t value) {
     Marshal::storeLittle32(section->payload.data(), value);
     section->header.dataCrc = PFile::crc32Of(section->payload.data(), static_cast<uint32_t>(section->payload.size()));
   };
   switch (random.below(6)) {
     case 0:
-      section->header.dataSize = random.oneIn(2) ? random.oneOf(SIZES) : static_cast<uint32_t>(random.below(200));
+      section->header.dataSize = random.oneIn(2) ? *random.oneOf(SIZES) : static_cast<uint32_t>(random.below(200));
       break;
     case 1:
       section->header.dataCrc ^= 1;
       break;
     case 2:  // the claim of a compressed payload, or the total length
-      if (section->payload.size() >= WORD) setWord(random.oneIn(8) ? 0x800000 : random.oneOf(SIZES));
+      if (section->payload.size() >= WORD) setWord(random.oneIn(8) ? 0x800000 : *random.oneOf(SIZES));
       break;
     case 3: {  // never closed: the CRC-32 is that of the total less the file header's own 20 bytes
-      section = &image.sections[0];
-      if (section->payload.size() != WORD) return;
-      const uint32_t total = Marshal::loadLittle32(section->payload.data());
-      setWord(total - PFile::Header::BYTES);
-      Marshal::storeLittle32(section->payload.data(), total);
+      section = image.sections.begin();
+      const Bytes payload = section->payload;
+      if (payload.size() != WORD) return;
+      setWord(Marshal::loadLittle32(payload.data()) - PFile::Header::BYTES);
+      section->payload = payload;
       break;
     }
     case 4:
-      image.rest.resize(random.below(40), 'P');
-      return;
+      return image.rest.resize(random.below(40), 'P');
     default:
       section->payload.resize(random.below(section->payload.size() + 1));
   }
@@ -159,26 +146,19 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(uint8_t* data, std::size_t size, 
   if (image.sections.empty()) image.sections.resize(1);
   const std::size_t room = maxSize > size ? maxSize - size : 1;
   const auto section = random.oneOf(image.sections);
-  switch (random.below(10)) {
-    case 0:
-    case 1:
-      mutateHeader(section->header, random);
-      break;
-    case 2:
-    case 3:
-      mutateCompressed(*section, room, random);
-      break;
-    case 4:
-      std::swap(*section, *random.oneOf(image.sections));
-      break;
-    case 5:
-      image.sections.insert(section, Image::Section(*random.oneOf(image.sections)));
-      break;
-    case 6:
-      image.sections.erase(section);
-      break;
-    default:
-      mutateBytes(section->payload, room, random);
+  const std::size_t change = random.below(10);
+  if (change < 4) {
+    mutateBytes(section->payload, room, random);
+  } else if (change < 6) {
+    mutateHeader(section->header, random);
+  } else if (change < 8) {
+    mutateCompressed(*section, room, random);
+  } else if (change < 9) {
+    image.sections.insert(section, Image::Section(*random.oneOf(image.sections)));
+  } else if (random.oneIn(2)) {
+    std::swap(*section, *random.oneOf(image.sections));
+  } else {
+    image.sections.erase(section);
   }
   return give(image, data, maxSize, random);
 }
