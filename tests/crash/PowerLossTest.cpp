@@ -127,21 +127,16 @@ void expectNamedOnlyWhenSynced() {
   EXPECT_EQ(order, "wsrd") << "written, synced, renamed, and the directory synced";
 }
 
-/// A file in memory, by a path: no disk is worn for thousands of images.
-class Image {
- public:
-  ~Image() { ::close(_descriptor); }
-  const std::string& of(const Bytes& bytes) const {
-    writeFile(path, bytes);
-    return path;
-  }
-  const int _descriptor = memfd_create("image", 0);
-  const std::string path = "/proc/self/fd/" + std::to_string(_descriptor);
-};
+/// A file in memory with these bytes, by its path: no disk is worn for thousands of images.
+const std::string& imageOf(const Bytes& bytes) {
+  static const std::string PATH = "/proc/self/fd/" + std::to_string(memfd_create("image", 0));
+  writeFile(PATH, bytes);
+  return PATH;
+}
 
 /// A file that was being written: never taken for good, and nothing that is whole in it is lost.
-void expectSectionsRecovered(const Image& image, const Bytes& bytes, const Bytes& whole) {
-  const std::string& path = image.of(bytes);
+void expectSectionsRecovered(const Bytes& bytes, const Bytes& whole) {
+  const std::string& path = imageOf(bytes);
   EXPECT_EQ(isClean(path), bytes == whole);
   EXPECT_EQ(PFile::FileReader().open(path.c_str()) == 0, bytes == whole);
   std::string error;
@@ -169,7 +164,6 @@ void expectSectionsRecovered(const Image& image, const Bytes& bytes, const Bytes
 /// The writer is killed after any of its calls, or in the middle of one.
 void killAtEveryStep(const Bytes& whole) {
   constexpr std::size_t STRIDE = 997;
-  const Image image;
   Bytes written;
   for (const Step& step : steps) {
     for (std::size_t done = 0; done < step.bytes.size();) {
@@ -179,7 +173,7 @@ void killAtEveryStep(const Bytes& whole) {
       SCOPED_TRACE("killed after " + std::to_string(done) + " bytes from " + std::to_string(step.offset));
       written.resize(std::max(written.size(), step.offset + done));
       std::copy_n(from, size, written.begin() + static_cast<std::ptrdiff_t>(step.offset + done - size));
-      expectSectionsRecovered(image, written, whole);
+      expectSectionsRecovered(written, whole);
     }
   }
   EXPECT_EQ(written, whole);
@@ -187,7 +181,6 @@ void killAtEveryStep(const Bytes& whole) {
 
 /// @return how many of the images were the whole new file
 int cutPower(const Workload& workload, const Bytes& before, unsigned long subsets, std::mt19937& random) {
-  const Image image;
   int whole = 0;
   for (unsigned long n = 0; n < subsets && !::testing::Test::HasFailure(); ++n) {
     SCOPED_TRACE("subset " + std::to_string(n));
@@ -196,7 +189,7 @@ int cutPower(const Workload& workload, const Bytes& before, unsigned long subset
     for (std::size_t i = 0; i < done; ++i) disk.apply(steps[i]);
     const Bytes found = disk.afterPowerLoss();
     const bool isWhole = found == workload.after;
-    EXPECT_EQ(isClean(image.of(found)), isWhole)
+    EXPECT_EQ(isClean(imageOf(found)), isWhole)
         << "doctor is content with " << found.size() << " bytes that are not the file";
     whole += isWhole;
   }

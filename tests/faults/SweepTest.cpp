@@ -70,8 +70,7 @@ INSTANTIATE_TEST_SUITE_P(Of, Sweep, ::testing::ValuesIn(all()), [](const auto& t
 TEST_P(Sweep, EveryCallFailsInTurn) {
   inChild([this] {
     if (!Calls::trap()) return false;
-    for (int i = 0; i < Calls::COUNT; ++i) {
-      const Calls::Call& call = Calls::ALL[i];
+    for (const Calls::Call& call : Calls::ALL) {
       const long before = _met;
       for (const int error : {EIO, ENOSPC, EINTR, EMFILE}) {
         failsInTurn(call, error, false);

@@ -148,14 +148,8 @@ int saveProfile(const std::string& path) {
   return done ? 0 : 1;
 }
 
-int readProfile(const std::string& path) {
-  NetworkProfile profile;
-  if (!profile.readFrom(path)) return 1;
-  return profile.getInetAddr() == ADDRESS && profile.getDNSSize() == 2 ? 0 : FOREIGN_EXCEPTION;
-}
-
-/// Secrets into the document and out again, through every layer of a stored text. A secret that cannot be read is
-/// empty.
+/// A profile is read, and secrets go into the document and out again, through every layer of a stored text. A secret
+/// that cannot be read is empty.
 int keepSecrets(const std::string& path) {
   const auto forget = gsl::finally([] { OPENSSL_thread_stop(); });  // what OpenSSL keeps for the thread is no leak
   constexpr char SECRET[] = "a pass phrase beyond short texts";
@@ -167,6 +161,7 @@ int keepSecrets(const std::string& path) {
                     profile.setWirelessKey(2, "0123456789");
   WifiProfile recent;
   if (!done || !profile.getWifiProfile(0, recent)) return 1;
+  if (profile.getInetAddr() != ADDRESS || profile.getDNSSize() != 2) return FOREIGN_EXCEPTION;
   NetworkProfile other;
   if (!other.setConfigFromWifiProfile(recent)) return 1;
   for (const std::string& secret : {recent.wirelessPassword, other.getWirelessPassword()}) {
@@ -248,7 +243,6 @@ const std::vector<Workload>& all() {
       {"package_read", readPackage, manifest, manifest, Workload::READS, true, true},
       {"replace", replace, OLD, trace(70000), Workload::REPLACES, false, false},
       {"profile_save", saveProfile, OLD, profile, Workload::REPLACES, false, false},
-      {"profile_read", readProfile, profile, profile, Workload::READS, false, false},
       {"secrets", keepSecrets, profile, profile, Workload::READS, false, false},
       {"settings", rebuildSettings, profile, profile, Workload::READS, false, false},
 #ifdef VELTRA_HAS_INSPECT
@@ -326,17 +320,13 @@ bool isClean(const std::string& path) {
   Inspect::ByteSource source;
   return source.open(path, error) && examineDeep(source).findings.empty();
 #else
-  const Bytes bytes = fileBytes(path);
-  MemReader whole;
   FileReader reader;
-  if (bytes.size() < 24 || whole.open(bytes.data(), static_cast<unsigned>(bytes.size())) != 0) return false;
-  const bool isRecorded = whole.seek(0, Marshal::STREAM_FROM_END) == static_cast<int>(bytes.size());
   int code = reader.open(path.c_str());
   while (code == 0) {
     Section section;
     code = reader.read(section, true);
   }
-  return isRecorded && code == PFILE_END_OF_DATA;
+  return code == PFILE_END_OF_DATA && reader.recordedLength() == std::filesystem::file_size(path);
 #endif
 }
 
