@@ -1,5 +1,7 @@
 // What the command does with a file: doctor, recover, annotate, diff. Their answers must fit each other and the
 // readers.
+#include <set>
+
 #include <libinspect/container/FileDiff.h>
 #include <libinspect/container/Recover.h>
 #include <libinspect/records/FileSummary.h>
@@ -12,17 +14,13 @@ using namespace Inspect;
 
 namespace {
 
-bool isSame(const Finding& a, const Finding& b) {
-  return a.code == b.code && a.offset == b.offset && a.section == b.section && a.wanted == b.wanted &&
-         a.found == b.found;
-}
-
 /// Looking closer finds more, and never less.
 void checkFindsAll(const ContainerReport& closer, const ContainerReport& report) {
   if (closer.findings.leftOut() > 0) return;
+  std::set<std::string> found;
+  for (const Finding& finding : closer.findings) found.insert(describe(closer.name, finding));
   for (const Finding& finding : report.findings) {
-    const auto same = [&](const Finding& other) { return isSame(finding, other); };
-    FUZZ_CHECK(std::any_of(closer.findings.begin(), closer.findings.end(), same));
+    FUZZ_CHECK(found.count(describe(report.name, finding)) == 1);
     FUZZ_CHECK(!nextCommand(report.name, finding).empty() && !describe(report.name, finding).empty());
     FUZZ_CHECK(finding.offset <= report.size);
   }
@@ -36,13 +34,13 @@ bool has(const ContainerReport& report, FindingCode code) {
 void checkAgainstReader(const ContainerReport& report, const char* path) {
   if (has(report, W03_BYTES_AFTER_END)) return;  // the reader takes them for a section
   PFile::FileReader reader;
-  PFile::Header header;
-  bool good = reader.open(path) == PFile::PFILE_OK;
-  for (int code = good ? 0 : -1; code != PFile::PFILE_END_OF_DATA && good;) {
+  int code = reader.open(path);
+  const bool isOpen = code == PFile::PFILE_OK;
+  while (code == PFile::PFILE_OK) {
     PFile::Section section;
     code = reader.read(section, false);
-    good = code != PFile::PFILE_FAILED;
   }
+  const bool good = isOpen && code == PFile::PFILE_END_OF_DATA;
   // A cut between sections, a wrong total length and a file header without one are nothing to the reader.
   const bool onlyLength = std::all_of(report.findings.begin(), report.findings.end(), [](const Finding& f) {
     return !isDamage(f.code) || f.code == E06_LENGTH_DIFFERS || f.code == E05_TRUNCATED || f.code == E02_NO_FILE_HEADER;
@@ -109,8 +107,8 @@ void checkKept(const Recovery& recovery, const std::vector<SectionInfo>& section
 
 /// What recover writes is a container in order, which holds what was kept, and nothing is lost the second time.
 void checkRecovery(const ByteSource& source, const ContainerReport& report, const std::vector<SectionInfo>& sections) {
-  static const Fuzz::ScratchDirectory DIRECTORY;
-  const std::string path = DIRECTORY.file("recovered");
+  static const Fuzz::ScratchFile FILE;
+  const std::string path = FILE.path();
   const Recovery recovery = findSections(source);
   checkRanges(recovery, source.size());
   checkKept(recovery, sections);
@@ -121,7 +119,7 @@ void checkRecovery(const ByteSource& source, const ContainerReport& report, cons
   }
   std::string error;
   FUZZ_CHECK(writeRecovered(source, recovery, path, error));
-  FUZZ_CHECK(DIRECTORY.files() == 1);
+  FUZZ_CHECK(FILE.isAlone());
   ByteSource output;
   FUZZ_CHECK(output.open(path, error));
   FUZZ_CHECK(!examine(output, Examination::ORDINARY).damaged());
@@ -133,32 +131,29 @@ void checkRecovery(const ByteSource& source, const ContainerReport& report, cons
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  return Fuzz::runInput(data, size, [](const Fuzz::Input& input) {
-    static Fuzz::MemoryFile file;
-    file.fill(input.data, input.size);
-    ByteSource source;
-    std::string error;
-    FUZZ_CHECK(source.open(file.path(), error) && source.size() == input.size);
-    const ContainerReport quick = examine(source, Examination::QUICK);
-    const ContainerReport ordinary = examine(source, Examination::ORDINARY);
-    if (ordinary.findings.leftOut() > 0) return;  // what is found last was not kept
-    checkFindsAll(ordinary, quick);
-    checkAgainstReader(ordinary, file.path());
-    const std::vector<SectionInfo> sections = sectionsOf(source);
-    FUZZ_CHECK(sections.size() == ordinary.sections);
-    checkRecovery(source, ordinary, sections);
+void Fuzz::runTarget(const Input& input) {
+  const std::string& path = asFile(input);
+  ByteSource source;
+  std::string error;
+  FUZZ_CHECK(source.open(path, error) && source.size() == input.size);
+  const ContainerReport quick = examine(source, Examination::QUICK);
+  const ContainerReport ordinary = examine(source, Examination::ORDINARY);
+  if (ordinary.findings.leftOut() > 0) return;  // what is found last was not kept
+  checkFindsAll(ordinary, quick);
+  checkAgainstReader(ordinary, path.c_str());
+  const std::vector<SectionInfo> sections = sectionsOf(source);
+  FUZZ_CHECK(sections.size() == ordinary.sections);
+  checkRecovery(source, ordinary, sections);
 
-    Fuzz::DeclaredSizes declared;
-    for (const SectionInfo& section : sections) {
-      const std::size_t payload = section.payloadOffset();
-      if (!declared.allow(section.header, input.data + payload, input.size - payload)) return;
-    }
-    checkFindsAll(examineDeep(source), ordinary);
-    for (const SectionInfo& section : sections) checkRecord(source, section);
-    toJson(summarize(source));
-    ByteSource same;
-    FUZZ_CHECK(same.open(file.path(), error));
-    FUZZ_CHECK(differencesOf(source, same, recordFields).empty());
-  });
+  Fuzz::DeclaredSizes declared;
+  for (const SectionInfo& section : sections) {
+    const std::size_t payload = section.payloadOffset();
+    if (!declared.allow(section.header, input.data + payload, input.size - payload)) return;
+  }
+  checkFindsAll(examineDeep(source), ordinary);
+  for (const SectionInfo& section : sections) checkRecord(source, section);
+  toJson(summarize(source));
+  ByteSource same;
+  FUZZ_CHECK(same.open(path, error));
+  FUZZ_CHECK(differencesOf(source, same, recordFields).empty());
 }

@@ -68,15 +68,13 @@ void checkAsEnvelope(const Fuzz::Bytes& envelope) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  return Fuzz::runInput(data, size, [](const Fuzz::Input& input) {
-    checkAsText(input);
-    checkAsSecret(input);
-    Fuzz::Bytes envelope = input.bytes();
-    checkAsEnvelope(envelope);
-    if (envelope.size() < 4) return;
-    const auto checked = static_cast<uint32_t>(envelope.size() - 4);
-    Marshal::storeBig(&envelope[checked], credentialCrc32(0xFFFFFFFF, envelope.data(), checked));
-    checkAsEnvelope(envelope);
-  });
+void Fuzz::runTarget(const Input& input) {
+  checkAsText(input);
+  checkAsSecret(input);
+  Fuzz::Bytes envelope = input.bytes();
+  checkAsEnvelope(envelope);
+  if (envelope.size() < 4) return;
+  const auto checked = static_cast<uint32_t>(envelope.size() - 4);
+  Marshal::storeBig(&envelope[checked], credentialCrc32(0xFFFFFFFF, envelope.data(), checked));
+  checkAsEnvelope(envelope);
 }

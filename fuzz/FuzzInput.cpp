@@ -3,7 +3,9 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
+#include <libcrossplatform/logging/Assert.h>
 #include <libcrossplatform/logging/Logger.h>
 
 #include "ListedAssertions.h"
@@ -27,18 +29,22 @@ void dropMessage(char const* format, ...) {
   va_end(args);
 }
 
+void judge(const char* expression, const char* unit, int line) {
+  for (const ListedAssertion& listed : LISTED_ASSERTIONS) {
+    if (std::strcmp(listed.expression, expression) != 0 || std::strcmp(listed.unit, unit) != 0) continue;
+    if (listed.fatal) throw &listed;
+    return;
+  }
+  std::fprintf(stderr, "An assertion that no input may reach: %s, %s:%d\n", expression, unit, line);
+  std::abort();
+}
+
 }  // namespace
 
 const PFile::LogCallback formatAndDrop = dropMessage;
 
-int runInput(const uint8_t* data, std::size_t size, void (*target)(const Input& input)) {
-  static const bool READY = [] {
-    watchAssertions();
-    Veltra::Logger::setSink(dropLine);
-    return true;
-  }();
-  if (READY) guarded([&] { target({data, size}); });
-  return 0;
+void watchAssertions() {
+  Veltra::setAssertHandler(judge);
 }
 
 bool guarded(const std::function<void()>& work) {
@@ -56,3 +62,10 @@ void reportFinding(const char* property, const char* function, int line) {
 }
 
 }  // namespace Fuzz
+
+int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
+  Fuzz::watchAssertions();
+  Veltra::Logger::setSink(Fuzz::dropLine);
+  Fuzz::guarded([&] { Fuzz::runTarget({data, size}); });
+  return 0;
+}

@@ -8,7 +8,7 @@
 
 #include <libcrossplatform/common/PFileTypes.h>
 
-/// What all fuzz targets share. Each target has one LLVMFuzzerTestOneInput, made of a runInput().
+/// What all fuzz targets share.
 namespace Fuzz {
 
 /// What the fuzzers go up to, given as -max_len. A replayed input may be larger: what takes too long often is.
@@ -16,7 +16,7 @@ constexpr std::size_t INPUT_LIMIT = 64 * 1024;
 
 using Bytes = std::vector<uint8_t>;
 
-/// One input. The bytes stand alone on the heap, so that a read past them is seen.
+/// One input. The bytes stand alone on the heap, so that a read after them is seen.
 struct Input {
   const uint8_t* data;
   std::size_t size;
@@ -26,13 +26,17 @@ struct Input {
   std::string text() const { return std::string(data, data + size); }
 };
 
-/// Runs a target on an input. Messages of the library are formatted, so that their arguments are checked, and dropped.
-/// @return 0, which libFuzzer asks for
-int runInput(const uint8_t* data, std::size_t size, void (*target)(const Input& input));
+/// What each target defines, to be run on every input. Messages of the library are formatted meanwhile, so that their
+/// arguments are checked, and dropped.
+void runTarget(const Input& input);
 
 /// Runs one piece of the work on an input.
 /// @return false when a listed fatal assertion ended it
 bool guarded(const std::function<void()>& work);
+
+/// Installs an assertion handler that lets reporting entries of the list pass, leaves a fatal one by throwing its entry
+/// (a `const ListedAssertion*`), and ends the program on every other assertion.
+void watchAssertions();
 
 /// A receiver of the container's messages that formats them and drops the text.
 extern const PFile::LogCallback formatAndDrop;

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cstddef>
-
 /// The assertions that bytes from outside can reach because the rules demand them. Any other that an input reaches is a
 /// finding. docs/reader-behaviour.md has the same list, with what a careful caller does; a test compares the two.
 namespace Fuzz {
@@ -30,15 +28,5 @@ constexpr ListedAssertion LISTED_ASSERTIONS[] = {
     {"Invalid PowerLineFrequency enum", "libcrossplatform/common/InstrumentSettingsEnumsToString", false},
     {"Invalid IPAddressSource enum", "libcrossplatform/common/InstrumentSettingsEnumsToString", false},
 };
-
-/// The entry for a failed assertion, null when it is none of the list.
-const ListedAssertion* findListed(const char* expression, const char* unit);
-
-/// How often entry `i` was met in this process.
-std::size_t timesMet(std::size_t i);
-
-/// Installs an assertion handler that lets reporting entries pass, leaves a fatal one by throwing its entry (a
-/// `const ListedAssertion*`), and ends the program on every other assertion.
-void watchAssertions();
 
 }  // namespace Fuzz

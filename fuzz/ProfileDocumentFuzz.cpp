@@ -48,13 +48,13 @@ void checkAnswers(const NetworkProfile& p) {
 /// What is stored in a file is what is read from it. A second profile that cannot be read stays as it is.
 /// @param plain  the document is ASCII without escapes: JsonCpp's writer does not keep every other name
 void checkFile(const NetworkProfile& p, bool plain) {
-  static const Fuzz::ScratchDirectory DIRECTORY;
-  const std::string path = DIRECTORY.file("profile");
+  static const Fuzz::ScratchFile FILE;
+  const std::string path = FILE.path();
   FUZZ_CHECK(p.saveTo(path));
   NetworkProfile again;
   FUZZ_CHECK(again.readFrom(path));
   if (plain) FUZZ_CHECK(Dump::compactJson(again) == Dump::compactJson(p));
-  FUZZ_CHECK(DIRECTORY.files() == 1);
+  FUZZ_CHECK(FILE.isAlone());
 }
 
 std::size_t recentNetworks(const NetworkProfile& p) {
@@ -104,19 +104,17 @@ void checkSetters(NetworkProfile& p) {
 
 }  // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
-  return Fuzz::runInput(data, size, [](const Fuzz::Input& input) {
-    Json::Value json;
-    if (!Veltra::parseJson(input.text(), json, true)) return;
-    NetworkProfile profile;
-    profile = json;
-    checkAnswers(profile);
-    const std::string text = input.text();
-    const auto isPlain = [](char c) { return (c >= ' ' && c < '\x7f' && c != '\\') || c == '\n' || c == '\t'; };
-    checkFile(profile, std::all_of(text.begin(), text.end(), isPlain));
-    checkRecent(profile);
-    checkAnswers(profile);
-    checkSetters(profile);
-    checkAnswers(profile);
-  });
+void Fuzz::runTarget(const Input& input) {
+  Json::Value json;
+  if (!Veltra::parseJson(input.text(), json, true)) return;
+  NetworkProfile profile;
+  profile = json;
+  checkAnswers(profile);
+  const std::string text = input.text();
+  const auto isPlain = [](char c) { return (c >= ' ' && c < '\x7f' && c != '\\') || c == '\n' || c == '\t'; };
+  checkFile(profile, std::all_of(text.begin(), text.end(), isPlain));
+  checkRecent(profile);
+  checkAnswers(profile);
+  checkSetters(profile);
+  checkAnswers(profile);
 }

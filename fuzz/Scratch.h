@@ -1,40 +1,42 @@
 #pragma once
 
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 
 #include "FuzzInput.h"
 
 namespace Fuzz {
 
-/// A file in memory that is opened by a path, for code that reads files. Nothing of it is left behind.
-class MemoryFile {
- public:
-  MemoryFile();
-  ~MemoryFile();
-  MemoryFile(const MemoryFile&) = delete;
-  MemoryFile& operator=(const MemoryFile&) = delete;
+/// Puts an input into a file in memory, for what reads files. @return its path, until the next one
+inline const std::string& asFile(const Input& input) {
+  static const int DESCRIPTOR = memfd_create("fuzz", MFD_CLOEXEC);
+  static const std::string PATH = "/proc/self/fd/" + std::to_string(DESCRIPTOR);
+  FUZZ_CHECK(ftruncate(DESCRIPTOR, 0) == 0);
+  FUZZ_CHECK(pwrite(DESCRIPTOR, input.data, input.size, 0) == static_cast<ssize_t>(input.size));
+  return PATH;
+}
 
-  void fill(const uint8_t* data, std::size_t size);
-  const char* path() const { return _path.c_str(); }
+/// A directory of its own under TMPDIR with one file, for what writes beside it and renames. Gone when the process ends
+/// in order.
+class ScratchFile {
+ public:
+  ScratchFile() { FUZZ_CHECK(mkdtemp(_directory.data()) != nullptr); }
+  ~ScratchFile() {
+    std::error_code ignored;
+    std::filesystem::remove_all(_directory, ignored);
+  }
+  ScratchFile(const ScratchFile&) = delete;
+  ScratchFile& operator=(const ScratchFile&) = delete;
+
+  std::string path() const { return _directory + "/file"; }
+  bool isAlone() const { return std::distance(std::filesystem::directory_iterator(_directory), {}) == 1; }
 
  private:
-  int _descriptor;
-  std::string _path;
-};
-
-/// A directory of its own under TMPDIR, for what writes beside and renames. Gone when the process ends in order.
-class ScratchDirectory {
- public:
-  ScratchDirectory();
-  ~ScratchDirectory();
-  ScratchDirectory(const ScratchDirectory&) = delete;
-  ScratchDirectory& operator=(const ScratchDirectory&) = delete;
-
-  std::string file(const char* name) const { return _path + "/" + name; }
-  std::size_t files() const;
-
- private:
-  std::string _path;
+  std::string _directory = std::filesystem::temp_directory_path().string() + "/fuzz.XXXXXX";
 };
 
 }  // namespace Fuzz

@@ -88,17 +88,11 @@ stage_tidy() {
     xargs -0 -n 1 -P "$jobs" bash -c 'quietly clang-tidy-14 -p build/dev --quiet "$0"'
 }
 
-# What stage_clang runs a few rounds of, in full.
-stage_faults() {
-  quietly cmake --preset clang
-  cmake --build --preset clang -j "$jobs" --target veltra_fault_workload -- --quiet
-  tests/faults/strace_sweep.py build/clang/tests/faults/veltra_fault_workload
-}
-
+# The power cuts of stage_clang, more of them.
 stage_crash() {
   quietly cmake --preset clang
   cmake --build --preset clang -j "$jobs" --target veltra_crash_tests -- --quiet
-  VELTRA_KILLS=1000 VELTRA_SUBSETS=20000 build/clang/tests/crash/veltra_crash_tests --gtest_brief=1
+  VELTRA_SUBSETS=20000 build/clang/tests/crash/veltra_crash_tests --gtest_brief=1
 }
 
 # run_stages GROUPS STAGES [STAGE...] installs the groups of packages and runs the named stages of STAGES, all of them

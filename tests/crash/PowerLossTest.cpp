@@ -1,6 +1,6 @@
-// What a disk may hold after the power failed: of everything written since the last sync any subset of the sectors, in
-// place of the others what stood there before, zeros, or whatever the disk held. How many subsets is in VELTRA_SUBSETS,
-// drawn from VELTRA_SEED, which is printed.
+// What a file may hold after its writer was killed: what was written up to there; and after the power failed: of
+// everything written since the last sync any subset of the sectors, in place of the others what stood there before,
+// zeros, or whatever the disk held. How many subsets is in VELTRA_SUBSETS, drawn from VELTRA_SEED, which is printed.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/mman.h>
@@ -10,10 +10,14 @@
 #include <algorithm>
 #include <random>
 
+#include <libcrossplatform/common/PFile.h>
+#include <libinspect/container/Recover.h>
+
 #include "CallFaults.h"
 #include "Workloads.h"
 
 using namespace Workloads;
+using RecordTesting::fileBytes, RecordTesting::writeFile;
 
 namespace {
 
@@ -110,6 +114,7 @@ bool recordSteps(const Workload& workload) {
   Calls::observe(record);
   EXPECT_EQ(run(workload, pathIn(directory.path)), 0);
   Calls::observe(nullptr);
+  EXPECT_EQ(check(workload, directory.path, 0, Fault::CALL), "");
   return true;
 }
 
@@ -122,10 +127,60 @@ void expectNamedOnlyWhenSynced() {
   EXPECT_EQ(order, "wsrd") << "written, synced, renamed, and the directory synced";
 }
 
+/// A file in memory with these bytes, by its path: no disk is worn for thousands of images.
+const std::string& imageOf(const Bytes& bytes) {
+  static const std::string PATH = "/proc/self/fd/" + std::to_string(memfd_create("image", 0));
+  writeFile(PATH, bytes);
+  return PATH;
+}
+
+/// A file that was being written: never taken for good, and nothing that is whole in it is lost.
+void expectSectionsRecovered(const Bytes& bytes, const Bytes& whole) {
+  const std::string& path = imageOf(bytes);
+  EXPECT_EQ(isClean(path), bytes == whole);
+  EXPECT_EQ(PFile::FileReader().open(path.c_str()) == 0, bytes == whole);
+  std::string error;
+  Inspect::ByteSource source;
+  ASSERT_TRUE(source.open(path, error)) << error;
+  const Inspect::Recovery recovery = findSections(source);
+  PFile::MemReader reader;
+  std::vector<std::size_t> ends;  // of the sections of which every byte is there
+  EXPECT_EQ(reader.open(whole.data(), static_cast<unsigned>(whole.size())), 0);
+  while (reader.skipNextSection() == 0) {
+    const auto end = static_cast<std::size_t>(reader.seek(0, Marshal::STREAM_FROM_CURRENT));
+    if (end <= bytes.size()) ends.push_back(end);
+  }
+  ASSERT_EQ(recovery.kept.size(), ends.size());
+  if (ends.empty()) return;
+  const RecordTesting::TempDir directory;
+  const std::string recovered = pathIn(directory.path);
+  ASSERT_TRUE(writeRecovered(source, recovery, recovered, error)) << error;
+  EXPECT_TRUE(isClean(recovered));
+  const Bytes saved = fileBytes(recovered);
+  ASSERT_EQ(saved.size(), ends.back());
+  EXPECT_TRUE(std::equal(saved.begin() + 24, saved.end(), whole.begin() + 24)) << "after the file header";
+}
+
+/// The writer is killed after any of its calls, or in the middle of one.
+void killAtEveryStep(const Bytes& whole) {
+  constexpr std::size_t STRIDE = 997;
+  Bytes written;
+  for (const Step& step : steps) {
+    for (std::size_t done = 0; done < step.bytes.size();) {
+      const std::size_t size = std::min(STRIDE, step.bytes.size() - done);
+      const auto from = step.bytes.begin() + static_cast<std::ptrdiff_t>(done);
+      done += size;
+      SCOPED_TRACE("killed after " + std::to_string(done) + " bytes from " + std::to_string(step.offset));
+      written.resize(std::max(written.size(), step.offset + done));
+      std::copy_n(from, size, written.begin() + static_cast<std::ptrdiff_t>(step.offset + done - size));
+      expectSectionsRecovered(written, whole);
+    }
+  }
+  EXPECT_EQ(written, whole);
+}
+
 /// @return how many of the images were the whole new file
 int cutPower(const Workload& workload, const Bytes& before, unsigned long subsets, std::mt19937& random) {
-  const int memory = memfd_create("image", 0);  // no disk is worn for thousands of images
-  const std::string image = "/proc/self/fd/" + std::to_string(memory);
   int whole = 0;
   for (unsigned long n = 0; n < subsets && !::testing::Test::HasFailure(); ++n) {
     SCOPED_TRACE("subset " + std::to_string(n));
@@ -133,12 +188,11 @@ int cutPower(const Workload& workload, const Bytes& before, unsigned long subset
     const std::size_t done = random() % (steps.size() + 1);
     for (std::size_t i = 0; i < done; ++i) disk.apply(steps[i]);
     const Bytes found = disk.afterPowerLoss();
-    RecordTesting::writeFile(image, found);
     const bool isWhole = found == workload.after;
-    EXPECT_EQ(isClean(image), isWhole) << "doctor is content with " << found.size() << " bytes that are not the file";
+    EXPECT_EQ(isClean(imageOf(found)), isWhole)
+        << "doctor is content with " << found.size() << " bytes that are not the file";
     whole += isWhole;
   }
-  ::close(memory);
   return whole;
 }
 
@@ -161,6 +215,7 @@ TEST_P(PowerLoss, AFileHasItsNameWhenItIsSyncedAndDoctorIsContentWithTheWholeOne
     if (!recordSteps(workload)) return false;
     if (workload.kind == Workload::REPLACES) expectNamedOnlyWhenSynced();
     if (!workload.isContainer) return true;
+    killAtEveryStep(workload.after);
     // The same writing in place of another file, in other sectors: shifted, so that it is not the new one itself.
     const Bytes other(before.begin() + 24, before.end());
     const int whole = cutPower(workload, other, subsets, random);

@@ -5,16 +5,14 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <new>
+#include <cstring>
 
 #if defined(__has_feature)
 #if __has_feature(address_sanitizer)
 #define __SANITIZE_ADDRESS__ 1
 #endif
 #endif
-#if defined(__SANITIZE_ADDRESS__)
-#define VELTRA_OWN_MALLOC 0
-#else
+#if !defined(__SANITIZE_ADDRESS__)
 #define VELTRA_OWN_MALLOC 1
 #endif
 
@@ -40,10 +38,6 @@ void* counted(void* memory) {
   return memory;
 }
 
-void discounted(void* memory) {
-  if (memory != nullptr) liveBytes -= malloc_usable_size(memory);
-}
-
 }  // namespace
 
 namespace Allocations {
@@ -59,8 +53,12 @@ long stopRefusing() {
   return refused;
 }
 
-bool isSanitized() {
-  return !VELTRA_OWN_MALLOC;
+bool isReplaced() {
+#ifdef VELTRA_OWN_MALLOC
+  return true;
+#else
+  return false;
+#endif
 }
 
 std::size_t live() {
@@ -82,7 +80,7 @@ std::size_t peak() {
 
 }  // namespace Allocations
 
-#if VELTRA_OWN_MALLOC
+#ifdef VELTRA_OWN_MALLOC
 
 extern "C" {
 
@@ -115,43 +113,13 @@ void* realloc(void* memory, std::size_t size) {
 }
 
 void free(void* memory) {
-  discounted(memory);
+  if (memory == nullptr) return;
+  const std::size_t size = malloc_usable_size(memory);
+  liveBytes -= size;
+  std::memset(memory, 0xDD, size);
   __libc_free(memory);
 }
 
 }  // extern "C"
-
-#else
-
-// g++ takes free() in an inlined operator delete for a mismatch.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return isRefused() ? nullptr : counted(std::malloc(size != 0 ? size : 1));
-}
-void* operator new(std::size_t size) {
-  void* const memory = operator new(size, std::nothrow);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-void* operator new[](std::size_t size) {
-  return operator new(size);
-}
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
-  return operator new(size, std::nothrow);
-}
-void operator delete(void* memory) noexcept {
-  discounted(memory);
-  std::free(memory);
-}
-void operator delete[](void* memory) noexcept {
-  operator delete(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  operator delete(memory);
-}
-void operator delete[](void* memory, std::size_t) noexcept {
-  operator delete(memory);
-}
 
 #endif

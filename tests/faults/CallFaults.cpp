@@ -11,21 +11,20 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <cstdlib>
-#include <iterator>
 #include <vector>
 
 namespace Calls {
 
 #if defined(__x86_64__)
 
-const Call ALL[] = {
+const std::vector<Call> ALL = {
     {"openat", SYS_openat},     {"fstat", SYS_newfstatat},    {"fstat", SYS_fstat},   {"read", SYS_read},
     {"pread", SYS_pread64},     {"write", SYS_write},         {"lseek", SYS_lseek},   {"fcntl", SYS_fcntl},
     {"fsync", SYS_fsync},       {"close", SYS_close},         {"fchmod", SYS_fchmod}, {"renameat", SYS_renameat},
     {"unlinkat", SYS_unlinkat}, {"getdents", SYS_getdents64},
 };
-const int COUNT = static_cast<int>(std::size(ALL));
 
 namespace {
 
@@ -116,8 +115,7 @@ void observe(Observer wanted) {
 
 #else
 
-const Call ALL[] = {{"", -1}};
-const int COUNT = 0;
+const std::vector<Call> ALL;
 
 bool trap() {
   return false;

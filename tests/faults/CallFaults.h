@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 /// System calls that fail on demand, within this process and without a tracer: a seccomp filter traps the calls below,
 /// and the handler either carries them out or answers with an error. Calls from within stdio are trapped like any
 /// other.
@@ -10,8 +12,7 @@ struct Call {
   int number;
 };
 /// The calls that can be made to fail.
-extern const Call ALL[];
-extern const int COUNT;
+extern const std::vector<Call> ALL;
 
 /// Installs the filter, for the life of this process and its children.
 /// @return false where the machine has no such filters, or the handler does not know the processor

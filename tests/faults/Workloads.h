@@ -24,7 +24,7 @@ struct Workload {
     OVERWRITES  ///< the file is truncated first
   } kind;
   bool isContainer;
-  bool isFlat;  ///< the flat interface: no exception leaves
+  bool isFlat;  ///< the flat interface: no exception leaves, and a reader answers lost memory by 4
 };
 
 /// Its name, for the messages of a test.

@@ -54,9 +54,9 @@ inline Bytes bomb(uint16_t type, uint32_t size) {
 }
 
 /// A section header without data that claims so many bytes.
-inline Bytes headerClaiming(uint32_t size) {
+inline Bytes headerClaiming(uint16_t type, uint32_t size) {
   PFile::Header header;
-  header.type = 300;
+  header.type = type;
   header.dataSize = size;
   header.dataCrc = 1;
   header.hdrCrc = PFile::crc32Of(header.bytes().data(), PFile::Header::HDR_CRC_BYTES);
@@ -69,16 +69,10 @@ inline Bytes lyingHeaders(std::size_t room) {
   room -= room % PFile::Header::BYTES;
   Bytes bytes;
   while (bytes.size() < room) {
-    const Bytes header = headerClaiming(static_cast<uint32_t>(room - bytes.size() - PFile::Header::BYTES));
+    const Bytes header = headerClaiming(300, static_cast<uint32_t>(room - bytes.size() - PFile::Header::BYTES));
     bytes.insert(bytes.end(), header.begin(), header.end());
   }
   return bytes;
-}
-
-inline Bytes nested(std::size_t room) {
-  Bytes data(64, 'x');
-  for (int i = 0; i < 20; ++i) data = compressed(data);
-  return repeated(section(301, PFile::SECTION_FLAG_COMPRESS, data), room);
 }
 
 /// A settings record that says of the network what `profile` is.
@@ -103,33 +97,39 @@ inline Bytes record() {
   return section(303, PFile::SECTION_FLAG_COMPRESS, compressed(settingsRecord(profile + "]")));
 }
 
+constexpr std::size_t FILE_HEADER_BYTES = PFile::Header::BYTES + 4;
+
 struct Kind {
   const char* name;
-  /// Makes a file of about so many bytes, never more.
-  Bytes (*make)(std::size_t room);
+  bool isClosed;    ///< begins with the file header of a closed file
+  Bytes (*unit)();  ///< what is repeated; null: lyingHeaders()
+
+  /// A file of about so many bytes, never more.
+  Bytes make(std::size_t room) const {
+    if (isClosed) room -= FILE_HEADER_BYTES;
+    const Bytes bytes = unit != nullptr ? repeated(unit(), room) : lyingHeaders(room);
+    return isClosed ? closedFile(bytes) : bytes;
+  }
 };
-constexpr std::size_t FILE_HEADER_BYTES = PFile::Header::BYTES + 4;
 inline const Kind KINDS[] = {
-    {"sections of one byte",
-     [](std::size_t room) { return closedFile(repeated(section(300, 0, {'x'}), room - FILE_HEADER_BYTES)); }},
-    {"unknown types",
-     [](std::size_t room) { return closedFile(repeated(section(60000, 0, {'x'}), room - FILE_HEADER_BYTES)); }},
-    {"never closed", [](std::size_t room) { return repeated(section(60000, 0, {'x'}), room); }},
-    {"headers without data",
-     [](std::size_t room) { return closedFile(repeated(headerClaiming(0), room - FILE_HEADER_BYTES)); }},
-    {"headers that claim the rest",
-     [](std::size_t room) { return closedFile(lyingHeaders(room - FILE_HEADER_BYTES)); }},
-    {"zeros", [](std::size_t room) { return Bytes(room); }},
-    {"magic",
-     [](std::size_t room) {
-       return repeated({'P', 'F'}, room);
+    {"sections of one byte", true, [] { return section(300, 0, {'x'}); }},
+    {"unknown types", true, [] { return section(60000, 0, {'x'}); }},
+    {"never closed", false, [] { return section(60000, 0, {'x'}); }},
+    {"headers without data", true, [] { return headerClaiming(300, 0); }},
+    {"headers that claim the rest", true, nullptr},
+    {"zeros", false, [] { return Bytes(1); }},
+    {"magic", false,
+     [] {
+       return Bytes{'P', 'F'};
      }},
-    {"bombs",
-     [](std::size_t room) {
-       return closedFile(repeated(bomb(301, PFile::Section::MAX_UNCOMPRESSED), room - FILE_HEADER_BYTES));
+    {"bombs", true, [] { return bomb(301, PFile::Section::MAX_UNCOMPRESSED); }},
+    {"zlib in zlib", true,
+     [] {
+       Bytes data(64, 'x');
+       for (int i = 0; i < 20; ++i) data = compressed(data);
+       return section(301, PFile::SECTION_FLAG_COMPRESS, data);
      }},
-    {"zlib in zlib", [](std::size_t room) { return closedFile(nested(room - FILE_HEADER_BYTES)); }},
-    {"records", [](std::size_t room) { return closedFile(repeated(record(), room - FILE_HEADER_BYTES)); }},
+    {"records", true, record},
 };
 
 }  // namespace HostileFiles

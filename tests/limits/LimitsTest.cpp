@@ -1,8 +1,12 @@
 // Small files that claim or become much, and the most expensive bytes there are: how much work reading them is, counted
 // where it is done. bench/HostileBench.cpp measures how long that takes.
+#include <dlfcn.h>
 #include <sys/resource.h>
+#include <unistd.h>
+#include <zlib.h>
 
-#include <functional>
+#include <algorithm>
+#include <cstdio>
 
 #include <libcrossplatform/common/DatabaseManifestFile.h>
 #include <libcrossplatform/common/ResultFile.h>
@@ -10,8 +14,6 @@
 
 #include "AllocationFaults.h"
 #include "HostileFiles.h"
-#include "PFileTesting.h"
-#include "WorkDone.h"
 #include "Workloads.h"
 
 #ifdef VELTRA_HAS_INSPECT
@@ -20,11 +22,61 @@
 #endif
 
 using namespace PFile;
-using namespace PFileTesting;
+using HostileFiles::Bytes;
+using RecordTesting::TempDir;
 
 namespace {
 
 constexpr std::size_t MIB = std::size_t{1} << 20;
+
+/// Bytes that came out of uncompress(), went into crc32(), and were given by fread() and pread(): these stand in front
+/// of the functions of zlib and libc that the library calls, count, and pass on.
+uint64_t inflated = 0, checked = 0, readIn = 0;
+
+template <class Function>
+Function* next(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+void startCounting() {
+  inflated = checked = readIn = 0;
+  Allocations::startMeasuring();
+}
+
+}  // namespace
+
+extern "C" {
+
+int uncompress(Bytef* to, uLongf* size, const Bytef* from, uLong length) {
+  static const auto original = next<decltype(uncompress)>("uncompress");
+  const int code = original(to, size, from, length);
+  inflated += *size;
+  return code;
+}
+
+uLong crc32(uLong crc, const Bytef* bytes, uInt size) {
+  static const auto original = next<decltype(crc32)>("crc32");
+  checked += size;
+  return original(crc, bytes, size);
+}
+
+std::size_t fread(void* to, std::size_t size, std::size_t count, std::FILE* stream) {
+  static const auto original = next<std::size_t(void*, std::size_t, std::size_t, std::FILE*)>("fread");
+  const std::size_t got = original(to, size, count, stream);
+  readIn += got * size;
+  return got;
+}
+
+ssize_t pread(int descriptor, void* to, std::size_t size, off_t offset) {
+  static const auto original = next<ssize_t(int, void*, std::size_t, off_t)>(sizeof(off_t) == 8 ? "pread64" : "pread");
+  const ssize_t got = original(descriptor, to, size, offset);
+  if (got > 0) readIn += static_cast<uint64_t>(got);
+  return got;
+}
+
+}  // extern "C"
+
+namespace {
 
 /// Every section there is, by either reader.
 void walk(const std::string& path, const Bytes& bytes) {
@@ -44,7 +96,7 @@ void doctor(const std::string& path, const Bytes&) {
   std::string error;
   Inspect::ByteSource source;
   ASSERT_TRUE(source.open(path, error)) << error;
-  (void)examineDeep(source);
+  examineDeep(source);
 }
 
 void recover(const std::string& path, const Bytes&) {
@@ -57,21 +109,9 @@ void recover(const std::string& path, const Bytes&) {
 }
 #endif
 
-/// Runs it in a process that may have 256 MiB of addresses. qemu-user, which needs more for itself, ignores the limit.
-void inSmallProcess(const std::function<void()>& body) {
-  Workloads::inChild([&body] {
-    const rlimit addresses = {256 * MIB, 256 * MIB};
-    EXPECT_EQ(setrlimit(RLIMIT_AS, &addresses), 0);
-    WorkDone::start();
-    body();
-    EXPECT_LT(WorkDone::sinceStart().peak, 16 * MIB);
-    return true;
-  });
-}
-
 struct Limits : ::testing::Test {
   void SetUp() override {
-    if (Allocations::isSanitized()) GTEST_SKIP() << "the allocator that counts is in place of the sanitizer's";
+    if (!Allocations::isReplaced()) GTEST_SKIP() << "a sanitizer's allocator does not count";
   }
   const TempDir dir;
   const std::string path = dir.file("a.pf");
@@ -79,51 +119,56 @@ struct Limits : ::testing::Test {
 
 }  // namespace
 
-TEST_F(Limits, AFileOfOneKibibyteThatClaimsFourGibibytes) {
-  Bytes bytes = EMPTY_FILE + headerClaiming(SECTION_RESULT_SUMMARY, 0xFFFFFFFF);
-  bytes.resize(1024);
-  RecordTesting::writeFile(path, bytes);
-  inSmallProcess([&] {
-    Veltra::ResultSummary summary;
-    EXPECT_EQ(readResultSummary(summary, path.c_str(), true), Veltra::RESULT_READER_CORRUPT);
-    EXPECT_EQ(readResultSummary(summary, bytes.data(), 1024), Veltra::RESULT_READER_CORRUPT);
-    Veltra::DatabasePackageManifest manifest;
-    EXPECT_EQ(readManifestFile(manifest, path.c_str()), READER_WRONG_FILE_TYPE);
-#ifdef VELTRA_HAS_INSPECT
-    doctor(path, bytes);
-    recover(path, bytes);
-#endif
-  });
-}
-
-TEST_F(Limits, EightKibibytesThatInflateToEightMebibytesAndOneMore) {
-  for (const bool isTooBig : {false, true}) {
-    const uint32_t size = Section::MAX_UNCOMPRESSED + (isTooBig ? 1 : 0);
-    const Bytes bytes = HostileFiles::closedFile(HostileFiles::bomb(SECTION_RESULT_SUMMARY, size));
-    EXPECT_LT(bytes.size(), 9000u);
-    RecordTesting::writeFile(path, bytes);
-    inSmallProcess([&] {
-      {
+TEST_F(Limits, SmallFilesThatClaimOrBecomeMuch) {
+  constexpr uint32_t MOST = Section::MAX_UNCOMPRESSED;
+  const auto bomb = [](uint32_t size) {
+    return HostileFiles::closedFile(HostileFiles::bomb(SECTION_RESULT_SUMMARY, size));
+  };
+  Bytes claim = HostileFiles::closedFile(HostileFiles::headerClaiming(SECTION_RESULT_SUMMARY, 0xFFFFFFFF));
+  claim.resize(1024);
+  struct Row {
+    const char* name;
+    const Bytes& bytes;
+    int fromFile, fromMemory;
+    std::size_t size, peak;
+  };
+  const Bytes most = bomb(MOST), oneMore = bomb(MOST + 1);
+  const Row rows[] = {{"1 KiB that claims 4 GiB", claim, PFILE_FAILED, PFILE_OK, 0, MIB},
+                      {"8 KiB that inflate to 8 MiB", most, PFILE_OK, PFILE_OK, MOST, 16 * MIB},
+                      {"the same with one byte more", oneMore, PFILE_FAILED, PFILE_FAILED, 0, MIB}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.name);
+    EXPECT_LT(row.bytes.size(), 9000u);
+    RecordTesting::writeFile(path, row.bytes);
+    // In a process that may have 256 MiB of addresses. qemu-user, which needs more for itself, ignores the limit.
+    Workloads::inChild([&] {
+      const rlimit addresses = {256 * MIB, 256 * MIB};
+      EXPECT_EQ(setrlimit(RLIMIT_AS, &addresses), 0);
+      startCounting();
+      const auto size = static_cast<unsigned>(row.bytes.size());
+      for (const bool isFile : {true, false}) {
         Section section;
         FileReader file;
-        EXPECT_EQ(file.open(path.c_str()), 0);
-        EXPECT_EQ(file.read(section, true), isTooBig ? -1 : 0);
-        if (!isTooBig) {
-          EXPECT_EQ(section.payload.size(), size);
+        MemReader memory;
+        EXPECT_EQ(isFile ? file.open(path.c_str()) : memory.quickOpen(row.bytes.data(), size), 0);
+        EXPECT_EQ(isFile ? file.read(section, true) : memory.read(section, true),
+                  isFile ? row.fromFile : row.fromMemory);
+        if (row.fromFile == PFILE_OK) {
+          EXPECT_EQ(section.payload.size(), row.size);
         }
       }
-      {
-        Section section;
-        MemReader memory;
-        EXPECT_EQ(memory.open(bytes.data(), static_cast<unsigned>(bytes.size())), 0);
-        EXPECT_EQ(memory.read(section, true), isTooBig ? -1 : 0);
-      }
       Veltra::ResultSummary summary;
+      Veltra::DatabasePackageManifest manifest;
       EXPECT_EQ(readResultSummary(summary, path.c_str(), true), Veltra::RESULT_READER_CORRUPT);
+      EXPECT_EQ(readResultSummary(summary, row.bytes.data(), size),
+                row.fromMemory == PFILE_OK ? Veltra::RESULT_READER_CORRUPT : Veltra::RESULT_READER_ERROR);
+      EXPECT_EQ(readManifestFile(manifest, path.c_str()), READER_WRONG_FILE_TYPE);
 #ifdef VELTRA_HAS_INSPECT
-      doctor(path, bytes);
-      recover(path, bytes);
+      doctor(path, row.bytes);
+      recover(path, row.bytes);
 #endif
+      EXPECT_LT(Allocations::peak(), row.peak);
+      return true;
     });
   }
 }
@@ -150,20 +195,20 @@ TEST_F(Limits, WhatIsDoneFollowsTheSizeOfAHostileFile) {
     RecordTesting::writeFile(path, bytes);
     for (const Way& way : ways) {
       SCOPED_TRACE(std::string(way.name) + " of " + kind.name);
-      WorkDone::start();
+      startCounting();
       way.go(path, bytes);
-      const WorkDone done = WorkDone::sinceStart();
-      const std::size_t size = bytes.size();
+      const auto allocations = static_cast<uint64_t>(Allocations::countSinceStart());
+      const std::size_t size = bytes.size(), peak = Allocations::peak();
       const auto perByte = [size](uint64_t n) { return static_cast<double>(n) / static_cast<double>(size); };
       std::printf("%-13s %-28s for a byte: %4.0f inflated, %5.1f checked, %4.1f read, %4.1f allocations; %5zu KiB\n",
-                  way.name, kind.name, perByte(done.inflated), perByte(done.checked), perByte(done.read),
-                  perByte(static_cast<uint64_t>(done.allocations)), done.peak / 1024);
-      EXPECT_LE(done.inflated, way.inflated * size) << "everything is uncompressed once";
-      EXPECT_LE(done.checked, way.checked * size);
-      EXPECT_LE(done.read, way.read * size);
-      EXPECT_LE(static_cast<uint64_t>(done.allocations), way.allocations * size);
-      EXPECT_LT(done.peak, 64 * MIB);
-      EXPECT_GT(done.read + done.checked, 0U) << "nothing was counted";
+                  way.name, kind.name, perByte(inflated), perByte(checked), perByte(readIn), perByte(allocations),
+                  peak / 1024);
+      EXPECT_LE(inflated, way.inflated * size) << "everything is uncompressed once";
+      EXPECT_LE(checked, way.checked * size);
+      EXPECT_LE(readIn, way.read * size);
+      EXPECT_LE(allocations, way.allocations * size);
+      EXPECT_LT(peak, 64 * MIB);
+      EXPECT_GT(readIn + checked, 0U) << "nothing was counted";
     }
   }
 }
@@ -211,15 +256,15 @@ TEST_F(Limits, OneMebibyteOfJsonIsReadOrRefusedAtABoundedCost) {
     SCOPED_TRACE(document.name);
     Bytes bytes = HostileFiles::settingsRecord(document.profile);
     Marshal::StreamOpStatus status = 0;
-    WorkDone::start();
+    startCounting();
     const auto settings = Veltra::Settings::create(bytes.data(), static_cast<unsigned>(bytes.size()), status);
     EXPECT_EQ(status, document.isTaken ? 0 : -1);
     const Bytes written = settings != nullptr ? RecordTesting::bytesOf(*settings) : Bytes();
-    const WorkDone done = WorkDone::sinceStart();
-    std::printf("%-30s %7ld allocations, %6zu KiB, written as %zu\n", document.name, done.allocations, done.peak / 1024,
-                written.size());
-    EXPECT_LE(done.allocations, document.allocations);
-    EXPECT_LT(done.peak, 32 * MIB);
+    const long allocations = Allocations::countSinceStart();
+    std::printf("%-30s %7ld allocations, %6zu KiB, written as %zu\n", document.name, allocations,
+                Allocations::peak() / 1024, written.size());
+    EXPECT_LE(allocations, document.allocations);
+    EXPECT_LT(Allocations::peak(), 32 * MIB);
     // Those that are kept have cost JsonCpp a look at all that stands before them, each.
     EXPECT_EQ(std::count(written.begin(), written.end(), '*') + std::count(written.begin(), written.end(), '/'), 0);
   }
