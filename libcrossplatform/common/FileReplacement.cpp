@@ -89,11 +89,11 @@ mode_t currentUmask() {
   return mask;
 }
 
-/// Opened for a later sync if it may be read; otherwise at least for finding the file in it.
-int openFolder(const std::string& folder) {
+/// Opened for a later sync. A folder that may not be read is enough where a failed sync does not matter.
+int openFolder(const std::string& folder, FileReplacement::Access access) {
   const char* const path = folder.empty() ? "." : folder.c_str();
   const int descriptor = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (descriptor >= 0 || errno != EACCES) return descriptor;
+  if (descriptor >= 0 || errno != EACCES || access == FileReplacement::ACCESS_PRIVATE) return descriptor;
   return ::open(path, O_PATH | O_DIRECTORY | O_CLOEXEC);
 }
 
@@ -138,15 +138,15 @@ bool FileReplacement::open(const std::string& path, Access access) {
   const std::size_t slash = path.rfind('/');
   _folder = slash == std::string::npos ? "" : path.substr(0, slash + 1);
   _name = path.substr(_folder.size());
-  if (_name.empty()) {
-    errno = path.empty() ? ENOENT : EISDIR;
+  if (_name.empty() || path.find('\0') != std::string::npos) {
+    errno = path.empty() ? ENOENT : _name.empty() ? EISDIR : EINVAL;
     return false;
   }
   _access = access;
   _expected.reset();
   _failure = 0;
   _temporary = Temporary::take();
-  _folderDescriptor = openFolder(_folder);
+  _folderDescriptor = openFolder(_folder, access);
   if (_folderDescriptor >= 0 && createTemporary()) return true;
   discard();
   return false;

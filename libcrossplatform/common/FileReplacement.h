@@ -60,8 +60,9 @@ class VELTRA_EXPORT FileReplacement {
 
   /// Creates the temporary file in the folder of `path`, which may be relative: later changes of the current directory
   /// do not matter. May be called again after commit() or discard().
-  /// @return false: one is open already (EBUSY), the path is not that of a regular file (EISDIR, ENOTSUP), or the
-  ///         temporary file could not be created; nothing remains of it
+  /// @return false: one is open already (EBUSY), the path is not that of a regular file (EISDIR, ENOTSUP) or has
+  ///         a zero in it (EINVAL), with ACCESS_PRIVATE the folder may not be read (EACCES), or the temporary file
+  ///         could not be created; nothing remains of it
   bool open(const std::string& path, Access access = ACCESS_AS_BEFORE);
   bool isOpen() const { return _descriptor >= 0; }
   /// Makes commit() fail unless the file to replace still has this stamp, or is still missing. Call it after

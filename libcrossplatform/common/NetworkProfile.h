@@ -39,6 +39,7 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   /// An empty document.
   NetworkProfile();
   using Json::Value::operator=;  ///< replaces the whole document
+  NetworkProfile& operator=(const Json::Value*) = delete;
 
   // The interface in use: either the USB Wi-Fi adapter or the wired one. Switching one off switches the other on.
 

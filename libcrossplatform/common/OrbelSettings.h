@@ -19,6 +19,7 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
   OrbelSettings() = default;
   OrbelSettings(Project::ProjectId project, bool autoSave, bool autoIncrement, std::string syncUserName,
                 std::string syncUserPass, Json::Value netProfile, bool trackitEnable, unsigned int keyPosition);
+  OrbelSettings(Project::ProjectId, bool, bool, std::string, std::string, const Json::Value*, bool, unsigned) = delete;
 
   unsigned int getSettingsType() const override { return 2; }
 

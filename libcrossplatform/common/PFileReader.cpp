@@ -182,7 +182,7 @@ int FileReader::skipNextSection() {
 }
 
 uint32_t FileReader::recordedLength() const {
-  const bool hasWord = _fileHeader != nullptr && _fileHeader->payload.size() >= sizeof(uint32_t);
+  const bool hasWord = _fileHeader != nullptr && _fileHeader->payload.size() == sizeof(uint32_t);
   return hasWord ? Marshal::loadLittle32(_fileHeader->payload.data()) : 0;
 }
 

@@ -40,7 +40,7 @@ class VELTRA_EXPORT FileReader {
   /// @return as getHeader(), -1 when not open, or the non-zero result of fseek()
   int skipNextSection();
   /// The total length in the file header, in bytes, right only if the writer closed the file and wrote no other
-  /// before it. @return 0 when nothing is open, or the file header has no such word
+  /// before it. @return 0 when nothing is open, or the file header has more or less than this word
   uint32_t recordedLength() const;
   /// @return 0, also when nothing is open, or the non-zero result of fclose()
   int close();

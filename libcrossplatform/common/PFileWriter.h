@@ -33,8 +33,7 @@ class VELTRA_EXPORT FileWriter {
   /// Writes the total length into the file header and closes.
   /// @param sync  true: the bytes are on the disk when this returns 0
   /// @return 0, also when nothing is open; -1 something could not be written or synced, the first reason in `errno`.
-  /// The
-  ///         file is closed either way.
+  ///         The file is closed either way.
   int close(bool sync);
   bool isOpen() const { return _stream != nullptr; }
   /// Bytes written so far, those of earlier files included. A section that takes them beyond MAX_BYTES, its header

@@ -11,7 +11,8 @@
 
 namespace Veltra {
 
-/// The elements of a list record, owned by it, in the order they were added. Copies are deep.
+/// The elements of a list record, owned by it, in the order they were added. Copies are deep, and of the record itself:
+/// what a subclass adds is not copied.
 template <class T>
 class RecordList {
  public:

@@ -110,9 +110,11 @@ ResultFileCheck checkResultFile(ResultSummary& out, char const* path) {
     offset += PFile::Header::BYTES + section.header.dataSize;
   }
   if (reader.recordedLength() != offset) return stopped(RESULT_READER_CORRUPT, number, offset);
-  if (tooNew) return *tooNew;
-  const ResultReaderStatus status = deserializeSummary(out, summary.payload);
-  return status == RESULT_READER_OK ? stopped(status, number, offset) : stopped(status, SUMMARY, SUMMARY_AT);
+  if (!tooNew || tooNew->section != SUMMARY) {  // a newer summary is not decoded
+    const ResultReaderStatus status = deserializeSummary(out, summary.payload);
+    if (status != RESULT_READER_OK) return stopped(status, SUMMARY, SUMMARY_AT);
+  }
+  return tooNew ? *tooNew : stopped(RESULT_READER_OK, number, offset);
 }
 
 ResultReaderStatus readResultSummary(ResultSummary& out, char const* path, bool checkAllSections) {

@@ -74,6 +74,7 @@ struct VELTRA_EXPORT WifiProfile {
   /// does a secret that does not decrypt.
   /// @return false when `json` is not an object; the profile is then unchanged
   bool fromJson(const Json::Value& json);
+  bool fromJson(const Json::Value*) = delete;
 
   /// Overwrites keys, passwords and names in memory and leaves them empty.
   void wipeSecrets();

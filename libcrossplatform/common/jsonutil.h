@@ -71,6 +71,7 @@ VELTRA_EXPORT bool convertJson(const Json::Value& v, std::string& out);
 
 /// An object of one member: a record's JSON under its root name.
 VELTRA_EXPORT Json::Value rootedJson(const char* name, Json::Value value);
+Json::Value rootedJson(const char*, const Json::Value*) = delete;
 
 /// Logs "fromJson failed ..." with the position of the reader that gave up.
 /// @param file  path of the unit without its extension; null is reported as an assertion and nothing is logged

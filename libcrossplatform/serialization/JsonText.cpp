@@ -4,6 +4,9 @@
 #include <ostream>
 #include <streambuf>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 #include <json/writer.h>
 
@@ -63,53 +66,71 @@ bool isAllUtf8(const Json::Value& value) {
   return true;
 }
 
+/// Makes the texts and names of a value well-formed, at a cost that follows its size: names that become the same are
+/// numbered, and where something was found is put together once.
 class IllFormedTexts {
  public:
-  /// @param place  names of the members that lead to the value, with dots between them
-  void replaceIn(Json::Value& value, const std::string& place) {
+  void replaceIn(Json::Value& value) {
     if (value.isString()) {
       if (isUtf8(textOf(value))) return;
-      found(place);
+      found();
       Json::Value repaired(withoutIllFormedUtf8(textOf(value)));
       value.swapPayload(repaired);  // comments and offsets stay
     } else if (value.isArray()) {
-      for (Json::Value& element : value) replaceIn(element, place);
+      for (Json::Value& element : value) replaceIn(element);
     } else if (value.isObject()) {
-      for (const std::string& name : value.getMemberNames()) replaceInMember(value, name, place);
+      replaceInMembers(value);
     }
   }
 
   void log() const {
-    constexpr int SHOWN = 80;
     Veltra::Logger::log(Veltra::Logger::FACILITY_COMMON, Veltra::Logger::SEVERITY_WARNING,
-                        "JSON: texts that are not UTF-8 are written with U+FFFD: %zu, the first at \"%.*s\"", _count,
-                        SHOWN, _first.c_str());
+                        "JSON: texts that are not UTF-8 are written with U+FFFD: %zu, the first at \"%s\"", _count,
+                        _first.c_str());
   }
 
  private:
-  void replaceInMember(Json::Value& object, const std::string& name, const std::string& place) {
-    const std::string memberPlace = place.empty() ? name : place + "." + name;
-    if (isUtf8(name)) {
-      replaceIn(object[name], memberPlace);
-      return;
+  void replaceInMembers(Json::Value& object) {
+    std::unordered_map<std::string, std::size_t> taken;  // how often a name was wanted that another member has
+    for (const std::string& name : object.getMemberNames()) {
+      _place.push_back(&name);
+      if (isUtf8(name)) {
+        replaceIn(object[name]);
+      } else {
+        found();
+        Json::Value member;
+        object.removeMember(name, &member);
+        replaceIn(member);
+        object[freeName(object, withoutIllFormedUtf8(name), taken)] = std::move(member);
+      }
+      _place.pop_back();
     }
-    found(memberPlace);
-    std::string repaired = withoutIllFormedUtf8(name);
-    while (object.isMember(repaired)) repaired += REPLACEMENT_CHARACTER;
-    Json::Value member;
-    object.removeMember(name, &member);
-    replaceIn(member, memberPlace);
-    object[repaired] = std::move(member);
   }
 
-  void found(const std::string& place) {
+  static std::string freeName(const Json::Value& object, const std::string& wanted,
+                              std::unordered_map<std::string, std::size_t>& taken) {
+    std::string name = wanted;
+    while (object.isMember(name)) {
+      name = wanted;
+      name.append(REPLACEMENT_CHARACTER).append(std::to_string(++taken[wanted]));
+    }
+    return name;
+  }
+
+  void found() {
+    constexpr std::size_t SHOWN = 80;
     if (++_count > 1) return;
-    _first = place;
+    for (const std::string* name : _place) {
+      if (!_first.empty()) _first += '.';
+      _first.append(*name, 0, SHOWN - std::min(SHOWN, _first.size()));
+    }
+    _first.resize(std::min(_first.size(), SHOWN));
     // Names come from documents of any origin, and a log line is one line.
     std::replace_if(
         _first.begin(), _first.end(), [](char c) { return c < ' ' || c > '~'; }, '?');
   }
 
+  std::vector<const std::string*> _place;  // names of the members that lead to the value in hand
   std::size_t _count = 0;
   std::string _first;
 };
@@ -121,7 +142,7 @@ auto writeAsUtf8(const Json::Value& value, bool isLogged, Write write) {
   const Json::Value repaired = orBadAlloc([&] {
     Json::Value copy = value;
     IllFormedTexts texts;
-    texts.replaceIn(copy, std::string());
+    texts.replaceIn(copy);
     if (isLogged) texts.log();
     return copy;
   });
@@ -173,7 +194,7 @@ bool isStyledJsonWithin(const Json::Value& value, const char* indentation, std::
 bool replaceIllFormedTexts(Json::Value& value) {
   if (isAllUtf8(value)) return false;
   IllFormedTexts texts;
-  texts.replaceIn(value, std::string());
+  texts.replaceIn(value);
   return true;
 }
 

@@ -32,9 +32,16 @@ VELTRA_EXPORT bool writeStyledJson(std::string& text, const Json::Value& value, 
 VELTRA_EXPORT bool isStyledJsonWithin(const Json::Value& value, const char* indentation, std::size_t most);
 
 /// Makes every text and member name of a value well-formed UTF-8. Comments are unchanged. A name that becomes equal to
-/// another member's gets one more U+FFFD, so that no member is lost. Nothing is logged.
+/// another member's gets U+FFFD and a number, so that no member is lost. Nothing is logged.
 /// @return true when something was replaced
 VELTRA_EXPORT bool replaceIllFormedTexts(Json::Value& value);
+
+// A pointer is not the JSON value true.
+std::string styledJson(const Json::Value*) = delete;
+std::string compactJson(const Json::Value*) = delete;
+void writeStyledJson(std::ostream&, const Json::Value*, const char*) = delete;
+bool writeStyledJson(std::string&, const Json::Value*, const char*, std::size_t) = delete;
+bool isStyledJsonWithin(const Json::Value*, const char*, std::size_t) = delete;
 
 /// Calls JsonCpp, and throws std::bad_alloc in place of its own exception for exhausted memory.
 template <class Call>

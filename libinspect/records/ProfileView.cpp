@@ -100,7 +100,7 @@ const ProfileSetting SETTINGS[] = {
     {"wifi-dns1", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 0>, setDns<&P::setUsbWifiDNS, 0>},
     {"wifi-dns2", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 1>, setDns<&P::setUsbWifiDNS, 1>},
     {"wifi-dns3", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 2>, setDns<&P::setUsbWifiDNS, 2>},
-    {"ssid", false, "a network name", text<&P::getUsbWifiSSID>, setText<&P::setUsbWifiSSID>},
+    {"ssid", false, "a network name in UTF-8", text<&P::getUsbWifiSSID>, setText<&P::setUsbWifiSSID>},
     {"security", false, "Open, WEP, WPA-WPA2-Personal or WPA-WPA2-Enterprise",
      [](const P& p) { return Json::Value(UsbWifiSecurity::desc[p.getUsbWifiSecurity()]); },
      [](P& p, const std::string& name) { return setByName<UsbWifiSecurity>(p, name, &P::setUsbWifiSecurity); }},
@@ -121,7 +121,7 @@ const ProfileSetting SETTINGS[] = {
     {"password", true, WANTED_TEXT, text<&P::getPassword>, setText<&P::setPassword>},
     {"identity", true, WANTED_TEXT, text<&P::getSecurityId>, setText<&P::setSecurityId>},
     {"alternate-id", false, WANTED_FLAG, flag<&P::getAlternateId>, setFlag<&P::setAlternateId>},
-    {"certificate-name", false, "a text", text<&P::getCertificateName>, setText<&P::setCertificateName>},
+    {"certificate-name", false, "a text in UTF-8", text<&P::getCertificateName>, setText<&P::setCertificateName>},
     {"certificate", false, nullptr, [](const P& p) { return certificateSize(p.getCertificate()); }, nullptr},
     {"certificate-key", false, nullptr, [](const P& p) { return certificateSize(p.getCertificateKey()); }, nullptr},
 };

@@ -111,7 +111,7 @@ TEST_F(FileReplacementTest, ReplacesNothingThatIsNoFile) {
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   std::filesystem::create_symlink("pipe", toPipe);
   std::filesystem::create_symlink("a.pf", toFile);
-  for (const std::string& name : {pipe, toPipe, dir.path, dir.path + "/", std::string()}) {
+  for (const std::string& name : {pipe, toPipe, dir.path, dir.path + "/", path + std::string(1, 0), std::string()}) {
     EXPECT_FALSE(replace(name)) << name;
     EXPECT_FALSE(replace(name, FileReplacement::ACCESS_PRIVATE)) << name;
   }
@@ -197,11 +197,12 @@ TEST_F(FileReplacementTest, GivesOwnerAndGroupWhereTheSystemLetsIt) {
     if (access(dir.path.c_str(), W_OK) != 0 && errno == EACCES) GTEST_SKIP() << "a folder above is closed";
     EXPECT_TRUE(replace(path));
     EXPECT_TRUE(replace(locked + "/b")) << "a folder that cannot be synced";
-    EXPECT_FALSE(replace(locked + "/b", FileReplacement::ACCESS_PRIVATE));
+    EXPECT_FALSE(replace(locked + "/c", FileReplacement::ACCESS_PRIVATE));
     EXPECT_FALSE(replace(sticky + "/b"));
   }
   EXPECT_EQ(modeOf(path), 0600u) << "nobody's group gets what was root's, or runs it";
   EXPECT_EQ(fileBytes(locked + "/b"), NEW);
+  EXPECT_NE(access((locked + "/c").c_str(), F_OK), 0) << "refused before anything is written";
   EXPECT_EQ(fileBytes(sticky + "/b"), OLD);
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(sticky), {}), 1);
 }

@@ -145,8 +145,16 @@ TEST(OrbelSettings, BytesThatAreNoUtf8AreReplacedAndWarnedOf) {
   ASSERT_EQ(readFrom(read, bytes), 0);
   EXPECT_EQ(read.syncUserPass, "caf\xEF\xBF\xBD au");
   EXPECT_EQ(read.netProfile["Wired"]["n\xEF\xBF\xBD\n"], "kept");
-  EXPECT_EQ(read.netProfile["Wired"]["n\xEF\xBF\xBD\n\xEF\xBF\xBD"], "caf\xEF\xBF\xBD");
+  EXPECT_EQ(read.netProfile["Wired"]["n\xEF\xBF\xBD\n\xEF\xBF\xBD"
+                                     "1"],
+            "caf\xEF\xBF\xBD");
   EXPECT_EQ(read.netProfile["List"], s.netProfile["List"]);
+
+  Json::Value alike;  // names that all become the same one stay short, and none is lost
+  for (int i = 0; i < 4000; ++i) alike[{static_cast<char>(0x80 + i / 64), static_cast<char>(0x80 + i % 64)}] = i;
+  EXPECT_LT(Dump::compactJson(alike).size(), 40u * 4000);
+  EXPECT_TRUE(Dump::replaceIllFormedTexts(alike));
+  EXPECT_EQ(alike.size(), 4000u);
 }
 
 TEST(OrbelSettings, ANetworkProfileKeepsItsComments) {

@@ -108,6 +108,9 @@ TEST_F(ResultFileDeathTest, ASectionOfUnknownTypeIsFatalWhenAllAreReadAndGoodWhe
   RecordTesting::writeFile(path, withByte(image, image.size() - 22, 9));  // what the unknown type holds
   EXPECT_EQ(check(), 3);
   EXPECT_EQ(checked.section, 2U);
+  RecordTesting::writeFile(path, imageOf({{200, 1, 0, {1, 2}}, {301, 4, 0, {2}}}));
+  EXPECT_EQ(check(), 3) << "a section that is too new does not hide a damaged summary";
+  EXPECT_EQ(checked.section, 1U);
 }
 
 TEST_F(ResultFileTest, WritesRecordsIntoFilesAndMemory) {
