@@ -1,6 +1,7 @@
 #include <libcrossplatform/common/OrbelSettings.h>
 
 #include <libcrossplatform/common/jsonutil.h>
+#include <libcrossplatform/serialization/JsonText.h>
 
 #include "RecordTesting.h"
 

@@ -24,20 +24,6 @@ long refused = 0;
 long count = 0;
 std::size_t liveBytes = 0, peakBytes = 0, bytesAtStart = 0;
 
-bool isRefused() {
-  ++count;
-  const bool refuses = allowed == 0;
-  if (allowed > 0 || (refuses && !refusesForGood)) --allowed;
-  refused += refuses;
-  return refuses;
-}
-
-void* counted(void* memory) {
-  if (memory != nullptr) liveBytes += malloc_usable_size(memory);
-  peakBytes = std::max(peakBytes, liveBytes);
-  return memory;
-}
-
 }  // namespace
 
 namespace Allocations {
@@ -81,6 +67,24 @@ std::size_t peak() {
 }  // namespace Allocations
 
 #ifdef VELTRA_OWN_MALLOC
+
+namespace {
+
+bool isRefused() {
+  ++count;
+  const bool refuses = allowed == 0;
+  if (allowed > 0 || (refuses && !refusesForGood)) --allowed;
+  refused += refuses;
+  return refuses;
+}
+
+void* counted(void* memory) {
+  if (memory != nullptr) liveBytes += malloc_usable_size(memory);
+  peakBytes = std::max(peakBytes, liveBytes);
+  return memory;
+}
+
+}  // namespace
 
 extern "C" {
 
