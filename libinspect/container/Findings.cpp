@@ -4,8 +4,6 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/container/PrintableText.h>
-
 namespace Inspect {
 namespace {
 
@@ -110,8 +108,8 @@ std::string describe(const std::string& file, const Finding& finding) {
   return file + ": " + describe(finding);
 }
 
-std::string nextCommand(const std::string& path, const Finding& finding) {
-  const std::string file = shellWord(path);
+std::string nextCommand(const std::string& path, const Finding& finding, Charset charset) {
+  const std::string file = shellWord(path, charset);
   // recover writes a new file header in place of an unusable one.
   if (rowOf(finding.code).help == FindingHelp::RECOVER || (finding.section == 0 && isDamage(finding.code))) {
     return finding.code == E02_NO_FILE_HEADER && finding.section && finding.offset == 0

@@ -21,21 +21,22 @@ std::size_t sequenceLength(const std::string& text, std::size_t at) {
   }
   const bool isControl = lead == 0xC2 && byte(at + 1) < 0xA0;
   const bool isOverlong = (lead == 0xE0 && byte(at + 1) < 0xA0) || (lead == 0xF0 && byte(at + 1) < 0x90);
+  const bool isBeyond = lead == 0xF4 && byte(at + 1) >= 0x90;  // U+10FFFF is the last
   const bool isSurrogate = lead == 0xED && byte(at + 1) >= 0xA0;
   // U+202A to U+202E and U+2066 to U+2069 reverse what follows them: a name could look like another.
   const unsigned char last = byte(at + length - 1);
   const bool isDirection = lead == 0xE2 && ((byte(at + 1) == 0x80 && last >= 0xAA && last <= 0xAE) ||
                                             (byte(at + 1) == 0x81 && last >= 0xA6 && last <= 0xA9));
-  return isControl || isOverlong || isSurrogate || isDirection ? 0 : length;
+  return isControl || isOverlong || isBeyond || isSurrogate || isDirection ? 0 : length;
 }
 
 }  // namespace
 
-std::string printable(const std::string& text) {
+std::string printable(const std::string& text, Charset charset) {
   std::string shown;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t length = sequenceLength(text, at);
-    if (length == 0) {
+    if (length == 0 || (length > 1 && charset == Charset::ASCII)) {
       shown += fmt::format("\\x{:02x}", static_cast<unsigned char>(text[at++]));
     } else {
       shown.append(text, at, length);
@@ -45,12 +46,12 @@ std::string printable(const std::string& text) {
   return shown;
 }
 
-std::string shellWord(const std::string& text) {
-  if (text.rfind('-', 0) == 0 && text != "-") return shellWord("./" + text);
+std::string shellWord(const std::string& text, Charset charset) {
+  if (text.rfind('-', 0) == 0 && text != "-") return shellWord("./" + text, charset);
   std::string quoted;
-  if (printable(text) != text) {  // bash, zsh and ksh read these escapes
+  if (printable(text, charset) != text) {  // bash, zsh and ksh read these escapes
     for (const char c : text) quoted += c == '\\' || c == '\'' ? std::string("\\") + c : std::string(1, c);
-    return "$'" + printable(quoted) + "'";
+    return "$'" + printable(quoted, charset) + "'";
   }
   const auto isPlain = [](char c) {
     return static_cast<unsigned char>(c) >= 0x80 || std::isalnum(static_cast<unsigned char>(c)) != 0 ||

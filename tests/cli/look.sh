@@ -29,3 +29,18 @@ t veltra diff job/1.vres job/2.vres -f jsonl
 t veltra types 0x510003
 t veltra types "OLTS Set Reference Wizard" -f jsonl
 t veltra types nothing
+
+# Tables end, and are right, in every locale. What it cannot show is escaped, also in the command to run next.
+mkdir lot
+result "lot/Müllerstraße ★.vres" "Küche ★" Pass 100
+cp job/1.vres "lot/Größe.vres" && patch "lot/Größe.vres" 60 ff
+in_locale() { env -i "${@:1:1}" timeout 20 "$veltra" "${@:2}"; } # LOCALE ARGUMENT...
+as_in() { cmp <(in_locale "$1" "${@:3}" 2>&1) <(in_locale "$2" "${@:3}" 2>&1); } # LOCALE LOCALE ARGUMENT...
+for locale in LC_ALL=C LC_ALL=C.UTF-8; do t in_locale $locale summary -q lot/M*; done
+t in_locale LC_ALL=C doctor lot/G*
+for locale in LC_ALL=POSIX LC_ALL=xx_XX.UTF-8 NONE=set; do
+  t as_in LC_ALL=C $locale summary -r lot
+done
+for format in json jsonl csv; do
+  t as_in LC_ALL=C.UTF-8 LC_ALL=C summary -r lot -q -f $format
+done

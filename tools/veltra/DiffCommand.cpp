@@ -21,19 +21,20 @@ int diff(const DiffArguments& args, const Options& options) {
   Inspect::ByteSource a, b;
   if (!openInput(a, args.a, options) || !openInput(b, args.b, options)) return EXIT_COULD_NOT;
   const std::vector<Inspect::Difference> differences = differencesOf(a, b, Inspect::recordFields);
-  Table table({{"Field"}, {"A"}, {"B"}});
   Document document;
   document.columns = {"field", "a", "b"};
-  document.rowsMember = "differences";
-  for (const Inspect::Difference& difference : differences) {
-    table.add({difference.field, cellOf(difference.a), cellOf(difference.b)});
-    Json::Value row(Json::objectValue);
-    row["field"] = difference.field;
-    row["a"] = difference.a;
-    row["b"] = difference.b;
-    document.rows.push_back(row);
-  }
-  document.text = table.text();
+  document.rows = {"differences", differences.size(), [&](std::size_t i) {
+                     Json::Value row(Json::objectValue);
+                     row["field"] = differences[i].field;
+                     row["a"] = differences[i].a;
+                     row["b"] = differences[i].b;
+                     return row;
+                   }};
+  document.text = [&] {
+    Table table({{"Field"}, {"A"}, {"B"}});
+    for (const Inspect::Difference& d : differences) table.add({d.field, cellOf(d.a), cellOf(d.b)});
+    return table.text();
+  };
   if (!differences.empty() || options.format == FORMAT_JSON) printDocument(document, options);
   return answerAfter(a, answerAfter(b, differences.empty() ? EXIT_DONE : EXIT_NO));
 }

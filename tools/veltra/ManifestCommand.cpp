@@ -68,7 +68,8 @@ int showManifest(const ManifestArguments& args, const Options& options) {
     complain(fmt::format("{}: not a readable database package", source.name()));
     return answerAfter(source, EXIT_NO);
   }
-  printDocument({textOf(*manifest, file.kind), Inspect::packageJson(*manifest), {}, {}, {}}, options);
+  printDocument({[&] { return textOf(*manifest, file.kind); }, [&] { return Inspect::packageJson(*manifest); }, {}, {}},
+                options);
   return codeOf(findings);
 }
 

@@ -47,9 +47,10 @@ int pack(const PackArguments& args, const Options& options) {
   json["file"] = args.output;
   json["bytes"] = static_cast<Json::UInt64>(packed.bytes);
   json["sections"] = packed.sections;
-  printDocument(
-      {fmt::format("{}: {} sections, {} bytes\n", args.output, packed.sections, packed.bytes), json, {}, {}, {}},
-      options);
+  const auto line = [&] {
+    return fmt::format("{}: {} sections, {} bytes\n", printable(args.output), packed.sections, packed.bytes);
+  };
+  printDocument({line, [&] { return json; }, {}, {}}, options);
   return EXIT_DONE;
 }
 

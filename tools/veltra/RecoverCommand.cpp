@@ -25,7 +25,7 @@ void printRecovery(const RecoverArguments& args, const Inspect::Recovery& recove
   if (options.format == FORMAT_CSV) {  // numbers only: a cell cannot hold a list
     json["kept"] = static_cast<Json::UInt64>(recovery.kept.size());
     json["lost"] = static_cast<Json::UInt64>(recovery.lost.size());
-    printDocument({{}, json, {}, {}, {}}, options);
+    printDocument({{}, [&] { return json; }, {}, {}}, options);
     return;
   }
   if (options.format == FORMAT_JSON) json["schema"] = SCHEMA;

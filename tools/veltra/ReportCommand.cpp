@@ -56,7 +56,7 @@ int report(const ReportArguments& args, const Options& options) {
   json["unread"] = static_cast<Json::UInt64>(job.unread.size());
   const std::string text = fmt::format("{}: {} results, {} files damaged, {} not read\n", printable(args.output),
                                        job.rows.size(), damaged, job.unread.size());
-  printDocument({text, json, {}, {}, {}}, options);
+  printDocument({[&] { return text; }, [&] { return json; }, {}, {}}, options);
   return code;
 }
 

@@ -26,9 +26,13 @@ std::string hexText(const std::vector<uint8_t>& bytes) {
 int showRecord(const std::vector<uint8_t>& bytes, Json::Value json, const std::string& where, const Options& options) {
   const Inspect::DecodedRecord record = Inspect::decodeRecord(bytes);
   const Json::Value shown = record.toJson();
-  json["record"] = shown;
-  if (shown.isNull()) json["hex"] = hexText(bytes);
-  printDocument({shown.isNull() ? hexDump(bytes) : indentedText(shown), json, {}, {}, {}}, options);
+  const auto text = [&] { return shown.isNull() ? hexDump(bytes) : indentedText(shown); };
+  const auto object = [&] {
+    json["record"] = shown;
+    if (shown.isNull()) json["hex"] = hexText(bytes);
+    return json;
+  };
+  printDocument({text, object, {}, {}}, options);
   if (record.outcome != Inspect::DecodedRecord::DAMAGED) return EXIT_DONE;
   complain(fmt::format("{}: the {} does not decode (code {})", where, record.name, record.status));
   return EXIT_NO;

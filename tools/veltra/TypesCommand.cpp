@@ -65,30 +65,40 @@ std::vector<TypeRow> allRows() {
   return rows;
 }
 
+Json::Value toJson(const TypeRow& row) {
+  Json::Value json(Json::objectValue);
+  json["kind"] = row.kind;
+  json["id"] = row.id;
+  json["name"] = row.name == "-" ? Json::Value() : Json::Value(row.name);
+  json["more"] = row.more == "-" ? Json::Value() : Json::Value(row.more);
+  return json;
+}
+
+std::string tableOf(const std::vector<TypeRow>& rows) {
+  Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}});
+  for (const TypeRow& row : rows) {
+    table.add({row.kind, row.kind == "record" ? fmt::format("0x{:06x}", row.id) : std::to_string(row.id), row.name,
+               row.more});
+  }
+  return table.text();
+}
+
 int types(const std::string& idOrName, const Options& options) {
   char* end = nullptr;
   const unsigned long id = std::strtoul(idOrName.c_str(), &end, 0);
   const bool byId = !idOrName.empty() && *end == '\0';
-  Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}});
-  Document document;
-  document.columns = {"kind", "id", "name", "more"};
-  document.rowsMember = "types";
-  for (const TypeRow& row : allRows()) {
-    if (!idOrName.empty() && !(byId ? row.id == id : row.name == idOrName)) continue;
-    table.add({row.kind, row.kind == "record" ? fmt::format("0x{:06x}", row.id) : std::to_string(row.id), row.name,
-               row.more});
-    Json::Value json(Json::objectValue);
-    json["kind"] = row.kind;
-    json["id"] = row.id;
-    json["name"] = row.name == "-" ? Json::Value() : Json::Value(row.name);
-    json["more"] = row.more == "-" ? Json::Value() : Json::Value(row.more);
-    document.rows.push_back(json);
+  std::vector<TypeRow> rows;
+  for (TypeRow& row : allRows()) {
+    if (idOrName.empty() || (byId ? row.id == id : row.name == idOrName)) rows.push_back(std::move(row));
   }
-  if (document.rows.empty()) {
+  if (rows.empty()) {
     complain(idOrName + ": no such id or name");
     return EXIT_NO;
   }
-  document.text = table.text();
+  Document document;
+  document.columns = {"kind", "id", "name", "more"};
+  document.rows = {"types", rows.size(), [&rows](std::size_t i) { return toJson(rows[i]); }};
+  document.text = [&rows] { return tableOf(rows); };
   printDocument(document, options);
   return EXIT_DONE;
 }
