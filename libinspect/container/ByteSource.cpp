@@ -127,6 +127,13 @@ std::size_t ByteSource::readAside(uint64_t offset, void* to, std::size_t size) c
   return _inMemory ? readAt(offset, to, size) : readFile(offset, static_cast<uint8_t*>(to), size);
 }
 
+bool isSameFile(const std::string& input, const std::string& path) {
+  struct stat a {
+  }, b{};
+  const bool isKnown = (input == "-" ? fstat(STDIN_FILENO, &a) : stat(input.c_str(), &a)) == 0;
+  return isKnown && stat(path.c_str(), &b) == 0 && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
 bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error) {
   ByteSource source;
   if (!source.open(path, error)) return false;

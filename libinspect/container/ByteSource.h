@@ -60,6 +60,10 @@ class ByteSource {
   mutable std::size_t _windowSize = 0;
 };
 
+/// Whether an input, "-" for standard input, is the file that a path leads to, whatever its name: by device and inode.
+/// False if one of them cannot be examined.
+bool isSameFile(const std::string& input, const std::string& path);
+
 /// A whole file as text, for descriptions and lists. @return false, with `error` filled, also above `limit` bytes
 [[nodiscard]] bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error);
 

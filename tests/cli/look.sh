@@ -24,6 +24,19 @@ t veltra extract job/1.vres -s 2 --raw -o raw.bin
 t stat -c %s raw.bin
 t veltra extract job/1.vres -s 2 -o raw.bin
 t veltra extract job/1.vres -s 9
+# Nothing that is read is replaced, by whatever name; a page of last time is, a result is not.
+cp job/1.vres whole.vres && ln -s whole.vres link.vres && ln whole.vres hard.vres && cp trace.bin again.bin
+echo '{"summary": {}, "sections": [{"type": 300, "version": 1, "payload": "again.bin"}]}' > again.json
+echo '{"version": "V1.0", "databases": [{"path": "x"}]}' > package.json
+for out in whole.vres link.vres ./hard.vres; do t veltra extract whole.vres -s 2 -o $out --force; done
+input=whole.vres t veltra extract - -s 2 -o hard.vres --force
+t veltra recover link.vres -o hard.vres --force
+t veltra pack again.json -o again.json --force
+t veltra pack again.json -o again.bin --force
+input=again.json t veltra pack - --payloads . -o again.json --force
+t veltra manifest new package.json -o package.json --force
+t veltra report -r job -o job/1.vres --force
+t cmp job/1.vres whole.vres
 t veltra diff job/1.vres job/1.vres
 t veltra diff job/1.vres job/2.vres -f jsonl
 t veltra types 0x510003

@@ -54,11 +54,9 @@ void complainOfEach(const std::string& name, const Inspect::Findings& findings);
 [[nodiscard]] int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::ContainerReport& report,
                                       int number);
 
-/// True, with a complaint, when the path already has a file that must not be replaced.
-[[nodiscard]] bool refusesToReplace(const std::string& path, bool force);
-
-/// True, with a complaint, when the output would replace the input.
-[[nodiscard]] bool refusesToReplaceInput(const std::string& input, const std::string& output);
+/// True, with a complaint, when the path already has a file that must not be replaced, or, forced or not, one of the
+/// inputs of the command, whatever its name.
+[[nodiscard]] bool refusesToReplace(const std::string& path, bool force, const std::vector<std::string>& inputs);
 
 /// Saves the output of a command, so that the whole old or the whole new file exists at any time.
 /// @return false, with a complaint; the file at `path` is then unchanged

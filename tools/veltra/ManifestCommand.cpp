@@ -30,7 +30,7 @@ int newManifest(const ManifestArguments& args) {
     complain(fmt::format("{}: {}", args.input == "-" ? "standard input" : args.input, error));
     return EXIT_COULD_NOT;
   }
-  if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
+  if (refusesToReplace(args.output, args.force, {args.input})) return EXIT_COULD_NOT;
   const uint16_t type = args.cable ? PFile::SECTION_CABLE_MANIFEST : PFile::SECTION_LIMIT_MANIFEST;
   if (Inspect::writePackage(manifest, type, args.output, error)) return EXIT_DONE;
   complain(error);

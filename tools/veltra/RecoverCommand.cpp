@@ -70,7 +70,7 @@ int recover(const RecoverArguments& args, const Options& options) {
   std::string error;
   Inspect::ByteSource source;
   if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
-  if (refusesToReplace(args.output, args.force) || refusesToReplaceInput(args.file, args.output)) return EXIT_COULD_NOT;
+  if (refusesToReplace(args.output, args.force, {args.file})) return EXIT_COULD_NOT;
   constexpr uint64_t PASSES = 3;  // the sums of all bytes, the search, the copy
   Progress progress(options.progress);
   progress.expect(PASSES * source.size());
