@@ -11,6 +11,8 @@
 
 namespace Command {
 
+constexpr char REVEAL_HELP[] = "show secrets as they are";
+
 /// What a command found in one file.
 struct FileAnswer {
   std::string text;               ///< for the table format

@@ -11,6 +11,7 @@ namespace {
 struct DiffArguments {
   std::string a;
   std::string b;
+  bool reveal = false;
 };
 
 std::string cellOf(const Json::Value& value) {
@@ -20,7 +21,7 @@ std::string cellOf(const Json::Value& value) {
 int diff(const DiffArguments& args, const Options& options) {
   Inspect::ByteSource a, b;
   if (!openInput(a, args.a, options) || !openInput(b, args.b, options)) return EXIT_COULD_NOT;
-  const std::vector<Inspect::Difference> differences = differencesOf(a, b, Inspect::recordFields);
+  const std::vector<Inspect::Difference> differences = differencesOf(a, b, Inspect::recordFields, args.reveal);
   Document document;
   document.columns = {"field", "a", "b"};
   document.rows = {"differences", differences.size(), [&](std::size_t i) {
@@ -46,6 +47,7 @@ Subcommand diffCommand(const Options& options) {
   Subcommand command("diff", "The fields in which two files differ");
   command.place("A", "A", &args->a, "one file").required();
   command.place("B", "B", &args->b, "the other").required();
+  command.flag("--reveal", args->reveal, REVEAL_HELP);
   command.run = [args, &options] { return diff(*args, options); };
   return command;
 }

@@ -145,7 +145,7 @@ Subcommand netprofileCommand(const Options& options) {
   command.option("--file", "F", takeFile, "the stored profile").showing(args->file);
 
   Subcommand& showing = command.commands.emplace_back("show", "The settings, secrets masked");
-  showing.flag("--reveal", args->reveal, "show secrets as they are");
+  showing.flag("--reveal", args->reveal, REVEAL_HELP);
   showing.run = [args, &options] { return show(*args, options); };
 
   Subcommand& setting =
