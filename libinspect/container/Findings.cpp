@@ -1,5 +1,6 @@
 #include <libinspect/container/Findings.h>
 
+#include <filesystem>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -62,6 +63,12 @@ const FindingRow& rowOf(FindingCode code) {
   return UNKNOWN;
 }
 
+/// "A-05.recovered.vres" for "stick/A-05.vres".
+std::string recoveredName(const std::string& path) {
+  const std::filesystem::path file = path == "-" ? "standard-input" : path;
+  return file.stem().string() + ".recovered" + file.extension().string();
+}
+
 }  // namespace
 
 const char* toString(FindingCode code) {
@@ -112,9 +119,7 @@ std::string nextCommand(const std::string& path, const Finding& finding, Charset
   const std::string file = shellWord(path, charset);
   // recover writes a new file header in place of an unusable one.
   if (rowOf(finding.code).help == FindingHelp::RECOVER || (finding.section == 0 && isDamage(finding.code))) {
-    return finding.code == E02_NO_FILE_HEADER && finding.section && finding.offset == 0
-               ? fmt::format("veltra recover {} -o NEW, if it should be a container", file)
-               : fmt::format("veltra recover {} -o NEW", file);
+    return fmt::format("veltra recover {} -o {}", file, shellWord(recoveredName(path), charset));
   }
   if (finding.section) return fmt::format("veltra annotate {} -s {}", file, *finding.section);
   return fmt::format("veltra list {}", file);

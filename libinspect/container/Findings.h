@@ -54,7 +54,7 @@ std::string describe(const std::string& file, const Finding& finding);
 std::string placeOf(const Finding& finding);
 std::string nameOf(const Finding& finding);
 std::string detailsOf(const Finding& finding);
-/// The command line to run next for a finding, ready for a shell.
+/// The command line to run next for a finding, ready for a shell. A file that it writes is one in the current folder.
 /// @param path     of the file, "-" for standard input
 /// @param charset  of where it is shown
 std::string nextCommand(const std::string& path, const Finding& finding, Charset charset = Charset::UTF8);

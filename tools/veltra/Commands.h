@@ -26,6 +26,9 @@ struct FileAnswer {
 /// @param code  made worse, with a complaint, for a path that cannot be examined
 std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Options& options, int& code);
 
+/// True, with a complaint, when there are no files to make an answer of.
+[[nodiscard]] bool complainsOfNoFiles(const std::vector<std::string>& paths, const std::vector<std::string>& files);
+
 /// Calls `answer` for each file, on several threads, and prints the answers in the order of the files. Nothing of a
 /// file is kept after it is printed.
 /// @param columns  of the CSV rows; none if the command has no CSV

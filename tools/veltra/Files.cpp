@@ -47,6 +47,11 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Op
   return files;
 }
 
+bool complainsOfNoFiles(const std::vector<std::string>& paths, const std::vector<std::string>& files) {
+  if (files.empty()) complain(fmt::format("{}: no files", fmt::join(paths, ", ")));
+  return files.empty();
+}
+
 int answerForFiles(const std::vector<std::string>& paths, const Options& options,
                    const std::vector<std::string>& columns, bool complainOfFindings,
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer) {

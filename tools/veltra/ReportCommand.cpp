@@ -32,6 +32,7 @@ int report(const ReportArguments& args, const Options& options) {
   const auto isPage = [&args](const std::string& file) { return Inspect::isSameFile(file, args.output); };
   if (Inspect::isReportPage(args.output)) files.erase(std::remove_if(files.begin(), files.end(), isPage), files.end());
   if (refusesToReplace(args.output, true, files)) return EXIT_COULD_NOT;
+  if (args.expected.empty() && complainsOfNoFiles(args.paths, files)) return EXIT_COULD_NOT;
   Inspect::JobFiles job = readJob(files, options, code);
   if (!args.expected.empty()) job.expected = &expected;
   if (job.expected != nullptr) code = worse(code, codeOf(coverageOf(job.rows, expected)));

@@ -62,7 +62,9 @@ int summary(const SummaryArguments& args, const Options& options) {
     return EXIT_USAGE;
   }
   int code = EXIT_DONE;
-  const std::vector<Inspect::ResultRow> rows = readJob(filesOf(args.paths, options, code), options, code).rows;
+  const std::vector<std::string> files = filesOf(args.paths, options, code);
+  if (!hasExpected && complainsOfNoFiles(args.paths, files)) return EXIT_COULD_NOT;
+  const std::vector<Inspect::ResultRow> rows = readJob(files, options, code).rows;
   Document document;
   document.columns = Inspect::rowColumns();
   document.rows = {"results", rows.size(), [&rows](std::size_t i) { return toJson(rows[i]); }};
