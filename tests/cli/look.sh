@@ -42,6 +42,8 @@ t veltra diff job/1.vres job/2.vres -f jsonl
 t veltra types 0x510003
 t veltra types "OLTS Set Reference Wizard" -f jsonl
 t veltra types nothing
+t veltra types otdr_SPAN
+t veltra types pon
 
 # Tables end, and are right, in every locale. What it cannot show is escaped, also in the command to run next.
 mkdir lot

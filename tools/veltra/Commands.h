@@ -83,7 +83,8 @@ Subcommand reportCommand(const Options& options);
 Subcommand showCommand(const Options& options);
 Subcommand summaryCommand(const Options& options);
 Subcommand typesCommand(const Options& options);
-/// @param root  all commands; read when the command is run
+// With `root`, all commands, which is read when the command is run.
 Subcommand completionCommand(const Subcommand& root);
+Subcommand helpCommand(const Subcommand& root);
 
 }  // namespace Command
