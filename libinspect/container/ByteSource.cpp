@@ -1,7 +1,9 @@
 #include <libinspect/container/ByteSource.h>
 
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -43,6 +45,11 @@ bool ByteSource::open(const std::string& path, std::string& error) {
   }
   _inMemory = !S_ISREG(info.st_mode);
   if (_inMemory) {
+    _bytes.clear();
+    if (!isStandardInput && S_ISFIFO(info.st_mode) && !hasWriter()) {
+      error = fmt::format("{}: expected a file, found a FIFO that nobody writes to", _name);
+      return false;
+    }
     fcntl(_descriptor, F_SETFL, fcntl(_descriptor, F_GETFL) & ~O_NONBLOCK);  // a pipe may be slow to fill
     return takeIn(error);
   }
@@ -58,10 +65,19 @@ bool ByteSource::refuse(uint64_t limit, std::string& error) {
   return false;
 }
 
+/// Takes in what is there. Only a read tells a FIFO that nobody has open for writing from one that is still empty.
+bool ByteSource::hasWriter() {
+  struct statfs system {};
+  uint8_t first = 0;
+  const ssize_t got = Veltra::uninterrupted([&] { return read(_descriptor, &first, 1); });
+  if (got > 0) _bytes.push_back(first);
+  // A pipe of a shell's process substitution has no name: its writer may have ended without writing.
+  return got != 0 || (fstatfs(_descriptor, &system) == 0 && system.f_type == PIPEFS_MAGIC);
+}
+
 bool ByteSource::takeIn(std::string& error) {
   constexpr std::size_t PIECE = std::size_t{64} * 1024;
   const uint64_t limit = _limit > 0 ? std::min(_limit, PIPE_LIMIT) : PIPE_LIMIT;
-  _bytes.clear();
   for (;;) {
     const std::size_t at = _bytes.size();
     if (at > limit) return refuse(limit, error);
@@ -125,6 +141,13 @@ std::size_t ByteSource::readAt(uint64_t offset, void* to, std::size_t size) cons
 
 std::size_t ByteSource::readAside(uint64_t offset, void* to, std::size_t size) const {
   return _inMemory ? readAt(offset, to, size) : readFile(offset, static_cast<uint8_t*>(to), size);
+}
+
+bool isSameFile(const std::string& input, const std::string& path) {
+  struct stat a {
+  }, b{};
+  const bool isKnown = (input == "-" ? fstat(STDIN_FILENO, &a) : stat(input.c_str(), &a)) == 0;
+  return isKnown && stat(path.c_str(), &b) == 0 && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
 bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error) {

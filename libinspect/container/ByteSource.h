@@ -24,7 +24,7 @@ class ByteSource {
   /// Called with the number of bytes after each read from the disk.
   void onRead(std::function<void(std::size_t)> told) { _told = std::move(told); }
 
-  /// Opens an input in place of the one before.
+  /// Opens an input in place of the one before. A FIFO that nobody writes to is refused, not waited for.
   /// @return false, with `error` saying what is wrong with which input
   [[nodiscard]] bool open(const std::string& path, std::string& error);
   bool isOverLimit() const { return _isOverLimit; }  ///< whether open() refused it for its size
@@ -43,6 +43,7 @@ class ByteSource {
 
  private:
   void close();
+  bool hasWriter();
   [[nodiscard]] bool takeIn(std::string& error);
   bool refuse(uint64_t limit, std::string& error);
   std::size_t readFile(uint64_t offset, uint8_t* to, std::size_t size) const;
@@ -59,6 +60,10 @@ class ByteSource {
   mutable uint64_t _windowAt = 0;
   mutable std::size_t _windowSize = 0;
 };
+
+/// Whether an input, "-" for standard input, is the file that a path leads to, whatever its name: by device and inode.
+/// False if one of them cannot be examined.
+bool isSameFile(const std::string& input, const std::string& path);
 
 /// A whole file as text, for descriptions and lists. @return false, with `error` filled, also above `limit` bytes
 [[nodiscard]] bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error);

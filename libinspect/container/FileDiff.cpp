@@ -6,19 +6,30 @@
 #include <fmt/format.h>
 
 #include <libinspect/container/ContainerWalk.h>
+#include <libinspect/container/Secrets.h>
 
 namespace Inspect {
 namespace {
 
-using Fields = std::map<std::string, Json::Value>;
+struct Field {
+  Field() = default;
+  Field(Json::Value of, bool secret = false) : value(std::move(of)), isWithinSecret(secret) {}
+  Json::Value value;
+  bool isWithinSecret = false;
+};
+using Fields = std::map<std::string, Field>;
 
-void flatten(const std::string& name, const Json::Value& value, Fields& out) {
+void flatten(const std::string& name, const Json::Value& value, bool isWithinSecret, Fields& out) {
   if (value.isObject()) {
-    for (const std::string& key : value.getMemberNames()) flatten(fmt::format("{}.{}", name, key), value[key], out);
+    for (const std::string& key : value.getMemberNames()) {
+      flatten(fmt::format("{}.{}", name, key), value[key], isWithinSecret || isSecret(key), out);
+    }
   } else if (value.isArray()) {
-    for (Json::ArrayIndex i = 0; i < value.size(); ++i) flatten(fmt::format("{}[{}]", name, i), value[i], out);
+    for (Json::ArrayIndex i = 0; i < value.size(); ++i) {
+      flatten(fmt::format("{}[{}]", name, i), value[i], isWithinSecret, out);
+    }
   } else {
-    out[name] = value;
+    out[name] = {value, isWithinSecret};
   }
 }
 
@@ -27,30 +38,31 @@ Fields fieldsOf(const ByteSource& source, const SectionInfo& section, const Fiel
   Fields fields;
   const std::string prefix = fmt::format("section[{}].", section.number);
   const PFile::Header& header = section.header;
-  fields[prefix + "type"] = header.type;
-  fields[prefix + "version"] = header.version;
-  fields[prefix + "flags"] = header.flags;
-  fields[prefix + "crc"] = toString(section.verdict);
+  fields[prefix + "type"] = Json::Value(header.type);
+  fields[prefix + "version"] = Json::Value(header.version);
+  fields[prefix + "flags"] = Json::Value(header.flags);
+  fields[prefix + "crc"] = Json::Value(toString(section.verdict));
   std::vector<uint8_t> bytes;
   std::string error;
   if (section.verdict == DataVerdict::OK && loadPayload(source, section, bytes, error)) {
     if (const std::optional<Json::Value> record = recordFields(bytes)) {
-      flatten(prefix + "data", *record, fields);
+      flatten(prefix + "data", *record, false, fields);
       return fields;
     }
     fields[prefix + "data.crc"] =
-        fmt::format("0x{:08x}", PFile::crc32Of(bytes.data(), static_cast<uint32_t>(bytes.size())));
-    fields[prefix + "data.size"] = static_cast<Json::UInt64>(bytes.size());
+        Json::Value(fmt::format("0x{:08x}", PFile::crc32Of(bytes.data(), static_cast<uint32_t>(bytes.size()))));
+    fields[prefix + "data.size"] = Json::Value(static_cast<Json::UInt64>(bytes.size()));
   } else {
-    fields[prefix + "data.crc"] = fmt::format("0x{:08x}", header.dataCrc);
-    fields[prefix + "data.size"] = header.dataSize;
+    fields[prefix + "data.crc"] = Json::Value(fmt::format("0x{:08x}", header.dataCrc));
+    fields[prefix + "data.size"] = Json::Value(header.dataSize);
   }
   return fields;
 }
 
 }  // namespace
 
-std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b, const FieldsOf& recordFields) {
+std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b, const FieldsOf& recordFields,
+                                      bool reveal) {
   const std::vector<SectionInfo> sectionsA = sectionsOf(a), sectionsB = sectionsOf(b);
   std::vector<Difference> differences;
   const std::size_t most = std::max(sectionsA.size(), sectionsB.size());
@@ -63,9 +75,12 @@ std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b, 
     for (const auto& field : fieldsA) names.insert(field.first);
     for (const auto& field : fieldsB) names.insert(field.first);
     for (const std::string& name : names) {
-      const Json::Value valueA = fieldsA.count(name) > 0 ? fieldsA[name] : Json::Value();
-      const Json::Value valueB = fieldsB.count(name) > 0 ? fieldsB[name] : Json::Value();
-      if (valueA != valueB) differences.push_back({name, valueA, valueB});
+      const Field& fieldA = fieldsA[name];
+      const Field& fieldB = fieldsB[name];
+      if (fieldA.value == fieldB.value) continue;
+      const bool masks = !reveal && (fieldA.isWithinSecret || fieldB.isWithinSecret);
+      differences.push_back(
+          {name, masks ? masked(fieldA.value) : fieldA.value, masks ? masked(fieldB.value) : fieldB.value});
     }
   }
   return differences;

@@ -23,6 +23,8 @@ struct Difference {
 using FieldsOf = std::function<std::optional<Json::Value>(const std::vector<uint8_t>& payload)>;
 
 /// Compares two containers field by field: sizes, section headers, records by their fields, other data by its bytes.
-std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b, const FieldsOf& recordFields);
+/// @param reveal  give secrets as they are; otherwise those that differ are masked
+std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b, const FieldsOf& recordFields,
+                                      bool reveal);
 
 }  // namespace Inspect

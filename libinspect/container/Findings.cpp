@@ -1,11 +1,10 @@
 #include <libinspect/container/Findings.h>
 
+#include <filesystem>
 #include <iterator>
 #include <string_view>
 
 #include <fmt/format.h>
-
-#include <libinspect/container/PrintableText.h>
 
 namespace Inspect {
 namespace {
@@ -67,6 +66,12 @@ const FindingRow& rowOf(FindingCode code) {
   return UNKNOWN;
 }
 
+/// "A-05.recovered.vres" for "stick/A-05.vres".
+std::string recoveredName(const std::string& path) {
+  const std::filesystem::path file = path == "-" ? "standard-input" : path;
+  return file.stem().string() + ".recovered" + file.extension().string();
+}
+
 }  // namespace
 
 const char* toString(FindingCode code) {
@@ -113,13 +118,11 @@ std::string describe(const std::string& file, const Finding& finding) {
   return file + ": " + describe(finding);
 }
 
-std::string nextCommand(const std::string& path, const Finding& finding) {
-  const std::string file = shellWord(path);
+std::string nextCommand(const std::string& path, const Finding& finding, Charset charset) {
+  const std::string file = shellWord(path, charset);
   // recover writes a new file header in place of an unusable one.
   if (rowOf(finding.code).help == FindingHelp::RECOVER || (finding.section == 0 && isDamage(finding.code))) {
-    return finding.code == E02_NO_FILE_HEADER && finding.section && finding.offset == 0
-               ? fmt::format("veltra recover {} -o NEW, if it should be a container", file)
-               : fmt::format("veltra recover {} -o NEW", file);
+    return fmt::format("veltra recover {} -o {}", file, shellWord(recoveredName(path), charset));
   }
   if (finding.section) return fmt::format("veltra annotate {} -s {}", file, *finding.section);
   return fmt::format("veltra list {}", file);

@@ -7,6 +7,8 @@
 
 #include <json/value.h>
 
+#include <libinspect/container/PrintableText.h>
+
 namespace Inspect {
 
 /// What can be wrong with a container. Codes are stable: people search for them.
@@ -54,9 +56,10 @@ std::string describe(const std::string& file, const Finding& finding);
 std::string placeOf(const Finding& finding);
 std::string nameOf(const Finding& finding);
 std::string detailsOf(const Finding& finding);
-/// The command line to run next for a finding, ready for a shell.
-/// @param path  of the file, "-" for standard input
-std::string nextCommand(const std::string& path, const Finding& finding);
+/// The command line to run next for a finding, ready for a shell. A file that it writes is one in the current folder.
+/// @param path     of the file, "-" for standard input
+/// @param charset  of where it is shown
+std::string nextCommand(const std::string& path, const Finding& finding, Charset charset = Charset::UTF8);
 
 /// What was found wrong, in the order it was found. A hostile file has a finding every few bytes: the first MOST_KEPT
 /// are kept; of the others only their number and whether one was damage.

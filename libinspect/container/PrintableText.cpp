@@ -32,11 +32,11 @@ std::size_t sequenceLength(const std::string& text, std::size_t at) {
 
 }  // namespace
 
-std::string printable(const std::string& text) {
+std::string printable(const std::string& text, Charset charset) {
   std::string shown;
   for (std::size_t at = 0; at < text.size();) {
     const std::size_t length = sequenceLength(text, at);
-    if (length == 0) {
+    if (length == 0 || (length > 1 && charset == Charset::ASCII)) {
       shown += fmt::format("\\x{:02x}", static_cast<unsigned char>(text[at++]));
     } else {
       shown.append(text, at, length);
@@ -46,12 +46,12 @@ std::string printable(const std::string& text) {
   return shown;
 }
 
-std::string shellWord(const std::string& text) {
-  if (text.rfind('-', 0) == 0 && text != "-") return shellWord("./" + text);
+std::string shellWord(const std::string& text, Charset charset) {
+  if (text.rfind('-', 0) == 0 && text != "-") return shellWord("./" + text, charset);
   std::string quoted;
-  if (printable(text) != text) {  // bash, zsh and ksh read these escapes
+  if (printable(text, charset) != text) {  // bash, zsh and ksh read these escapes
     for (const char c : text) quoted += c == '\\' || c == '\'' ? std::string("\\") + c : std::string(1, c);
-    return "$'" + printable(quoted) + "'";
+    return "$'" + printable(quoted, charset) + "'";
   }
   const auto isPlain = [](char c) {
     return static_cast<unsigned char>(c) >= 0x80 || std::isalnum(static_cast<unsigned char>(c)) != 0 ||

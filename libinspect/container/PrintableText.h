@@ -4,9 +4,12 @@
 
 namespace Inspect {
 
+/// The characters that can be shown where a text goes.
+enum class Charset { UTF8, ASCII };
+
 /// Text from outside as a terminal may show it: control characters, those that change the direction of
-/// writing, and bytes that are not UTF-8 become \xNN.
-std::string printable(const std::string& text);
+/// writing, bytes that are not UTF-8, and with ASCII all others beyond it, become \xNN.
+std::string printable(const std::string& text, Charset charset = Charset::UTF8);
 
 /// Text from outside as it may be used in a page, between tags and in quoted attributes: printable, with what HTML or
 /// SVG would take as markup escaped.
@@ -14,6 +17,6 @@ std::string htmlText(const std::string& text);
 
 /// Text from outside as one word of a command line that can be copied from the terminal into a shell: quoted if a
 /// shell would treat it as more than text, and never taken as an option.
-std::string shellWord(const std::string& text);
+std::string shellWord(const std::string& text, Charset charset = Charset::UTF8);
 
 }  // namespace Inspect

@@ -1,13 +1,27 @@
 #include <libinspect/describe/ObjectReader.h>
 
 #include <algorithm>
+#include <limits>
 
 #include <fmt/format.h>
+#include <json/writer.h>
 
 #include <libcrossplatform/common/jsonutil.h>
-#include <libcrossplatform/serialization/JsonText.h>
 
 namespace Inspect {
+namespace {
+
+/// On one line, numbers with the digits that a person types.
+std::string asTyped(const Json::Value& value) {
+  Json::StreamWriterBuilder builder;
+  builder["indentation"] = "";
+  builder["commentStyle"] = "None";
+  builder["emitUTF8"] = false;
+  builder["precision"] = std::numeric_limits<double>::digits10;
+  return Json::writeString(builder, value);
+}
+
+}  // namespace
 
 ObjectReader::ObjectReader(const Json::Value& json, std::string path, std::string& error)
     : _json(json), _path(std::move(path)), _error(error) {
@@ -52,8 +66,7 @@ void ObjectReader::finish() {
 
 void ObjectReader::fail(const std::string& key, const Json::Value& found, const std::string& wanted) {
   if (!ok()) return;
-  _error = fmt::format("{}{}{}: expected {}, found {}", _path, key.empty() ? "" : ".", key, wanted,
-                       Dump::compactJson(found));
+  _error = fmt::format("{}{}{}: expected {}, found {}", _path, key.empty() ? "" : ".", key, wanted, asTyped(found));
 }
 
 }  // namespace Inspect

@@ -15,9 +15,10 @@ constexpr uint32_t WORD = 4;  ///< bytes of the lengths before or instead of a r
 
 class SectionAnnotation {
  public:
-  SectionAnnotation(const ByteSource& source, const SectionInfo& section, const OnStretch& onStretch)
+  SectionAnnotation(const ByteSource& source, const SectionInfo& section, bool reveal, const OnStretch& onStretch)
       : _source(source),
         _section(section),
+        _reveal(reveal),
         _onStretch(onStretch),
         _name(fmt::format("section[{}].", section.number)),
         _data(_name + "data.") {}
@@ -39,6 +40,7 @@ class SectionAnnotation {
     std::string error;
     if (!loadPayload(_source, _section, bytes, error)) return tellUntaken(at, present, error);
     if (_section.number == 0 && bytes.size() == WORD) return tellWord(bytes, "totalLength");
+    if (!_reveal) bytes = withoutSecrets(bytes);
     if (!_section.originalSize) return tellRecord(bytes, at);
     std::vector<uint8_t> word(WORD);
     _source.readAt(at, word.data(), word.size());
@@ -78,6 +80,7 @@ class SectionAnnotation {
 
   const ByteSource& _source;
   const SectionInfo& _section;
+  bool _reveal;
   const OnStretch& _onStretch;
   std::string _name;
   std::string _data;
@@ -85,8 +88,8 @@ class SectionAnnotation {
 
 }  // namespace
 
-void annotate(const ByteSource& source, const SectionInfo& section, const OnStretch& onStretch) {
-  const SectionAnnotation annotation(source, section, onStretch);
+void annotate(const ByteSource& source, const SectionInfo& section, bool reveal, const OnStretch& onStretch) {
+  const SectionAnnotation annotation(source, section, reveal, onStretch);
   annotation.tellHeader();
   annotation.tellData();
 }

@@ -23,6 +23,7 @@ struct AnnotatedStretch {
 using OnStretch = std::function<void(const AnnotatedStretch&)>;
 
 /// Reports every field of a section, header first, in the order of its bytes.
-void annotate(const ByteSource& source, const SectionInfo& section, const OnStretch& onStretch);
+/// @param reveal  give secrets as they are; otherwise their characters, as values and bytes, are asterisks
+void annotate(const ByteSource& source, const SectionInfo& section, bool reveal, const OnStretch& onStretch);
 
 }  // namespace Inspect

@@ -7,11 +7,11 @@
 #include <fmt/format.h>
 
 #include <libcrossplatform/common/EncryptedString.h>
+#include <libinspect/container/Secrets.h>
 
 namespace Inspect {
 namespace {
 
-constexpr char MASK[] = "********";
 constexpr char WANTED_ADDRESS[] = "an IPv4 address an interface can have, such as 192.168.1.20";
 constexpr char WANTED_MASK[] = "an IPv4 mask of ones followed by zeros, such as 255.255.255.0";
 constexpr char WANTED_FLAG[] = "yes or no";
@@ -110,16 +110,17 @@ const ProfileSetting SETTINGS[] = {
     {"eap", false, "an EAP method such as \"PEAP MSCHAP V2\" or \"TTLS PAP\"",
      [](const P& p) { return p.anyEap() ? Json::Value(Eap::desc[p.getEap()]) : Json::Value(); },
      [](P& p, const std::string& name) { return setByName<Eap>(p, name, &P::setEap); }},
-    {"wep-key1", true, WANTED_KEY, wepKey<1>, setWepKey<1>},
-    {"wep-key2", true, WANTED_KEY, wepKey<2>, setWepKey<2>},
-    {"wep-key3", true, WANTED_KEY, wepKey<3>, setWepKey<3>},
-    {"wep-key4", true, WANTED_KEY, wepKey<4>, setWepKey<4>},
+    {"wep-key1", isSecret("Key"), WANTED_KEY, wepKey<1>, setWepKey<1>},
+    {"wep-key2", isSecret("Key"), WANTED_KEY, wepKey<2>, setWepKey<2>},
+    {"wep-key3", isSecret("Key"), WANTED_KEY, wepKey<3>, setWepKey<3>},
+    {"wep-key4", isSecret("Key"), WANTED_KEY, wepKey<4>, setWepKey<4>},
     {"active-key", false, "the number of a key that is set, 1 to 4",
      [](const P& p) { return p.getActiveKey() != 0 ? Json::Value(p.getActiveKey()) : Json::Value(); }, setActiveKey},
-    {"passphrase", true, WANTED_TEXT, text<&P::getWirelessPassword>, setText<&P::setWirelessPassword>},
-    {"user", true, WANTED_TEXT, text<&P::getUser>, setText<&P::setUser>},
-    {"password", true, WANTED_TEXT, text<&P::getPassword>, setText<&P::setPassword>},
-    {"identity", true, WANTED_TEXT, text<&P::getSecurityId>, setText<&P::setSecurityId>},
+    {"passphrase", isSecret("Wireless Password"), WANTED_TEXT, text<&P::getWirelessPassword>,
+     setText<&P::setWirelessPassword>},
+    {"user", isSecret("User"), WANTED_TEXT, text<&P::getUser>, setText<&P::setUser>},
+    {"password", isSecret("Password"), WANTED_TEXT, text<&P::getPassword>, setText<&P::setPassword>},
+    {"identity", isSecret("ID"), WANTED_TEXT, text<&P::getSecurityId>, setText<&P::setSecurityId>},
     {"alternate-id", false, WANTED_FLAG, flag<&P::getAlternateId>, setFlag<&P::setAlternateId>},
     {"certificate-name", false, "a text in UTF-8", text<&P::getCertificateName>, setText<&P::setCertificateName>},
     {"certificate", false, nullptr, [](const P& p) { return certificateSize(p.getCertificate()); }, nullptr},
@@ -161,9 +162,6 @@ const StoredKind STORED_KINDS[] = {
     // clang-format on
 };
 
-constexpr const char* ENCRYPTED_TEXTS[] = {"Wireless Password", "User", "Password", "ID"};
-constexpr const char* ENCRYPTED_BLOBS[] = {"Certificate", "Certificate Key"};
-
 struct ListedName {
   const char* member;
   const char* const* names;
@@ -186,13 +184,13 @@ class ProfileDocumentCheck {
     if (!security.isObject()) return;
     checkKinds(security);
     for (const ListedName& listed : LISTED_NAMES) checkName(listed, security[listed.member]);
-    for (const char* member : ENCRYPTED_TEXTS) checkSecret(member, security[member], false);
-    for (const char* member : ENCRYPTED_BLOBS) checkSecret(member, security[member], true);
-    const Json::Value& keys = security["Key"];
-    for (Json::ArrayIndex i = 0; keys.isArray() && i < keys.size(); ++i) {
-      const std::string name = fmt::format("Key {}", i + 1);
-      if (!keys[i].isNull() && !keys[i].isString()) add(name, "is not a text");
-      checkSecret(name, keys[i], false);
+    for (const Secret& secret : SECRETS) {
+      if (secret.form == SecretForm::PLAIN) continue;
+      if (secret.form == SecretForm::ENCRYPTED_TEXTS) {
+        checkSecrets(secret.member, security[secret.member]);
+      } else {
+        checkSecret(secret.member, security[secret.member], secret.form == SecretForm::ENCRYPTED_BLOB);
+      }
     }
   }
 
@@ -214,6 +212,14 @@ class ProfileDocumentCheck {
     const bool known = !name.isString() || std::any_of(listed.names, listed.names + listed.count,
                                                        [&](const char* n) { return name.asString() == n; });
     if (!known) add(listed.member, "is not a known name");
+  }
+
+  void checkSecrets(const char* member, const Json::Value& list) {
+    for (Json::ArrayIndex i = 0; list.isArray() && i < list.size(); ++i) {
+      const std::string name = fmt::format("{} {}", member, i + 1);
+      if (!list[i].isNull() && !list[i].isString()) add(name, "is not a text");
+      checkSecret(name, list[i], false);
+    }
   }
 
   /// A text form that this library cannot read reads as empty. The shortest text form holds the empty secret.
@@ -264,9 +270,8 @@ Json::Value profileJson(const NetworkProfile& profile, bool reveal) {
   Json::Value json(Json::objectValue);
   Json::Value& settings = json["settings"] = Json::Value(Json::objectValue);
   for (const ProfileSetting& setting : profileSettings()) {
-    Json::Value value = setting.get(profile);
-    if (setting.secret && !reveal && !value.isNull()) value = MASK;
-    settings[setting.name] = value;
+    const Json::Value value = setting.get(profile);
+    settings[setting.name] = setting.secret && !reveal ? masked(value) : value;
   }
   json["recent"] = recentJson(profile);
   return json;

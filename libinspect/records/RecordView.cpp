@@ -1,5 +1,8 @@
 #include <libinspect/records/RecordView.h>
 
+#include <algorithm>
+#include <cstddef>
+
 #include <fmt/format.h>
 
 #include <libcrossplatform/common/DatabasePackageManifest.h>
@@ -9,8 +12,10 @@
 #include <libcrossplatform/common/OrbelSettings.h>
 #include <libcrossplatform/common/OtdrSpan.h>
 #include <libcrossplatform/common/RecordTypes.h>
+#include <libcrossplatform/common/jsonutil.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/Header.h>
+#include <libinspect/container/Secrets.h>
 
 namespace Inspect {
 namespace {
@@ -130,6 +135,28 @@ constexpr Decoder DECODERS[] = {
     {Veltra::OrbelSettings::SERIAL_TYPE_ID, decode<Veltra::OrbelSettings>},
 };
 
+constexpr uint8_t MASK_BYTE = '*';
+
+/// Overwrites the texts that are secrets, or within one, in the text a value was parsed from.
+/// @return false when that is not possible
+bool maskWithin(const Json::Value& value, bool isWithinSecret, uint8_t* text) {
+  if (value.isObject()) {
+    const std::vector<std::string> names = value.getMemberNames();
+    return std::all_of(names.begin(), names.end(), [&](const std::string& name) {
+      return maskWithin(value[name], isWithinSecret || isSecret(name), text);
+    });
+  }
+  if (value.isArray()) {
+    return std::all_of(value.begin(), value.end(),
+                       [&](const Json::Value& element) { return maskWithin(element, isWithinSecret, text); });
+  }
+  if (!isWithinSecret || value.isNull()) return true;
+  const std::ptrdiff_t begin = value.getOffsetStart(), end = value.getOffsetLimit();
+  if (!value.isString() || end - begin < 2 || text[begin] != '"' || text[end - 1] != '"') return false;
+  std::fill(text + begin + 1, text + end - 1, MASK_BYTE);
+  return true;
+}
+
 Json::Value withTexts(const Json::Value& value) {
   if (isMeasurement(value)) return value["text"];
   Json::Value texts = value;
@@ -162,6 +189,26 @@ Json::Value summaryJson(const ResultSummary& summary) {
   return json;
 }
 
+Json::Value DecodedRecord::toJson(bool reveal) const {
+  Json::Value json = value != nullptr ? valueJson(value.get()) : Json::Value();
+  return reveal ? json : withoutSecrets(std::move(json));
+}
+
+std::vector<uint8_t> withoutSecrets(const std::vector<uint8_t>& bytes) {
+  const DecodedRecord record = decodeRecord(bytes);
+  std::vector<uint8_t> shown = bytes;
+  if (record.outcome == DecodedRecord::NO_RECORD || record.id != Veltra::OrbelSettings::SERIAL_TYPE_ID) return shown;
+  // The record is one text, JSON, with its length before it and a zero after it.
+  constexpr std::size_t TEXT_AT = Marshal::Header::BYTES + sizeof(uint32_t);
+  if (record.outcome == DecodedRecord::DECODED) {
+    const std::string text(bytes.begin() + TEXT_AT, bytes.begin() + record.used - 1);
+    Json::Value document;
+    if (Veltra::parseJson(text, document, true) && maskWithin(document, false, shown.data() + TEXT_AT)) return shown;
+  }
+  std::fill(shown.begin() + std::min(TEXT_AT, shown.size()), shown.end(), MASK_BYTE);
+  return shown;
+}
+
 DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<TracedField>* trace) {
   DecodedRecord record;
   if (bytes.empty()) return record;
@@ -184,7 +231,7 @@ DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<Traced
 std::optional<Json::Value> recordFields(const std::vector<uint8_t>& bytes) {
   const DecodedRecord record = decodeRecord(bytes);
   if (record.outcome != DecodedRecord::DECODED) return std::nullopt;
-  return withTexts(record.toJson());
+  return withTexts(record.toJson(true));
 }
 
 }  // namespace Inspect

@@ -39,7 +39,8 @@ struct DecodedRecord {
     return id == Record::SERIAL_TYPE_ID ? static_cast<const Record*>(value.get()) : nullptr;
   }
   /// Its JSON, many times the size of the record; null if none was decoded, or one that cannot be shown as text.
-  Json::Value toJson() const { return value != nullptr ? valueJson(value.get()) : Json::Value(); }
+  /// @param reveal  give secrets as they are; otherwise they are masked
+  Json::Value toJson(bool reveal) const;
 
   std::shared_ptr<const void> value;  ///< of the class that `id` names
   Json::Value (*valueJson)(const void* value) = nullptr;
@@ -49,7 +50,12 @@ struct DecodedRecord {
 /// @param trace  null, or receives every field that was read
 DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<TracedField>* trace = nullptr);
 
-/// The fields of the record at the beginning of bytes, measurements as text; empty if no known record decodes.
+/// The bytes of a payload as they may be shown: those of secrets in the record they begin with, a damaged one too, are
+/// asterisks.
+std::vector<uint8_t> withoutSecrets(const std::vector<uint8_t>& bytes);
+
+/// The fields of the record at the beginning of bytes, measurements as text, secrets as they are; empty if no known
+/// record decodes.
 std::optional<Json::Value> recordFields(const std::vector<uint8_t>& bytes);
 
 }  // namespace Inspect

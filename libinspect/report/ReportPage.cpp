@@ -6,6 +6,7 @@
 #include <fmt/format.h>
 #include <kainjow/mustache.hpp>
 
+#include <libinspect/container/ByteSource.h>
 #include <libinspect/container/PrintableText.h>
 #include <libinspect/report/ReportFigures.h>
 #include <libinspect/report/ReportTemplate.h>
@@ -253,6 +254,14 @@ std::string reportPage(const JobFiles& job, const std::string& title) {
   kainjow::mustache::mustache form(REPORT_TEMPLATE);
   form.set_custom_escape(htmlText);
   return form.render(page);
+}
+
+bool isReportPage(const std::string& path) {
+  const std::string form = REPORT_TEMPLATE;
+  const std::string firstLine = form.substr(0, form.find('\n'));
+  std::string begin(firstLine.size(), '\0'), error;
+  ByteSource source;
+  return source.open(path, error) && source.readAt(0, begin.data(), begin.size()) == begin.size() && begin == firstLine;
 }
 
 }  // namespace Inspect

@@ -11,4 +11,7 @@ namespace Inspect {
 /// @param title  the page's headline
 std::string reportPage(const JobFiles& job, const std::string& title);
 
+/// Whether a file begins as every page does. False if it cannot be read.
+bool isReportPage(const std::string& path);
+
 }  // namespace Inspect

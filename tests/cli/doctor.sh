@@ -51,6 +51,6 @@ cp lot/sub/e04-data.vres ./-r
 t veltra doctor -r names
 t veltra doctor -- -r
 input=-r t veltra doctor -
-next() { veltra doctor -r names -f jsonl | sed -E 's/.*"next":"veltra recover (.*) -o NEW".*/\1/; s/\\\\/\\/g'; }
+next() { veltra doctor -r names -f jsonl | sed -E 's/.*"next":"veltra recover (.*) -o [^"]*".*/\1/; s/\\\\/\\/g'; }
 eval "set -- $(next | tr '\n' ' ')"
 cmp -s "$1" ./-r && cmp -s "$2" ./-r && cmp -s "$3" ./-r && cmp -s "$4" ./-r && echo "$# files found again"

@@ -24,8 +24,38 @@ t veltra extract job/1.vres -s 2 --raw -o raw.bin
 t stat -c %s raw.bin
 t veltra extract job/1.vres -s 2 -o raw.bin
 t veltra extract job/1.vres -s 9
+# Nothing that is read is replaced, by whatever name; a page of last time is, a result is not.
+cp job/1.vres whole.vres && ln -s whole.vres link.vres && ln whole.vres hard.vres && cp trace.bin again.bin
+echo '{"summary": {}, "sections": [{"type": 300, "version": 1, "payload": "again.bin"}]}' > again.json
+echo '{"version": "V1.0", "databases": [{"path": "x"}]}' > package.json
+for out in whole.vres link.vres ./hard.vres; do t veltra extract whole.vres -s 2 -o $out --force; done
+input=whole.vres t veltra extract - -s 2 -o hard.vres --force
+t veltra recover link.vres -o hard.vres --force
+t veltra pack again.json -o again.json --force
+t veltra pack again.json -o again.bin --force
+input=again.json t veltra pack - --payloads . -o again.json --force
+t veltra manifest new package.json -o package.json --force
+t veltra report -r job -o job/1.vres --force
+t cmp job/1.vres whole.vres
 t veltra diff job/1.vres job/1.vres
 t veltra diff job/1.vres job/2.vres -f jsonl
 t veltra types 0x510003
 t veltra types "OLTS Set Reference Wizard" -f jsonl
 t veltra types nothing
+t veltra types otdr_SPAN
+t veltra types pon
+
+# Tables end, and are right, in every locale. What it cannot show is escaped, also in the command to run next.
+mkdir lot
+result "lot/Müllerstraße ★.vres" "Küche ★" Pass 100
+cp job/1.vres "lot/Größe.vres" && patch "lot/Größe.vres" 60 ff
+in_locale() { env -i "${@:1:1}" timeout 20 "$veltra" "${@:2}"; } # LOCALE ARGUMENT...
+as_in() { cmp <(in_locale "$1" "${@:3}" 2>&1) <(in_locale "$2" "${@:3}" 2>&1); } # LOCALE LOCALE ARGUMENT...
+for locale in LC_ALL=C LC_ALL=C.UTF-8; do t in_locale $locale summary -q lot/M*; done
+t in_locale LC_ALL=C doctor lot/G*
+for locale in LC_ALL=POSIX LC_ALL=xx_XX.UTF-8 NONE=set; do
+  t as_in LC_ALL=C $locale summary -r lot
+done
+for format in json jsonl csv; do
+  t as_in LC_ALL=C.UTF-8 LC_ALL=C summary -r lot -q -f $format
+done

@@ -37,6 +37,16 @@ END
 echo "bar:" && terminal "$(slowly)" | grep -oE '\[#+ *\] +[0-9]+ %|CRESC\[K' | tail -n 2
 echo "no bar:" && terminal "$(slowly --progress never)"
 
+# A FIFO that nobody writes to is named and not waited for; one with a writer is read, and so is process substitution.
+mkfifo nobody
+timely() { timeout 20 "$veltra" "$@"; }
+t timely info nobody lot/whole.vres -f csv
+printf '%s' '{"summary": {}, "sections": [{"type": 302, "version": 1, "payload": "nobody"}]}' > nobody.json
+t timely pack nobody.json -o lot/new.vres
+for writer in 'cat lot/whole.vres' 'sleep 0.1; cat lot/whole.vres' true; do
+  timely info -q <(eval "$writer") -f jsonl | grep -o '"kind":"[^"]*"'
+done
+
 # A signal that ends it leaves nothing unfinished behind: here while the payload is waited for.
 printf '%s' '{"summary": {"resultName": "B-2"}, "sections": [{"type": 302, "version": 1, "payload": "waits"}]}' > waits.json
 mkfifo waits

@@ -19,3 +19,37 @@ patch open.bin $((at + 4)) 78 && t veltra show --record open.bin
 : > empty.bin
 t veltra show --record empty.bin
 t veltra show --record - -f jsonl
+
+# Secrets of project settings and of the network profile they hold are masked, also in a record that does not decode;
+# files that differ in nothing else do differ.
+settings() { # FILE USERPASS: a record of project settings, and a file with it
+  local json='{"OrbelSettings": {"sync_userpass": "'$2'", "sync_username": "eve", "net_profile": {"WiFi SSID": "Site",
+    "Wireless Security": {"Password": "'$2'", "Key": [null, "'$2'"], "Certificate Name": "ca"}}}}'
+  local size=$((${#json} + 1))
+  { head -c 8 "$data/good/orbel_settings_v0.bin"
+    printf "$(printf '%08x%08x' $((size + 4)) $size | sed 's/../\\x&/g')"
+    printf '%s\0' "$json"; } > "$1.bin"
+  printf '%s' '{"summary": {}, "sections": [{"type": 910, "version": 1, "payload": "'"$1.bin"'"}]}' > "$1.json"
+  veltra pack "$1.json" -o "$1.vres" > /dev/null
+}
+settings one 'hush \" 1' && settings two 'hush \" 2'
+t veltra show one.vres -s 2
+t veltra show one.vres -s 2 -f jsonl
+t veltra show --record one.bin --reveal
+t veltra diff one.vres two.vres
+t veltra diff one.vres two.vres --reveal -f jsonl
+head -c -3 one.bin > cut.bin
+printf '%s' '{"summary": {}, "sections": [{"type": 910, "version": 1, "payload": "cut.bin"}]}' > cut.json
+veltra pack cut.json -o cut.vres > /dev/null
+every_screen() { # OPTION...
+  for format in table json jsonl csv; do
+    veltra show --record cut.bin -f $format "$@"
+    for file in one cut; do
+      veltra show $file.vres -s 2 -f $format "$@"
+      veltra annotate $file.vres -f $format "$@"
+    done
+    veltra diff one.vres two.vres -f $format "$@"
+  done 2>&1
+}
+every_screen > masked.txt; every_screen --reveal > revealed.txt
+t grep -ciE 'hush|68 ?75 ?73 ?68' masked.txt revealed.txt

@@ -41,6 +41,8 @@ page job/page.html | grep -v '^ \(Headroom\|Length\|Results\|Verdict\) '
 { veltra report -q -r job -o job/page.html --force > /dev/null; echo $?; } > report.code
 t cmp summary.code report.code
 t veltra report -r empty -o empty.html
+t veltra summary -r empty
+t veltra report -r empty -o empty.html --expect A01..A02
 page empty.html
 
 # What it refuses.

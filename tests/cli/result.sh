@@ -38,6 +38,7 @@ refuse '{"summary": {"status": "Passed"}}'
 refuse '{"summary": {"timeStamp": "2024-02-30T00:00:00Z"}}'
 refuse '{"summary": {"length": "45.23456"}}'
 refuse '{"summary": {"length": "45m"}}'
+refuse '{"summary": {"length": 45.2}}'
 refuse '{"summary": {"headroom": {"relation": "="}}}'
 refuse '{"summary": {"testFlags": [3]}}'
 refuse '{"summary": {"numFailTests": 200}}'
@@ -51,6 +52,13 @@ t ls never.vres
 # How it is called.
 t veltra --version
 t veltra frobnicate
+t veltra docotr a.vres
+t veltra manifest sho a.vres
+t veltra help manifest show
+t veltra help manifest sho
+same_help() { cmp <(veltra help "$@") <(veltra "$@" --help); } # COMMAND...
+t same_help
+t same_help doctor
 t veltra list -f yaml a.vres
 t veltra info no-such-file a.vres
 t veltra list .

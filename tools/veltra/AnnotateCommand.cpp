@@ -14,6 +14,7 @@ namespace {
 struct AnnotateArguments {
   std::string file;
   std::optional<int> section;
+  bool reveal = false;
 };
 
 std::string valueText(const Json::Value& value) {
@@ -80,7 +81,8 @@ int annotate(const AnnotateArguments& args, const Options& options) {
   const auto annotateSection = [&](const Inspect::SectionInfo& section, Inspect::Findings&) {
     if (args.section && section.number != *args.section) return;
     isThere = true;
-    Inspect::annotate(source, section, [&out](const Inspect::AnnotatedStretch& stretch) { out.add(stretch); });
+    Inspect::annotate(source, section, args.reveal,
+                      [&out](const Inspect::AnnotatedStretch& stretch) { out.add(stretch); });
   };
   const Inspect::ContainerReport report = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS, annotateSection);
   out.finish();
@@ -96,6 +98,7 @@ Subcommand annotateCommand(const Options& options) {
   Subcommand command("annotate", "Every byte of headers and records with the field it belongs to");
   command.place("FILE", "FILE", &args->file, "the file; - reads standard input").required();
   command.option("-s,--section", "N", &args->section, "only this section, numbered as in list");
+  command.flag("--reveal", args->reveal, REVEAL_HELP);
   command.run = [args, &options] { return annotate(*args, options); };
   return command;
 }

@@ -1,10 +1,13 @@
 #include "CommandLine.h"
 
+#include <algorithm>
 #include <map>
 #include <memory>
+#include <numeric>
 #include <set>
 #include <sstream>
 #include <type_traits>
+#include <utility>
 
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
@@ -167,6 +170,42 @@ void addCommand(CLI::App& app, const Subcommand& command, Run& chosen) {
   }
 }
 
+/// How many characters must be added, removed or changed to make one word of the other.
+std::size_t editDistance(const std::string& a, const std::string& b) {
+  std::vector<std::size_t> row(b.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    std::size_t diagonal = std::exchange(row[0], i + 1);
+    for (std::size_t j = 0; j < b.size(); ++j) {
+      const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+/// "doctr: no such command; did you mean doctor?"
+std::string noSuchCommand(const std::string& word, const CLI::App& parent) {
+  constexpr std::size_t CLOSE = 2;
+  constexpr std::size_t LONGEST = 32;  // no command's name is nearly as long
+  std::size_t least = CLOSE + 1;
+  std::string closest;
+  for (const CLI::App* command : parent.get_subcommands([](const CLI::App* c) { return !c->get_name().empty(); })) {
+    const std::size_t distance = word.size() > LONGEST ? least : editDistance(word, command->get_name());
+    if (distance >= least) continue;
+    least = distance;
+    closest = command->get_name();
+  }
+  return fmt::format("{}: no such command{}", word, closest.empty() ? "" : "; did you mean " + closest + "?");
+}
+
+int usageError(const std::string& text) {
+  complain(text);
+  fmt::print(stderr, "Run with --help for more information.\n");
+  return EXIT_USAGE;
+}
+
 /// The parser's message, except for a misspelt command, of which it only says that a command is missing.
 std::string explain(const CLI::ParseError& error, const CLI::App& app) {
   const CLI::App* command = &app;
@@ -174,7 +213,13 @@ std::string explain(const CLI::ParseError& error, const CLI::App& app) {
   const std::vector<std::string> unknown =
       command->get_require_subcommand_min() > 0 ? app.remaining(true) : std::vector<std::string>();
   const bool isWord = !unknown.empty() && unknown.front().rfind('-', 0) != 0;
-  return isWord ? fmt::format("{}: no such command", unknown.front()) : error.what();
+  return isWord ? noSuchCommand(unknown.front(), *command) : error.what();
+}
+
+void prepare(CLI::App& app, const Subcommand& root, const std::string& version, Run& chosen) {
+  app.formatter(std::make_shared<HelpFormatter>());
+  app.set_version_flag("--version", version);
+  addCommand(app, root, chosen);
 }
 
 }  // namespace
@@ -194,9 +239,7 @@ std::string replaced(std::string text, const std::string& part, const std::strin
 Run parseCommandLine(const Subcommand& root, const std::string& version, int argc, char** argv, int& code) {
   CLI::App app(root.help, root.name);
   Run chosen;
-  app.formatter(std::make_shared<HelpFormatter>());
-  app.set_version_flag("--version", version);
-  addCommand(app, root, chosen);
+  prepare(app, root, version, chosen);
   try {
     app.parse(argc, argv);
     return chosen;
@@ -204,11 +247,24 @@ Run parseCommandLine(const Subcommand& root, const std::string& version, int arg
     app.exit(asked);
     code = EXIT_DONE;
   } catch (const CLI::ParseError& e) {
-    complain(explain(e, app));
-    fmt::print(stderr, "Run with --help for more information.\n");
-    code = EXIT_USAGE;
+    code = usageError(explain(e, app));
   }
   return {};
+}
+
+int printHelp(const Subcommand& root, const std::vector<std::string>& words) {
+  CLI::App app(root.help, root.name);
+  Run chosen;
+  prepare(app, root, "", chosen);
+  const CLI::App* command = &app;
+  for (const std::string& word : words) {
+    const auto isNamed = [&word](const CLI::App* c) { return !word.empty() && c->get_name() == word; };
+    const std::vector<const CLI::App*> named = command->get_subcommands(isNamed);
+    if (named.empty()) return usageError(noSuchCommand(word, *command));
+    command = named.front();
+  }
+  fmt::print("{}", command->help());
+  return EXIT_DONE;
 }
 
 }  // namespace Command

@@ -86,4 +86,8 @@ std::string replaced(std::string text, const std::string& part, const std::strin
 /// @return what to run; empty after help, the version or a usage error
 Run parseCommandLine(const Subcommand& root, const std::string& version, int argc, char** argv, int& code);
 
+/// Prints the help of the command that these words name, or of the program without any; complains of other words.
+/// @return the exit code
+int printHelp(const Subcommand& root, const std::vector<std::string>& words);
+
 }  // namespace Command

@@ -11,6 +11,8 @@
 
 namespace Command {
 
+constexpr char REVEAL_HELP[] = "show secrets as they are";
+
 /// What a command found in one file.
 struct FileAnswer {
   std::string text;               ///< for the table format
@@ -23,6 +25,9 @@ struct FileAnswer {
 /// The files of paths: with -r every regular file below a directory, in order of name.
 /// @param code  made worse, with a complaint, for a path that cannot be examined
 std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Options& options, int& code);
+
+/// True, with a complaint, when there are no files to make an answer of.
+[[nodiscard]] bool complainsOfNoFiles(const std::vector<std::string>& paths, const std::vector<std::string>& files);
 
 /// Calls `answer` for each file, on several threads, and prints the answers in the order of the files. Nothing of a
 /// file is kept after it is printed.
@@ -54,11 +59,9 @@ void complainOfEach(const std::string& name, const Inspect::Findings& findings);
 [[nodiscard]] int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::ContainerReport& report,
                                       int number);
 
-/// True, with a complaint, when the path already has a file that must not be replaced.
-[[nodiscard]] bool refusesToReplace(const std::string& path, bool force);
-
-/// True, with a complaint, when the output would replace the input.
-[[nodiscard]] bool refusesToReplaceInput(const std::string& input, const std::string& output);
+/// True, with a complaint, when the path already has a file that must not be replaced, or, forced or not, one of the
+/// inputs of the command, whatever its name.
+[[nodiscard]] bool refusesToReplace(const std::string& path, bool force, const std::vector<std::string>& inputs);
 
 /// Saves the output of a command, so that the whole old or the whole new file exists at any time.
 /// @return false, with a complaint; the file at `path` is then unchanged
@@ -80,7 +83,8 @@ Subcommand reportCommand(const Options& options);
 Subcommand showCommand(const Options& options);
 Subcommand summaryCommand(const Options& options);
 Subcommand typesCommand(const Options& options);
-/// @param root  all commands; read when the command is run
+// With `root`, all commands, which is read when the command is run.
 Subcommand completionCommand(const Subcommand& root);
+Subcommand helpCommand(const Subcommand& root);
 
 }  // namespace Command

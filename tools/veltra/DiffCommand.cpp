@@ -11,6 +11,7 @@ namespace {
 struct DiffArguments {
   std::string a;
   std::string b;
+  bool reveal = false;
 };
 
 std::string cellOf(const Json::Value& value) {
@@ -20,20 +21,21 @@ std::string cellOf(const Json::Value& value) {
 int diff(const DiffArguments& args, const Options& options) {
   Inspect::ByteSource a, b;
   if (!openInput(a, args.a, options) || !openInput(b, args.b, options)) return EXIT_COULD_NOT;
-  const std::vector<Inspect::Difference> differences = differencesOf(a, b, Inspect::recordFields);
-  Table table({{"Field"}, {"A"}, {"B"}});
+  const std::vector<Inspect::Difference> differences = differencesOf(a, b, Inspect::recordFields, args.reveal);
   Document document;
   document.columns = {"field", "a", "b"};
-  document.rowsMember = "differences";
-  for (const Inspect::Difference& difference : differences) {
-    table.add({difference.field, cellOf(difference.a), cellOf(difference.b)});
-    Json::Value row(Json::objectValue);
-    row["field"] = difference.field;
-    row["a"] = difference.a;
-    row["b"] = difference.b;
-    document.rows.push_back(row);
-  }
-  document.text = table.text();
+  document.rows = {"differences", differences.size(), [&](std::size_t i) {
+                     Json::Value row(Json::objectValue);
+                     row["field"] = differences[i].field;
+                     row["a"] = differences[i].a;
+                     row["b"] = differences[i].b;
+                     return row;
+                   }};
+  document.text = [&] {
+    Table table({{"Field"}, {"A"}, {"B"}});
+    for (const Inspect::Difference& d : differences) table.add({d.field, cellOf(d.a), cellOf(d.b)});
+    return table.text();
+  };
   if (!differences.empty() || options.format == FORMAT_JSON) printDocument(document, options);
   return answerAfter(a, answerAfter(b, differences.empty() ? EXIT_DONE : EXIT_NO));
 }
@@ -45,6 +47,7 @@ Subcommand diffCommand(const Options& options) {
   Subcommand command("diff", "The fields in which two files differ");
   command.place("A", "A", &args->a, "one file").required();
   command.place("B", "B", &args->b, "the other").required();
+  command.flag("--reveal", args->reveal, REVEAL_HELP);
   command.run = [args, &options] { return diff(*args, options); };
   return command;
 }

@@ -20,7 +20,7 @@ std::string textOf(const Inspect::ContainerReport& report) {
   for (const Inspect::Finding& finding : report.findings) {
     text += fmt::format("{}: {}: {}: {}; next: {}\n", printable(report.name), placeOf(finding),
                         painted(nameOf(finding), toneOf(finding.code)), printable(detailsOf(finding)),
-                        nextCommand(report.path, finding));
+                        nextCommand(report.path, finding, charset()));
   }
   if (report.findings.leftOut() > 0) text += printable(furtherText(report.name, report.findings)) + "\n";
   return text;

@@ -35,7 +35,7 @@ int extract(const ExtractArguments& args, const Options& options) {
   if (args.output.empty()) {
     return std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() ? EXIT_DONE : EXIT_COULD_NOT;
   }
-  if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
+  if (refusesToReplace(args.output, args.force, {args.file})) return EXIT_COULD_NOT;
   return saveOutput(args.output, bytes.data(), bytes.size()) ? EXIT_DONE : EXIT_COULD_NOT;
 }
 

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 
 #include <fmt/format.h>
 
@@ -46,6 +45,11 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Op
   for (const std::string& fault : faults) complain(fault);
   if (!faults.empty()) code = worse(code, EXIT_COULD_NOT);
   return files;
+}
+
+bool complainsOfNoFiles(const std::vector<std::string>& paths, const std::vector<std::string>& files) {
+  if (files.empty()) complain(fmt::format("{}: no files", fmt::join(paths, ", ")));
+  return files.empty();
 }
 
 int answerForFiles(const std::vector<std::string>& paths, const Options& options,
@@ -111,22 +115,22 @@ int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::Contai
   return answerAfter(source, report.damaged() ? EXIT_NO : EXIT_COULD_NOT);
 }
 
-bool refusesToReplace(const std::string& path, bool force) {
+bool refusesToReplace(const std::string& path, bool force, const std::vector<std::string>& inputs) {
   struct stat info {};
   if (stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) {
     complain(path + ": not a regular file, not replaced");
     return true;
   }
-  if (force || lstat(path.c_str(), &info) != 0) return false;
-  complain(path + ": exists; use --force to replace it");
-  return true;
-}
-
-bool refusesToReplaceInput(const std::string& input, const std::string& output) {
-  std::error_code missing;
-  if (!std::filesystem::equivalent(input, output, missing)) return false;
-  complain(input + ": is the input and would be replaced");
-  return true;
+  if (!force && lstat(path.c_str(), &info) == 0) {
+    complain(path + ": exists; use --force to replace it");
+    return true;
+  }
+  for (const std::string& input : inputs) {
+    if (!Inspect::isSameFile(input, path)) continue;
+    complain((input == "-" ? "standard input" : input) + ": is the input and would be replaced");
+    return true;
+  }
+  return false;
 }
 
 bool saveOutput(const std::string& path, const void* bytes, std::size_t size) {

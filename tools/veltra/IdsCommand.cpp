@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <memory>
 #include <sstream>
 
@@ -30,19 +31,28 @@ struct IdsArguments {
 void printIds(const std::vector<std::string>& ids, const Options& options) {
   Document document;
   document.columns = {"id"};
-  document.json["ids"] = Json::Value(Json::arrayValue);
-  for (const std::string& id : ids) {
-    document.text += printable(id) + "\n";
-    document.json["ids"].append(id);
-    document.rows.emplace_back(Json::objectValue);
-    document.rows.back()["id"] = id;
-  }
+  document.text = [&ids] {
+    std::string text;
+    for (const std::string& id : ids) text += printable(id) + "\n";
+    return text;
+  };
+  document.json = [&ids] {
+    Json::Value json(Json::objectValue);
+    json["ids"] = Json::Value(Json::arrayValue);
+    for (const std::string& id : ids) json["ids"].append(id);
+    return json;
+  };
+  document.rows = {"", ids.size(), [&ids](std::size_t i) {
+                     Json::Value row(Json::objectValue);
+                     row["id"] = ids[i];
+                     return row;
+                   }};
   printDocument(document, options);
 }
 
 /// Prints one answer: its text, or its JSON.
 int answer(const std::string& text, const Json::Value& json, const Options& options) {
-  printDocument({printable(text) + "\n", json, {}, {}, {}}, options);
+  printDocument({[&] { return printable(text) + "\n"; }, [&] { return json; }, {}, {}}, options);
   return EXIT_DONE;
 }
 
@@ -68,20 +78,20 @@ int idAt(const Inspect::CableIdSet& set, uint32_t ordinal, const Options& option
 }
 
 int check(const Inspect::CableIdSet& set, const std::vector<std::string>& ids, const Options& options) {
-  Table table({{"ID"}, {"In set"}, {"Ordinal", true}});
   Document document;
   document.columns = {"id", "ordinal"};
-  document.rowsMember = "ids";
-  int code = EXIT_DONE;
-  for (const std::string& id : ids) {
-    const std::optional<uint32_t> ordinal = set.ordinalOf(id);
-    if (!ordinal) code = EXIT_NO;
-    table.add({id, ordinal ? "yes" : "no", ordinal ? std::to_string(*ordinal) : "-"});
-    document.rows.push_back(idAndOrdinal(id, ordinal));
-  }
-  document.text = table.text();
+  document.rows = {"ids", ids.size(), [&](std::size_t i) { return idAndOrdinal(ids[i], set.ordinalOf(ids[i])); }};
+  document.text = [&] {
+    Table table({{"ID"}, {"In set"}, {"Ordinal", true}});
+    for (const std::string& id : ids) {
+      const std::optional<uint32_t> ordinal = set.ordinalOf(id);
+      table.add({id, ordinal ? "yes" : "no", ordinal ? std::to_string(*ordinal) : "-"});
+    }
+    return table.text();
+  };
   printDocument(document, options);
-  return code;
+  const auto isIn = [&set](const std::string& id) { return set.ordinalOf(id).has_value(); };
+  return std::all_of(ids.begin(), ids.end(), isIn) ? EXIT_DONE : EXIT_NO;
 }
 
 int take(const Inspect::CableIdSet& set, const IdsArguments& args, uint32_t count, const Options& options) {

@@ -57,14 +57,13 @@ class JsonLayout {
     return _out.str();
   }
   /// An object with one more member: an array of rows.
-  std::string ofDocument(const Json::Value& document, const std::string& rowsMember,
-                         const std::vector<Json::Value>& rows) {
+  std::string ofDocument(const Json::Value& document, const LongList& rows) {
     Json::Value names = document;
-    if (!rowsMember.empty()) names[rowsMember] = Json::Value();
+    if (!rows.name.empty()) names[rows.name] = Json::Value();
     const char* separator = "{";
     for (const std::string& key : names.getMemberNames()) {
       beginMember(separator, key, 0);
-      if (key == rowsMember) {
+      if (key == rows.name) {
         addRows(rows);
       } else {
         add(document[key], 1);
@@ -118,11 +117,11 @@ class JsonLayout {
     end(separator, "{}", depth);
   }
 
-  void addRows(const std::vector<Json::Value>& rows) {
+  void addRows(const LongList& rows) {
     const char* separator = "[";
-    for (const Json::Value& row : rows) {
+    for (std::size_t i = 0; i < rows.size; ++i) {
       beginElement(separator, 1);
-      addRow(row, 2);
+      addRow(rows.element(i), 2);
     }
     end(separator, "[]", 1);
   }
@@ -181,9 +180,8 @@ std::map<std::string, std::string> rowCells(const Json::Value& row) {
   return cells;
 }
 
-std::string documentJson(const Json::Value& object, const std::string& rowsMember,
-                         const std::vector<Json::Value>& rows) {
-  return JsonLayout("  ").ofDocument(object, rowsMember, rows);
+std::string documentJson(const Json::Value& object, const LongList& rows) {
+  return JsonLayout("  ").ofDocument(object, rows);
 }
 
 }  // namespace Command

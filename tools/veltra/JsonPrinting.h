@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -7,6 +9,13 @@
 #include <json/value.h>
 
 namespace Command {
+
+/// A member with too many elements to hold: each is created when it is printed.
+struct LongList {
+  std::string name;
+  std::size_t size = 0;
+  std::function<Json::Value(std::size_t)> element;
+};
 
 /// A value as styled JSON, or on one line with an empty indentation. A measurement shows its measured digits.
 std::string jsonText(const Json::Value& value, const char* indentation);
@@ -17,8 +26,7 @@ std::string jsonText(const Json::Value& value, const char* indentation);
 std::string rowJson(const Json::Value& row);
 /// The cells of a row by column, as CSV has them before quoting; null is empty.
 std::map<std::string, std::string> rowCells(const Json::Value& row);
-/// An object, styled, with one more member: an array of rows. Without a name the rows are omitted.
-std::string documentJson(const Json::Value& object, const std::string& rowsMember,
-                         const std::vector<Json::Value>& rows);
+/// An object, styled, with one more member: a list of rows. Without a name the rows are omitted.
+std::string documentJson(const Json::Value& object, const LongList& rows);
 
 }  // namespace Command

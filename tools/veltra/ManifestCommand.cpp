@@ -30,7 +30,7 @@ int newManifest(const ManifestArguments& args) {
     complain(fmt::format("{}: {}", args.input == "-" ? "standard input" : args.input, error));
     return EXIT_COULD_NOT;
   }
-  if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
+  if (refusesToReplace(args.output, args.force, {args.input})) return EXIT_COULD_NOT;
   const uint16_t type = args.cable ? PFile::SECTION_CABLE_MANIFEST : PFile::SECTION_LIMIT_MANIFEST;
   if (Inspect::writePackage(manifest, type, args.output, error)) return EXIT_DONE;
   complain(error);
@@ -68,7 +68,8 @@ int showManifest(const ManifestArguments& args, const Options& options) {
     complain(fmt::format("{}: not a readable database package", source.name()));
     return answerAfter(source, EXIT_NO);
   }
-  printDocument({textOf(*manifest, file.kind), Inspect::packageJson(*manifest), {}, {}, {}}, options);
+  printDocument({[&] { return textOf(*manifest, file.kind); }, [&] { return Inspect::packageJson(*manifest); }, {}, {}},
+                options);
   return codeOf(findings);
 }
 

@@ -42,16 +42,21 @@ int show(const NetprofileArguments& args, const Options& options) {
   NetworkProfile profile;
   if (!readProfile(args, false, profile)) return EXIT_COULD_NOT;
   const Json::Value json = Inspect::profileJson(profile, args.reveal);
-  Table table({{"Setting"}, {"Value"}});
-  for (const Inspect::ProfileSetting& setting : Inspect::profileSettings()) {
-    const Json::Value& value = json["settings"][setting.name];
-    const std::string text = value.isBool() ? (value.asBool() ? "yes" : "no") : value.isNull() ? "-" : value.asString();
-    table.add({setting.name, text});
-  }
-  for (const Json::Value& network : json["recent"]) {
-    table.add({"recent", fmt::format("{} ({})", network["ssid"].asString(), network["security"].asString())});
-  }
-  printDocument({table.text(), json, {}, {}, {}}, options);
+  const auto text = [&json] {
+    Table table({{"Setting"}, {"Value"}});
+    for (const Inspect::ProfileSetting& setting : Inspect::profileSettings()) {
+      const Json::Value& value = json["settings"][setting.name];
+      const std::string shown = value.isBool()   ? (value.asBool() ? "yes" : "no")
+                                : value.isNull() ? "-"
+                                                 : value.asString();
+      table.add({setting.name, shown});
+    }
+    for (const Json::Value& network : json["recent"]) {
+      table.add({"recent", fmt::format("{} ({})", network["ssid"].asString(), network["security"].asString())});
+    }
+    return table.text();
+  };
+  printDocument({text, [&json] { return json; }, {}, {}}, options);
   return EXIT_DONE;
 }
 
@@ -112,15 +117,19 @@ int check(const NetprofileArguments& args, const Options& options) {
   NetworkProfile profile;
   if (!readProfile(args, false, profile)) return EXIT_COULD_NOT;
   const std::vector<std::string> found = Inspect::checkProfile(profile);
-  Document document;
-  document.json["file"] = args.file;
-  document.json["findings"] = Json::Value(Json::arrayValue);
-  for (const std::string& line : found) {
-    document.json["findings"].append(line);
-    document.text += printable(line) + "\n";
-  }
-  if (found.empty()) document.text = printable(args.file) + ": nothing wrong\n";
-  printDocument(document, options);
+  const auto text = [&] {
+    std::string lines = found.empty() ? printable(args.file) + ": nothing wrong\n" : "";
+    for (const std::string& line : found) lines += printable(line) + "\n";
+    return lines;
+  };
+  const auto json = [&] {
+    Json::Value object(Json::objectValue);
+    object["file"] = args.file;
+    object["findings"] = Json::Value(Json::arrayValue);
+    for (const std::string& line : found) object["findings"].append(line);
+    return object;
+  };
+  printDocument({text, json, {}, {}}, options);
   return found.empty() ? EXIT_DONE : EXIT_NO;
 }
 
@@ -136,7 +145,7 @@ Subcommand netprofileCommand(const Options& options) {
   command.option("--file", "F", takeFile, "the stored profile").showing(args->file);
 
   Subcommand& showing = command.commands.emplace_back("show", "The settings, secrets masked");
-  showing.flag("--reveal", args->reveal, "show secrets as they are");
+  showing.flag("--reveal", args->reveal, REVEAL_HELP);
   showing.run = [args, &options] { return show(*args, options); };
 
   Subcommand& setting =

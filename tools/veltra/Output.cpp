@@ -89,26 +89,28 @@ void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns
 }
 
 void printDocument(const Document& document, const Options& options) {
-  const bool isOneRow = document.rows.empty() && document.columns.empty();
-  const std::vector<Json::Value> rows = isOneRow ? std::vector<Json::Value>{document.json} : document.rows;
+  const auto object = [&document] { return document.json ? document.json() : Json::Value(Json::objectValue); };
+  const LongList& rows = document.rows;
   switch (options.format) {
     case FORMAT_TABLE:
-      fmt::print("{}", document.text);
+      fmt::print("{}", document.text());
       break;
     case FORMAT_JSON: {
-      Json::Value json = document.json;
+      Json::Value json = object();
       json["schema"] = SCHEMA;
-      fmt::print("{}\n", documentJson(json, document.rowsMember, document.rows));
+      fmt::print("{}\n", documentJson(json, rows));
       break;
     }
     case FORMAT_JSONL:
-      std::for_each(rows.begin(), rows.end(), printJsonLine);
+      if (document.columns.empty()) return printJsonLine(object());
+      for (std::size_t i = 0; i < rows.size; ++i) printJsonLine(rows.element(i));
       break;
     case FORMAT_CSV: {
-      const std::vector<std::string> columns =
-          document.columns.empty() ? rows.front().getMemberNames() : document.columns;
+      const Json::Value row = document.columns.empty() ? object() : Json::Value();
+      const std::vector<std::string> columns = document.columns.empty() ? row.getMemberNames() : document.columns;
       printCsvHeader(columns);
-      for (const Json::Value& row : rows) printCsvRow(row, columns);
+      if (document.columns.empty()) return printCsvRow(row, columns);
+      for (std::size_t i = 0; i < rows.size; ++i) printCsvRow(rows.element(i), columns);
       break;
     }
   }
@@ -171,11 +173,14 @@ void setTone(libscols_cell* cell, Tone tone) {
 }  // namespace
 
 std::string Table::text() const {
+  if (_rows.empty()) return {};
   const std::unique_ptr<libscols_table, void (*)(libscols_table*)> table(scols_new_table(), scols_unref_table);
   char* printed = nullptr;
   if (table == nullptr) throw std::bad_alloc();
-  scols_table_enable_noencoding(table.get(), 1);  // texts are printable already: escapes would be escaped again
-  scols_table_enable_colors(table.get(), 1);      // a tone without colour has no sequence
+  // Encoding would escape the escapes of printable() again. Without it every character must be one of the locale, which
+  // printable() sees to: on any other the library's measuring of widths does not end.
+  scols_table_enable_noencoding(table.get(), 1);
+  scols_table_enable_colors(table.get(), 1);  // a tone without colour has no sequence
   for (const Column& column : _columns) {
     libscols_column* const added =
         scols_table_new_column(table.get(), column.name, 0, column.right ? SCOLS_FL_RIGHT : 0);
@@ -190,7 +195,7 @@ std::string Table::text() const {
   }
   if (scols_print_table_to_string(table.get(), &printed) != 0) throw std::bad_alloc();
   const std::unique_ptr<char, void (*)(void*)> owned(printed, std::free);
-  return _rows.empty() ? std::string() : std::string(printed) + "\n";
+  return std::string(printed) + "\n";
 }
 
 std::string hexDump(const std::vector<uint8_t>& bytes) {

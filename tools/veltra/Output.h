@@ -10,7 +10,6 @@
 
 #include <libcrossplatform/common/ResultVocabulary.h>
 #include <libinspect/container/ContainerWalk.h>
-#include <libinspect/container/PrintableText.h>
 
 #include "ExitCodes.h"
 #include "JsonPrinting.h"
@@ -33,14 +32,6 @@ struct Options {
   bool progress = true;  ///< on a terminal
 };
 
-using Inspect::printable;
-
-/// A member of an object with too many elements to hold: each is created when it is printed.
-struct LongList {
-  std::string name;
-  std::size_t size = 0;
-  std::function<Json::Value(std::size_t)> element;
-};
 /// Prints an object that ends in long lists, styled with each of their elements on a line, or all on one line. Without
 /// a final newline.
 void printWithLists(const Json::Value& object, const std::vector<LongList>& lists, bool styled);
@@ -49,13 +40,12 @@ void printJsonLine(const Json::Value& row);
 /// Prints the members of a row as one line of CSV (RFC 4180); a missing or null member is empty.
 void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns);
 void printCsvHeader(const std::vector<std::string>& columns);
-/// One answer in all formats.
+/// One answer in all formats. Its parts are made when they are printed.
 struct Document {
-  std::string text;                  ///< for the table format
-  Json::Value json;                  ///< an object
-  std::vector<Json::Value> rows;     ///< JSON lines and CSV rows
-  std::vector<std::string> columns;  ///< columns of the CSV; without columns and rows the object is the only row
-  std::string rowsMember;            ///< name of the rows in the object; empty if it does not have them
+  std::function<std::string()> text;  ///< for the table format
+  std::function<Json::Value()> json;  ///< an object; none: only the rows
+  LongList rows;                      ///< JSON lines and CSV rows; by their name, if they have one, also in the object
+  std::vector<std::string> columns;   ///< columns of the CSV; without columns the object is the only row
 };
 void printDocument(const Document& document, const Options& options);
 

@@ -37,7 +37,9 @@ int pack(const PackArguments& args, const Options& options) {
     complain(fmt::format("{}: {}", args.description == "-" ? "standard input" : args.description, error));
     return EXIT_COULD_NOT;
   }
-  if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
+  std::vector<std::string> inputs = {args.description};
+  for (const Inspect::DescribedSection& section : description.sections) inputs.push_back(section.payload);
+  if (refusesToReplace(args.output, args.force, inputs)) return EXIT_COULD_NOT;
   Inspect::PackedFile packed;
   if (!Inspect::packResult(description, args.output, args.level, packed, error)) {
     complain(error);
@@ -47,9 +49,10 @@ int pack(const PackArguments& args, const Options& options) {
   json["file"] = args.output;
   json["bytes"] = static_cast<Json::UInt64>(packed.bytes);
   json["sections"] = packed.sections;
-  printDocument(
-      {fmt::format("{}: {} sections, {} bytes\n", args.output, packed.sections, packed.bytes), json, {}, {}, {}},
-      options);
+  const auto line = [&] {
+    return fmt::format("{}: {} sections, {} bytes\n", printable(args.output), packed.sections, packed.bytes);
+  };
+  printDocument({line, [&] { return json; }, {}, {}}, options);
   return EXIT_DONE;
 }
 

@@ -25,7 +25,7 @@ void printRecovery(const RecoverArguments& args, const Inspect::Recovery& recove
   if (options.format == FORMAT_CSV) {  // numbers only: a cell cannot hold a list
     json["kept"] = static_cast<Json::UInt64>(recovery.kept.size());
     json["lost"] = static_cast<Json::UInt64>(recovery.lost.size());
-    printDocument({{}, json, {}, {}, {}}, options);
+    printDocument({{}, [&] { return json; }, {}, {}}, options);
     return;
   }
   if (options.format == FORMAT_JSON) json["schema"] = SCHEMA;
@@ -70,7 +70,7 @@ int recover(const RecoverArguments& args, const Options& options) {
   std::string error;
   Inspect::ByteSource source;
   if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
-  if (refusesToReplace(args.output, args.force) || refusesToReplaceInput(args.file, args.output)) return EXIT_COULD_NOT;
+  if (refusesToReplace(args.output, args.force, {args.file})) return EXIT_COULD_NOT;
   constexpr uint64_t PASSES = 3;  // the sums of all bytes, the search, the copy
   Progress progress(options.progress);
   progress.expect(PASSES * source.size());

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 
 #include <fmt/format.h>
@@ -11,8 +10,6 @@
 namespace Command {
 namespace {
 
-namespace fs = std::filesystem;
-
 struct ReportArguments {
   std::vector<std::string> paths;
   std::string expected;
@@ -21,11 +18,6 @@ struct ReportArguments {
   bool force = false;
 };
 
-bool isSameFile(const std::string& a, const std::string& b) {
-  std::error_code missing;
-  return fs::equivalent(a, b, missing);
-}
-
 int report(const ReportArguments& args, const Options& options) {
   Inspect::CableIdSet expected;
   std::string error;
@@ -33,15 +25,14 @@ int report(const ReportArguments& args, const Options& options) {
     complain(error);
     return EXIT_USAGE;
   }
-  if (refusesToReplace(args.output, args.force)) return EXIT_COULD_NOT;
-  for (const std::string& path : args.paths) {
-    if (refusesToReplaceInput(path, args.output)) return EXIT_COULD_NOT;
-  }
+  if (refusesToReplace(args.output, args.force, args.paths)) return EXIT_COULD_NOT;
   int code = EXIT_DONE;
   std::vector<std::string> files = filesOf(args.paths, options, code);
   // The previous page may be among the files of the job.
-  const auto isPage = [&args](const std::string& file) { return isSameFile(file, args.output); };
-  files.erase(std::remove_if(files.begin(), files.end(), isPage), files.end());
+  const auto isPage = [&args](const std::string& file) { return Inspect::isSameFile(file, args.output); };
+  if (Inspect::isReportPage(args.output)) files.erase(std::remove_if(files.begin(), files.end(), isPage), files.end());
+  if (refusesToReplace(args.output, true, files)) return EXIT_COULD_NOT;
+  if (args.expected.empty() && complainsOfNoFiles(args.paths, files)) return EXIT_COULD_NOT;
   Inspect::JobFiles job = readJob(files, options, code);
   if (!args.expected.empty()) job.expected = &expected;
   if (job.expected != nullptr) code = worse(code, codeOf(coverageOf(job.rows, expected)));
@@ -56,7 +47,7 @@ int report(const ReportArguments& args, const Options& options) {
   json["unread"] = static_cast<Json::UInt64>(job.unread.size());
   const std::string text = fmt::format("{}: {} results, {} files damaged, {} not read\n", printable(args.output),
                                        job.rows.size(), damaged, job.unread.size());
-  printDocument({text, json, {}, {}, {}}, options);
+  printDocument({[&] { return text; }, [&] { return json; }, {}, {}}, options);
   return code;
 }
 

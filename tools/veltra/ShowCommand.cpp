@@ -13,6 +13,7 @@ struct ShowArguments {
   std::string file;
   int section = 1;
   bool bareRecord = false;
+  bool reveal = false;
 };
 
 std::string hexText(const std::vector<uint8_t>& bytes) {
@@ -22,19 +23,26 @@ std::string hexText(const std::vector<uint8_t>& bytes) {
 }
 
 /// Prints a decoded record, or the bytes if there is none.
+/// @param reveal  show secrets as they are
 /// @param where  what the record is in, for the complaint and the JSON
-int showRecord(const std::vector<uint8_t>& bytes, Json::Value json, const std::string& where, const Options& options) {
-  const Inspect::DecodedRecord record = Inspect::decodeRecord(bytes);
-  const Json::Value shown = record.toJson();
-  json["record"] = shown;
-  if (shown.isNull()) json["hex"] = hexText(bytes);
-  printDocument({shown.isNull() ? hexDump(bytes) : indentedText(shown), json, {}, {}, {}}, options);
+int showRecord(const std::vector<uint8_t>& stored, bool reveal, Json::Value json, const std::string& where,
+               const Options& options) {
+  const Inspect::DecodedRecord record = Inspect::decodeRecord(stored);
+  const Json::Value shown = record.toJson(reveal);
+  const std::vector<uint8_t> bytes = reveal ? stored : Inspect::withoutSecrets(stored);
+  const auto text = [&] { return shown.isNull() ? hexDump(bytes) : indentedText(shown); };
+  const auto object = [&] {
+    json["record"] = shown;
+    if (shown.isNull()) json["hex"] = hexText(bytes);
+    return json;
+  };
+  printDocument({text, object, {}, {}}, options);
   if (record.outcome != Inspect::DecodedRecord::DAMAGED) return EXIT_DONE;
   complain(fmt::format("{}: the {} does not decode (code {})", where, record.name, record.status));
   return EXIT_NO;
 }
 
-int showBareRecord(const std::string& file, const Options& options) {
+int showBareRecord(const std::string& file, bool reveal, const Options& options) {
   constexpr uint64_t MAX_RECORD = uint64_t{64} * 1024 * 1024;
   std::string text, error;
   if (!Inspect::readText(file, MAX_RECORD, text, error)) {
@@ -43,7 +51,7 @@ int showBareRecord(const std::string& file, const Options& options) {
   }
   Json::Value json(Json::objectValue);
   json["file"] = file;
-  return showRecord(std::vector<uint8_t>(text.begin(), text.end()), json, file, options);
+  return showRecord(std::vector<uint8_t>(text.begin(), text.end()), reveal, json, file, options);
 }
 
 int showSection(const ShowArguments& args, const Options& options) {
@@ -60,7 +68,7 @@ int showSection(const ShowArguments& args, const Options& options) {
   }
   Json::Value json = toJson(*section);
   json["file"] = source.name();
-  return showRecord(bytes, json, fmt::format("{}: section {}", source.name(), section->number), options);
+  return showRecord(bytes, args.reveal, json, fmt::format("{}: section {}", source.name(), section->number), options);
 }
 
 }  // namespace
@@ -71,8 +79,9 @@ Subcommand showCommand(const Options& options) {
   command.place("FILE", "FILE", &args->file, "the file; - reads standard input").required();
   command.option("-s,--section", "INT", &args->section, "number of the section as list shows it").showingPreset();
   command.flag("--record", args->bareRecord, "the file is a bare record, not a container");
+  command.flag("--reveal", args->reveal, REVEAL_HELP);
   command.run = [args, &options] {
-    return args->bareRecord ? showBareRecord(args->file, options) : showSection(*args, options);
+    return args->bareRecord ? showBareRecord(args->file, args->reveal, options) : showSection(*args, options);
   };
   return command;
 }

@@ -62,20 +62,28 @@ int summary(const SummaryArguments& args, const Options& options) {
     return EXIT_USAGE;
   }
   int code = EXIT_DONE;
-  const std::vector<Inspect::ResultRow> rows = readJob(filesOf(args.paths, options, code), options, code).rows;
+  const std::vector<std::string> files = filesOf(args.paths, options, code);
+  if (!hasExpected && complainsOfNoFiles(args.paths, files)) return EXIT_COULD_NOT;
+  const std::vector<Inspect::ResultRow> rows = readJob(files, options, code).rows;
   Document document;
   document.columns = Inspect::rowColumns();
-  document.rowsMember = "results";
-  document.text = tableOf(rows);
-  for (const Inspect::ResultRow& row : rows) document.rows.push_back(toJson(row));
+  document.rows = {"results", rows.size(), [&rows](std::size_t i) { return toJson(rows[i]); }};
+  document.text = [&rows] { return tableOf(rows); };
+  Inspect::Coverage coverage;
   if (hasExpected) {
-    const Inspect::Coverage coverage = coverageOf(rows, expected);
+    coverage = coverageOf(rows, expected);
     const std::string lists = listText("Missing", coverage.missing) + listText("Tested twice", coverage.twice) +
                               listText("Foreign", coverage.foreign);
-    document.text += lists.empty() ? "All expected IDs were tested once.\n" : lists;
-    document.json["missing"] = listJson(coverage.missing);
-    document.json["twice"] = listJson(coverage.twice);
-    document.json["foreign"] = listJson(coverage.foreign);
+    document.text = [&rows, lists] {
+      return tableOf(rows) + (lists.empty() ? "All expected IDs were tested once.\n" : lists);
+    };
+    document.json = [&coverage] {
+      Json::Value json(Json::objectValue);
+      json["missing"] = listJson(coverage.missing);
+      json["twice"] = listJson(coverage.twice);
+      json["foreign"] = listJson(coverage.foreign);
+      return json;
+    };
     const bool isWhole = options.format == FORMAT_TABLE || options.format == FORMAT_JSON;
     if (!isWhole && !options.quiet && !lists.empty()) complain(lists.substr(0, lists.size() - 1));
     code = worse(code, codeOf(coverage));

@@ -1,5 +1,6 @@
 #include "Terminal.h"
 
+#include <langinfo.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -39,6 +40,14 @@ std::string wrapped(bool paints, const std::string& text, Tone tone) {
 void setColor(Color color) {
   paintsOutput = color == COLOR_ALWAYS || (color == COLOR_AUTO && knowsColors(STDOUT_FILENO));
   paintsErrors = color == COLOR_ALWAYS || (color == COLOR_AUTO && knowsColors(STDERR_FILENO));
+}
+
+Inspect::Charset charset() {
+  return std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0 ? Inspect::Charset::UTF8 : Inspect::Charset::ASCII;
+}
+
+std::string printable(const std::string& text) {
+  return Inspect::printable(text, charset());
 }
 
 const char* sequenceOf(Tone tone) {

@@ -5,6 +5,8 @@
 #include <mutex>
 #include <string>
 
+#include <libinspect/container/PrintableText.h>
+
 namespace Command {
 
 enum Color { COLOR_AUTO, COLOR_ALWAYS, COLOR_NEVER };
@@ -15,6 +17,11 @@ enum class Tone { PLAIN, GOOD, BAD, DOUBTFUL, HEADING };
 /// Decides whether texts are coloured: with COLOR_AUTO on each of the two streams that is a terminal with colours,
 /// unless NO_COLOR is set (https://no-color.org).
 void setColor(Color color);
+
+/// What the locale can show: UTF-8, or in any other locale ASCII alone.
+Inspect::Charset charset();
+/// Text from outside as it may be shown in this locale.
+std::string printable(const std::string& text);
 
 /// The escape sequence of a tone for standard output; empty if output is not coloured.
 const char* sequenceOf(Tone tone);

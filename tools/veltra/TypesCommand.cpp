@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 
 #include <fmt/format.h>
@@ -65,30 +67,54 @@ std::vector<TypeRow> allRows() {
   return rows;
 }
 
+Json::Value toJson(const TypeRow& row) {
+  Json::Value json(Json::objectValue);
+  json["kind"] = row.kind;
+  json["id"] = row.id;
+  json["name"] = row.name == "-" ? Json::Value() : Json::Value(row.name);
+  json["more"] = row.more == "-" ? Json::Value() : Json::Value(row.more);
+  return json;
+}
+
+std::string tableOf(const std::vector<TypeRow>& rows) {
+  Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}});
+  for (const TypeRow& row : rows) {
+    table.add({row.kind, row.kind == "record" ? fmt::format("0x{:06x}", row.id) : std::to_string(row.id), row.name,
+               row.more});
+  }
+  return table.text();
+}
+
+/// The rows with this name in any case; if there are none, those that have it in their names.
+std::vector<TypeRow> rowsNamed(const std::string& name) {
+  std::vector<TypeRow> same, containing;
+  for (TypeRow& row : allRows()) {
+    if (strcasecmp(row.name.c_str(), name.c_str()) == 0) same.push_back(row);
+    if (strcasestr(row.name.c_str(), name.c_str()) != nullptr) containing.push_back(std::move(row));
+  }
+  return same.empty() ? containing : same;
+}
+
+/// The rows with this id.
+std::vector<TypeRow> rowsOf(unsigned long id) {
+  std::vector<TypeRow> rows = allRows();
+  rows.erase(std::remove_if(rows.begin(), rows.end(), [id](const TypeRow& row) { return row.id != id; }), rows.end());
+  return rows;
+}
+
 int types(const std::string& idOrName, const Options& options) {
   char* end = nullptr;
   const unsigned long id = std::strtoul(idOrName.c_str(), &end, 0);
   const bool byId = !idOrName.empty() && *end == '\0';
-  Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}});
-  Document document;
-  document.columns = {"kind", "id", "name", "more"};
-  document.rowsMember = "types";
-  for (const TypeRow& row : allRows()) {
-    if (!idOrName.empty() && !(byId ? row.id == id : row.name == idOrName)) continue;
-    table.add({row.kind, row.kind == "record" ? fmt::format("0x{:06x}", row.id) : std::to_string(row.id), row.name,
-               row.more});
-    Json::Value json(Json::objectValue);
-    json["kind"] = row.kind;
-    json["id"] = row.id;
-    json["name"] = row.name == "-" ? Json::Value() : Json::Value(row.name);
-    json["more"] = row.more == "-" ? Json::Value() : Json::Value(row.more);
-    document.rows.push_back(json);
-  }
-  if (document.rows.empty()) {
+  const std::vector<TypeRow> rows = idOrName.empty() ? allRows() : byId ? rowsOf(id) : rowsNamed(idOrName);
+  if (rows.empty()) {
     complain(idOrName + ": no such id or name");
     return EXIT_NO;
   }
-  document.text = table.text();
+  Document document;
+  document.columns = {"kind", "id", "name", "more"};
+  document.rows = {"types", rows.size(), [&rows](std::size_t i) { return toJson(rows[i]); }};
+  document.text = [&rows] { return tableOf(rows); };
   printDocument(document, options);
   return EXIT_DONE;
 }
@@ -98,7 +124,8 @@ int types(const std::string& idOrName, const Options& options) {
 Subcommand typesCommand(const Options& options) {
   const auto idOrName = std::make_shared<std::string>();
   Subcommand command("types", "Section types, records and the texts of results and settings");
-  command.place("ID", "ID", idOrName.get(), "one number, decimal or 0x hexadecimal, or one name");
+  command.place("ID", "ID", idOrName.get(),
+                "one number, decimal or 0x hexadecimal, or one name or a part of it, in any case");
   command.run = [idOrName, &options] { return types(*idOrName, options); };
   return command;
 }

@@ -37,11 +37,12 @@ int runCommand(int argc, char** argv) {
   Options options;
   Subcommand root("veltra", "Inspect, check, recover and create the files of cabling testers.");
   addOptions(root, options);
-  root.commands = {
-      infoCommand(options),       listCommand(options),    showCommand(options),   summaryCommand(options),
-      doctorCommand(options),     recoverCommand(options), reportCommand(options), annotateCommand(options),
-      extractCommand(options),    diffCommand(options),    packCommand(options),   manifestCommand(options),
-      netprofileCommand(options), idsCommand(options),     typesCommand(options),  completionCommand(root)};
+  root.commands = {infoCommand(options),       listCommand(options),     showCommand(options),
+                   summaryCommand(options),    doctorCommand(options),   recoverCommand(options),
+                   reportCommand(options),     annotateCommand(options), extractCommand(options),
+                   diffCommand(options),       packCommand(options),     manifestCommand(options),
+                   netprofileCommand(options), idsCommand(options),      typesCommand(options),
+                   completionCommand(root),    helpCommand(root)};
   int code = EXIT_DONE;
   const Run run = parseCommandLine(root, "veltra " VELTRA_VERSION_TEXT, argc, argv, code);
   if (code == EXIT_USAGE) return code;
