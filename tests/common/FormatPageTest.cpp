@@ -47,7 +47,7 @@ TEST(FormatPage, ResultFileReadsAsItsRemarksSay) {
   EXPECT_EQ(summary.numFailTests, 0);
 }
 
-TEST(FormatPage, HasEveryRecordUnderItsNameWithItsId) {
+TEST(FormatPage, HasAllRecordsUnderTheirNamesWithTheirIds) {
   const Bytes bytes = fileBytes(VELTRA_SOURCE_DIR "/docs/format.md");
   const std::string page(bytes.begin(), bytes.end());
   for (const RecordType& type : recordTypes()) {
