@@ -27,6 +27,10 @@ damaged w04-count && patch "$file" 95 80 && data_crc "$file" 24 52
 damaged w05-magic && patch "$file" 24 4747 && header_crc "$file" 24
 
 t veltra doctor lot/whole.vres
+# Every finding is shown below; W06 takes a large file.
+grep -o '"[EW][0-9][0-9]"' "$data/../../libinspect/container/Findings.cpp" | grep -v W06 | tr -d '"' | sort > known.txt
+veltra doctor -r lot --deep | grep -o '[EW][0-9][0-9] ' | tr -d ' ' | sort -u > shown.txt
+t diff known.txt shown.txt
 t veltra doctor -r lot --deep
 t veltra doctor -r lot --quick -f csv -j 1
 t veltra doctor lot/sub/w01-newer.vres

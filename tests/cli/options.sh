@@ -27,7 +27,7 @@ slowly() { # OPTION...
   cat <<END
 exec 9<> slow
 '$veltra' doctor slow lot/whole.vres --color never $* 9<&- &
-until ls -l /proc/\$!/fd | grep -v ' 9 ->' | grep -q slow; do sleep 0.01; done
+until ls -l /proc/\$!/fd 2> /dev/null | grep -v ' 9 ->' | grep -q slow; do sleep 0.01; done
 sleep 1.1
 cat lot/whole.vres >&9
 exec 9<&-

@@ -42,7 +42,7 @@ TEST(FormatPage, ResultFileReadsAsItsRemarksSay) {
                           0x80000001u, 12, 1, 0));
 }
 
-TEST(FormatPage, HasEveryRecordUnderItsNameWithItsId) {
+TEST(FormatPage, HasAllRecordsUnderTheirNamesWithTheirIds) {
   const Bytes bytes = fileBytes(VELTRA_SOURCE_DIR "/docs/format.md");
   const std::string page(bytes.begin(), bytes.end());
   for (const RecordType& type : recordTypes()) {
