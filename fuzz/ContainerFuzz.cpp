@@ -69,8 +69,8 @@ std::list<Section> walk(Reader (&readers)[3], const Fuzz::Input& input, std::siz
     } else {
       FUZZ_CHECK(inflating.skipNextSection() == PFILE_OK);
     }
-    if (!isWhole) sections.pop_back();
     at += Header::BYTES + header.dataSize;
+    if (!isWhole) sections.pop_back();
   }
   sections.pop_back();
   return sections;

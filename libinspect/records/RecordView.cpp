@@ -205,7 +205,7 @@ std::vector<uint8_t> withoutSecrets(const std::vector<uint8_t>& bytes) {
     Json::Value document;
     if (Veltra::parseJson(text, document, true) && maskWithin(document, false, shown.data() + TEXT_AT)) return shown;
   }
-  std::fill(shown.begin() + std::min(TEXT_AT, shown.size()), shown.end(), MASK_BYTE);
+  std::fill(shown.begin() + static_cast<std::ptrdiff_t>(std::min(TEXT_AT, shown.size())), shown.end(), MASK_BYTE);
   return shown;
 }
 

@@ -99,8 +99,8 @@ void* malloc(std::size_t size) {
   return nullptr;
 }
 
-void* calloc(std::size_t count, std::size_t size) {
-  if (!isRefused()) return counted(__libc_calloc(count, size));
+void* calloc(std::size_t members, std::size_t size) {
+  if (!isRefused()) return counted(__libc_calloc(members, size));
   errno = ENOMEM;
   return nullptr;
 }
