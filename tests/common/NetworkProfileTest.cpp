@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <thread>
 
+#include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -439,6 +440,15 @@ TEST_F(NetworkProfileFile, FollowsLinksOfTheCallerOnly) {
   write("sub/target", "{}");
   expectRefused(path("link"));
   EXPECT_EQ(content("sub/target"), "{}");
+
+  // A link of root leads everybody.
+  fs::create_symlink("sub/target", path("root's"));
+  ASSERT_TRUE(chown(path("sub").c_str(), 12345, 12345) == 0 && chmod(dir.path.c_str(), 0755) == 0);
+  ASSERT_EQ(seteuid(12345), 0);
+  const bool isClosed = faccessat(AT_FDCWD, path("sub").c_str(), W_OK, AT_EACCESS) != 0;
+  const bool isSaved = profile.saveTo(path("root's"));
+  ASSERT_EQ(seteuid(0), 0);
+  EXPECT_TRUE(isSaved || isClosed);
 }
 
 // The sanitizers see no race on a file: a torn one shows in what is read.
