@@ -326,7 +326,8 @@ bool isClean(const std::string& path) {
     Section section;
     code = reader.read(section, true);
   }
-  return code == PFILE_END_OF_DATA && reader.recordedLength() == std::filesystem::file_size(path);
+  const std::uintmax_t size = std::filesystem::file_size(path);
+  return code == PFILE_END_OF_DATA && size > 0 && reader.recordedLength() == size;
 #endif
 }
 
