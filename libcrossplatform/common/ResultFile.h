@@ -53,8 +53,8 @@ struct ResultFileCheck {
 
 /// Reads the summary of a result file and checks the whole file: every section by its CRC-32, the versions that this
 /// library knows, and that the sections end where the file header says they do. A type that newestKnownVersion() does
-/// not know, any copper measurement among them, is accepted. No content of a file stops the program; compressed data is
-/// not uncompressed.
+/// not know, any copper measurement among them, is accepted. No content of a file stops the program; of compressed
+/// sections only the summary is uncompressed.
 /// @return 0 `out` is filled; 2 a section (the first such is reported) or the record in the summary is newer than this
 ///         library reads, and nothing is damaged; 3 a section is damaged or cut, the record in the summary is damaged,
 ///         or the sections end elsewhere, at `offset`; 4 the file could not be opened, its file header is damaged, or
