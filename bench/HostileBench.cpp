@@ -6,7 +6,7 @@
 
 #include <libcrossplatform/common/Settings.h>
 #include <libinspect/container/Recover.h>
-#include <libinspect/records/RecordCheck.h>
+#include <libinspect/records/FileJudge.h>
 
 #include "../tests/limits/HostileFiles.h"
 
@@ -39,7 +39,7 @@ void walk(const std::string& path) {
 void doctor(const std::string& path) {
   std::string error;
   Inspect::ByteSource source;
-  if (source.open(path, error)) examineDeep(source);
+  if (source.open(path, error)) judge(source, Inspect::Examination::DEEP);
 }
 
 void recover(const std::string& path) {

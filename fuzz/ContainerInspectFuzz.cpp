@@ -4,8 +4,7 @@
 
 #include <libinspect/container/FileDiff.h>
 #include <libinspect/container/Recover.h>
-#include <libinspect/records/FileSummary.h>
-#include <libinspect/records/RecordCheck.h>
+#include <libinspect/records/FileJudge.h>
 
 #include "ContainerImage.h"
 #include "Scratch.h"
@@ -93,6 +92,11 @@ void checkRanges(const Recovery& recovery, uint64_t size) {
     bytes += lost.bytes;
   }
   FUZZ_CHECK(end <= size && bytes <= size);
+  int number = 0;
+  for (const LostSection& lost : recovery.lostSections) {
+    FUZZ_CHECK(lost.section.number > number && lost.section.offset < size && !toJson(lost).empty());
+    number = lost.section.number;
+  }
 }
 
 /// Up to the first damage recover keeps what the walk found.
@@ -123,7 +127,7 @@ void checkRecovery(const ByteSource& source, const ContainerReport& report, cons
   FUZZ_CHECK(FILE.isAlone());
   ByteSource output;
   FUZZ_CHECK(output.open(path, error));
-  FUZZ_CHECK(!examine(output, Examination::ORDINARY).damaged());
+  FUZZ_CHECK(!walk(output, WalkDepth::HEADERS_AND_CRCS).damaged());
   const Recovery again = findSections(output);
   FUZZ_CHECK(again.wasClosed && again.lost.empty() && again.missing == 0);
   FUZZ_CHECK(again.kept.size() == recovery.kept.size());
@@ -137,8 +141,8 @@ void Fuzz::runTarget(const Input& input) {
   ByteSource source;
   std::string error;
   FUZZ_CHECK(source.open(path, error) && source.size() == input.size);
-  const ContainerReport quick = examine(source, Examination::QUICK);
-  const ContainerReport ordinary = examine(source, Examination::ORDINARY);
+  const ContainerReport quick = walk(source, WalkDepth::HEADERS);
+  const ContainerReport ordinary = walk(source, WalkDepth::HEADERS_AND_CRCS);
   if (ordinary.findings.leftOut() > 0) return;  // what is found last was not kept
   checkFindsAll(ordinary, quick);
   checkAgainstReader(ordinary, path.c_str());
@@ -151,9 +155,16 @@ void Fuzz::runTarget(const Input& input) {
     const std::size_t payload = section.payloadOffset();
     if (!declared.allow(section.header, input.data + payload, input.size - payload)) return;
   }
-  checkFindsAll(examineDeep(source), ordinary);
+  const JudgedFile judged = judge(source), deep = judge(source, Examination::DEEP);
+  checkFindsAll(judged.report, ordinary);
+  checkFindsAll(judged.report, judge(source, Examination::QUICK).report);
+  checkFindsAll(deep.report, judged.report);
+  FUZZ_CHECK(deep.report.findings.count() == judged.report.findings.count() + deep.deepFindings);
+  if (judged.state == FileState::OTHER) {
+    for (const SectionInfo& kept : findSections(source).kept) FUZZ_CHECK(kept.header.magic != PFile::Header::MAGIC);
+  }
   for (const SectionInfo& section : sections) checkRecord(source, section);
-  toJson(summarize(source));
+  toJson(judged);
   ByteSource same;
   FUZZ_CHECK(same.open(path, error));
   FUZZ_CHECK(differencesOf(source, same, recordFields, false).empty());

@@ -17,6 +17,9 @@ std::string hex(uint32_t value) {
   return fmt::format("0x{:08x}", value);
 }
 
+/// More bytes than zlib makes of the most that is uncompressed.
+constexpr uint32_t MOST_COMPRESSED = PFile::Section::MAX_UNCOMPRESSED + PFile::Section::MAX_UNCOMPRESSED / 64;
+
 uint32_t crcOf(const ByteSource& source, uint64_t offset, uint32_t size) {
   uLong crc = crc32(0, nullptr, 0);
   while (size > 0) {
@@ -266,6 +269,10 @@ bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<
     return false;
   }
   const bool isCompressed = (header.flags & PFile::SECTION_FLAG_COMPRESS) != 0;
+  if (isCompressed && header.dataSize > MOST_COMPRESSED) {
+    error = fmt::format("section {}: {}", info.number, meaningOf(E07_INFLATE_FAILED));
+    return false;
+  }
   std::vector<uint8_t> compressed;
   std::vector<uint8_t>& stored = isCompressed ? compressed : bytes;
   stored.resize(header.dataSize);

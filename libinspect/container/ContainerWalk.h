@@ -59,7 +59,7 @@ std::vector<SectionInfo> sectionsOf(const ByteSource& source);
 std::optional<SectionInfo> findSection(const ByteSource& source, int number, ContainerReport& report);
 
 /// A section's payload, uncompressed where it is stored compressed.
-/// @return false, with `error` saying why: cut, CRC, more than 8 MiB claimed, bad zlib data
+/// @return false, with `error` saying why: cut, CRC, more than 8 MiB claimed, bad zlib data or far too much of it
 [[nodiscard]] bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<uint8_t>& bytes,
                                std::string& error);
 

@@ -31,6 +31,7 @@ constexpr FindingRow FINDINGS[] = {
     {E08_TOO_BIG, "E08", "over 8 MiB uncompressed", FindingKind::DAMAGE, FindingHelp::LOOK},
     {E09_RECORD, "E09", "record does not decode", FindingKind::DAMAGE, FindingHelp::LOOK},
     {E10_SCALE_WITHOUT_TEXT, "E10", "measurement scale without a text", FindingKind::DAMAGE, FindingHelp::LOOK},
+    {E11_NO_RESULT_SUMMARY, "E11", "no result summary", FindingKind::DAMAGE, FindingHelp::LOOK},
     {W01_NEWER_VERSION, "W01", "newer version", FindingKind::WARNING, FindingHelp::LOOK},
     {W02_UNKNOWN_TYPE, "W02", "unknown section type", FindingKind::WARNING, FindingHelp::LOOK},
     {W03_BYTES_AFTER_END, "W03", "bytes after the end", FindingKind::WARNING, FindingHelp::LOOK},
@@ -66,10 +67,11 @@ const FindingRow& rowOf(FindingCode code) {
   return UNKNOWN;
 }
 
-/// "A-05.recovered.vres" for "stick/A-05.vres".
-std::string recoveredName(const std::string& path) {
+/// "A-05.recovered.vres" for "stick/A-05.vres"; beside it "stick/A-05.recovered.vres".
+std::string recoveredName(const std::string& path, OutputPlace place) {
   const std::filesystem::path file = path == "-" ? "standard-input" : path;
-  return file.stem().string() + ".recovered" + file.extension().string();
+  const std::string name = file.stem().string() + ".recovered" + file.extension().string();
+  return place == OutputPlace::BESIDE_INPUT ? (file.parent_path() / name).string() : name;
 }
 
 }  // namespace
@@ -84,6 +86,12 @@ const char* meaningOf(FindingCode code) {
 
 bool isDamage(FindingCode code) {
   return rowOf(code).kind == FindingKind::DAMAGE;
+}
+
+std::vector<FindingCode> findingCodes() {
+  std::vector<FindingCode> codes;
+  for (const FindingRow& row : FINDINGS) codes.push_back(row.code);
+  return codes;
 }
 
 Json::Value toJson(const Finding& finding) {
@@ -118,11 +126,11 @@ std::string describe(const std::string& file, const Finding& finding) {
   return file + ": " + describe(finding);
 }
 
-std::string nextCommand(const std::string& path, const Finding& finding, Charset charset) {
+std::string nextCommand(const std::string& path, const Finding& finding, OutputPlace place, Charset charset) {
   const std::string file = shellWord(path, charset);
   // recover writes a new file header in place of an unusable one.
   if (rowOf(finding.code).help == FindingHelp::RECOVER || (finding.section == 0 && isDamage(finding.code))) {
-    return fmt::format("veltra recover {} -o {}", file, shellWord(recoveredName(path), charset));
+    return fmt::format("veltra recover {} -o {}", file, shellWord(recoveredName(path, place), charset));
   }
   if (finding.section) return fmt::format("veltra annotate {} -s {}", file, *finding.section);
   return fmt::format("veltra list {}", file);

@@ -11,7 +11,7 @@
 
 namespace Inspect {
 
-/// What can be wrong with a container. Codes are stable: people search for them.
+/// What can be wrong with a container. Codes are stable: people search for them. docs/findings.md explains each.
 enum FindingCode : int {
   E01_NEVER_CLOSED = 101,
   E02_NO_FILE_HEADER = 102,
@@ -23,6 +23,7 @@ enum FindingCode : int {
   E08_TOO_BIG = 108,
   E09_RECORD = 109,
   E10_SCALE_WITHOUT_TEXT = 110,
+  E11_NO_RESULT_SUMMARY = 111,
   END_OF_DAMAGE,  ///< no finding: the number after the last
   W01_NEWER_VERSION = 201,
   W02_UNKNOWN_TYPE = 202,
@@ -38,6 +39,8 @@ const char* toString(FindingCode code);
 /// What the code means in a few words, for example "data CRC differs".
 const char* meaningOf(FindingCode code);
 bool isDamage(FindingCode code);
+/// All codes: damage, then warnings.
+std::vector<FindingCode> findingCodes();
 
 struct Finding {
   FindingCode code;
@@ -56,10 +59,15 @@ std::string describe(const std::string& file, const Finding& finding);
 std::string placeOf(const Finding& finding);
 std::string nameOf(const Finding& finding);
 std::string detailsOf(const Finding& finding);
-/// The command line to run next for a finding, ready for a shell. A file that it writes is one in the current folder.
+/// Where a file that a next command writes goes: into the current folder, or, where another input has the same name,
+/// beside its input, so that the commands for both can be run.
+enum class OutputPlace { CURRENT_FOLDER, BESIDE_INPUT };
+
+/// The command line to run next for a finding, ready for a shell.
 /// @param path     of the file, "-" for standard input
 /// @param charset  of where it is shown
-std::string nextCommand(const std::string& path, const Finding& finding, Charset charset = Charset::UTF8);
+std::string nextCommand(const std::string& path, const Finding& finding,
+                        OutputPlace place = OutputPlace::CURRENT_FOLDER, Charset charset = Charset::UTF8);
 
 /// What was found wrong, in the order it was found. A hostile file has a finding every few bytes: the first MOST_KEPT
 /// are kept; of the others only their number and whether one was damage.
@@ -72,6 +80,7 @@ class Findings {
   std::vector<Finding>::const_iterator end() const { return _kept.end(); }
   bool empty() const { return _kept.empty(); }
   uint64_t leftOut() const { return _leftOut; }
+  uint64_t count() const { return _kept.size() + _leftOut; }
   bool hasDamage() const { return _hasDamage; }
 
  private:

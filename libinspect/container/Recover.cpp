@@ -11,6 +11,7 @@
 #include <libcrossplatform/common/PFileSafeWriter.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/WireBytes.h>
+#include <libinspect/container/Doctor.h>
 
 namespace Inspect {
 namespace {
@@ -78,6 +79,11 @@ class Search {
         ++at;
       } else if (!isIntact(section)) {
         // An unclosed file header is one of these: it is written anew anyway.
+        if (section.header.type == PFile::FILE_HEADER_TYPE) {
+          _next = section.offset + FILE_HEADER_BYTES;
+        } else {
+          loseSection(section);
+        }
         at += PFile::Header::BYTES;
       } else {
         keep(section);
@@ -85,6 +91,9 @@ class Search {
       }
     }
     lose(_source.size());
+    // Anything may follow the recorded end.
+    if (_covered > 0 || _recovery.isContainer) loseHeader(std::min(_recordedEnd, _source.size()));
+    _recovery.isSummaryLost = _isSummaryLost || (_hasResultData && !_hasSummary && !_recovery.lost.empty());
     return std::move(_recovery);
   }
 
@@ -104,15 +113,73 @@ class Search {
   }
 
   void keep(SectionInfo section) {
+    const bool isFirst = _covered == 0;
     lose(section.offset);
+    // What stands before the file header is no section of this file.
+    if (!isFirst || section.header.type != PFile::FILE_HEADER_TYPE) loseHeader(section.offset);
     _covered = section.payloadOffset() + section.header.dataSize;
     // The output gets a file header of its own; one in the middle is left over from another file.
     if (section.header.type == PFile::FILE_HEADER_TYPE) {
       if (section.offset == 0) noteFileHeader(section);
+      _next = _covered;
       return;
     }
+    _hasSummary = _hasSummary || section.header.type == PFile::SECTION_RESULT_SUMMARY;
+    _hasResultData = _hasResultData || isResultData(section.header.type);
     section.number = static_cast<int>(_recovery.kept.size()) + 1;
     _recovery.kept.push_back(section);
+    ++_number;
+    _next = _covered;
+  }
+
+  /// A section whose header verifies and whose data does not.
+  void loseSection(SectionInfo section) {
+    loseHeader(section.offset);
+    const uint64_t begin = section.payloadOffset(), left = _source.size() - begin;
+    const uint32_t size = section.header.dataSize;
+    _isSummaryLost = _isSummaryLost || section.header.type == PFile::SECTION_RESULT_SUMMARY;
+    _next = std::max(_next, begin + std::min<uint64_t>(size, left));
+    section.number = _number++;
+    if (isNoted()) _recovery.lostSections.push_back({section, true, whyLost(section)});
+  }
+
+  Finding whyLost(const SectionInfo& section) const {
+    const uint64_t begin = section.payloadOffset(), left = _source.size() - begin;
+    const uint32_t size = section.header.dataSize;
+    if (size == 0) return {E04_DATA_CRC, begin, section.number, "data of at least one byte", "none"};
+    if (size > left) {
+      return {E05_TRUNCATED, begin, section.number, fmt::format("{} bytes of data", size),
+              fmt::format("{} bytes", left)};
+    }
+    return {E04_DATA_CRC, begin, section.number, fmt::format("0x{:08x}", section.header.dataCrc),
+            fmt::format("0x{:08x}", _crcs.crcOf(begin, begin + size))};
+  }
+
+  /// Where a section ended, another must begin before `end`: if none was found there, its header is damaged.
+  void loseHeader(uint64_t end) {
+    if (_next >= end) return;
+    SectionInfo section;
+    section.offset = _next;
+    section.number = _number++;
+    _next = end;
+    if (!isNoted()) return;
+    uint8_t bytes[PFile::Header::BYTES] = {};
+    const std::size_t got = _source.readAside(section.offset, bytes, sizeof bytes);
+    Marshal::ByteStreamReader in(bytes, sizeof bytes);
+    section.header.deserialize(in);
+    Finding why = {E05_TRUNCATED, section.offset, section.number, fmt::format("{} bytes of header", sizeof bytes),
+                   fmt::format("{} bytes", got)};
+    if (got == sizeof bytes) {
+      why = {E03_HEADER_CRC, section.offset, section.number, fmt::format("0x{:08x}", section.header.hdrCrc),
+             fmt::format("0x{:08x}", PFile::crc32Of(bytes, PFile::Header::HDR_CRC_BYTES))};
+    }
+    _recovery.lostSections.push_back({section, false, std::move(why)});
+  }
+
+  bool isNoted() {
+    if (_recovery.lostSections.size() < Recovery::MOST_LOST_SECTIONS) return true;
+    ++_recovery.lostSectionsLeftOut;
+    return false;
   }
 
   void noteFileHeader(const SectionInfo& section) {
@@ -120,9 +187,9 @@ class Search {
     _recovery.wasClosed = true;
     _source.readAt(section.payloadOffset(), word, sizeof word);
     const uint32_t recorded = Marshal::loadLittle32(word);
-    if (section.header.dataSize == sizeof word && recorded > _source.size()) {
-      _recovery.missing = recorded - _source.size();
-    }
+    if (section.header.dataSize != sizeof word) return;
+    _recordedEnd = recorded;
+    if (recorded > _source.size()) _recovery.missing = recorded - _source.size();
   }
 
   /// The bytes between the last section kept and `end` are lost, except a file header at the beginning.
@@ -141,9 +208,25 @@ class Search {
   CrcIndex _crcs;
   Recovery _recovery;
   uint64_t _covered = 0;
+  uint64_t _next = FILE_HEADER_BYTES;  ///< where a section must begin
+  int _number = 1;                     ///< of that section
+  uint64_t _recordedEnd = UINT64_MAX;
+  bool _hasSummary = false;  ///< among those kept
+  bool _hasResultData = false;
+  bool _isSummaryLost = false;
 };
 
 }  // namespace
+
+Json::Value toJson(const LostSection& lost) {
+  Json::Value json = toJson(lost.why);
+  json.removeMember("section");
+  json["number"] = lost.section.number;
+  json["offset"] = static_cast<Json::UInt64>(lost.section.offset);
+  json["type"] = lost.hasHeader ? Json::Value(lost.section.header.type) : Json::Value();
+  json["name"] = lost.hasHeader ? Json::Value(typeName(lost.section.header.type)) : Json::Value();
+  return json;
+}
 
 Recovery findSections(const ByteSource& source) {
   return Search(source).run();

@@ -14,12 +14,27 @@ struct LostRange {
   uint64_t bytes = 0;
 };
 
+/// A section that could not be kept.
+struct LostSection {
+  SectionInfo section;    ///< numbered as in the input; of a header that does not verify only number and offset count
+  bool hasHeader = true;  ///< its header verifies: its type is known
+  Finding why;
+
+  bool isSummary() const { return hasHeader && section.header.type == PFile::SECTION_RESULT_SUMMARY; }
+};
+Json::Value toJson(const LostSection& lost);
+
 struct Recovery {
+  static constexpr std::size_t MOST_LOST_SECTIONS = 1000;  ///< a hostile file may have one every few bytes
+
   std::vector<SectionInfo> kept;  ///< numbered as in the output, 1 and on
   std::vector<LostRange> lost;
-  bool isContainer = false;  ///< the input begins with a file header, closed or not
-  bool wasClosed = false;    ///< the input had a file header that verified
-  uint64_t missing = 0;      ///< bytes that its recorded length exceeds the input by
+  std::vector<LostSection> lostSections;  ///< the first MOST_LOST_SECTIONS
+  uint64_t lostSectionsLeftOut = 0;
+  bool isSummaryLost = false;  ///< a result summary is among those lost, or must be: test data was kept without one
+  bool isContainer = false;    ///< the input begins with a file header, closed or not
+  bool wasClosed = false;      ///< the input had a file header that verified
+  uint64_t missing = 0;        ///< bytes that its recorded length exceeds the input by
 };
 
 /// Finds every section whose header and data verify. After damage it searches for the next header that verifies, from

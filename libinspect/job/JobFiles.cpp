@@ -2,14 +2,13 @@
 
 #include <algorithm>
 
-#include <libinspect/records/FileSummary.h>
-
 namespace Inspect {
 
-FileNote noteOf(const ContainerReport& report) {
+FileNote noteOf(const JudgedFile& file, OutputPlace place) {
+  const ContainerReport& report = file.report;
   FileNote note;
   note.file = report.name;
-  note.isDamaged = report.damaged();
+  note.isDamaged = file.state == FileState::DAMAGED;
   note.leftOut = report.findings.leftOut();
   for (const Finding& finding : report.findings) {
     if (note.findings.size() < FileNote::MOST_FINDINGS) {
@@ -17,32 +16,57 @@ FileNote noteOf(const ContainerReport& report) {
     } else {
       ++note.leftOut;
     }
-    if (note.next.empty()) note.next = nextCommand(report.path, finding);
+    if (note.next.empty()) note.next = nextCommand(report.path, finding, place);
   }
   return note;
 }
 
-JobFiles readJob(const std::vector<std::string>& files, const ReadingOptions& options, const OnFile& onFile) {
-  JobFiles job;
-  const auto tell = [&](const std::string& name, const ReadOutcome& outcome, const std::optional<FileSummary>& file) {
-    onFile(name, outcome, file ? file->report.findings : Findings());
-    if (!file) {
-      if (name != "-") job.unread.push_back(name);
-      return;
-    }
-    const std::string& shown = file->report.name;
-    if (file->hasSummary) job.rows.push_back({shown, file->summary});
-    if (!file->report.findings.empty()) {
-      job.notes.push_back(noteOf(file->report));
-    } else if (!file->hasSummary) {
-      job.withoutResult.push_back(shown);
-    }
-  };
-  askEach<FileSummary>(files, options, summarize, tell);
-  sortRows(job.rows);
-  std::sort(job.notes.begin(), job.notes.end(),
+void JobFiles::add(const std::string& name, const ReadOutcome& outcome, const JudgedFile* file, const FileRun& run) {
+  const bool isRead = outcome.state == ReadOutcome::WAS_READ && file != nullptr;
+  const bool isOther = isRead && file->state == FileState::OTHER;
+  const std::string shown = name == "-" ? "standard input" : name;
+  if (isOther && !run.isNamed(name)) {
+    ++others;
+    return;
+  }
+  if (!isRead || isOther) unread.push_back(shown);
+  if (file == nullptr || isOther) return;
+  if (file->hasSummary) rows.push_back({shown, file->summary, !isRead || file->state == FileState::DAMAGED});
+  if (!isRead) return;
+  if (!file->report.findings.empty()) {
+    notes.push_back(noteOf(*file, run.sharesName(name) ? OutputPlace::BESIDE_INPUT : OutputPlace::CURRENT_FOLDER));
+  } else if (!file->hasSummary) {
+    withoutResult.push_back(shown);
+  }
+}
+
+void JobFiles::sort() {
+  sortRows(rows);
+  std::sort(notes.begin(), notes.end(),
             [](const FileNote& a, const FileNote& b) { return comesBefore(a.file, b.file); });
-  std::sort(job.withoutResult.begin(), job.withoutResult.end(), comesBefore);
+  std::sort(withoutResult.begin(), withoutResult.end(), comesBefore);
+}
+
+Coverage JobFiles::coverageOf(const CableIdSet& set) const {
+  std::vector<std::string> lost = unread;
+  for (const FileNote& note : notes) {
+    if (note.isDamaged) lost.push_back(note.file);
+  }
+  return Inspect::coverageOf(rows, lost, set);
+}
+
+JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile) {
+  JobFiles job;
+  const auto ask = [&run](const ByteSource& source) {
+    return judge(source, Examination::ORDINARY, [&run](const std::string& path) { return run.isNamedAsResult(path); });
+  };
+  askEach<JudgedFile>(run.files(), options, ask,
+                      [&](const std::string& name, const ReadOutcome& outcome, const std::optional<JudgedFile>& file) {
+                        const JudgedFile* const judged = file ? &*file : nullptr;
+                        onFile(name, outcome, judged);
+                        job.add(name, outcome, judged, run);
+                      });
+  job.sort();
   return job;
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <libinspect/job/FileRun.h>
 #include <libinspect/job/ManyFiles.h>
 #include <libinspect/job/ResultRows.h>
 
@@ -20,21 +21,32 @@ struct FileNote {
   uint64_t leftOut = 0;  ///< findings not listed
   std::string next;      ///< the command that helps next
 };
-FileNote noteOf(const ContainerReport& report);
+FileNote noteOf(const JudgedFile& file, OutputPlace place);
 
 /// What is known of a job: one row per result file, and the other files worth mentioning.
 struct JobFiles {
   std::vector<ResultRow> rows;
   std::vector<FileNote> notes;
   std::vector<std::string> withoutResult;  ///< intact, but not result files
-  std::vector<std::string> unread;         ///< could not be opened or read
+  std::vector<std::string> unread;         ///< could not be opened or read to the end, or named and no container
+  std::size_t others = 0;                  ///< files of folders that are no containers
   const CableIdSet* expected = nullptr;    ///< null if no IDs were given
+
+  /// Takes in one file.
+  /// @param outcome  of reading it; what was read before an error is not taken for intact
+  /// @param file     null if nothing was read
+  void add(const std::string& name, const ReadOutcome& outcome, const JudgedFile* file, const FileRun& run);
+  /// Brings everything into the order of IDs and names. Call it after the last.
+  void sort();
+  /// No file has been read but others.
+  bool isEmpty() const { return rows.empty() && notes.empty() && withoutResult.empty(); }
+  Coverage coverageOf(const CableIdSet& set) const;
 };
 
-/// Called for each file after reading it, before the next: with the outcome, and what was found in it.
-using OnFile = std::function<void(const std::string& file, const ReadOutcome&, const Findings&)>;
+/// Called for each file after reading it, before the next: with the outcome, and what it is, null if it was not read.
+using OnFile = std::function<void(const std::string& file, const ReadOutcome&, const JudgedFile*)>;
 
-/// Reads the result of each file, in the order of their IDs, and notes the others.
-JobFiles readJob(const std::vector<std::string>& files, const ReadingOptions& options, const OnFile& onFile);
+/// Reads the result of each file of a run and notes the others.
+JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile);
 
 }  // namespace Inspect

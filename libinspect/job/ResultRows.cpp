@@ -1,6 +1,7 @@
 #include <libinspect/job/ResultRows.h>
 
 #include <algorithm>
+#include <filesystem>
 
 #include <fmt/format.h>
 
@@ -79,21 +80,29 @@ Json::Value toJson(const ResultRow& row) {
   return json;
 }
 
-Coverage coverageOf(const std::vector<ResultRow>& rows, const CableIdSet& expected) {
+Coverage coverageOf(const std::vector<ResultRow>& rows, const std::vector<std::string>& lostFiles,
+                    const CableIdSet& expected) {
   Coverage coverage;
   std::vector<int>& results = coverage.results;
   results.resize(expected.count());
+  std::vector<bool> isLost(expected.count());
+  for (const std::string& file : lostFiles) {
+    const std::optional<uint32_t> ordinal = expected.ordinalOf(std::filesystem::path(file).stem().string());
+    if (ordinal) isLost[*ordinal] = true;
+  }
   for (const ResultRow& row : rows) {
     const std::optional<uint32_t> ordinal = expected.ordinalOf(row.summary.resultName);
     if (!ordinal) {
       coverage.foreign.push_back(row.summary.resultName);
+    } else if (row.isDamaged) {
+      isLost[*ordinal] = true;
     } else if (++results[*ordinal] == 2) {
       coverage.twice.push_back(row.summary.resultName);
     }
   }
   const std::vector<std::string> ids = expected.ids(0, expected.count());
   for (std::size_t i = 0; i < ids.size(); ++i) {
-    if (results[i] == 0) coverage.missing.push_back(ids[i]);
+    if (results[i] == 0) (isLost[i] ? coverage.damaged : coverage.missing).push_back(ids[i]);
   }
   return coverage;
 }

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include <libinspect/job/CableIds.h>
-#include <libinspect/records/FileSummary.h>
+#include <libinspect/records/FileJudge.h>
 
 namespace Inspect {
 
@@ -14,6 +14,7 @@ namespace Inspect {
 struct ResultRow {
   std::string file;
   Veltra::ResultSummary summary;
+  bool isDamaged = false;  ///< the file is damaged after its summary, or could not be read to its end
 };
 
 /// True when `a` comes before `b` with runs of digits compared as numbers: A2 before A10.
@@ -30,11 +31,14 @@ const std::vector<std::string>& rowColumns();
 /// Which IDs of a job were tested.
 struct Coverage {
   std::vector<std::string> missing;  ///< expected, without a result
+  std::vector<std::string> damaged;  ///< expected, with nothing but a damaged or unreadable file
   std::vector<std::string> twice;    ///< expected, with more than one result
   std::vector<std::string> foreign;  ///< IDs of results that are not in the set
-  std::vector<int> results;          ///< number of results for each ID of the set, in order
+  std::vector<int> results;          ///< number of intact results for each ID of the set, in order
 };
-Coverage coverageOf(const std::vector<ResultRow>& rows, const CableIdSet& expected);
+/// @param lostFiles  damaged and unreadable files: one whose name without extension is an ID stands for a result of it
+Coverage coverageOf(const std::vector<ResultRow>& rows, const std::vector<std::string>& lostFiles,
+                    const CableIdSet& expected);
 
 /// Splits "FIRST..LAST" and builds its set. @return false, with `error` filled
 [[nodiscard]] bool parseExpected(const std::string& text, CableIdSet& set, std::string& error);

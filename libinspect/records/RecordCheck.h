@@ -1,15 +1,13 @@
 #pragma once
 
-#include <libinspect/container/Doctor.h>
+#include <libinspect/container/ContainerWalk.h>
 #include <libinspect/records/RecordView.h>
 
 namespace Inspect {
 
-/// An ordinary examination that also inflates every compressed section and decodes known records, up to 1 MiB of them.
-ContainerReport examineDeep(const ByteSource& source);
-
-/// Loads an intact section and decodes its record.
-/// @param bytes     receives the payload, uncompressed
+/// Loads an intact section and decodes its record. Of a section that begins with no known record, nothing more than its
+/// beginning is read, unless it is compressed. At most 8 MiB are loaded.
+/// @param bytes     receives the payload, uncompressed; empty if there was no reason to load it
 /// @param findings  receives what is wrong with either
 DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section, std::vector<uint8_t>& bytes,
                             Findings& findings);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <set>
 
 namespace Inspect {
 namespace {
@@ -25,13 +24,9 @@ void sortByNeed(std::vector<ReportRow>& rows) {
 }
 
 void addMedia(const JobFiles& job, Report& report) {
-  std::set<std::string> damaged;
-  for (const FileNote& note : job.notes) {
-    if (note.isDamaged) damaged.insert(note.file);
-  }
   std::vector<ReportRow> rows[std::size(MEDIA)];
   for (const ResultRow& row : job.rows) {
-    rows[mediumOf(row)].push_back({&row, severityOf(row.summary.status), damaged.count(row.file) > 0});
+    rows[mediumOf(row)].push_back({&row, severityOf(row.summary.status)});
   }
   for (std::size_t i = 0; i < std::size(MEDIA); ++i) {
     if (rows[i].empty()) continue;
@@ -43,13 +38,14 @@ void addMedia(const JobFiles& job, Report& report) {
 void addExpected(const JobFiles& job, Report& report) {
   const CableIdSet& set = *job.expected;
   report.hasExpected = true;
-  report.coverage = coverageOf(job.rows, set);
+  report.coverage = job.coverageOf(set);
   const std::vector<std::string> ids = set.ids(0, set.count());
   report.expected.resize(ids.size());
   for (std::size_t i = 0; i < ids.size(); ++i) {
     report.expected[i].id = ids[i];
     report.expected[i].results = report.coverage.results[i];
   }
+  for (const std::string& id : report.coverage.damaged) report.expected[*set.ordinalOf(id)].isDamaged = true;
   for (const ResultRow& row : job.rows) {
     const std::optional<uint32_t> ordinal = set.ordinalOf(row.summary.resultName);
     if (!ordinal) continue;

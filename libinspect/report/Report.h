@@ -15,7 +15,6 @@ namespace Inspect {
 struct ReportRow {
   const ResultRow* result;
   std::size_t severity;  ///< of its verdict, see verdictLook()
-  bool isDamaged;        ///< the file is damaged after its summary
 };
 
 /// The results of one medium.
@@ -27,8 +26,9 @@ struct MediumReport {
 /// An ID of the job and the results it has.
 struct ExpectedId {
   std::string id;
-  int results = 0;
-  std::size_t severity = VERDICTS;  ///< the worst of its results; VERDICTS without any
+  int results = 0;                  ///< intact ones
+  std::size_t severity = VERDICTS;  ///< the worst of its results, in damaged files too; VERDICTS without any
+  bool isDamaged = false;           ///< there is nothing of it but a damaged or unreadable file
 };
 
 using VerdictCounts = std::array<std::size_t, VERDICTS>;

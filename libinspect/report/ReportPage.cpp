@@ -104,9 +104,14 @@ std::vector<std::string> alertsOf(const JobFiles& job, const Report& report) {
                      " damaged. If the summary could still be read, the result is shown and marked.");
   }
   const std::size_t missing = report.coverage.missing.size(), foreign = report.coverage.foreign.size();
+  const std::size_t onlyDamaged = report.coverage.damaged.size();
   if (missing > 0) {
     alerts.push_back(fmt::format("{} of {} expected IDs {} no result.", missing, report.expected.size(),
                                  missing == 1 ? "has" : "have"));
+  }
+  if (onlyDamaged > 0) {
+    alerts.push_back(fmt::format("{} of {} expected IDs {} no result but a damaged one.", onlyDamaged,
+                                 report.expected.size(), onlyDamaged == 1 ? "has" : "have"));
   }
   if (!report.coverage.twice.empty()) {
     alerts.push_back(counted(report.coverage.twice.size(), "expected ID has", "expected IDs have") +
@@ -143,17 +148,19 @@ void addTiles(const Report& report, Data& page) {
 }
 
 Data dataOf(const ExpectedId& id) {
-  const bool isTested = id.results > 0;
-  const VerdictLook& look = verdictLook(isTested ? id.severity : 0);
-  return object({{"state", !isTested        ? "missing"
-                           : id.results > 1 ? "twice"
-                                            : "present"},
+  const bool hasVerdict = id.severity < VERDICTS;
+  const VerdictLook& look = verdictLook(hasVerdict ? id.severity : 0);
+  const char* const state = id.results > 1   ? "twice"
+                            : id.results > 0 ? "present"
+                            : id.isDamaged   ? "damaged"
+                                             : "missing";
+  return object({{"state", state},
                  {"id", id.id},
-                 {"style", isTested ? look.style : ""},
-                 {"verdict", isTested ? look.word : ""},
-                 {"word", !isTested        ? "missing"
-                          : id.results > 1 ? fmt::format("\u00d7{}", id.results)
-                                           : ""}});
+                 {"style", hasVerdict ? look.style : ""},
+                 {"verdict", hasVerdict ? look.word : ""},
+                 {"word", id.results > 1   ? fmt::format("\u00d7{}", id.results)
+                          : id.results > 0 ? ""
+                                           : state}});
 }
 
 void addExpected(const Report& report, Data& page) {
@@ -161,10 +168,12 @@ void addExpected(const Report& report, Data& page) {
   if (!report.hasExpected) return;
   const Coverage& coverage = report.coverage;
   const std::size_t all = report.expected.size(), missing = coverage.missing.size(), twice = coverage.twice.size();
+  const std::size_t damaged = coverage.damaged.size();
   page["expectedFacts"] =
-      Data(fmt::format("{} to {}: {} IDs, {} with one result, {} with more, {} missing. {} with another ID.",
-                       report.expected.front().id, report.expected.back().id, all, all - missing - twice, twice,
-                       missing, counted(coverage.foreign.size(), "result", "results")));
+      Data(fmt::format("{} to {}: {} IDs, {} with one result, {} with more{}, {} missing. {} with another ID.",
+                       report.expected.front().id, report.expected.back().id, all, all - missing - damaged - twice,
+                       twice, damaged > 0 ? fmt::format(", {} damaged", damaged) : "", missing,
+                       counted(coverage.foreign.size(), "result", "results")));
   page["idWidth"] = Data(std::to_string(report.expected.front().id.size()));
   page["ids"] = eachOf(report.expected, [](const ExpectedId& id) { return dataOf(id); });
   page["hasForeign"] = Data(!coverage.foreign.empty());
@@ -197,7 +206,7 @@ Data dataOf(const ReportRow& row) {
                       {"failed", std::to_string(s.numFailTests)},
                       {"time", time},
                       {"file", row.result->file}});
-  data["isDamaged"] = Data(row.isDamaged);
+  data["isDamaged"] = Data(row.result->isDamaged);
   return data;
 }
 
@@ -249,6 +258,8 @@ std::string reportPage(const JobFiles& job, const std::string& title) {
   page["notes"] = eachOf(job.notes, [](const FileNote& note) { return dataOf(note); });
   page["hasUnread"] = Data(!job.unread.empty());
   page["unread"] = eachOf(job.unread, wordsOf);
+  if (job.others > 0)
+    page["others"] = Data(counted(job.others, "other file is no container", "other files are no containers"));
   page["hasWithoutResult"] = Data(!job.withoutResult.empty());
   page["withoutResult"] = eachOf(job.withoutResult, wordsOf);
   kainjow::mustache::mustache form(REPORT_TEMPLATE);

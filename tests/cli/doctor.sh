@@ -20,16 +20,24 @@ damaged e07-inflate && patch "$file" 120 ffff && data_crc "$file" 96 29
 damaged e08-too-big && patch "$file" 116 01008000 && data_crc "$file" 96 29
 damaged e09-record && patch "$file" 50 77 && data_crc "$file" 24 52
 damaged e10-scale && patch "$file" 79 09 && data_crc "$file" 24 52
+damaged e11-no-summary && patch "$file" 26 006e && header_crc "$file" 24
 damaged w01-newer && patch "$file" 101 0d && header_crc "$file" 96
 damaged w02-type && patch "$file" 98 7777 && header_crc "$file" 96
 damaged w03-after && echo more >> "$file"
 damaged w04-count && patch "$file" 95 80 && data_crc "$file" 24 52
 damaged w05-magic && patch "$file" 24 4747 && header_crc "$file" 24
+# A package of zeros is no package; a record of more than 8 MiB is not decoded.
+echo '{"version": "V1.0", "databases": [{"path": "x"}]}' | veltra manifest new - -o lot/sub/package.pkg
+size=$(($(stat -c %s lot/sub/package.pkg) - 44))
+truncate -s 44 lot/sub/package.pkg && truncate -s $((size + 44)) lot/sub/package.pkg && data_crc lot/sub/package.pkg 24 $size
+tail -c +45 lot/whole.vres | head -c 52 > large.bin && truncate -s 8388609 large.bin
+echo '{"summary": {}, "sections": [{"type": 301, "version": 3, "payload": "large.bin"}]}' > large.json
+veltra pack large.json -o lot/sub/w06-large.vres > /dev/null
 
 t veltra doctor lot/whole.vres
-# Every finding is shown below; W06 takes a large file.
-grep -o '"[EW][0-9][0-9]"' "$data/../../libinspect/container/Findings.cpp" | grep -v W06 | tr -d '"' | sort > known.txt
-veltra doctor -r lot --deep | grep -o '[EW][0-9][0-9] ' | tr -d ' ' | sort -u > shown.txt
+# Every finding is shown below.
+veltra types -f csv | sed -n 's/^finding,[0-9]*,\([^,]*\),.*/\1/p' | sort > known.txt
+veltra doctor -q -r lot --deep -f csv | grep -o ',[EW][0-9][0-9],' | tr -d , | sort -u > shown.txt
 t diff known.txt shown.txt
 t veltra doctor -r lot --deep
 t veltra doctor -r lot --quick -f csv -j 1
@@ -40,6 +48,35 @@ t veltra doctor lot/sub/w03-after.vres missing.vres lot -f json
 cp lot/whole.vres odd.vres && patch odd.vres 6 0001 && header_crc odd.vres 0
 t veltra doctor odd.vres
 t veltra doctor odd.vres --quick
+
+# A folder as it comes: what is no container is counted, unless it may be what is left of a result. Two files of one name
+# are recovered side by side.
+mkdir -p mixed/sub
+cp lot/whole.vres mixed/whole.VRES
+cp trace.bin mixed/notes.txt && echo '<!DOCTYPE html>' > mixed/page.html && echo no > mixed/sub/no
+: > mixed/empty.bin && truncate -s 300000 mixed/zeros.bin && printf PF > mixed/begun.bin && cp trace.bin mixed/lost.vres
+head -c 131060 /dev/zero | tr '\0' x | cat - lot/whole.vres > mixed/within.bin
+cp lot/sub/e04-data.vres mixed/same.vres && cp lot/sub/e03-header.vres mixed/sub/same.vres
+t veltra doctor -r mixed
+t veltra doctor mixed/notes.txt mixed/lost.vres -f json
+t veltra info -q mixed/notes.txt mixed/whole.VRES
+t veltra doctor mixed/whole.VRES mixed/lost.vres -q
+# Every command calls the same files damaged, and --deep calls more of them so and says how many findings it adds.
+cp -r lot/sub mixed/lot
+veltra doctor -r mixed -f csv 2> /dev/null | awk -F, '$4 ~ /^E/ { print $1 }' | sort -u > doctor.txt
+veltra doctor -r mixed -f json 2> /dev/null | grep -A1 '"damaged": true' | sed -n 's/.*"file": "\(.*\)",/\1/p' | sort > json.txt
+veltra info -r mixed -f csv 2> /dev/null | awk -F, '$3 == "true" { print $1 }' | sort > info.txt
+veltra summary -r mixed 2>&1 > summary.out | sed -n 's/^veltra: \([^:]*\): offset.*: E[0-9][0-9] .*/\1/p' | sort -u > summary.txt
+veltra report -q -r mixed -o page.html > report.out
+sed -n 's/.*damaged:<\/b> \([^<]*\)<.*/\1/p' page.html | sort > report.txt
+for command in json info summary report; do t diff doctor.txt $command.txt; done
+t cat report.out
+grep -o '[^>]*no containers[.]' page.html
+veltra doctor -r mixed --deep -f csv 2> deep.err | awk -F, '$4 ~ /^E/ { print $1 }' | sort -u > deep.txt
+t diff doctor.txt deep.txt
+t cat deep.err
+veltra doctor -r mixed --deep -f json 2> /dev/null | tail -n 4
+t veltra manifest show lot/sub/package.pkg
 
 : > empty.vres
 t veltra info lot/sub/e01-unclosed.vres lot/sub/e03-header.vres lot/sub/e04-data.vres empty.vres

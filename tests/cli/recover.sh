@@ -7,7 +7,7 @@ veltra pack - -o whole.vres > /dev/null << 'JSON'
               {"type": 301, "version": 3, "payload": "trace.bin"},
               {"type": 4711, "version": 9, "payload": "plot.bin"}]}
 JSON
-for name in unclosed header-crc length-lies cut zeroed; do cp whole.vres "$name.vres"; done
+for name in unclosed header-crc length-lies cut zeroed summary; do cp whole.vres "$name.vres"; done
 never_closed unclosed.vres
 patch header-crc.vres 30 ff
 # A length that lies, with a header CRC to match, must not hide the sections after it.
@@ -15,9 +15,10 @@ patch length-lies.vres 104 0000ffff && header_crc length-lies.vres 96
 truncate -s 400 cut.vres
 dd if=/dev/zero of=zeroed.vres bs=1 count=40 conv=notrunc status=none
 cat whole.vres whole.vres > spliced.vres
+patch summary.vres 60 ff
 (echo "junk before"; cat whole.vres) > shifted.vres
 head -c 24 unclosed.vres > header-alone.vres
-for name in header-crc length-lies cut zeroed spliced shifted header-alone; do
+for name in header-crc length-lies cut zeroed summary spliced shifted header-alone; do
   t veltra recover $name.vres -o $name.new
   t veltra list $name.new
 done
@@ -27,6 +28,9 @@ t veltra recover unclosed.vres -o whole.new
 t veltra recover unclosed.vres -o whole.new --force
 t cmp whole.vres whole.new
 t veltra recover cut.vres -o cut2.new -f jsonl
+t veltra recover cut.vres -o cut3.new -f csv
+t veltra doctor summary.new
+t veltra recover summary.new -o again.new
 t veltra recover cut.vres -o ./cut.vres --force
 t veltra recover -q cut.vres -o quiet.new
 t veltra recover trace.bin -o none.new

@@ -40,8 +40,33 @@ page job/page.html | grep -v '^ \(Headroom\|Length\|Results\|Verdict\) '
 { veltra summary -q -r job > /dev/null; echo $?; } > summary.code
 { veltra report -q -r job -o job/page.html --force > /dev/null; echo $?; } > report.code
 t cmp summary.code report.code
+# What could not be read is named on the page. When nothing could be read, or a folder cannot be listed, or there are no
+# results, the old page stays.
+t veltra report -q job/1.vres missing.vres -o kept.html
+page kept.html | sed -n '/^ Files/,$p'
+cp kept.html old.html
+mkdir -p deep/{1..9}/a/b/c/d/e/f/g/h/i/j/k/l/m/n/o/p/q/r/s/t
+cp job/1.vres deep/1 && echo notes > empty/notes.txt
+unlistable() { (ulimit -n 16 && veltra report -r deep -o kept.html --force); }
+t unlistable
+t veltra report missing.vres -o kept.html --force
+t veltra report missing.vres -o kept.html --force --expect A01..A02
+t veltra report -r empty -o kept.html --force
+t veltra summary -r empty
+t cmp kept.html old.html
+rm empty/notes.txt
 t veltra report -r empty -o empty.html
 t veltra summary -r empty
+# An expected ID is damaged, not missing, when the summary in a damaged file or the name of one tells it. A09 was tested
+# again.
+mkdir again && cp job/1.vres again/1.vres && patch again/1.vres 8 ff
+pack again/A02.vres A02 FIBER Pass 1 1 && truncate -s 60 again/A02.vres
+pack again/A09.vres A09 FIBER Pass 1 1 && cp again/A09.vres again/again.vres && patch again/again.vres 90 ff
+pack again/x.vres A08 FIBER Pass 1 1 && echo trailing >> again/x.vres && patch again/x.vres 20 ff
+t veltra summary -q -r again --expect A01..A09
+veltra summary -q -r again --expect A01..A09 -f json | grep -A3 '"damaged"'
+t veltra report -q -r again -o again.html --expect A01..A09
+page again.html | sed -n '/more than one\|damaged one/p; /^ Expected/,/^ Fibre/p'
 t veltra report -r empty -o empty.html --expect A01..A02
 page empty.html
 

@@ -19,7 +19,7 @@
 
 #ifdef VELTRA_HAS_INSPECT
 #include <libinspect/container/Recover.h>
-#include <libinspect/records/RecordCheck.h>
+#include <libinspect/records/FileJudge.h>
 #endif
 
 namespace Workloads {
@@ -198,7 +198,7 @@ int doctor(const std::string& path) try {
   std::string error;
   Inspect::ByteSource source;
   if (!source.open(path, error)) return 1;
-  const Inspect::ContainerReport report = examineDeep(source);
+  const Inspect::ContainerReport report = judge(source, Inspect::Examination::DEEP).report;
   if (source.hasFailed()) return 1;
   return report.findings.empty() ? 0 : FOREIGN_EXCEPTION;  // there is nothing to find
 } catch (const Json::RuntimeError&) {                      // how JsonCpp reports lost memory; the command ends with it
@@ -318,7 +318,7 @@ bool isClean(const std::string& path) {
 #ifdef VELTRA_HAS_INSPECT
   std::string error;
   Inspect::ByteSource source;
-  return source.open(path, error) && examineDeep(source).findings.empty();
+  return source.open(path, error) && judge(source, Inspect::Examination::DEEP).report.findings.empty();
 #else
   FileReader reader;
   int code = reader.open(path.c_str());

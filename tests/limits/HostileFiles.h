@@ -94,7 +94,7 @@ inline Bytes settingsRecord(const std::string& profile) {
 inline Bytes record() {
   std::string profile = "[1";
   for (int i = 0; i < 130000; ++i) profile += ",1";
-  return section(303, PFile::SECTION_FLAG_COMPRESS, compressed(settingsRecord(profile + "]")));
+  return section(104, PFile::SECTION_FLAG_COMPRESS, compressed(settingsRecord(profile + "]")));
 }
 
 constexpr std::size_t FILE_HEADER_BYTES = PFile::Header::BYTES + 4;

@@ -18,7 +18,7 @@
 
 #ifdef VELTRA_HAS_INSPECT
 #include <libinspect/container/Recover.h>
-#include <libinspect/records/RecordCheck.h>
+#include <libinspect/records/FileJudge.h>
 #endif
 
 using namespace PFile;
@@ -96,7 +96,7 @@ void doctor(const std::string& path, const Bytes&) {
   std::string error;
   Inspect::ByteSource source;
   ASSERT_TRUE(source.open(path, error)) << error;
-  examineDeep(source);
+  judge(source, Inspect::Examination::DEEP);
 }
 
 void recover(const std::string& path, const Bytes&) {
@@ -216,6 +216,28 @@ TEST_F(Limits, WhatIsDoneFollowsTheSizeOfAHostileFile) {
 }
 
 #ifdef VELTRA_HAS_INSPECT
+TEST_F(Limits, NoLargeSectionIsHeldInMemory) {
+  constexpr uint32_t LARGE = 64 * MIB;
+  const Bytes record = HostileFiles::settingsRecord("1");
+  Bytes payload = record;
+  payload.resize(LARGE);
+  const std::pair<uint16_t, uint16_t> kinds[] = {
+      {104, 0}, {301, PFile::SECTION_FLAG_COMPRESS}, {SECTION_RESULT_SUMMARY, 0}, {PFile::SECTION_LIMIT_MANIFEST, 0}};
+  for (const auto& [type, flags] : kinds) {
+    SCOPED_TRACE(type);
+    PFile::Header header;
+    header.set(type, 1, flags, 0, LARGE, payload.data());
+    const auto head = header.bytes();
+    Bytes begin(head.begin(), head.end());
+    begin.insert(begin.end(), record.begin(), record.end());
+    RecordTesting::writeFile(path, HostileFiles::closedFile(begin));
+    std::filesystem::resize_file(path, HostileFiles::FILE_HEADER_BYTES + PFile::Header::BYTES + uint64_t{LARGE});
+    startCounting();
+    doctor(path, {});
+    EXPECT_LT(Allocations::peak(), MIB);
+  }
+}
+
 TEST_F(Limits, DoctorSaysOnceThatFurtherRecordsAreNotDecoded) {
   const Bytes sections = HostileFiles::repeated(HostileFiles::record(), 20000);
   ASSERT_GT(sections.size(), 10 * HostileFiles::record().size());
@@ -223,8 +245,8 @@ TEST_F(Limits, DoctorSaysOnceThatFurtherRecordsAreNotDecoded) {
   std::string error;
   Inspect::ByteSource source;
   ASSERT_TRUE(source.open(path, error)) << error;
-  EXPECT_TRUE(examine(source, Inspect::Examination::ORDINARY).findings.empty());
-  const Inspect::ContainerReport report = examineDeep(source);
+  EXPECT_TRUE(judge(source).report.findings.empty());
+  const Inspect::ContainerReport report = judge(source, Inspect::Examination::DEEP).report;
   ASSERT_EQ(std::distance(report.findings.begin(), report.findings.end()), 1);
   EXPECT_EQ(report.findings.begin()->code, Inspect::W06_RECORDS_NOT_DECODED);
   EXPECT_EQ(report.findings.begin()->section, 6) << "five records of 260 kB are more than 1 MiB";

@@ -20,6 +20,8 @@ struct FileAnswer {
   std::vector<Json::Value> rows;  ///< its JSON lines and CSV rows, flat objects
   std::optional<LongList> list;   ///< replaces the rows, and is the last member of `json`
   Inspect::Findings findings;
+  std::string noContainer;    ///< of a file that is none: why; it has no findings then
+  uint64_t deepFindings = 0;  ///< how many of the findings a deep examination alone has found
 };
 
 /// The files of paths: with -r every regular file below a directory, in order of name.
@@ -28,6 +30,12 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Op
 
 /// True, with a complaint, when there are no files to make an answer of.
 [[nodiscard]] bool complainsOfNoFiles(const std::vector<std::string>& paths, const std::vector<std::string>& files);
+
+/// True, with a complaint, when nothing but files that are no containers, or could not be read, were found.
+[[nodiscard]] bool complainsOfNoResults(const std::vector<std::string>& paths, const Inspect::JobFiles& job);
+
+/// Tells of files in folders that are no containers.
+void tellOfOthers(uint64_t others, const Options& options);
 
 /// Calls `answer` for each file, on several threads, and prints the answers in the order of the files. Nothing of a
 /// file is kept after it is printed.
@@ -39,9 +47,19 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Op
                                  const std::vector<std::string>& columns, bool complainOfFindings,
                                  const std::function<FileAnswer(const Inspect::ByteSource&)>& answer);
 
+/// The same for commands that judge each file. A file of a folder that is no container is only counted; one that was
+/// named is complained of, and the code is 4.
+/// @param showsOthers  the answers of such files are printed all the same
+/// @param answer       makes the answer but for its findings
+[[nodiscard]] int answerForJudged(
+    const std::vector<std::string>& paths, const Options& options, const std::vector<std::string>& columns,
+    bool complainOfFindings, Inspect::Examination examination, bool showsOthers,
+    const std::function<FileAnswer(const Inspect::JudgedFile&, Inspect::OutputPlace)>& answer);
+
 /// Reads the results of a job. Findings go to standard error.
-/// @param code  made at least as bad as the result of answerForFiles() would be
-Inspect::JobFiles readJob(const std::vector<std::string>& files, const Options& options, int& code);
+/// @param code    made at least as bad as the result of answerForFiles() would be
+/// @param unread  the exit code for a file that could not be read
+Inspect::JobFiles readJob(const Inspect::FileRun& run, const Options& options, int& code, int unread = EXIT_COULD_NOT);
 
 /// Complains of each finding.
 void complainOfEach(const std::string& name, const Inspect::Findings& findings);

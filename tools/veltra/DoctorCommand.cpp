@@ -2,8 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/records/RecordCheck.h>
-
 #include "Commands.h"
 
 namespace Command {
@@ -15,33 +13,34 @@ struct DoctorArguments {
   bool deep = false;
 };
 
-std::string textOf(const Inspect::ContainerReport& report) {
+std::string textOf(const Inspect::ContainerReport& report, Inspect::OutputPlace place) {
   std::string text;
   for (const Inspect::Finding& finding : report.findings) {
     text += fmt::format("{}: {}: {}: {}; next: {}\n", printable(report.name), placeOf(finding),
                         painted(nameOf(finding), toneOf(finding.code)), printable(detailsOf(finding)),
-                        nextCommand(report.path, finding, charset()));
+                        nextCommand(report.path, finding, place, charset()));
   }
   if (report.findings.leftOut() > 0) text += printable(furtherText(report.name, report.findings)) + "\n";
   return text;
 }
 
 /// Findings become JSON one by one when they are printed: a hostile folder may have a thousand in each file.
-FileAnswer answerOf(const Inspect::ContainerReport& report, const Options& options) {
+FileAnswer answerOf(const Inspect::JudgedFile& file, bool isDeep, Inspect::OutputPlace place, const Options& options) {
+  const Inspect::ContainerReport& report = file.report;
   FileAnswer answer;
-  answer.findings = report.findings;
   if (options.format == FORMAT_TABLE) {
-    if (!options.quiet) answer.text = textOf(report);
+    if (!options.quiet) answer.text = textOf(report, place);
     return answer;
   }
   answer.json["file"] = report.name;
-  answer.json["damaged"] = report.damaged();
+  answer.json["damaged"] = file.state == Inspect::FileState::DAMAGED;
+  if (isDeep) answer.json["deepFindings"] = static_cast<Json::UInt64>(file.deepFindings);
   answer.json["findingsLeftOut"] = static_cast<Json::UInt64>(report.findings.leftOut());
   const auto size = static_cast<std::size_t>(report.findings.end() - report.findings.begin());
-  answer.list = LongList{"findings", size, [findings = report.findings, path = report.path](std::size_t i) {
+  answer.list = LongList{"findings", size, [findings = report.findings, path = report.path, place](std::size_t i) {
                            const Inspect::Finding& finding = *(findings.begin() + static_cast<std::ptrdiff_t>(i));
                            Json::Value json = toJson(finding);
-                           json["next"] = nextCommand(path, finding);
+                           json["next"] = nextCommand(path, finding, place);
                            return json;
                          }};
   return answer;
@@ -49,10 +48,13 @@ FileAnswer answerOf(const Inspect::ContainerReport& report, const Options& optio
 
 int doctor(const DoctorArguments& args, const Options& options) {
   const std::vector<std::string> columns = {"file", "offset", "section", "code", "meaning", "wanted", "found", "next"};
-  const Inspect::Examination examination = args.quick ? Inspect::Examination::QUICK : Inspect::Examination::ORDINARY;
-  return answerForFiles(args.paths, options, columns, false, [&](const Inspect::ByteSource& source) {
-    return answerOf(args.deep ? examineDeep(source) : examine(source, examination), options);
-  });
+  const Inspect::Examination examination = args.quick  ? Inspect::Examination::QUICK
+                                           : args.deep ? Inspect::Examination::DEEP
+                                                       : Inspect::Examination::ORDINARY;
+  const auto answer = [&](const Inspect::JudgedFile& file, Inspect::OutputPlace place) {
+    return answerOf(file, args.deep, place, options);
+  };
+  return answerForJudged(args.paths, options, columns, false, examination, false, answer);
 }
 
 }  // namespace

@@ -40,8 +40,8 @@ int codeOf(const Inspect::Findings& findings) {
 }
 
 int codeOf(const Inspect::Coverage& coverage) {
-  if (!coverage.missing.empty() || !coverage.foreign.empty()) return EXIT_NO;
-  return coverage.twice.empty() ? EXIT_DONE : EXIT_WITH_LOSS;
+  const bool isWhole = coverage.missing.empty() && coverage.damaged.empty() && coverage.foreign.empty();
+  return isWhole ? EXIT_DONE : EXIT_NO;
 }
 
 }  // namespace Command

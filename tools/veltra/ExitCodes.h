@@ -17,7 +17,7 @@ int worse(int a, int b);
 /// 0 nothing found; 1 damage; 3 only warnings.
 int codeOf(const Inspect::Findings& findings);
 
-/// 0 each expected ID has one result; 1 IDs are missing or foreign; 3 one has more than one result.
+/// 0 each expected ID has a result; 1 IDs are missing, damaged or foreign. A cable that was tested again is no error.
 int codeOf(const Inspect::Coverage& coverage);
 
 }  // namespace Command

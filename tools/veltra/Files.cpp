@@ -26,11 +26,22 @@ Inspect::ReadingOptions readingOf(const Options& options, Progress& progress) {
 }
 
 /// The exit code for one file; complains if it could not be read.
-int codeOfFile(const Inspect::ReadOutcome& outcome, const Inspect::Findings& findings, const Options& options) {
+int codeOfFile(const Inspect::ReadOutcome& outcome, const Inspect::Findings& findings, const Options& options,
+               int unread = EXIT_COULD_NOT) {
   if (outcome.state == Inspect::ReadOutcome::WAS_READ) return codeOf(findings);
   const bool isLeftOut = outcome.state == Inspect::ReadOutcome::LEFT_OUT;
   if (!isLeftOut || !options.quiet) complain(outcome.error);
-  return isLeftOut ? EXIT_WITH_LOSS : EXIT_COULD_NOT;
+  return isLeftOut ? EXIT_WITH_LOSS : unread;
+}
+
+/// The exit code for a file that is no container: complains of one that was named, counts one of a folder.
+int codeOfOther(const Inspect::FileRun& run, const std::string& file, const std::string& why, uint64_t& others) {
+  if (run.isNamed(file)) {
+    complain(why);
+    return EXIT_COULD_NOT;
+  }
+  ++others;
+  return EXIT_DONE;
 }
 
 void complainOfFile(const std::string& file, const Inspect::Findings& findings, const Options& options) {
@@ -52,33 +63,105 @@ bool complainsOfNoFiles(const std::vector<std::string>& paths, const std::vector
   return files.empty();
 }
 
-int answerForFiles(const std::vector<std::string>& paths, const Options& options,
-                   const std::vector<std::string>& columns, bool complainOfFindings,
-                   const std::function<FileAnswer(const Inspect::ByteSource&)>& answer) {
+bool complainsOfNoResults(const std::vector<std::string>& paths, const Inspect::JobFiles& job) {
+  if (!job.isEmpty()) return false;
+  complain(fmt::format("{}: no results", fmt::join(paths, ", ")));
+  return true;
+}
+
+void tellOfOthers(uint64_t others, const Options& options) {
+  if (others == 0 || options.quiet) return;
+  complain(others == 1 ? "1 other file, which is no container"
+                       : fmt::format("{} other files, which are no containers", others),
+           Tone::PLAIN);
+}
+
+namespace {
+
+using AnswerOf = std::function<FileAnswer(const Inspect::ByteSource&, const Inspect::FileRun&)>;
+
+int answerForEach(const std::vector<std::string>& paths, const Options& options,
+                  const std::vector<std::string>& columns, bool complainOfFindings, bool showsOthers,
+                  const std::function<Json::Value(uint64_t others, uint64_t deep)>& totals, const AnswerOf& answerOf) {
   int code = EXIT_DONE;
-  const std::vector<std::string> files = filesOf(paths, options, code);
+  const Inspect::FileRun run(filesOf(paths, options, code), paths, options.maxSize);
   Progress progress(options.progress);
   AnswerStream answers(options, "files", columns);
+  uint64_t others = 0, deep = 0;
+  const auto answer = [&](const Inspect::ByteSource& source) { return answerOf(source, run); };
   const auto tell = [&](const std::string& file, const Inspect::ReadOutcome& outcome, std::optional<FileAnswer> given) {
     code = worse(code, codeOfFile(outcome, given ? given->findings : Inspect::Findings(), options));
     if (outcome.state != Inspect::ReadOutcome::WAS_READ) return;
-    answers.print(given->text, given->json, given->rows, given->list);
+    const bool isOther = !given->noContainer.empty();
+    deep += given->deepFindings;
+    if (!isOther || showsOthers) answers.print(given->text, given->json, given->rows, given->list);
     (void)std::fflush(stdout);  // write errors are checked at the end
+    if (isOther) code = worse(code, codeOfOther(run, file, given->noContainer, others));
     if (complainOfFindings) complainOfFile(file, given->findings, options);
   };
-  Inspect::askEach<FileAnswer>(files, readingOf(options, progress), answer, tell);
-  answers.finish();
+  Inspect::askEach<FileAnswer>(run.files(), readingOf(options, progress), answer, tell);
+  answers.finish(totals ? totals(others, deep) : Json::Value());
+  (void)std::fflush(stdout);
+  tellOfOthers(others, options);
+  if (deep > 0 && !options.quiet && !complainOfFindings) {
+    complain(deep == 1 ? "1 finding was added by --deep" : fmt::format("{} findings were added by --deep", deep),
+             Tone::PLAIN);
+  }
   return code;
 }
 
-Inspect::JobFiles readJob(const std::vector<std::string>& files, const Options& options, int& code) {
-  Progress progress(options.progress);
-  const auto tell = [&](const std::string& file, const Inspect::ReadOutcome& outcome,
-                        const Inspect::Findings& findings) {
-    code = worse(code, codeOfFile(outcome, findings, options));
-    if (outcome.state == Inspect::ReadOutcome::WAS_READ) complainOfFile(file, findings, options);
+}  // namespace
+
+int answerForFiles(const std::vector<std::string>& paths, const Options& options,
+                   const std::vector<std::string>& columns, bool complainOfFindings,
+                   const std::function<FileAnswer(const Inspect::ByteSource&)>& answer) {
+  return answerForEach(
+      paths, options, columns, complainOfFindings, true, {},
+      [&answer](const Inspect::ByteSource& source, const Inspect::FileRun&) { return answer(source); });
+}
+
+int answerForJudged(const std::vector<std::string>& paths, const Options& options,
+                    const std::vector<std::string>& columns, bool complainOfFindings, Inspect::Examination examination,
+                    bool showsOthers,
+                    const std::function<FileAnswer(const Inspect::JudgedFile&, Inspect::OutputPlace)>& answer) {
+  const bool isDeep = examination == Inspect::Examination::DEEP;
+  const auto totals = [isDeep](uint64_t others, uint64_t deep) {
+    Json::Value json(Json::objectValue);
+    json["otherFiles"] = static_cast<Json::UInt64>(others);
+    if (isDeep) json["deepFindings"] = static_cast<Json::UInt64>(deep);
+    return json;
   };
-  return Inspect::readJob(files, readingOf(options, progress), tell);
+  return answerForEach(
+      paths, options, columns, complainOfFindings, showsOthers, totals,
+      [&](const Inspect::ByteSource& source, const Inspect::FileRun& run) {
+        const Inspect::JudgedFile file =
+            judge(source, examination, [&run](const std::string& path) { return run.isNamedAsResult(path); });
+        FileAnswer given = answer(file, run.sharesName(source.path()) ? Inspect::OutputPlace::BESIDE_INPUT
+                                                                      : Inspect::OutputPlace::CURRENT_FOLDER);
+        if (file.state == Inspect::FileState::OTHER) {
+          given.noContainer = noContainerText(file);
+        } else {
+          given.findings = file.report.findings;
+          given.deepFindings = file.deepFindings;
+        }
+        return given;
+      });
+}
+
+Inspect::JobFiles readJob(const Inspect::FileRun& run, const Options& options, int& code, int unread) {
+  Progress progress(options.progress);
+  uint64_t others = 0;
+  const auto tell = [&](const std::string& name, const Inspect::ReadOutcome& outcome, const Inspect::JudgedFile* file) {
+    const bool isOther = file != nullptr && file->state == Inspect::FileState::OTHER;
+    const Inspect::Findings findings = file != nullptr && !isOther ? file->report.findings : Inspect::Findings();
+    code = worse(code, codeOfFile(outcome, findings, options, unread));
+    if (outcome.state != Inspect::ReadOutcome::WAS_READ) return;
+    if (isOther) code = worse(code, codeOfOther(run, name, noContainerText(*file), others));
+    complainOfFile(name, findings, options);
+  };
+  Inspect::JobFiles job = Inspect::readJob(run, readingOf(options, progress), tell);
+  tellOfOthers(others, options);
+  return job;
 }
 
 void complainOfEach(const std::string& name, const Inspect::Findings& findings) {

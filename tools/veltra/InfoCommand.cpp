@@ -4,7 +4,7 @@
 #include <fmt/format.h>
 
 #include <libinspect/job/ResultRows.h>
-#include <libinspect/records/FileSummary.h>
+#include <libinspect/records/FileJudge.h>
 
 #include "Commands.h"
 
@@ -15,7 +15,7 @@ std::string line(const char* name, const std::string& value, Tone tone = Tone::P
   return fmt::format("  {:<9} {}\n", name, painted(printable(value), tone));
 }
 
-std::string screen(const Inspect::FileSummary& file) {
+std::string screen(const Inspect::JudgedFile& file) {
   const Inspect::ContainerReport& report = file.report;
   std::string text = fmt::format("{}: {}\n", printable(report.name), file.kind);
   if (file.hasSummary) {
@@ -34,12 +34,13 @@ std::string screen(const Inspect::FileSummary& file) {
   text += line("Size", report.recordedLength && *report.recordedLength != report.size
                            ? fmt::format("{} bytes, {} recorded", report.size, *report.recordedLength)
                            : fmt::format("{} bytes", report.size));
-  return text + line("State", report.damaged() ? "damaged" : "intact", report.damaged() ? Tone::BAD : Tone::PLAIN);
+  return text +
+         line("State", toString(file.state), file.state == Inspect::FileState::DAMAGED ? Tone::BAD : Tone::PLAIN);
 }
 
 /// A CSV row: the file, then its result as summary shows it.
-Json::Value flatRow(const Inspect::FileSummary& file) {
-  Json::Value row = file.hasSummary ? toJson(Inspect::ResultRow{file.report.name, file.summary}) : Json::Value();
+Json::Value flatRow(const Inspect::JudgedFile& file) {
+  Json::Value row = file.hasSummary ? toJson(Inspect::ResultRow{file.report.name, file.summary, false}) : Json::Value();
   const Json::Value whole = toJson(file);
   for (const char* member : {"file", "kind", "damaged", "bytes", "recordedBytes", "sections"}) {
     row[member] = whole[member];
@@ -51,10 +52,8 @@ int info(const std::vector<std::string>& files, const Options& options) {
   std::vector<std::string> columns = {"file", "kind", "damaged", "bytes", "recordedBytes", "sections"};
   columns.insert(columns.end(), Inspect::rowColumns().begin() + 1,
                  Inspect::rowColumns().end());  // both begin with "file"
-  return answerForFiles(files, options, columns, true, [&options](const Inspect::ByteSource& source) {
-    const Inspect::FileSummary file = Inspect::summarize(source);
+  const auto answerOf = [&options](const Inspect::JudgedFile& file, Inspect::OutputPlace) {
     FileAnswer answer;
-    answer.findings = file.report.findings;
     if (options.format == FORMAT_TABLE) {
       answer.text = screen(file);
     } else if (options.format == FORMAT_CSV) {
@@ -64,7 +63,8 @@ int info(const std::vector<std::string>& files, const Options& options) {
       if (options.format == FORMAT_JSONL) answer.rows = {answer.json};
     }
     return answer;
-  });
+  };
+  return answerForJudged(files, options, columns, true, Inspect::Examination::ORDINARY, true, answerOf);
 }
 
 }  // namespace

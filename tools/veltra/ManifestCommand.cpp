@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include <libinspect/describe/PackageDescription.h>
-#include <libinspect/records/FileSummary.h>
+#include <libinspect/records/FileJudge.h>
 #include <libinspect/records/RecordCheck.h>
 
 #include "Commands.h"
@@ -54,7 +54,7 @@ std::string textOf(const Veltra::DatabasePackageManifest& manifest, const std::s
 int showManifest(const ManifestArguments& args, const Options& options) {
   Inspect::ByteSource source;
   if (!openInput(source, args.input, options)) return EXIT_COULD_NOT;
-  const Inspect::FileSummary file = Inspect::summarize(source);
+  const Inspect::JudgedFile file = Inspect::judge(source);
   Inspect::Findings findings = file.report.findings;
   const std::optional<Inspect::SectionInfo>& first = file.report.first;
   const bool isPackage = first && (first->header.type == PFile::SECTION_LIMIT_MANIFEST ||

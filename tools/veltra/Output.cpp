@@ -153,8 +153,11 @@ void AnswerStream::print(const std::string& text, const Json::Value& element, co
   _first = false;
 }
 
-void AnswerStream::finish() const {
-  if (_format == FORMAT_JSON) fmt::print("\n]\n}}\n");
+void AnswerStream::finish(const Json::Value& totals) const {
+  if (_format != FORMAT_JSON) return;
+  fmt::print("\n]");
+  for (const std::string& name : totals.getMemberNames()) fmt::print(",\n\"{}\": {}", name, jsonText(totals[name], ""));
+  fmt::print("\n}}\n");
 }
 
 std::string indentedText(const Json::Value& object) {

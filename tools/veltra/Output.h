@@ -62,7 +62,8 @@ class AnswerStream {
   void print(const std::string& text, const Json::Value& element, const std::vector<Json::Value>& rows,
              const std::optional<LongList>& list = {});
   /// Call it once after the last.
-  void finish() const;
+  /// @param totals  further members of the JSON document; null if there are none
+  void finish(const Json::Value& totals = {}) const;
 
  private:
   void printRow(const Json::Value& row) const;

@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/container/Doctor.h>
 #include <libinspect/container/Recover.h>
+#include <libinspect/records/FileJudge.h>
 
 #include "Commands.h"
 
@@ -22,9 +22,11 @@ void printRecovery(const RecoverArguments& args, const Inspect::Recovery& recove
   json["output"] = args.output;
   json["wasClosed"] = recovery.wasClosed;
   json["missing"] = static_cast<Json::UInt64>(recovery.missing);
+  json["summaryLost"] = recovery.isSummaryLost;
   if (options.format == FORMAT_CSV) {  // numbers only: a cell cannot hold a list
     json["kept"] = static_cast<Json::UInt64>(recovery.kept.size());
     json["lost"] = static_cast<Json::UInt64>(recovery.lost.size());
+    json["lostSections"] = static_cast<Json::UInt64>(recovery.lostSections.size() + recovery.lostSectionsLeftOut);
     printDocument({{}, [&] { return json; }, {}, {}}, options);
     return;
   }
@@ -36,7 +38,10 @@ void printRecovery(const RecoverArguments& args, const Inspect::Recovery& recove
                            range["bytes"] = static_cast<Json::UInt64>(recovery.lost[i].bytes);
                            return range;
                          }};
-  printWithLists(json, {kept, lost}, options.format == FORMAT_JSON);
+  json["lostSectionsLeftOut"] = static_cast<Json::UInt64>(recovery.lostSectionsLeftOut);
+  const LongList lostSections = {"lostSections", recovery.lostSections.size(),
+                                 [&](std::size_t i) { return toJson(recovery.lostSections[i]); }};
+  printWithLists(json, {kept, lost, lostSections}, options.format == FORMAT_JSON);
   fmt::print("\n");
 }
 
@@ -47,19 +52,28 @@ std::string textOf(const RecoverArguments& args, const Inspect::Recovery& recove
   for (const Inspect::LostRange& lost : recovery.lost) {
     text += fmt::format("{}: offset {}: {} bytes lost\n", file, lost.offset, lost.bytes);
   }
+  for (const Inspect::LostSection& lost : recovery.lostSections) {
+    const std::string type = lost.hasHeader ? Inspect::typeName(lost.section.header.type) : "type unknown";
+    text += fmt::format("{}: section {} lost ({}): offset {}: {}: {}\n", file, lost.section.number, type,
+                        lost.section.offset, nameOf(lost.why), printable(detailsOf(lost.why)));
+  }
+  if (recovery.lostSectionsLeftOut > 0) {
+    text += fmt::format("{}: {} further sections lost\n", file, recovery.lostSectionsLeftOut);
+  }
+  if (recovery.isSummaryLost) text += fmt::format("{}: the result's summary is lost\n", file);
   if (recovery.missing > 0) text += fmt::format("{}: {} bytes shorter than recorded\n", file, recovery.missing);
   return text;
 }
 
-/// Whether the output is free of damage; complains otherwise.
-bool passesDoctor(const std::string& path) {
+/// Whether every section of the output is as it was kept; complains otherwise. What was wrong with a record still is.
+bool isWhole(const std::string& path) {
   std::string error;
   Inspect::ByteSource written;
   if (!written.open(path, error)) {
     complain(error);
     return false;
   }
-  const Inspect::ContainerReport report = examine(written, Inspect::Examination::ORDINARY);
+  const Inspect::ContainerReport report = walk(written, Inspect::WalkDepth::HEADERS_AND_CRCS);
   for (const Inspect::Finding& finding : report.findings) {
     if (Inspect::isDamage(finding.code)) complain(describe(path, finding));
   }
@@ -80,8 +94,10 @@ int recover(const RecoverArguments& args, const Options& options) {
   if (source.hasFailed() || isNothing) progress.hide();
   if (source.hasFailed()) return answerAfter(source, EXIT_COULD_NOT);
   if (isNothing) {
-    complain(fmt::format("{}: no intact section found", source.name()));
-    return EXIT_NO;
+    const Inspect::JudgedFile file = Inspect::judge(source);
+    const bool isOther = file.state == Inspect::FileState::OTHER;
+    complain(isOther ? noContainerText(file) : fmt::format("{}: no intact section found", source.name()));
+    return isOther ? EXIT_COULD_NOT : EXIT_NO;
   }
   const bool isWritten = writeRecovered(source, recovery, args.output, error);
   progress.hide();
@@ -89,7 +105,7 @@ int recover(const RecoverArguments& args, const Options& options) {
     complain(error);
     return EXIT_COULD_NOT;
   }
-  if (!passesDoctor(args.output)) return EXIT_COULD_NOT;
+  if (!isWhole(args.output)) return EXIT_COULD_NOT;
   if (options.format == FORMAT_TABLE) {
     if (!options.quiet) fmt::print("{}", textOf(args, recovery));
   } else {

@@ -28,14 +28,18 @@ int report(const ReportArguments& args, const Options& options) {
   if (refusesToReplace(args.output, args.force, args.paths)) return EXIT_COULD_NOT;
   int code = EXIT_DONE;
   std::vector<std::string> files = filesOf(args.paths, options, code);
+  if (code == EXIT_COULD_NOT) return code;  // nobody can say what the page would leave out
   // The previous page may be among the files of the job.
   const auto isPage = [&args](const std::string& file) { return Inspect::isSameFile(file, args.output); };
   if (Inspect::isReportPage(args.output)) files.erase(std::remove_if(files.begin(), files.end(), isPage), files.end());
   if (refusesToReplace(args.output, true, files)) return EXIT_COULD_NOT;
   if (args.expected.empty() && complainsOfNoFiles(args.paths, files)) return EXIT_COULD_NOT;
-  Inspect::JobFiles job = readJob(files, options, code);
+  const Inspect::FileRun run(std::move(files), args.paths, options.maxSize);
+  Inspect::JobFiles job = readJob(run, options, code, EXIT_WITH_LOSS);
+  const bool isUnread = !job.unread.empty();
+  if ((args.expected.empty() || isUnread) && complainsOfNoResults(args.paths, job)) return EXIT_COULD_NOT;
   if (!args.expected.empty()) job.expected = &expected;
-  if (job.expected != nullptr) code = worse(code, codeOf(coverageOf(job.rows, expected)));
+  if (job.expected != nullptr) code = worse(code, codeOf(job.coverageOf(expected)));
   const std::string page = Inspect::reportPage(job, args.title);
   if (!saveOutput(args.output, page.data(), page.size())) return EXIT_COULD_NOT;
   const auto damaged =
@@ -45,6 +49,7 @@ int report(const ReportArguments& args, const Options& options) {
   json["results"] = static_cast<Json::UInt64>(job.rows.size());
   json["damaged"] = static_cast<Json::Int64>(damaged);
   json["unread"] = static_cast<Json::UInt64>(job.unread.size());
+  json["otherFiles"] = static_cast<Json::UInt64>(job.others);
   const std::string text = fmt::format("{}: {} results, {} files damaged, {} not read\n", printable(args.output),
                                        job.rows.size(), damaged, job.unread.size());
   printDocument({[&] { return text; }, [&] { return json; }, {}, {}}, options);
@@ -59,7 +64,7 @@ Subcommand reportCommand(const Options& options) {
   command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
   command.option("-o,--output", "PAGE", &args->output, "the page to write, HTML").required();
   command.option("--expect", "FIRST..LAST", &args->expected,
-                 "the IDs of the job; tells which are missing, tested twice or not expected");
+                 "the IDs of the job; tells which are missing, damaged, tested twice or not expected");
   command.option("--title", "TEXT", &args->title, "the page's headline").showingPreset();
   command.flag("--force", args->force, "replace an existing file");
   command.run = [args, &options] { return report(*args, options); };

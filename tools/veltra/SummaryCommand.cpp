@@ -62,27 +62,32 @@ int summary(const SummaryArguments& args, const Options& options) {
     return EXIT_USAGE;
   }
   int code = EXIT_DONE;
-  const std::vector<std::string> files = filesOf(args.paths, options, code);
-  if (!hasExpected && complainsOfNoFiles(args.paths, files)) return EXIT_COULD_NOT;
-  const std::vector<Inspect::ResultRow> rows = readJob(files, options, code).rows;
+  const Inspect::FileRun run(filesOf(args.paths, options, code), args.paths, options.maxSize);
+  if (!hasExpected && complainsOfNoFiles(args.paths, run.files())) return EXIT_COULD_NOT;
+  const Inspect::JobFiles job = readJob(run, options, code);
+  if (!hasExpected && complainsOfNoResults(args.paths, job)) return EXIT_COULD_NOT;
+  const std::vector<Inspect::ResultRow>& rows = job.rows;
   Document document;
   document.columns = Inspect::rowColumns();
   document.rows = {"results", rows.size(), [&rows](std::size_t i) { return toJson(rows[i]); }};
   document.text = [&rows] { return tableOf(rows); };
   Inspect::Coverage coverage;
+  document.json = [&] {
+    Json::Value json(Json::objectValue);
+    json["otherFiles"] = static_cast<Json::UInt64>(job.others);
+    if (!hasExpected) return json;
+    json["missing"] = listJson(coverage.missing);
+    json["damaged"] = listJson(coverage.damaged);
+    json["twice"] = listJson(coverage.twice);
+    json["foreign"] = listJson(coverage.foreign);
+    return json;
+  };
   if (hasExpected) {
-    coverage = coverageOf(rows, expected);
-    const std::string lists = listText("Missing", coverage.missing) + listText("Tested twice", coverage.twice) +
-                              listText("Foreign", coverage.foreign);
+    coverage = job.coverageOf(expected);
+    const std::string lists = listText("Missing", coverage.missing) + listText("Damaged", coverage.damaged) +
+                              listText("Tested twice", coverage.twice) + listText("Foreign", coverage.foreign);
     document.text = [&rows, lists] {
       return tableOf(rows) + (lists.empty() ? "All expected IDs were tested once.\n" : lists);
-    };
-    document.json = [&coverage] {
-      Json::Value json(Json::objectValue);
-      json["missing"] = listJson(coverage.missing);
-      json["twice"] = listJson(coverage.twice);
-      json["foreign"] = listJson(coverage.foreign);
-      return json;
     };
     const bool isWhole = options.format == FORMAT_TABLE || options.format == FORMAT_JSON;
     if (!isWhole && !options.quiet && !lists.empty()) complain(lists.substr(0, lists.size() - 1));
@@ -99,7 +104,7 @@ Subcommand summaryCommand(const Options& options) {
   Subcommand command("summary", "One row for each result, in the order of their IDs");
   command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
   command.option("--expect", "FIRST..LAST", &args->expected,
-                 "the IDs of the job; tells which are missing, tested twice or not expected");
+                 "the IDs of the job; tells which are missing, damaged, tested twice or not expected");
   command.run = [args, &options] { return summary(*args, options); };
   return command;
 }

@@ -37,6 +37,12 @@ void addRecords(std::vector<TypeRow>& rows) {
   }
 }
 
+void addFindings(std::vector<TypeRow>& rows) {
+  for (const Inspect::FindingCode code : Inspect::findingCodes()) {
+    rows.push_back({"finding", static_cast<uint32_t>(code), toString(code), meaningOf(code)});
+  }
+}
+
 template <class E>
 void addTexts(const char* kind, std::vector<TypeRow>& rows) {
   for (const Veltra::EnumText<E>& row : Veltra::enumTexts<E>()) {
@@ -48,6 +54,7 @@ std::vector<TypeRow> allRows() {
   std::vector<TypeRow> rows;
   addSections(rows);
   addRecords(rows);
+  addFindings(rows);
   addTexts<Veltra::Status>("Status", rows);
   addTexts<Veltra::ResultType>("ResultType", rows);
   addTexts<Veltra::CableEnd>("CableEnd", rows);
@@ -123,7 +130,7 @@ int types(const std::string& idOrName, const Options& options) {
 
 Subcommand typesCommand(const Options& options) {
   const auto idOrName = std::make_shared<std::string>();
-  Subcommand command("types", "Section types, records and the texts of results and settings");
+  Subcommand command("types", "Section types, records, findings and the texts of results and settings");
   command.place("ID", "ID", idOrName.get(),
                 "one number, decimal or 0x hexadecimal, or one name or a part of it, in any case");
   command.run = [idOrName, &options] { return types(*idOrName, options); };

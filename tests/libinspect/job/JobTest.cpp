@@ -2,8 +2,7 @@
 
 #include <sys/stat.h>
 
-#include <libinspect/job/ManyFiles.h>
-#include <libinspect/job/ResultRows.h>
+#include <libinspect/job/JobFiles.h>
 
 #include "RecordTesting.h"
 
@@ -14,28 +13,60 @@ using Texts = std::vector<std::string>;
 
 TEST(ResultRows, CoverageNamesEachIdOnceAndEveryForeignResult) {
   struct Row {
-    Texts results, missing, twice, foreign;
+    Texts results, damagedResults, lostFiles, missing, damaged, twice, foreign;
     std::vector<int> counts;
   };
   const Row rows[] = {
-      {{}, {"A1", "A2", "A3"}, {}, {}, {0, 0, 0}},
-      {{"A1", "A2", "A3"}, {}, {}, {}, {1, 1, 1}},
-      {{"A2", "A2", "A2", "A1"}, {"A3"}, {"A2"}, {}, {1, 3, 0}},  // a third result names its ID no second time
-      {{"Z9", "A4", "Z9"}, {"A1", "A2", "A3"}, {}, {"Z9", "A4", "Z9"}, {0, 0, 0}},
+      {{}, {}, {}, {"A1", "A2", "A3"}, {}, {}, {}, {0, 0, 0}},
+      {{"A1", "A2", "A3"}, {}, {}, {}, {}, {}, {}, {1, 1, 1}},
+      {{"A2", "A2", "A2", "A1"}, {}, {}, {"A3"}, {}, {"A2"}, {}, {1, 3, 0}},  // a third result names its ID no second
+                                                                              // time
+      {{"Z9", "A4", "Z9"}, {}, {}, {"A1", "A2", "A3"}, {}, {}, {"Z9", "A4", "Z9"}, {0, 0, 0}},
+      {{"A1"}, {"A1", "A2", "Z9"}, {"x/A3.vres", "A4.vres"}, {}, {"A2", "A3"}, {}, {"Z9"}, {1, 0, 0}},
+      {{}, {}, {"A1.recovered.vres", "A1x.vres", "A2"}, {"A1", "A3"}, {"A2"}, {}, {}, {0, 0, 0}},
   };
   CableIdSet expected;
   std::string error;
   ASSERT_TRUE(parseExpected("A1..A3", expected, error)) << error;
   for (const Row& row : rows) {
-    SCOPED_TRACE(testing::PrintToString(row.results));
-    std::vector<ResultRow> results(row.results.size());
-    for (std::size_t i = 0; i < results.size(); ++i) results[i].summary.resultName = row.results[i];
-    const Coverage coverage = coverageOf(results, expected);
+    SCOPED_TRACE(testing::PrintToString(row.results) + testing::PrintToString(row.lostFiles));
+    std::vector<ResultRow> results;
+    for (const Texts* ids : {&row.results, &row.damagedResults}) {
+      for (const std::string& id : *ids) {
+        results.push_back({"", {}, ids == &row.damagedResults});
+        results.back().summary.resultName = id;
+      }
+    }
+    const Coverage coverage = coverageOf(results, row.lostFiles, expected);
     EXPECT_EQ(coverage.missing, row.missing);
+    EXPECT_EQ(coverage.damaged, row.damaged);
     EXPECT_EQ(coverage.twice, row.twice);
     EXPECT_EQ(coverage.foreign, row.foreign);
     EXPECT_EQ(coverage.results, row.counts);
   }
+}
+
+TEST(JobFiles, WhatWasReadBeforeAnErrorIsNotIntact) {
+  CableIdSet expected;
+  std::string error;
+  ASSERT_TRUE(parseExpected("A1..A3", expected, error)) << error;
+  const FileRun run({}, {"notes.txt"}, 0);
+  JudgedFile result, other;
+  result.hasSummary = true;
+  other.state = FileState::OTHER;
+  const ReadOutcome isRead, hasFailed = {ReadOutcome::COULD_NOT, "read error"};
+  JobFiles job;
+  result.summary.resultName = "A1";
+  job.add("first", hasFailed, &result, run);
+  result.summary.resultName = "A2";
+  job.add("second", isRead, &result, run);
+  job.add("A3.vres", hasFailed, nullptr, run);
+  job.add("notes.txt", isRead, &other, run);
+  job.add("folder/notes.txt", isRead, &other, run);
+  EXPECT_EQ(job.unread, (Texts{"first", "A3.vres", "notes.txt"}));
+  EXPECT_EQ(job.others, 1u);
+  EXPECT_EQ(job.coverageOf(expected).damaged, (Texts{"A1", "A3"}));
+  EXPECT_EQ(job.coverageOf(expected).results, (std::vector<int>{0, 1, 0}));
 }
 
 TEST(ManyFiles, OfAFolderRegularFilesAndLinksToThem) {

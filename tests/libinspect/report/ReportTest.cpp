@@ -20,7 +20,7 @@ using Veltra::ScaledInt;
 
 ResultRow row(const std::string& id, Veltra::Status status, const std::string& length, const std::string& headroom,
               Veltra::ResultType type = Veltra::RESULT_TYPE_COPPER) {
-  ResultRow row{"job/" + id + ".vres", {}};
+  ResultRow row{"job/" + id + ".vres", {}, false};
   row.summary.resultName = id;
   row.summary.status = status;
   row.summary.resultType = type;
@@ -270,12 +270,12 @@ TEST(Report, WorstFirstMediaApart) {
               row("A5", static_cast<Veltra::Status>(5), "1", "9.0"),
               row("A6", Veltra::STATUS_PASS, "1", "1.0"),
               row("B1", Veltra::STATUS_FAIL, "1", "-1.0", Veltra::RESULT_TYPE_FIBER)};
-  job.notes.push_back({"job/A6.vres", true, {}, 0, ""});
+  job.rows[5].isDamaged = true;
   const Report report = reportOf(job);
   ASSERT_EQ(report.media.size(), 2u);
   std::string order;
   for (const ReportRow& made : report.media[0].rows)
-    order += made.result->summary.resultName + (made.isDamaged ? "! " : " ");
+    order += made.result->summary.resultName + (made.result->isDamaged ? "! " : " ");
   EXPECT_EQ(order, "A5 A4 A2 A3 A6! A1 ");
   EXPECT_EQ(report.media[1].name, "Fibre");
   // The order is the one verdicts are merged in.

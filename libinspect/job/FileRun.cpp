@@ -1,0 +1,57 @@
+#include <libinspect/job/FileRun.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+
+#include <libinspect/records/FileJudge.h>
+
+namespace Inspect {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string extensionOf(const std::string& file) {
+  std::string extension = fs::path(file).extension().string();
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); });
+  return extension;
+}
+
+}  // namespace
+
+FileRun::FileRun(std::vector<std::string> files, const std::vector<std::string>& named, uint64_t maxSize)
+    : _files(std::move(files)), _named(named.begin(), named.end()), _maxSize(maxSize) {
+  for (const std::string& file : _files) ++_names[fs::path(file).filename().string()];
+}
+
+bool FileRun::sharesName(const std::string& file) const {
+  const auto found = _names.find(fs::path(file).filename().string());
+  return found != _names.end() && found->second > 1;
+}
+
+bool FileRun::isNamedAsResult(const std::string& file) const {
+  const std::string extension = extensionOf(file);
+  if (extension.empty()) return false;
+  const std::lock_guard<std::mutex> lock(_mutex);
+  const auto [found, isNew] = _extensions.emplace(extension, false);
+  if (isNew) found->second = hasResultNamed(extension);
+  return found->second;
+}
+
+bool FileRun::hasResultNamed(const std::string& extension) const {
+  ByteSource source;
+  std::string error;
+  std::error_code unreadable;
+  source.setLimit(_maxSize);
+  return std::any_of(_files.begin(), _files.end(), [&](const std::string& file) {
+    // A pipe can be read only once.
+    if (extensionOf(file) != extension || !fs::is_regular_file(file, unreadable) || !source.open(file, error)) {
+      return false;
+    }
+    const JudgedFile judged = judge(source);
+    return judged.hasSummary && judged.state == FileState::INTACT && !source.hasFailed();
+  });
+}
+
+}  // namespace Inspect

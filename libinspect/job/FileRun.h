@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace Inspect {
+
+/// The files of one run of a command: what is said of a file because of the others.
+class FileRun {
+ public:
+  /// @param files    all of them
+  /// @param named    what was named: those files of which it is not enough to be found in a folder
+  /// @param maxSize  larger files are not looked into; 0: no limit
+  FileRun(std::vector<std::string> files, const std::vector<std::string>& named, uint64_t maxSize);
+
+  const std::vector<std::string>& files() const { return _files; }
+  bool isNamed(const std::string& file) const { return _named.count(file) > 0; }
+  /// Whether another file has the same name, in another folder.
+  bool sharesName(const std::string& file) const;
+  /// Whether an intact result has the extension of this file, in any case of letters. The first question for an
+  /// extension reads files that have it until one is a result. From any thread.
+  bool isNamedAsResult(const std::string& file) const;
+
+ private:
+  bool hasResultNamed(const std::string& extension) const;
+
+  std::vector<std::string> _files;
+  std::unordered_set<std::string> _named;
+  std::unordered_map<std::string, unsigned> _names;
+  uint64_t _maxSize;
+  mutable std::mutex _mutex;  // guards what follows
+  mutable std::map<std::string, bool> _extensions;
+};
+
+}  // namespace Inspect

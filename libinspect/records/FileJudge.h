@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+#include <libcrossplatform/common/ResultSummary.h>
+#include <libinspect/container/ContainerWalk.h>
+#include <libinspect/records/RecordView.h>
+
+namespace Inspect {
+
+/// How closely a file is looked at. Each finds all that those before it find.
+enum class Examination {
+  QUICK,     ///< headers only
+  ORDINARY,  ///< CRCs, and the result summary is decoded
+  DEEP,      ///< every compressed section is inflated and known records are decoded, up to 1 MiB of them
+};
+
+enum class FileState {
+  INTACT,
+  DAMAGED,  ///< there is a finding of damage
+  OTHER,    ///< no container, and nothing that a lost result would leave
+};
+/// "intact", "damaged" or "not a container".
+const char* toString(FileState state);
+
+/// What a file is and what is wrong with it. All commands that speak of damage take their word from here.
+struct JudgedFile {
+  ContainerReport report;  ///< of an OTHER file: why it is no container
+  FileState state = FileState::INTACT;
+  std::string kind;         ///< judged by its first section: "result file", "limit database package", ...
+  bool hasSummary = false;  ///< the result summary below was read
+  Veltra::ResultSummary summary;
+  uint64_t deepFindings = 0;  ///< how many of the findings DEEP alone has found
+};
+
+/// Whether the name of a file speaks for a result: other results of the same run have its extension.
+using IsNamedAsResult = std::function<bool(const std::string& path)>;
+
+/// Judges a file. Memory use does not depend on its size or claims.
+/// @param isNamedAsResult  asked of a file that is no container and does not look lost; may be empty
+JudgedFile judge(const ByteSource& source, Examination examination = Examination::ORDINARY,
+                 const IsNamedAsResult& isNamedAsResult = {});
+
+/// "NAME: not a container: expected ..., found ...", of an OTHER file.
+std::string noContainerText(const JudgedFile& file);
+
+/// The JSON form: file, kind, sizes, sections, findings and the summary's members.
+Json::Value toJson(const JudgedFile& file);
+
+}  // namespace Inspect
