@@ -19,3 +19,12 @@ ls "$pages/tools/veltra/examples" | sed 's/[.]txt$//' > examples.txt
 t diff examples.txt commands.txt
 sed -n '/^## The veltra command/,/^Answers/s/^| \(`.*`\) |.*/\1/p' "$pages/README.md" | grep -o '[a-z]*' | sort > readme.txt
 t diff readme.txt commands.txt
+# Every finding stands on its page under its name, with a line that doctor prints.
+veltra types -f csv | sed -n 's/^finding,[0-9]*,\(.*\),\(.*\)$/\1 \2/p' > findings.txt
+sed -n 's/^## \([EW][0-9][0-9] .*\)/\1/p' "$pages/docs/findings.md" > page.txt
+t diff page.txt findings.txt
+sed -n 's/^    //p' "$pages/docs/findings.md" > examples.txt
+cp "${script%pages.sh}doctor.expected" printed.txt
+t grep -vxFf printed.txt examples.txt
+sed 's/.*: \([EW][0-9][0-9] [^:]*\): expected.*/\1/' examples.txt > shown.txt
+t diff shown.txt findings.txt

@@ -68,7 +68,7 @@ echo ${key}0 > key
 
 # The command, its pages and its completions are where the system looks for them.
 "$scratch/prefix/bin/veltra" --version > /dev/null
-for file in man/man1/veltra.1 man/man1/veltra-doctor.1 bash-completion/completions/veltra zsh/site-functions/_veltra; do
+for file in man/man1/veltra.1 man/man1/veltra-doctor.1 man/man7/veltra-findings.7 bash-completion/completions/veltra zsh/site-functions/_veltra; do
   [[ -s $scratch/prefix/share/$file ]] || die "share/$file is not installed"
 done
 say "$(wc -l < headers) public headers, CMake package and veltracommon.pc work from a moved prefix."

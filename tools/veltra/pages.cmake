@@ -1,4 +1,4 @@
-# Man pages and completions, made by the command itself from its own help. Without help2man there are no man pages.
+# Man pages and completions, made by the command itself from its own help. Without help2man there are none of commands.
 find_program(HELP2MAN help2man)
 set(VELTRA_PAGES ${CMAKE_CURRENT_BINARY_DIR}/pages)
 file(MAKE_DIRECTORY ${VELTRA_PAGES})
@@ -9,6 +9,15 @@ add_custom_command(OUTPUT ${made} DEPENDS veltra
   COMMAND veltra completion zsh > ${VELTRA_PAGES}/_veltra)
 install(FILES ${VELTRA_PAGES}/veltra.bash RENAME veltra DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES ${VELTRA_PAGES}/_veltra DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+
+# What findings mean is written once, as a page.
+set(page ${VELTRA_PAGES}/veltra-findings.7)
+set(make_findings ${CMAKE_CURRENT_SOURCE_DIR}/veltra/make-findings-page)
+set(findings ${PROJECT_SOURCE_DIR}/docs/findings.md)
+add_custom_command(OUTPUT ${page} DEPENDS ${make_findings} ${findings} VERBATIM
+  COMMAND ${make_findings} "veltra ${PROJECT_VERSION}" ${findings} > ${page})
+list(APPEND made ${page})
+install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
 
 if(HELP2MAN)
   set(page ${VELTRA_PAGES}/veltra.1)
@@ -24,6 +33,6 @@ if(HELP2MAN)
   endforeach()
   install(DIRECTORY ${VELTRA_PAGES}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 FILES_MATCHING PATTERN "*.1")
 else()
-  message(STATUS "help2man was not found: no man pages are made")
+  message(STATUS "help2man was not found: no man pages of commands are made")
 endif()
 add_custom_target(veltra_pages ALL DEPENDS ${made})
