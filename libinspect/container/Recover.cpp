@@ -137,10 +137,14 @@ class Search {
     loseHeader(section.offset);
     const uint64_t begin = section.payloadOffset(), left = _source.size() - begin;
     const uint32_t size = section.header.dataSize;
-    _isSummaryLost = _isSummaryLost || section.header.type == PFile::SECTION_RESULT_SUMMARY;
+    _isSummaryLost = _isSummaryLost || isSummary(section.header);
     _next = std::max(_next, begin + std::min<uint64_t>(size, left));
     section.number = _number++;
     if (isNoted()) _recovery.lostSections.push_back({section, true, whyLost(section)});
+  }
+
+  static bool isSummary(const PFile::Header& header) {
+    return header.magic == PFile::Header::MAGIC && header.type == PFile::SECTION_RESULT_SUMMARY;
   }
 
   Finding whyLost(const SectionInfo& section) const {
@@ -162,11 +166,12 @@ class Search {
     section.offset = _next;
     section.number = _number++;
     _next = end;
-    if (!isNoted()) return;
     uint8_t bytes[PFile::Header::BYTES] = {};
     const std::size_t got = _source.readAside(section.offset, bytes, sizeof bytes);
     Marshal::ByteStreamReader in(bytes, sizeof bytes);
     section.header.deserialize(in);
+    _isSummaryLost = _isSummaryLost || isSummary(section.header);  // damaged as it is, it may still tell
+    if (!isNoted()) return;
     Finding why = {E05_TRUNCATED, section.offset, section.number, fmt::format("{} bytes of header", sizeof bytes),
                    fmt::format("{} bytes", got)};
     if (got == sizeof bytes) {

@@ -19,8 +19,6 @@ struct LostSection {
   SectionInfo section;    ///< numbered as in the input; of a header that does not verify only number and offset count
   bool hasHeader = true;  ///< its header verifies: its type is known
   Finding why;
-
-  bool isSummary() const { return hasHeader && section.header.type == PFile::SECTION_RESULT_SUMMARY; }
 };
 Json::Value toJson(const LostSection& lost);
 

@@ -27,6 +27,8 @@ t cmp whole.vres whole.new
 t veltra recover unclosed.vres -o whole.new
 t veltra recover unclosed.vres -o whole.new --force
 t cmp whole.vres whole.new
+head -c 96 header-crc.vres > alone.vres
+t veltra recover alone.vres -o alone.new
 t veltra recover cut.vres -o cut2.new -f jsonl
 t veltra recover cut.vres -o cut3.new -f csv
 t veltra doctor summary.new
