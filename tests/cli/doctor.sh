@@ -27,9 +27,12 @@ damaged w03-after && echo more >> "$file"
 damaged w04-count && patch "$file" 95 80 && data_crc "$file" 24 52
 damaged w05-magic && patch "$file" 24 4747 && header_crc "$file" 24
 # A package of zeros is no package; a record of more than 8 MiB is not decoded.
-echo '{"version": "V1.0", "databases": [{"path": "x"}]}' | veltra manifest new - -o lot/sub/package.pkg
-size=$(($(stat -c %s lot/sub/package.pkg) - 44))
-truncate -s 44 lot/sub/package.pkg && truncate -s $((size + 44)) lot/sub/package.pkg && data_crc lot/sub/package.pkg 24 $size
+for kind in limit cable; do
+  echo '{"version": "V1.0", "databases": [{"path": "x"}]}' |
+    veltra manifest new - -o lot/sub/$kind.pkg $([[ $kind == limit ]] || echo --cable)
+  size=$(($(stat -c %s lot/sub/$kind.pkg) - 44))
+  truncate -s 44 lot/sub/$kind.pkg && truncate -s $((size + 44)) lot/sub/$kind.pkg && data_crc lot/sub/$kind.pkg 24 $size
+done
 tail -c +45 lot/whole.vres | head -c 52 > large.bin && truncate -s 8388609 large.bin
 echo '{"summary": {}, "sections": [{"type": 301, "version": 3, "payload": "large.bin"}]}' > large.json
 veltra pack large.json -o lot/sub/w06-large.vres > /dev/null
@@ -55,7 +58,7 @@ mkdir -p mixed/sub
 cp lot/whole.vres mixed/whole.VRES
 cp trace.bin mixed/notes.txt && echo '<!DOCTYPE html>' > mixed/page.html && echo no > mixed/sub/no
 : > mixed/empty.bin && truncate -s 300000 mixed/zeros.bin && printf PF > mixed/begun.bin && cp trace.bin mixed/lost.vres
-head -c 131060 /dev/zero | tr '\0' x | cat - lot/whole.vres > mixed/within.bin
+(head -c 131060 /dev/zero | tr '\0' x && head -c 24 lot/whole.vres) > mixed/within.bin
 cp lot/sub/e04-data.vres mixed/same.vres && cp lot/sub/e03-header.vres mixed/sub/same.vres
 t veltra doctor -r mixed
 t veltra doctor mixed/notes.txt mixed/lost.vres -f json
@@ -76,7 +79,7 @@ veltra doctor -r mixed --deep -f csv 2> deep.err | awk -F, '$4 ~ /^E/ { print $1
 t diff doctor.txt deep.txt
 t cat deep.err
 veltra doctor -r mixed --deep -f json 2> /dev/null | tail -n 4
-t veltra manifest show lot/sub/package.pkg
+t veltra manifest show lot/sub/limit.pkg
 
 : > empty.vres
 t veltra info lot/sub/e01-unclosed.vres lot/sub/e03-header.vres lot/sub/e04-data.vres empty.vres

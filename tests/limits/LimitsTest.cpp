@@ -218,18 +218,21 @@ TEST_F(Limits, WhatIsDoneFollowsTheSizeOfAHostileFile) {
 #ifdef VELTRA_HAS_INSPECT
 TEST_F(Limits, NoLargeSectionIsHeldInMemory) {
   constexpr uint32_t LARGE = 64 * MIB;
-  const Bytes record = HostileFiles::settingsRecord("1");
-  Bytes payload = record;
-  payload.resize(LARGE);
-  const std::pair<uint16_t, uint16_t> kinds[] = {
-      {104, 0}, {301, PFile::SECTION_FLAG_COMPRESS}, {SECTION_RESULT_SUMMARY, 0}, {PFile::SECTION_LIMIT_MANIFEST, 0}};
-  for (const auto& [type, flags] : kinds) {
+  const Bytes record = HostileFiles::settingsRecord("1"), other(100, 'x');
+  const std::tuple<uint16_t, uint16_t, const Bytes&> kinds[] = {{104, 0, record},
+                                                                {301, 0, other},
+                                                                {301, PFile::SECTION_FLAG_COMPRESS, other},
+                                                                {SECTION_RESULT_SUMMARY, 0, record},
+                                                                {PFile::SECTION_LIMIT_MANIFEST, 0, other}};
+  for (const auto& [type, flags, data] : kinds) {
     SCOPED_TRACE(type);
+    Bytes payload = data;
+    payload.resize(LARGE);
     PFile::Header header;
     header.set(type, 1, flags, 0, LARGE, payload.data());
     const auto head = header.bytes();
     Bytes begin(head.begin(), head.end());
-    begin.insert(begin.end(), record.begin(), record.end());
+    begin.insert(begin.end(), data.begin(), data.end());
     RecordTesting::writeFile(path, HostileFiles::closedFile(begin));
     std::filesystem::resize_file(path, HostileFiles::FILE_HEADER_BYTES + PFile::Header::BYTES + uint64_t{LARGE});
     startCounting();
