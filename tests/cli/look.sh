@@ -43,6 +43,7 @@ t veltra types 0x510003
 t veltra types "OLTS Set Reference Wizard" -f jsonl
 t veltra types nothing
 t veltra types otdr_SPAN
+t veltra types e11 -f jsonl
 t veltra types pon
 
 # Tables end, and are right, in every locale. What it cannot show is escaped, also in the command to run next.

@@ -2,6 +2,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <optional>
 
 #include <fmt/format.h>
 
@@ -17,7 +18,7 @@ namespace {
 
 struct TypeRow {
   std::string kind;
-  uint32_t id;
+  std::optional<uint32_t> id;  ///< findings are known by name alone
   std::string name;
   std::string more;
 };
@@ -39,7 +40,7 @@ void addRecords(std::vector<TypeRow>& rows) {
 
 void addFindings(std::vector<TypeRow>& rows) {
   for (const Inspect::FindingCode code : Inspect::findingCodes()) {
-    rows.push_back({"finding", static_cast<uint32_t>(code), toString(code), meaningOf(code)});
+    rows.push_back({"finding", std::nullopt, toString(code), meaningOf(code)});
   }
 }
 
@@ -77,7 +78,7 @@ std::vector<TypeRow> allRows() {
 Json::Value toJson(const TypeRow& row) {
   Json::Value json(Json::objectValue);
   json["kind"] = row.kind;
-  json["id"] = row.id;
+  json["id"] = row.id ? Json::Value(*row.id) : Json::Value();
   json["name"] = row.name == "-" ? Json::Value() : Json::Value(row.name);
   json["more"] = row.more == "-" ? Json::Value() : Json::Value(row.more);
   return json;
@@ -86,8 +87,8 @@ Json::Value toJson(const TypeRow& row) {
 std::string tableOf(const std::vector<TypeRow>& rows) {
   Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}});
   for (const TypeRow& row : rows) {
-    table.add({row.kind, row.kind == "record" ? fmt::format("0x{:06x}", row.id) : std::to_string(row.id), row.name,
-               row.more});
+    const std::string id = !row.id ? "-" : fmt::format(row.kind == "record" ? "0x{:06x}" : "{}", *row.id);
+    table.add({row.kind, id, row.name, row.more});
   }
   return table.text();
 }
