@@ -13,7 +13,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/VeltraCommonConfigVersion
 install(FILES ${PROJECT_BINARY_DIR}/VeltraCommonConfig.cmake ${PROJECT_BINARY_DIR}/VeltraCommonConfigVersion.cmake
   DESTINATION ${VELTRA_PACKAGE_DIR})
 
-# The prefix is told from where the .pc file lies, so that an installed tree can be moved.
+# The prefix follows from the place of the .pc file, so that an installed tree can be moved.
 cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_LIBDIR BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE libdir)
 cmake_path(ABSOLUTE_PATH CMAKE_INSTALL_INCLUDEDIR BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE includedir)
 cmake_path(RELATIVE_PATH libdir BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX} OUTPUT_VARIABLE VELTRA_PC_LIBDIR)

@@ -35,7 +35,7 @@ function(veltra_flags target)
 endfunction()
 
 # Tests, replays and their helpers: the same flags, but not optimised, which costs more than it saves. What they test is
-# optimised as ever.
+# optimised as usual.
 function(veltra_test_flags target)
   veltra_flags(${target})
   if(NOT VELTRA_FUZZ)

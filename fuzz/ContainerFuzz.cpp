@@ -14,7 +14,7 @@ using namespace PFile;
 
 namespace {
 
-/// A reader of a file does not tell where it is.
+/// A file reader has no position to ask for.
 void checkPosition(FileReader&, std::size_t) {}
 void checkPosition(MemReader& reader, std::size_t at) {
   FUZZ_CHECK(reader.seek(0, Marshal::STREAM_FROM_CURRENT) == static_cast<int>(at));

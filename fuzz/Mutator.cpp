@@ -37,7 +37,7 @@ bool beginsWith(const uint8_t* data, std::size_t size, uint16_t word) {
   return size >= sizeof word && Marshal::loadBig<uint16_t>(data) == word;
 }
 
-/// A record whose length is wrong is given up at its end: most of the time the length is made right.
+/// Readers reject a record with a wrong length, so most of the time the length is corrected.
 void repairRecord(uint8_t* data, std::size_t size, Random& random) {
   if (size < Marshal::Header::BYTES || random.oneIn(8)) return;
   data[2] = Marshal::Header::FORMAT;

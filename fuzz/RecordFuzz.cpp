@@ -120,7 +120,7 @@ void Fuzz::runTarget(const Input& input) {
   });
   if (status == Marshal::STREAM_OK) return;
   forEach(PlainRecords(), [&](auto record) { check(input, record); });
-  forEach(RecordList<int, unsigned, float, std::string>(),
+  forEach(Types<int, unsigned, float, std::string>(),
           [&](auto value) { checkTweak<typename decltype(value)::type>(input); });
   guarded([&] { checkMeasurements(input); });
 }

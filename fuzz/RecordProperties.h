@@ -26,7 +26,7 @@
 namespace Fuzz {
 
 template <class... Records>
-struct RecordList {};
+struct Types {};
 template <class Record>
 struct Type {
   using type = Record;
@@ -34,22 +34,21 @@ struct Type {
 
 /// Compared with Veltra::recordTypes() by the target Record.
 using HeadedRecords =
-    RecordList<Veltra::ResultSummary, Veltra::ResultSummaryList, Veltra::EquipmentInformation,
-               Veltra::InstrumentSettings, Veltra::OrbelSettings, Veltra::FolderMetadataList, Veltra::DatabaseVersion,
-               Veltra::DatabaseDescriptorList, Veltra::DatabasePackageManifestSummary, Veltra::DatabasePackageManifest,
-               FibDbus::OtdrSpan>;
+    Types<Veltra::ResultSummary, Veltra::ResultSummaryList, Veltra::EquipmentInformation, Veltra::InstrumentSettings,
+          Veltra::OrbelSettings, Veltra::FolderMetadataList, Veltra::DatabaseVersion, Veltra::DatabaseDescriptorList,
+          Veltra::DatabasePackageManifestSummary, Veltra::DatabasePackageManifest, FibDbus::OtdrSpan>;
 /// Those that stand inside others, or alone, without a header.
-using PlainRecords = RecordList<Veltra::ScaledInt, Veltra::DisplayMeas, Veltra::ToleranceMeas, Veltra::Celsius,
-                                Veltra::CustomerDatabaseVersion, Veltra::DatabaseDescriptor, Veltra::FolderMetadata,
-                                Veltra::ResultPathSummary, Veltra::ResultPathSummaryList, PFile::Header>;
+using PlainRecords = Types<Veltra::ScaledInt, Veltra::DisplayMeas, Veltra::ToleranceMeas, Veltra::Celsius,
+                           Veltra::CustomerDatabaseVersion, Veltra::DatabaseDescriptor, Veltra::FolderMetadata,
+                           Veltra::ResultPathSummary, Veltra::ResultPathSummaryList, PFile::Header>;
 /// Those with a fromJson().
-using JsonRecords = RecordList<Veltra::Celsius, Veltra::EquipmentInformation, Veltra::CustomerDatabaseVersion,
-                               Veltra::DatabasePackageManifestSummary, Veltra::InstrumentSettings,
-                               Veltra::OrbelSettings, FibDbus::OtdrSpan>;
+using JsonRecords =
+    Types<Veltra::Celsius, Veltra::EquipmentInformation, Veltra::CustomerDatabaseVersion,
+          Veltra::DatabasePackageManifestSummary, Veltra::InstrumentSettings, Veltra::OrbelSettings, FibDbus::OtdrSpan>;
 
 /// Calls `visit` with the Type of each record. A listed fatal assertion ends one of the calls, not the others.
 template <class... Records, class Visit>
-void forEach(RecordList<Records...>, const Visit& visit) {
+void forEach(Types<Records...>, const Visit& visit) {
   (guarded([&] { visit(Type<Records>()); }), ...);
 }
 

@@ -95,11 +95,11 @@ void DatabaseDescriptorList::fields(Fields& f) {
     if (count == 0 || count > MAX_ENTRIES) return f.fail(Marshal::STREAM_WRONG_ELEMENT);
     for (uint32_t i = 0; i < count && f.ok(); ++i) {
       auto descriptor = std::make_unique<DatabaseDescriptor>();
-      f.record("element", *descriptor);
+      f.record(Marshal::ELEMENT_NAME, *descriptor);
       if (f.ok()) add(std::move(descriptor));
     }
   } else {
-    for (const std::unique_ptr<DatabaseDescriptor>& d : *this) f.record("element", *d);
+    for (const std::unique_ptr<DatabaseDescriptor>& d : *this) f.record(Marshal::ELEMENT_NAME, *d);
   }
 }
 

@@ -47,6 +47,18 @@ bool valueOf(const EnumText<E> (&table)[N], std::string_view text, E& out) {
   return false;
 }
 
+/// Value of the row that prints as `text`, a text that is only shown included.
+/// @return false, with `out` unchanged, when there is none
+template <class E>
+bool valueShownAs(std::string_view text, E& out) {
+  for (const EnumText<E>& row : enumTexts<E>()) {
+    if (text != row.text) continue;
+    out = row.value;
+    return true;
+  }
+  return false;
+}
+
 /// For static_assert: no value and no text occurs twice.
 template <class E, std::size_t N>
 constexpr bool isOneToOne(const EnumText<E> (&table)[N]) {

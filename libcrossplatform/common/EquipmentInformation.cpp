@@ -13,8 +13,6 @@ namespace {
 
 constexpr char SOURCE[] = "libcrossplatform/common/EquipmentInformation";
 constexpr char CLASS_NAME[] = "EquipmentInformation";
-constexpr char KEY_CLASS_NAME[] = "_className";
-constexpr char KEY_CLASS_VERSION[] = "_classVersion";
 
 /// Assigns a text and only then reports one that is too long: it stays, because callers rely on what they set.
 void assignText(std::string& member, const char* text, const char* expression, int line) {

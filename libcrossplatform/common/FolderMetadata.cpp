@@ -65,11 +65,11 @@ void FolderMetadataList::fields(Fields& f) {
     for (uint16_t i = 0; i < count && f.ok(); ++i) {
       FolderMetadata folder;
       ListedFolder listed{folder};
-      f.record("element", listed);
+      f.record(Marshal::ELEMENT_NAME, listed);
       if (f.ok()) _folders.push_back(std::move(folder));
     }
   } else {
-    for (FolderMetadata& folder : _folders) f.record("element", folder);
+    for (FolderMetadata& folder : _folders) f.record(Marshal::ELEMENT_NAME, folder);
   }
 }
 

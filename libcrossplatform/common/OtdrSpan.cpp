@@ -1,5 +1,6 @@
 #include <libcrossplatform/common/OtdrSpan.h>
 
+#include <libcrossplatform/common/internal/JsonMembers.h>
 #include <libcrossplatform/common/jsonutil.h>
 #include <libcrossplatform/serialization/FieldCodec.h>
 
@@ -8,7 +9,6 @@ namespace {
 
 constexpr char SOURCE[] = "libcrossplatform/common/OtdrSpan";
 constexpr char CLASS_NAME[] = "OtdrSpan";
-constexpr char KEY_CLASS_NAME[] = "_className";
 constexpr char KEY_SPAN_START[] = "spanStart";
 constexpr char KEY_SPAN_END[] = "spanEnd";
 
@@ -41,8 +41,8 @@ Marshal::StreamOpStatus OtdrSpan::deserialize(Marshal::IObjectReader& in) {
 
 Json::Value OtdrSpan::toJson(const Dump::DumpFlags&) const {
   Json::Value object(Json::objectValue);
-  object[KEY_CLASS_NAME] = CLASS_NAME;
-  object["_classVersion"] = CLASS_VERSION;
+  object[Veltra::KEY_CLASS_NAME] = CLASS_NAME;
+  object[Veltra::KEY_CLASS_VERSION] = CLASS_VERSION;
   object[KEY_SPAN_START] = spanStart.toString();
   object[KEY_SPAN_END] = spanEnd.toString();
   return object;
@@ -51,9 +51,9 @@ Json::Value OtdrSpan::toJson(const Dump::DumpFlags&) const {
 bool OtdrSpan::fromJson(const Json::Value& value, const char* key) {
   const Json::Value* const object = Veltra::jsonMember(value, key);
   if (object == nullptr || !object->isObject()) return false;
-  const auto className = Veltra::stringFromJson(*object, KEY_CLASS_NAME);
+  const auto className = Veltra::stringFromJson(*object, Veltra::KEY_CLASS_NAME);
   if (!className) {
-    Veltra::logJsonFailure(SOURCE, 92, KEY_CLASS_NAME);
+    Veltra::logJsonFailure(SOURCE, 92, Veltra::KEY_CLASS_NAME);
     return false;
   }
   // Another class is not logged: services pass one document to several readers.

@@ -52,11 +52,11 @@ class RecordList {
     if constexpr (Fields::READING) {
       for (uint16_t i = 0; i < count && f.ok(); ++i) {
         auto element = std::make_unique<T>();
-        f.record("element", *element, Marshal::STREAM_WRONG_ELEMENT);
+        f.record(Marshal::ELEMENT_NAME, *element, Marshal::STREAM_WRONG_ELEMENT);
         if (f.ok()) _elements.push_back(std::move(element));
       }
     } else {
-      for (const std::unique_ptr<T>& element : _elements) f.record("element", *element);
+      for (const std::unique_ptr<T>& element : _elements) f.record(Marshal::ELEMENT_NAME, *element);
     }
   }
 

@@ -61,13 +61,13 @@ class VELTRA_EXPORT Header {
   template <class Fields>
   VELTRA_ALWAYS_INLINE void write(Fields& f, uint32_t at) {
     fields(f);
-    setBodyBehind(at);
+    setBodyAfter(at);
   }
   template <class Fields>
   VELTRA_ALWAYS_INLINE StreamOpStatus read(Fields& f, uint32_t at) {
     f.group("header", *this);
     if (f.streamStatus() != STREAM_OK) return STREAM_SHORT;
-    setBodyBehind(at);
+    setBodyAfter(at);
     if (_marker != MARKER || _format == 0) return STREAM_NOT_A_HEADER;
     return _format > FORMAT ? STREAM_TOO_NEW : STREAM_OK;
   }
@@ -83,7 +83,7 @@ class VELTRA_EXPORT Header {
     f.u16("classId", _id.classId);
     f.u32("length", _length);
   }
-  void setBodyBehind(uint32_t at) { _bodyAt = at == IObjectWriter::NO_POSITION ? at : at + BYTES; }
+  void setBodyAfter(uint32_t at) { _bodyAt = at == IObjectWriter::NO_POSITION ? at : at + BYTES; }
 
   SerialTypeID _id;
   uint32_t _length = 0;

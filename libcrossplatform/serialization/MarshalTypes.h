@@ -36,11 +36,13 @@ struct SerialTypeID {
   }
 };
 
+constexpr char ELEMENT_NAME[] = "element";  ///< field name of each element of a list record
+
 constexpr uint16_t SYSTEM_VELTRA_COMMON = 0x51;  ///< this library's own records
 constexpr uint16_t SYSTEM_FIBRE = 0x41;          ///< records of the fibre services
 
-/// Name of a record's combined id in logs and dumps; empty for an id without one. The names are in
-/// common/RecordTypes.cpp; two of them differ from the class names.
+/// Name of a record's combined id in logs and dumps; empty for an id without one. Two names differ
+/// from the class names. Defined with the records themselves, which this folder does not know.
 VELTRA_EXPORT const char* veltraCommonIdToString(uint32_t combinedId);
 
 /// Name of a system range; empty for every range this library's records use.

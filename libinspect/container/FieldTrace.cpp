@@ -20,8 +20,6 @@ Json::Value jsonOf(float v) {
   return std::isfinite(v) ? Json::Value(std::strtod(fmt::format("{}", v).c_str(), nullptr)) : Json::Value();
 }
 
-constexpr char ELEMENT[] = "element";  // the name that list records give each element
-
 }  // namespace
 
 // Names go on to the stream below, which may record the fields itself.
@@ -35,7 +33,7 @@ void TracingReader::beginRecord(const char* name) {
   _in.beginRecord(name);
   if (_refusesOpenRuns) return;
   std::string segment = name;
-  if (segment == ELEMENT) segment += "[" + std::to_string(_elements[_path]++) + "]";
+  if (segment == Marshal::ELEMENT_NAME) segment += "[" + std::to_string(_elements[_path]++) + "]";
   _path.push_back(segment);
 }
 

@@ -22,20 +22,10 @@ namespace {
 constexpr uint64_t MAX_PAYLOAD = std::numeric_limits<int32_t>::max();  // the most that every reader can address
 
 template <class E>
-bool enumFromText(const std::string& text, E& out) {
-  for (const Veltra::EnumText<E>& row : Veltra::enumTexts<E>()) {
-    if (text != row.text) continue;
-    out = row.value;
-    return true;
-  }
-  return false;
-}
-
-template <class E>
 void enumeration(ObjectReader& in, const char* key, E& out) {
   std::string text = toString(out);
   in.text(key, text);
-  if (in.ok() && !enumFromText(text, out))
+  if (in.ok() && !Veltra::valueShownAs(text, out))
     in.fail(key, text, "a text the library prints, such as \"" + std::string(toString(out)) + "\"");
 }
 

@@ -14,7 +14,6 @@ namespace Inspect {
 
 /// How to read many files.
 struct ReadingOptions {
-  bool recursive = false;                          ///< look into directories
   unsigned threads = 0;                            ///< 0: one per core
   uint64_t maxSize = 0;                            ///< larger files are skipped; 0: no limit
   std::function<void(uint64_t expected)> onBegin;  ///< receives the bytes of all files; may be empty, like the next two

@@ -14,7 +14,7 @@ namespace {
 constexpr auto LIMITS = static_cast<DATABASE_TYPE>(7);
 constexpr auto CABLES = static_cast<DATABASE_TYPE>(-7);
 
-/// Bytes of a descriptor in front of its path: the version record and the type.
+/// Bytes of a descriptor before its path: the version record and the type.
 constexpr std::size_t PATH_AT = Marshal::Header::BYTES + 4 * 2 + 4;
 
 DatabaseDescriptor sampleDescriptor() {

@@ -25,7 +25,7 @@ void failAfter(int number, long before, int error, bool forGood);
 /// Fails no more. @return how many calls failed since
 long stopFailing();
 
-/// Told of every trapped call that was carried out; null tells nobody.
+/// Called after each trapped call that was carried out; may be null.
 using Observer = void (*)(int number, const long* arguments, long result);
 void observe(Observer observer);
 

@@ -19,7 +19,7 @@ using namespace PFileTesting;
 
 namespace {
 
-/// What compress2() does, call by call: the code and the length it leaves behind; then the real one again.
+/// What compress2() does, call by call: the code and the length it returns; after them the real function.
 struct Answer {
   int code;
   uLongf left;
@@ -79,7 +79,7 @@ TEST(Compression, TranscriptOfTheRetry) {
   STEP(compress({}));
   STEP(static_cast<int>(capacities[0]));  // one fused multiply-add: 1000 * 1.001 is a little less than 1001
   STEP(compress({{Z_BUF_ERROR, 40}}));
-  STEP(static_cast<int>(capacities[1]));  // twice what was left behind, less the word in front, which is not stored
+  STEP(static_cast<int>(capacities[1]));  // twice the length returned, less the length word, which is not stored
   STEP(Bytes(section.payload.data(), section.payload.data() + 5));
   STEP(section.verifyDataCrc());
   STEP(section.uncompressData());  // the size reads as 0

@@ -29,8 +29,8 @@ namespace {
 
 constexpr std::size_t MIB = std::size_t{1} << 20;
 
-/// Bytes that came out of uncompress(), went into crc32(), and were given by fread() and pread(): these stand in front
-/// of the functions of zlib and libc that the library calls, count, and pass on.
+/// Bytes produced by uncompress(), checked by crc32(), and read by fread() and pread(). The functions below replace
+/// those of zlib and libc: they count, and call the originals.
 uint64_t inflated = 0, checked = 0, readIn = 0;
 
 template <class Function>
@@ -292,7 +292,7 @@ TEST_F(Limits, OneMebibyteOfJsonIsReadOrRefusedAtABoundedCost) {
                 Allocations::peak() / 1024, written.size());
     EXPECT_LE(allocations, document.allocations);
     EXPECT_LT(Allocations::peak(), 32 * MIB);
-    // Those that are kept have cost JsonCpp a look at all that stands before them, each.
+    // For each comment that is kept JsonCpp looks at all text before it.
     EXPECT_EQ(std::count(written.begin(), written.end(), '*') + std::count(written.begin(), written.end(), '/'), 0);
   }
 }

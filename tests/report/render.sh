@@ -47,7 +47,7 @@ render() {
     "file://$page" > "$log" 2>&1 || { cat "$log"; die "the browser could not render ${picture##*/}"; }
   [[ $(stat -c %s "$picture") -gt 20000 ]] || die "${picture##*/} is empty"
   if grep -F CONSOLE "$log"; then die "the browser complained of the page"; fi
-  # The browser asks for things of its own, which the proxy that is none keeps in; the page's have its origin.
+  # The browser makes requests of its own, which fail at the unusable proxy; those of the page have its origin.
   [[ -s $net ]] || die "the browser kept no log of its requests"
   if grep -F '"network_isolation_key":"file:' "$net" | grep -oE '"url":"[^"]*"' | grep -vF '"url":"file:'; then
     die "the page asked for the addresses above"

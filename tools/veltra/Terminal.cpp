@@ -75,7 +75,7 @@ void Progress::advance(uint64_t bytes) {
   const double part = std::min(1.0, static_cast<double>(_done) / static_cast<double>(_total));
   const std::string bar(static_cast<std::size_t>(part * WIDTH), '#');
   fmt::print(stderr, "\r[{:<{}}] {:3.0f} %\033[K", bar, WIDTH, part * 100);
-  (void)std::fflush(stderr);  // nobody is told of a bar that cannot be shown
+  (void)std::fflush(stderr);  // a bar that cannot be shown is not an error
   _shown = true;
 }
 
@@ -83,7 +83,7 @@ void Progress::hide() {
   const std::lock_guard<std::mutex> lock(_mutex);
   if (!_shown) return;
   fmt::print(stderr, "\r\033[K");
-  (void)std::fflush(stderr);  // nobody is told of a bar that cannot be shown
+  (void)std::fflush(stderr);  // a bar that cannot be shown is not an error
   _shown = false;
 }
 

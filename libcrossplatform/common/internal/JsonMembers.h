@@ -8,6 +8,10 @@
 
 namespace Veltra {
 
+// What the JSON objects of records say of themselves.
+constexpr char KEY_CLASS_NAME[] = "_className";
+constexpr char KEY_CLASS_VERSION[] = "_classVersion";
+
 // The members of a record's JSON object, each named once for both directions: a record has
 //
 //   template <class Members, class Record> void walk(Members& m, Record& r)

@@ -17,19 +17,19 @@ constexpr int MAX_LINKS = 8;
 
 class Descriptor {
  public:
-  explicit Descriptor(int fd) : m_fd(fd) {}
+  explicit Descriptor(int fd) : _fd(fd) {}
   ~Descriptor() {
-    if (m_fd >= 0) ::close(m_fd);
+    if (_fd >= 0) ::close(_fd);
   }
-  Descriptor(Descriptor&& other) noexcept : m_fd(std::exchange(other.m_fd, -1)) {}
+  Descriptor(Descriptor&& other) noexcept : _fd(std::exchange(other._fd, -1)) {}
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
 
-  int get() const { return m_fd; }
-  bool isOpen() const { return m_fd >= 0; }
+  int get() const { return _fd; }
+  bool isOpen() const { return _fd >= 0; }
 
  private:
-  int m_fd;
+  int _fd;
 };
 
 bool isTrusted(uid_t owner) {
