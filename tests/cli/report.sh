@@ -6,7 +6,7 @@ pack() { # FILE ID TYPE STATUS LENGTH HEADROOM
 }
 # page FILE: the words of a page, a line each, without its style sheet and its drawings' texts.
 page() {
-  sed -e '/<style>/,/<\/style>/d' -e 's/<svg class="chart".*<\/svg>//' -e 's/<\/\(li\|td\|th\)>/|/g; s/<[^>]*>/ /g; s/  */ /g' "$1" |
+  sed -e '/<style>/,/<\/style>/d' -e 's/<\/*bdi>//g' -e 's/<svg class="chart".*<\/svg>//' -e 's/<\/\(li\|td\|th\)>/|/g; s/<[^>]*>/ /g; s/  */ /g' "$1" |
     grep -v '^[ |]*$'
 }
 mkdir -p job/sub empty
@@ -28,6 +28,8 @@ veltra report -j 1 -r job -o one-thread.html > /dev/null
 veltra report -j 4 -r job -o four-threads.html > /dev/null
 t cmp one-thread.html four-threads.html
 t veltra report job/1.vres job/2.vres job/sub/5.vres -o foreign.html --expect A01..A02
+# Names cannot change the order of what stands around them.
+t grep -oE '<bdi>[^<]*</bdi>' foreign.html
 t veltra report job/1.vres job/2.vres job/sub/4.vres -o twice.html --expect A01..A02
 
 # Damage: the page is made all the same, and says so. The page of last time is no file of the job.
