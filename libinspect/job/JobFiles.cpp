@@ -22,10 +22,15 @@ FileNote noteOf(const ContainerReport& report) {
   return note;
 }
 
-JobFiles readJob(const std::vector<std::string>& files, const ReadingOptions& options, const OnFile& onFile) {
+JobFiles readJob(const std::vector<std::string>& files, const ReadingOptions& options, const OnFile& onFile,
+                 const OnRow& onRow) {
   JobFiles job;
   const auto tell = [&](const std::string& name, const ReadOutcome& outcome, const std::optional<FileSummary>& file) {
     onFile(name, outcome, file ? file->report.findings : Findings());
+    if (onRow) {
+      if (file && file->hasSummary) onRow({file->report.name, file->summary});
+      return;
+    }
     if (!file) {
       if (name != "-") job.unread.push_back(name);
       return;

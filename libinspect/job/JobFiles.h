@@ -34,7 +34,12 @@ struct JobFiles {
 /// Called for each file after reading it, before the next: with the outcome, and what was found in it.
 using OnFile = std::function<void(const std::string& file, const ReadOutcome&, const Findings&)>;
 
+/// Receives the result of a file, after OnFile.
+using OnRow = std::function<void(const ResultRow&)>;
+
 /// Reads the result of each file, in the order of their IDs, and notes the others.
-JobFiles readJob(const std::vector<std::string>& files, const ReadingOptions& options, const OnFile& onFile);
+/// @param onRow  if given, receives the results in the order of the files, and the answer is empty: nothing is held
+JobFiles readJob(const std::vector<std::string>& files, const ReadingOptions& options, const OnFile& onFile,
+                 const OnRow& onRow = {});
 
 }  // namespace Inspect

@@ -48,18 +48,9 @@ void sortRows(std::vector<ResultRow>& rows) {
 }
 
 const std::vector<std::string>& rowColumns() {
-  static const std::vector<std::string> COLUMNS = {"file",
-                                                   "id",
-                                                   "type",
-                                                   "status",
-                                                   "length",
-                                                   "lengthRelation",
-                                                   "headroom",
-                                                   "headroomRelation",
-                                                   "time",
-                                                   "numPassTests",
-                                                   "numPassStarTests",
-                                                   "numFailTests"};
+  static const std::vector<std::string> COLUMNS = {
+      "file", "id",     "type", "status", "length", "lengthRelation", "headroom", "headroomRelation",
+      "time", "passed", "star", "failed"};
   return COLUMNS;
 }
 
@@ -73,9 +64,9 @@ Json::Value toJson(const ResultRow& row) {
   json["length"] = measurementJson(s.length);
   json["headroom"] = measurementJson(s.headroom);
   json["time"] = isoUtc(static_cast<time_t>(s.timeStamp));
-  json["numPassTests"] = s.numPassTests;
-  json["numPassStarTests"] = s.numPassStarTests;
-  json["numFailTests"] = s.numFailTests;
+  json["passed"] = s.numPassTests;
+  json["star"] = s.numPassStarTests;
+  json["failed"] = s.numFailTests;
   return json;
 }
 

@@ -41,7 +41,9 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Op
 
 /// Reads the results of a job. Findings go to standard error.
 /// @param code  made at least as bad as the result of answerForFiles() would be
-Inspect::JobFiles readJob(const std::vector<std::string>& files, const Options& options, int& code);
+/// @param onRow  if given, receives the results in the order of the files, and the answer is empty: nothing is held
+Inspect::JobFiles readJob(const std::vector<std::string>& files, const Options& options, int& code,
+                          const Inspect::OnRow& onRow = {});
 
 /// Complains of each finding.
 void complainOfEach(const std::string& name, const Inspect::Findings& findings);

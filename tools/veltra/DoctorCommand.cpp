@@ -1,3 +1,4 @@
+#include <atomic>
 #include <memory>
 
 #include <fmt/format.h>
@@ -47,12 +48,31 @@ FileAnswer answerOf(const Inspect::ContainerReport& report, const Options& optio
   return answer;
 }
 
+/// "17 files: nothing wrong", "17 files: 2 damaged, 1 with warnings"
+std::string totalOf(std::size_t files, std::size_t damaged, std::size_t doubtful) {
+  const std::string text = damaged + doubtful == 0 ? "nothing wrong"
+                           : doubtful == 0         ? fmt::format("{} damaged", damaged)
+                           : damaged == 0          ? fmt::format("{} with warnings", doubtful)
+                                                   : fmt::format("{} damaged, {} with warnings", damaged, doubtful);
+  return files == 0 ? "" : totalLine(counted(files, "file") + ": " + text);
+}
+
 int doctor(const DoctorArguments& args, const Options& options) {
   const std::vector<std::string> columns = {"file", "offset", "section", "code", "meaning", "wanted", "found", "next"};
   const Inspect::Examination examination = args.quick ? Inspect::Examination::QUICK : Inspect::Examination::ORDINARY;
-  return answerForFiles(args.paths, options, columns, false, [&](const Inspect::ByteSource& source) {
-    return answerOf(args.deep ? examineDeep(source) : examine(source, examination), options);
+  std::atomic<std::size_t> files{0}, damaged{0}, doubtful{0};
+  const int code = answerForFiles(args.paths, options, columns, false, [&](const Inspect::ByteSource& source) {
+    const Inspect::ContainerReport report = args.deep ? examineDeep(source) : examine(source, examination);
+    ++files;
+    if (report.damaged()) {
+      ++damaged;
+    } else if (!report.findings.empty()) {
+      ++doubtful;
+    }
+    return answerOf(report, options);
   });
+  if (options.format == FORMAT_TABLE && !options.quiet) fmt::print("{}", totalOf(files, damaged, doubtful));
+  return code;
 }
 
 }  // namespace

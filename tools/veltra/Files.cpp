@@ -19,9 +19,9 @@ Inspect::ReadingOptions readingOf(const Options& options, Progress& progress) {
   reading.threads = options.jobs;
   reading.maxSize = options.maxSize;
   if (!progress.active()) return reading;
-  reading.onBegin = [&progress](uint64_t bytes) { progress.expect(bytes); };
+  reading.onBegin = [&progress](std::size_t files, uint64_t bytes) { progress.expect(bytes, files); };
   reading.onRead = [&progress](uint64_t bytes) { progress.advance(bytes); };
-  reading.onTelling = [&progress] { progress.hide(); };
+  reading.onFile = [&progress] { progress.finishFile(); };
   return reading;
 }
 
@@ -71,14 +71,15 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
   return code;
 }
 
-Inspect::JobFiles readJob(const std::vector<std::string>& files, const Options& options, int& code) {
+Inspect::JobFiles readJob(const std::vector<std::string>& files, const Options& options, int& code,
+                          const Inspect::OnRow& onRow) {
   Progress progress(options.progress);
   const auto tell = [&](const std::string& file, const Inspect::ReadOutcome& outcome,
                         const Inspect::Findings& findings) {
     code = worse(code, codeOfFile(outcome, findings, options));
     if (outcome.state == Inspect::ReadOutcome::WAS_READ) complainOfFile(file, findings, options);
   };
-  return Inspect::readJob(files, readingOf(options, progress), tell);
+  return Inspect::readJob(files, readingOf(options, progress), tell, onRow);
 }
 
 void complainOfEach(const std::string& name, const Inspect::Findings& findings) {

@@ -20,14 +20,16 @@ std::string screen(const Inspect::FileSummary& file) {
   std::string text = fmt::format("{}: {}\n", printable(report.name), file.kind);
   if (file.hasSummary) {
     const Veltra::ResultSummary& s = file.summary;
-    text += line("Result", fmt::format("{} ({})", s.getResultName(), toString(s.resultType)));
-    text += line("Verdict", toString(s.status), toneOf(s.status));
+    text += line("ID", s.getResultName());
+    text += line("Type", toString(s.resultType));
+    text += line("Status", toString(s.status), toneOf(s.status));
     text += line("Length", Inspect::measurementText(s.length));
     text += line("Headroom", Inspect::measurementText(s.headroom));
     text += line("Time", Inspect::isoUtc(static_cast<time_t>(s.timeStamp)));
-    text += line("Tests",
-                 fmt::format("{} contained; {} passed, {} passed with a star, {} failed",
-                             std::bitset<32>(s.testFlags).count(), s.numPassTests, s.numPassStarTests, s.numFailTests));
+    text += line("Tests", std::to_string(std::bitset<32>(s.testFlags).count()));
+    text += line("Passed", std::to_string(s.numPassTests));
+    text += line("Star", std::to_string(s.numPassStarTests));
+    text += line("Failed", std::to_string(s.numFailTests));
   }
   text += line("Sections", fmt::format("{}, {} bytes of data, {} uncompressed", report.sections, report.storedBytes,
                                        report.originalBytes));
@@ -37,13 +39,15 @@ std::string screen(const Inspect::FileSummary& file) {
   return text + line("State", report.damaged() ? "damaged" : "intact", report.damaged() ? Tone::BAD : Tone::PLAIN);
 }
 
-/// A CSV row: the file, then its result as summary shows it.
-Json::Value flatRow(const Inspect::FileSummary& file) {
-  Json::Value row = file.hasSummary ? toJson(Inspect::ResultRow{file.report.name, file.summary}) : Json::Value();
-  const Json::Value whole = toJson(file);
-  for (const char* member : {"file", "kind", "damaged", "bytes", "recordedBytes", "sections"}) {
-    row[member] = whole[member];
-  }
+/// What is known of a file, with its result as summary shows it.
+Json::Value rowOf(const Inspect::FileSummary& file) {
+  Json::Value row = toJson(file);
+  Json::Value summary;
+  row.removeMember("summary", &summary);
+  if (!file.hasSummary) return row;
+  const Json::Value result = toJson(Inspect::ResultRow{file.report.name, file.summary});
+  for (const std::string& member : result.getMemberNames()) row[member] = result[member];
+  row["testFlags"] = summary["testFlags"];
   return row;
 }
 
@@ -57,11 +61,9 @@ int info(const std::vector<std::string>& files, const Options& options) {
     answer.findings = file.report.findings;
     if (options.format == FORMAT_TABLE) {
       answer.text = screen(file);
-    } else if (options.format == FORMAT_CSV) {
-      answer.rows = {flatRow(file)};
     } else {
-      answer.json = toJson(file);
-      if (options.format == FORMAT_JSONL) answer.rows = {answer.json};
+      answer.json = rowOf(file);
+      answer.rows = {answer.json};
     }
     return answer;
   });

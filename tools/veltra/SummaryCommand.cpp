@@ -1,4 +1,6 @@
+#include <map>
 #include <memory>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -12,12 +14,40 @@ namespace {
 struct SummaryArguments {
   std::vector<std::string> paths;
   std::string expected;
+  bool unsorted = false;
 };
+
+Table::Row cellsOf(const Inspect::ResultRow& row) {
+  const Veltra::ResultSummary& s = row.summary;
+  return {s.resultName,
+          toString(s.resultType),
+          {toString(s.status), toneOf(s.status)},
+          Inspect::measurementText(s.length),
+          Inspect::measurementText(s.headroom),
+          Inspect::isoUtc(static_cast<time_t>(s.timeStamp)),
+          std::to_string(s.numPassTests),
+          std::to_string(s.numPassStarTests),
+          std::to_string(s.numFailTests),
+          row.file};
+}
+
+/// "17 results: 1 Fail, 16 Pass"
+std::string totalOf(const std::vector<Inspect::ResultRow>& rows) {
+  std::map<std::string, std::size_t> verdicts;
+  for (const Inspect::ResultRow& row : rows) ++verdicts[toString(row.summary.status)];
+  std::string text = counted(rows.size(), "result");
+  const char* separator = ": ";
+  for (const auto& [verdict, count] : verdicts) {
+    text +=
+        fmt::format("{}{} {}", std::exchange(separator, ", "), count, verdict.empty() ? "without a verdict" : verdict);
+  }
+  return totalLine(text);
+}
 
 std::string tableOf(const std::vector<Inspect::ResultRow>& rows) {
   Table table({{"ID"},
                {"Type"},
-               {"Verdict"},
+               {"Status"},
                {"Length", true},
                {"Headroom", true},
                {"Time"},
@@ -25,20 +55,7 @@ std::string tableOf(const std::vector<Inspect::ResultRow>& rows) {
                {"Star", true},
                {"Failed", true},
                {"File"}});
-  for (const Inspect::ResultRow& row : rows) {
-    const Veltra::ResultSummary& s = row.summary;
-    table.add({s.resultName,
-               toString(s.resultType),
-               {toString(s.status), toneOf(s.status)},
-               Inspect::measurementText(s.length),
-               Inspect::measurementText(s.headroom),
-               Inspect::isoUtc(static_cast<time_t>(s.timeStamp)),
-               std::to_string(s.numPassTests),
-               std::to_string(s.numPassStarTests),
-               std::to_string(s.numFailTests),
-               row.file});
-  }
-  return table.text();
+  return tableText(table, rows.size(), [&rows](std::size_t i) { return cellsOf(rows[i]); }) + totalOf(rows);
 }
 
 std::string listText(const char* what, const std::vector<std::string>& ids) {
@@ -53,6 +70,17 @@ Json::Value listJson(const std::vector<std::string>& ids) {
   return json;
 }
 
+/// Prints each row when its file was read, in the order of the files, and holds none.
+int summaryInPassing(const std::vector<std::string>& files, const Options& options, int code) {
+  AnswerStream answers(options, "results", Inspect::rowColumns());
+  readJob(files, options, code, [&answers](const Inspect::ResultRow& row) {
+    const Json::Value json = toJson(row);
+    answers.print("", json, {json});
+  });
+  answers.finish();
+  return code;
+}
+
 int summary(const SummaryArguments& args, const Options& options) {
   Inspect::CableIdSet expected;
   std::string error;
@@ -64,7 +92,13 @@ int summary(const SummaryArguments& args, const Options& options) {
   int code = EXIT_DONE;
   const std::vector<std::string> files = filesOf(args.paths, options, code);
   if (!hasExpected && complainsOfNoFiles(args.paths, files)) return EXIT_COULD_NOT;
-  const std::vector<Inspect::ResultRow> rows = readJob(files, options, code).rows;
+  if (args.unsorted && options.format != FORMAT_TABLE) return summaryInPassing(files, options, code);
+  std::vector<Inspect::ResultRow> rows;
+  if (args.unsorted) {
+    readJob(files, options, code, [&rows](const Inspect::ResultRow& row) { rows.push_back(row); });
+  } else {
+    rows = readJob(files, options, code).rows;
+  }
   Document document;
   document.columns = Inspect::rowColumns();
   document.rows = {"results", rows.size(), [&rows](std::size_t i) { return toJson(rows[i]); }};
@@ -100,6 +134,8 @@ Subcommand summaryCommand(const Options& options) {
   command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
   command.option("--expect", "FIRST..LAST", &args->expected,
                  "the IDs of the job; tells which are missing, tested twice or not expected");
+  command.flag("--unsorted", args->unsorted, "in the order of the files, each row as soon as it is known")
+      .excluding("--expect");
   command.run = [args, &options] { return summary(*args, options); };
   return command;
 }

@@ -77,7 +77,7 @@ Json::Value toJson(const TypeRow& row) {
 }
 
 std::string tableOf(const std::vector<TypeRow>& rows) {
-  Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}});
+  Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}}, "type");
   for (const TypeRow& row : rows) {
     table.add({row.kind, row.kind == "record" ? fmt::format("0x{:06x}", row.id) : std::to_string(row.id), row.name,
                row.more});
