@@ -247,6 +247,9 @@ bool NetworkProfile::readFrom(const std::string& path) {
 bool NetworkProfile::load(const std::string& path, Veltra::ProfileOwner owner) {
   const std::lock_guard<std::mutex> lock(_mutex);
   std::string text;
-  return Veltra::readProfileFile(path, owner, text) && Veltra::isWithinBounds(Veltra::extentOf(text)) &&
-         Veltra::parseJson(text, *this, true);
+  if (!Veltra::readProfileFile(path, owner, text)) return false;
+  const bool isBounded = Veltra::isWithinBounds(Veltra::extentOf(text));
+  if (isBounded && Veltra::parseJson(text, *this, true)) return true;
+  errno = isBounded ? EBADMSG : EFBIG;
+  return false;
 }

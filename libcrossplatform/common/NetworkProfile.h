@@ -195,10 +195,11 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
 
   /// Replaces the document by the one in FILE_PATH, or a path of the caller's choice. Comments are kept as
   /// parseJson() keeps them.
-  /// @return false, with the document unchanged, when the file is missing, not JSON, beyond
-  ///         docs/reader-behaviour.md#the-bounds-of-json, or is not a file that saveTo would replace. read() also
-  ///         refuses a file that belongs neither to root nor to the caller, in a folder that others can write to;
-  ///         readFrom() does not check this.
+  /// @return false, with the document unchanged and the reason in `errno`: the file is missing or cannot be read (as
+  ///         the system says), is not JSON (EBADMSG), beyond docs/reader-behaviour.md#the-bounds-of-json (EFBIG), a
+  ///         folder (EISDIR), another file that saveTo would not replace (ENOTSUP), or a link of somebody else
+  ///         (EACCES). read() also refuses a file that belongs neither to root nor to the caller, in a folder that
+  ///         others can write to (EPERM); readFrom() does not check this.
   bool read();
   bool readFrom(const std::string& path);
 

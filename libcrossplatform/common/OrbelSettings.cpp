@@ -120,8 +120,17 @@ bool OrbelSettings::operator==(const OrbelSettings& other) const {
 
 template <class Fields>
 void OrbelSettings::fields(Fields& f) {
-  const std::string text = Dump::toJsonString(*this, Dump::DumpFlags(), true);
-  if constexpr (std::is_same_v<Fields, Marshal::FieldWriter>) warnUnlessReadBack(text, netProfile);
+  std::string text;
+  if constexpr (std::is_same_v<Fields, Marshal::FieldWriter>) {
+    text = Dump::toJsonString(*this, Dump::DumpFlags(), true);
+    warnUnlessReadBack(text, netProfile);
+  } else {  // the same text without a warning: it is only counted
+    text = Dump::orBadAlloc([this] {
+      Json::Value json = toJson(Dump::DumpFlags());
+      Dump::replaceIllFormedTexts(json);
+      return Dump::styledJson(json);
+    });
+  }
   f.terminatedText("json", text);
 }
 

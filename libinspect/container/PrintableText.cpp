@@ -3,31 +3,36 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <iterator>
+#include <string_view>
 
 #include <fmt/format.h>
+
+#include <libcrossplatform/serialization/Utf8Text.h>
 
 namespace Inspect {
 namespace {
 
+/// Characters that are not shown as they are: those that control, that begin a line, and that change the direction of
+/// writing, by which a name could look like another.
+struct CharacterRange {
+  char32_t first, last;
+};
+constexpr CharacterRange NOT_SHOWN[] = {{0x00, 0x1F},     {0x7F, 0x9F},     {0x061C, 0x061C},
+                                        {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069}};
+
 /// Length of the UTF-8 sequence at `at`, 0 when there is none that can be shown.
 std::size_t sequenceLength(const std::string& text, std::size_t at) {
-  const auto byte = [&text](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned char lead = byte(at);
-  if (lead < 0x80) return lead >= 0x20 && lead != 0x7F ? 1 : 0;
-  const std::size_t length = lead >= 0xF0 && lead < 0xF5 ? 4 : lead >= 0xE0 && lead < 0xF0 ? 3 : lead >= 0xC2 ? 2 : 0;
-  if (length == 0 || lead >= 0xF5 || length > text.size() - at) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(at + i) & 0xC0) != 0x80) return 0;
-  }
-  const bool isControl = lead == 0xC2 && byte(at + 1) < 0xA0;
-  const bool isOverlong = (lead == 0xE0 && byte(at + 1) < 0xA0) || (lead == 0xF0 && byte(at + 1) < 0x90);
-  const bool isAboveLast = lead == 0xF4 && byte(at + 1) >= 0x90;  // U+10FFFF
-  const bool isSurrogate = lead == 0xED && byte(at + 1) >= 0xA0;
-  // U+202A to U+202E and U+2066 to U+2069 reverse what follows them: a name could look like another.
-  const unsigned char last = byte(at + length - 1);
-  const bool isDirection = lead == 0xE2 && ((byte(at + 1) == 0x80 && last >= 0xAA && last <= 0xAE) ||
-                                            (byte(at + 1) == 0x81 && last >= 0xA6 && last <= 0xA9));
-  return isControl || isOverlong || isAboveLast || isSurrogate || isDirection ? 0 : length;
+  const auto lead = static_cast<unsigned char>(text[at]);
+  const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  const std::string_view sequence = std::string_view(text).substr(at, length);
+  if (!Dump::isUtf8(sequence)) return 0;
+  char32_t character = length == 1 ? lead : lead & (0x7Fu >> length);
+  for (const char c : sequence.substr(1)) character = character << 6 | (static_cast<unsigned char>(c) & 0x3Fu);
+  const bool isShown = std::none_of(std::begin(NOT_SHOWN), std::end(NOT_SHOWN), [character](CharacterRange range) {
+    return character >= range.first && character <= range.last;
+  });
+  return isShown ? length : 0;
 }
 
 }  // namespace

@@ -7,7 +7,7 @@ namespace Inspect {
 /// The characters that can be shown where a text goes.
 enum class Charset { UTF8, ASCII };
 
-/// Text from outside as a terminal may show it: control characters, those that change the direction of
+/// Text from outside as a terminal may show it: control characters, those that begin a line or change the direction of
 /// writing, bytes that are not UTF-8, and with ASCII all others beyond it, become \xNN.
 std::string printable(const std::string& text, Charset charset = Charset::UTF8);
 

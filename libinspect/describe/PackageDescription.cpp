@@ -63,6 +63,7 @@ bool parsePackage(const std::string& text, DatabasePackageManifest& manifest, st
     error = "not JSON";
     return false;
   }
+  if (root.isObject()) root.removeMember("schema");  // printed packages have it
   ObjectReader in(root, "package", error);
   Veltra::DatabasePackageManifestSummary& summary = manifest.summary;
   parseCustomerVersion(in, summary.customerVersion);

@@ -55,7 +55,7 @@ Coverage JobFiles::coverageOf(const CableIdSet& set) const {
   return Inspect::coverageOf(rows, lost, set);
 }
 
-JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile) {
+JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile, const OnRow& onRow) {
   JobFiles job;
   const auto ask = [&run](const ByteSource& source) {
     return judge(source, Examination::ORDINARY, [&run](const std::string& path) { return run.isNamedAsResult(path); });
@@ -65,6 +65,9 @@ JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile
                         const JudgedFile* const judged = file ? &*file : nullptr;
                         onFile(name, outcome, judged);
                         job.add(name, outcome, judged, run);
+                        if (!onRow) return;
+                        for (const ResultRow& row : job.rows) onRow(row);
+                        job = JobFiles();
                       });
   job.sort();
   return job;

@@ -46,7 +46,11 @@ struct JobFiles {
 /// Called for each file after reading it, before the next: with the outcome, and what it is, null if it was not read.
 using OnFile = std::function<void(const std::string& file, const ReadOutcome&, const JudgedFile*)>;
 
+/// Receives the result of a file, after OnFile.
+using OnRow = std::function<void(const ResultRow&)>;
+
 /// Reads the result of each file of a run and notes the others.
-JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile);
+/// @param onRow  if given, receives the results in the order of the files, and the answer is empty: nothing is held
+JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile, const OnRow& onRow = {});
 
 }  // namespace Inspect

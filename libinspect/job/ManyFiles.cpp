@@ -1,28 +1,64 @@
 #include <libinspect/job/ManyFiles.h>
 
+#include <dirent.h>
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <filesystem>
+#include <memory>
+#include <new>
 #include <thread>
+#include <utility>
 
 #include <fmt/format.h>
+#include <json/value.h>
 
 namespace Inspect {
 namespace {
 
 namespace fs = std::filesystem;
 
+/// The regular files of a folder, also those that links lead to, and its folders.
+/// @return 0, or the reason in the manner of errno
+int listFolder(const std::string& folder, std::vector<std::string>& files, std::vector<std::string>& folders) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> opened(opendir(folder.c_str()), closedir);
+  if (opened == nullptr) return errno;
+  const std::string prefix = folder.back() == '/' ? folder : folder + "/";
+  for (;;) {
+    errno = 0;
+    const dirent* const entry = readdir(opened.get());
+    if (entry == nullptr) return errno;
+    const std::string name = entry->d_name;
+    struct stat status {};
+    if (name == "." || name == "..") continue;
+    if (lstat((prefix + name).c_str(), &status) != 0) {
+      if (errno == ENOMEM) return errno;
+      // Whoever tries to open it says why it cannot be looked at, unless it has gone meanwhile.
+      if (errno != ENOENT) (entry->d_type == DT_DIR ? folders : files).push_back(prefix + name);
+    } else if (S_ISDIR(status.st_mode)) {
+      folders.push_back(prefix + name);
+    } else if (S_ISREG(status.st_mode) || (stat((prefix + name).c_str(), &status) == 0 && S_ISREG(status.st_mode))) {
+      files.push_back(prefix + name);
+    }
+  }
+}
+
+/// std::filesystem ends the program where it finds no memory for the name of an entry.
 void addFilesBelow(const std::string& directory, std::vector<std::string>& files, std::vector<std::string>& faults) {
-  std::error_code error;
-  std::vector<std::string> found;
-  fs::recursive_directory_iterator entry(directory, error);
-  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-    std::error_code unreadable;
-    if (entry->is_regular_file(unreadable)) found.push_back(entry->path().string());
+  std::vector<std::string> found, folders = {directory};
+  while (!folders.empty()) {
+    const std::string folder = std::move(folders.back());
+    folders.pop_back();
+    const int reason = listFolder(folder, found, folders);
+    if (reason == ENOMEM) throw std::bad_alloc();
+    if (reason != 0) faults.push_back(fmt::format("{}: {}", folder, std::strerror(reason)));
   }
   std::sort(found.begin(), found.end());
   files.insert(files.end(), found.begin(), found.end());
-  if (error) faults.push_back(fmt::format("{}: {}", directory, error.message()));
 }
 
 unsigned threadsFor(const ReadingOptions& options, std::size_t files) {
@@ -39,14 +75,20 @@ ReadOutcome readOne(const std::string& file, ByteSource& source, const std::func
     }
     read();
     if (source.hasFailed()) outcome.error = source.name() + ": read error";
-  } catch (const std::exception& e) {  // out of memory: it must not end the other threads
-    outcome.error = file + ": " + e.what();
+  } catch (const std::exception& e) {  // it must not end the other threads
+    outcome.error = file + ": " + causeOf(e);
   }
   if (!outcome.error.empty()) outcome.state = ReadOutcome::COULD_NOT;
   return outcome;
 }
 
 }  // namespace
+
+const char* causeOf(const std::exception& exception) {
+  const bool isMemory = dynamic_cast<const std::bad_alloc*>(&exception) != nullptr ||
+                        dynamic_cast<const Json::RuntimeError*>(&exception) != nullptr;
+  return isMemory ? "out of memory" : exception.what();
+}
 
 std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool recursive,
                                  std::vector<std::string>& faults) {
@@ -84,25 +126,37 @@ std::vector<ReadOutcome> readBatch(const std::vector<std::string>& files, std::s
                                    const std::function<void(std::size_t file, const ByteSource&)>& read) {
   std::vector<ReadOutcome> outcomes(end - begin);
   const unsigned threads = threadsFor(options, files.size());
-  const auto work = [&](unsigned first) {  // each thread takes one file in `threads`
-    ByteSource source;
-    uint64_t done = 0;
-    source.setLimit(options.maxSize);
-    source.onRead([&](std::size_t bytes) {
-      done += bytes;
-      if (options.onRead) options.onRead(bytes);
-    });
-    for (std::size_t i = first; i < outcomes.size(); i += threads) {
-      done = 0;
-      outcomes[i] = readOne(files[begin + i], source, [&] { read(begin + i, source); });
-      // Bytes that need not be read count as done.
-      if (options.onRead && source.size() > done) options.onRead(source.size() - done);
+  std::atomic<std::size_t> next{0};
+  std::atomic<bool> isOutOfMemory{false};
+  const auto work = [&] {
+    try {
+      ByteSource source;
+      uint64_t done = 0;
+      source.setLimit(options.maxSize);
+      source.onRead([&](std::size_t bytes) {
+        done += bytes;
+        if (options.onRead) options.onRead(bytes);
+      });
+      for (std::size_t i = next++; i < outcomes.size(); i = next++) {
+        done = 0;
+        outcomes[i] = readOne(files[begin + i], source, [&] { read(begin + i, source); });
+        // Bytes that need not be read count as done.
+        if (options.onRead && source.size() > done) options.onRead(source.size() - done);
+        if (options.onFile) options.onFile();
+      }
+    } catch (const std::exception&) {  // nothing may leave a thread
+      isOutOfMemory = true;
     }
   };
   std::vector<std::thread> others;
-  for (unsigned i = 1; i < threads; ++i) others.emplace_back(work, i);
-  work(0);
+  try {
+    others.reserve(threads);
+    while (others.size() + 1 < threads) others.emplace_back(work);
+  } catch (const std::exception&) {  // no more threads, or no memory for them: those there are read all files
+  }
+  work();
   for (std::thread& thread : others) thread.join();
+  if (isOutOfMemory) throw std::bad_alloc();
   return outcomes;
 }
 

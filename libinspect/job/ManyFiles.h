@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
@@ -14,11 +15,12 @@ namespace Inspect {
 
 /// How to read many files.
 struct ReadingOptions {
-  unsigned threads = 0;                            ///< 0: one per core
-  uint64_t maxSize = 0;                            ///< larger files are skipped; 0: no limit
-  std::function<void(uint64_t expected)> onBegin;  ///< receives the bytes of all files; may be empty, like the next two
-  std::function<void(uint64_t bytes)> onRead;      ///< receives the bytes read since the last call; from any thread
-  std::function<void()> onTelling;                 ///< called before files are reported
+  unsigned threads = 0;  ///< 0: one per core
+  uint64_t maxSize = 0;  ///< larger files are skipped; 0: no limit
+  /// Receives the number of files and the bytes of all. May be empty, like the next two.
+  std::function<void(std::size_t files, uint64_t bytes)> onBegin;
+  std::function<void(uint64_t bytes)> onRead;  ///< receives the bytes read since the last call; from any thread
+  std::function<void()> onFile;                ///< called after each file that was read; from any thread
 };
 
 /// Outcome of reading one file.
@@ -27,6 +29,9 @@ struct ReadOutcome {
   State state = WAS_READ;
   std::string error;  ///< why not; also for a skipped file
 };
+
+/// What an exception says to people: "out of memory" for that of the library and for JsonCpp's.
+const char* causeOf(const std::exception& exception);
 
 /// The files of paths, in the order of the paths: for a directory every regular file below it, in order of name.
 /// @param faults  receives a line for each path that cannot be examined
@@ -39,8 +44,9 @@ uint64_t bytesOf(const std::vector<std::string>& files);
 /// How many files are read before they are reported.
 std::size_t batchSize(const ReadingOptions& options, std::size_t files);
 
-/// Opens files[begin] to files[end - 1] on several threads.
-/// @param read  called with the number of each that opened; from any thread
+/// Opens files[begin] to files[end - 1] on several threads, or on fewer where the system gives no more.
+/// @param read  called with the number of each that opened; from any thread. Memory that runs out in it is an outcome
+/// @throw std::bad_alloc if there is no memory for an outcome
 std::vector<ReadOutcome> readBatch(const std::vector<std::string>& files, std::size_t begin, std::size_t end,
                                    const ReadingOptions& options,
                                    const std::function<void(std::size_t file, const ByteSource&)>& read);
@@ -53,7 +59,7 @@ template <class Answer>
 void askEach(const std::vector<std::string>& files, const ReadingOptions& options,
              const std::function<Answer(const ByteSource&)>& ask,
              const std::function<void(const std::string& file, const ReadOutcome&, std::optional<Answer>)>& tell) {
-  if (options.onBegin) options.onBegin(bytesOf(files));
+  if (options.onBegin) options.onBegin(files.size(), bytesOf(files));
   const std::size_t step = batchSize(options, files.size());
   for (std::size_t begin = 0; begin < files.size(); begin += step) {
     const std::size_t end = std::min(files.size(), begin + step);
@@ -61,7 +67,6 @@ void askEach(const std::vector<std::string>& files, const ReadingOptions& option
     const std::vector<ReadOutcome> outcomes =
         readBatch(files, begin, end, options,
                   [&](std::size_t file, const ByteSource& source) { answers[file - begin] = ask(source); });
-    if (options.onTelling) options.onTelling();
     for (std::size_t i = 0; i < answers.size(); ++i) tell(files[begin + i], outcomes[i], std::move(answers[i]));
   }
 }

@@ -23,7 +23,8 @@ bool comesBefore(const std::string& a, const std::string& b);
 /// Puts rows in the numeric order of their IDs; equal IDs by time, then by file.
 void sortRows(std::vector<ResultRow>& rows);
 
-/// The row as an object: file, id, type, status, length and headroom as measurementJson(), time, counts.
+/// The row as an object: file, id, type, status, length and headroom as measurementJson(), time, and the numbers of
+/// tests that passed, passed with a star and failed. These names are those of every table, CSV and JSON of results.
 Json::Value toJson(const ResultRow& row);
 /// The columns of that object in order, with a measurement as a number and a relation.
 const std::vector<std::string>& rowColumns();

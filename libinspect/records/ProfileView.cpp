@@ -1,12 +1,19 @@
 #include <libinspect/records/ProfileView.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstring>
+#include <initializer_list>
 #include <iterator>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
 
 #include <fmt/format.h>
+#include <json/reader.h>
 
 #include <libcrossplatform/common/EncryptedString.h>
+#include <libcrossplatform/serialization/Utf8Text.h>
 #include <libinspect/container/Secrets.h>
 
 namespace Inspect {
@@ -82,50 +89,54 @@ Json::Value certificateSize(const std::vector<uint8_t>& bytes) {
 
 using P = NetworkProfile;
 
-const ProfileSetting SETTINGS[] = {
-    {"wifi", false, WANTED_FLAG, flag<&P::getWifiEnabled>, setFlag<&P::setWifiEnabled>},
-    {"address", false, WANTED_ADDRESS, text<&P::getInetAddr>, setText<&P::setInetAddr>},
-    {"mask", false, WANTED_MASK, text<&P::getMask>, setText<&P::setMask>},
-    {"broadcast", false, WANTED_ADDRESS, text<&P::getBroadcast>, setText<&P::setBroadcast>},
-    {"gateway", false, WANTED_ADDRESS, text<&P::getGateway>, setText<&P::setGateway>},
-    {"dhcp", false, WANTED_FLAG, flag<&P::getDHCP>, setFlag<&P::setDHCP>},
-    {"dns1", false, WANTED_DNS, dns<&P::getDNS, 0>, setDns<&P::setDNS, 0>},
-    {"dns2", false, WANTED_DNS, dns<&P::getDNS, 1>, setDns<&P::setDNS, 1>},
-    {"dns3", false, WANTED_DNS, dns<&P::getDNS, 2>, setDns<&P::setDNS, 2>},
-    {"wifi-address", false, WANTED_ADDRESS, text<&P::getUsbWifiInetAddr>, setText<&P::setUsbWifiInetAddr>},
-    {"wifi-mask", false, WANTED_MASK, text<&P::getUsbWifiMask>, setText<&P::setUsbWifiMask>},
-    {"wifi-broadcast", false, WANTED_ADDRESS, text<&P::getUsbWifiBroadcast>, setText<&P::setUsbWifiBroadcast>},
-    {"wifi-gateway", false, WANTED_ADDRESS, text<&P::getUsbWifiGateway>, setText<&P::setUsbWifiGateway>},
-    {"wifi-dhcp", false, WANTED_FLAG, flag<&P::getUsbWifiDHCP>, setFlag<&P::setUsbWifiDHCP>},
-    {"wifi-dns1", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 0>, setDns<&P::setUsbWifiDNS, 0>},
-    {"wifi-dns2", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 1>, setDns<&P::setUsbWifiDNS, 1>},
-    {"wifi-dns3", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 2>, setDns<&P::setUsbWifiDNS, 2>},
-    {"ssid", false, "a network name in UTF-8", text<&P::getUsbWifiSSID>, setText<&P::setUsbWifiSSID>},
-    {"security", false, "Open, WEP, WPA-WPA2-Personal or WPA-WPA2-Enterprise",
-     [](const P& p) { return Json::Value(UsbWifiSecurity::desc[p.getUsbWifiSecurity()]); },
-     [](P& p, const std::string& name) { return setByName<UsbWifiSecurity>(p, name, &P::setUsbWifiSecurity); }},
-    {"encryption", false, "None, WEP-64, WEP-128, Auto, TKIP, AES or WEP",
-     [](const P& p) { return Json::Value(Encryption::desc[p.getEncryption()]); },
-     [](P& p, const std::string& name) { return setByName<Encryption>(p, name, &P::setEncryption); }},
-    {"eap", false, "an EAP method such as \"PEAP MSCHAP V2\" or \"TTLS PAP\"",
-     [](const P& p) { return p.anyEap() ? Json::Value(Eap::desc[p.getEap()]) : Json::Value(); },
-     [](P& p, const std::string& name) { return setByName<Eap>(p, name, &P::setEap); }},
-    {"wep-key1", isSecret("Key"), WANTED_KEY, wepKey<1>, setWepKey<1>},
-    {"wep-key2", isSecret("Key"), WANTED_KEY, wepKey<2>, setWepKey<2>},
-    {"wep-key3", isSecret("Key"), WANTED_KEY, wepKey<3>, setWepKey<3>},
-    {"wep-key4", isSecret("Key"), WANTED_KEY, wepKey<4>, setWepKey<4>},
-    {"active-key", false, "the number of a key that is set, 1 to 4",
-     [](const P& p) { return p.getActiveKey() != 0 ? Json::Value(p.getActiveKey()) : Json::Value(); }, setActiveKey},
-    {"passphrase", isSecret("Wireless Password"), WANTED_TEXT, text<&P::getWirelessPassword>,
-     setText<&P::setWirelessPassword>},
-    {"user", isSecret("User"), WANTED_TEXT, text<&P::getUser>, setText<&P::setUser>},
-    {"password", isSecret("Password"), WANTED_TEXT, text<&P::getPassword>, setText<&P::setPassword>},
-    {"identity", isSecret("ID"), WANTED_TEXT, text<&P::getSecurityId>, setText<&P::setSecurityId>},
-    {"alternate-id", false, WANTED_FLAG, flag<&P::getAlternateId>, setFlag<&P::setAlternateId>},
-    {"certificate-name", false, "a text in UTF-8", text<&P::getCertificateName>, setText<&P::setCertificateName>},
-    {"certificate", false, nullptr, [](const P& p) { return certificateSize(p.getCertificate()); }, nullptr},
-    {"certificate-key", false, nullptr, [](const P& p) { return certificateSize(p.getCertificateKey()); }, nullptr},
-};
+/// Made when it is first asked for: what is made before main() ends the program where memory is short.
+const std::vector<ProfileSetting>& settings() {
+  static const std::vector<ProfileSetting> LIST = {
+      {"wifi", false, WANTED_FLAG, flag<&P::getWifiEnabled>, setFlag<&P::setWifiEnabled>},
+      {"address", false, WANTED_ADDRESS, text<&P::getInetAddr>, setText<&P::setInetAddr>},
+      {"mask", false, WANTED_MASK, text<&P::getMask>, setText<&P::setMask>},
+      {"broadcast", false, WANTED_ADDRESS, text<&P::getBroadcast>, setText<&P::setBroadcast>},
+      {"gateway", false, WANTED_ADDRESS, text<&P::getGateway>, setText<&P::setGateway>},
+      {"dhcp", false, WANTED_FLAG, flag<&P::getDHCP>, setFlag<&P::setDHCP>},
+      {"dns1", false, WANTED_DNS, dns<&P::getDNS, 0>, setDns<&P::setDNS, 0>},
+      {"dns2", false, WANTED_DNS, dns<&P::getDNS, 1>, setDns<&P::setDNS, 1>},
+      {"dns3", false, WANTED_DNS, dns<&P::getDNS, 2>, setDns<&P::setDNS, 2>},
+      {"wifi-address", false, WANTED_ADDRESS, text<&P::getUsbWifiInetAddr>, setText<&P::setUsbWifiInetAddr>},
+      {"wifi-mask", false, WANTED_MASK, text<&P::getUsbWifiMask>, setText<&P::setUsbWifiMask>},
+      {"wifi-broadcast", false, WANTED_ADDRESS, text<&P::getUsbWifiBroadcast>, setText<&P::setUsbWifiBroadcast>},
+      {"wifi-gateway", false, WANTED_ADDRESS, text<&P::getUsbWifiGateway>, setText<&P::setUsbWifiGateway>},
+      {"wifi-dhcp", false, WANTED_FLAG, flag<&P::getUsbWifiDHCP>, setFlag<&P::setUsbWifiDHCP>},
+      {"wifi-dns1", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 0>, setDns<&P::setUsbWifiDNS, 0>},
+      {"wifi-dns2", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 1>, setDns<&P::setUsbWifiDNS, 1>},
+      {"wifi-dns3", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 2>, setDns<&P::setUsbWifiDNS, 2>},
+      {"ssid", false, "a network name in UTF-8", text<&P::getUsbWifiSSID>, setText<&P::setUsbWifiSSID>},
+      {"security", false, "Open, WEP, WPA-WPA2-Personal or WPA-WPA2-Enterprise",
+       [](const P& p) { return Json::Value(UsbWifiSecurity::desc[p.getUsbWifiSecurity()]); },
+       [](P& p, const std::string& name) { return setByName<UsbWifiSecurity>(p, name, &P::setUsbWifiSecurity); }},
+      {"encryption", false, "None, WEP-64, WEP-128, Auto, TKIP, AES or WEP",
+       [](const P& p) { return Json::Value(Encryption::desc[p.getEncryption()]); },
+       [](P& p, const std::string& name) { return setByName<Encryption>(p, name, &P::setEncryption); }},
+      {"eap", false, "an EAP method such as \"PEAP MSCHAP V2\" or \"TTLS PAP\"",
+       [](const P& p) { return p.anyEap() ? Json::Value(Eap::desc[p.getEap()]) : Json::Value(); },
+       [](P& p, const std::string& name) { return setByName<Eap>(p, name, &P::setEap); }},
+      {"wep-key1", isSecret("Key"), WANTED_KEY, wepKey<1>, setWepKey<1>},
+      {"wep-key2", isSecret("Key"), WANTED_KEY, wepKey<2>, setWepKey<2>},
+      {"wep-key3", isSecret("Key"), WANTED_KEY, wepKey<3>, setWepKey<3>},
+      {"wep-key4", isSecret("Key"), WANTED_KEY, wepKey<4>, setWepKey<4>},
+      {"active-key", false, "the number of a key that is set, 1 to 4",
+       [](const P& p) { return p.getActiveKey() != 0 ? Json::Value(p.getActiveKey()) : Json::Value(); }, setActiveKey},
+      {"passphrase", isSecret("Wireless Password"), WANTED_TEXT, text<&P::getWirelessPassword>,
+       setText<&P::setWirelessPassword>},
+      {"user", isSecret("User"), WANTED_TEXT, text<&P::getUser>, setText<&P::setUser>},
+      {"password", isSecret("Password"), WANTED_TEXT, text<&P::getPassword>, setText<&P::setPassword>},
+      {"identity", isSecret("ID"), WANTED_TEXT, text<&P::getSecurityId>, setText<&P::setSecurityId>},
+      {"alternate-id", false, WANTED_FLAG, flag<&P::getAlternateId>, setFlag<&P::setAlternateId>},
+      {"certificate-name", false, "a text in UTF-8", text<&P::getCertificateName>, setText<&P::setCertificateName>},
+      {"certificate", false, nullptr, [](const P& p) { return certificateSize(p.getCertificate()); }, nullptr},
+      {"certificate-key", false, nullptr, [](const P& p) { return certificateSize(p.getCertificateKey()); }, nullptr},
+  };
+  return LIST;
+}
 
 Json::Value recentJson(const NetworkProfile& profile) {
   Json::Value recent(Json::arrayValue);
@@ -147,9 +158,9 @@ Json::Value recentJson(const NetworkProfile& profile) {
 struct StoredKind {
   const char* kind;
   bool (Json::Value::*is)() const;
-  std::vector<const char*> members;
+  const char* members[20];  ///< null after the last
 };
-const StoredKind STORED_KINDS[] = {
+constexpr StoredKind STORED_KINDS[] = {
     // clang-format off
     {"true or false", &Json::Value::isBool, {"Wifi Interface", "Use DHCP", "UsbWifiUse DHCP", "Alternate Id"}},
     {"a text", &Json::Value::isString,
@@ -202,6 +213,7 @@ class ProfileDocumentCheck {
   void checkKinds(const Json::Value& parent) {
     for (const StoredKind& stored : STORED_KINDS) {
       for (const char* const member : stored.members) {
+        if (member == nullptr) break;
         const Json::Value& value = parent[member];
         if (!value.isNull() && !(value.*stored.is)()) add(member, fmt::format("is not {}", stored.kind).c_str());
       }
@@ -238,7 +250,7 @@ class ProfileDocumentCheck {
 
 /// Values that the setters of a fresh profile refuse.
 void checkValues(const NetworkProfile& profile, std::vector<std::string>& found) {
-  for (const ProfileSetting& setting : SETTINGS) {
+  for (const ProfileSetting& setting : settings()) {
     const bool isAddress =
         setting.wanted == WANTED_ADDRESS || setting.wanted == WANTED_MASK || setting.wanted == WANTED_DNS;
     const Json::Value value = setting.get(profile);
@@ -252,11 +264,47 @@ void checkValues(const NetworkProfile& profile, std::vector<std::string>& found)
   if (profile.getWirelessKey(profile.getActiveKey()).empty()) found.emplace_back("active-key: that WEP key is not set");
 }
 
+/// The place of the first fault that a reader finds which refuses what the setting names; empty without any.
+std::string placeOfFault(const std::string& text, std::initializer_list<const char*> refusing) {
+  Json::CharReaderBuilder builder;
+  for (const char* const setting : refusing) builder[setting] = true;
+  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
+  Json::Value document;
+  std::string errors;
+  try {
+    if (reader->parse(text.data(), text.data() + text.size(), &document, &errors)) return {};
+  } catch (const std::runtime_error&) {  // too many levels
+    return "a level that is too deep";
+  }
+  unsigned line = 1, column = 1;  // "* Line 3, Column 5"; what follows may quote a secret
+  (void)std::sscanf(errors.c_str(), "* Line %u, Column %u", &line, &column);
+  return fmt::format("line {}, column {}", line, column);
+}
+
 }  // namespace
 
+std::string placeOfJsonFault(const std::string& text) {
+  return placeOfFault(text, {});
+}
+
+std::vector<std::string> checkProfileText(const std::string& text) {
+  std::vector<std::string> found;
+  const std::string twice = placeOfFault(text, {"rejectDupKeys"});
+  const std::string extra = placeOfFault(text, {"failIfExtra", "strictRoot"});
+  if (!twice.empty()) found.push_back(twice + ": a name that was given before; the last one counts");
+  if (!extra.empty()) found.push_back(extra + ": more after the end of the document, which is ignored");
+  std::istringstream lines(text);
+  std::size_t number = 1;
+  for (std::string line; std::getline(lines, line); ++number) {
+    if (Dump::isUtf8(line)) continue;
+    found.push_back(fmt::format("line {}: bytes that are not UTF-8", number));
+    break;
+  }
+  return found;
+}
+
 const std::vector<ProfileSetting>& profileSettings() {
-  static const std::vector<ProfileSetting> LIST(std::begin(SETTINGS), std::end(SETTINGS));
-  return LIST;
+  return settings();
 }
 
 const ProfileSetting* findProfileSetting(const std::string& name) {

@@ -29,4 +29,11 @@ Json::Value profileJson(const NetworkProfile& profile, bool reveal);
 /// of the wrong kind, names outside their lists and secrets that do not decrypt. One line each, without secrets.
 std::vector<std::string> checkProfile(const NetworkProfile& profile);
 
+/// What the reader of a profile passes over in its text: names given twice, of which it takes the last, anything after
+/// the document, and bytes that are not UTF-8. One line each, with the place of the first, without secrets.
+std::vector<std::string> checkProfileText(const std::string& text);
+
+/// "line 3, column 5": where a text stops being JSON. Empty if it does not.
+std::string placeOfJsonFault(const std::string& text);
+
 }  // namespace Inspect

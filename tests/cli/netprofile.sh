@@ -38,5 +38,10 @@ EOF
 t np check
 echo '[' > p.dat
 t np set wifi no
+# Why a profile is not read: each its own line. What the reader passes over is found by check.
+mkfifo fifo && mkdir folder && head -c 5M /dev/zero > large
+for file in fifo folder large; do t veltra netprofile show --file $file; done
+printf '{ "Mask": "255.0.0.0",\n "Use DHCP": true, "Use DHCP": false,\n "WiFi SSID": "caf\xe9" }\n{}\n' > p.dat
+t np check
 echo '[]' > p.dat
 t np check

@@ -14,6 +14,33 @@ echo "on a terminal:" && terminal "'$veltra' doctor lot/damaged.vres"
 echo "not asked for:" && terminal "NO_COLOR=1 '$veltra' doctor lot/damaged.vres"
 echo "not asked for either:" && terminal "'$veltra' doctor lot/damaged.vres --color never"
 
+# On a terminal a line sums up, also where nothing is wrong; nowhere else.
+for line in "summary -q -r lot" "doctor lot/whole.vres" "types otdr_span"; do terminal "NO_COLOR=1 '$veltra' $line"; done
+
+# CSV is exact for programs, harmless on a terminal, and made for people where they ask for it.
+mkdir odd
+described() { veltra pack - -o "$1" > /dev/null; }
+described $'odd/\u200f\u061c\u2028\n\e.vres' <<< '{"summary": {"resultName": "=cmd|x", "length": "-1.30"}, "sections": []}'
+described odd/at.vres <<< '{"summary": {"resultName": "@\t,\"", "headroom": "<2.5"}, "sections": []}'
+seen() { veltra "$@" | cat -v; }
+t seen summary -r odd -f csv
+terminal "'$veltra' summary -r odd -f csv"
+t seen summary -r odd --spreadsheet
+t seen list odd/at.vres --spreadsheet -f csv
+t veltra summary -r odd --spreadsheet -f json
+t seen summary odd/at.vres lot/whole.vres --unsorted -f csv
+t seen summary odd/at.vres lot/whole.vres --unsorted -f jsonl
+t veltra summary -r odd --unsorted --expect A1..A2
+
+# Names that begin with a dash: after --, and with a hint where it was forgotten.
+cp odd/at.vres ./-x.vres && patch ./-x.vres 60 ff
+t veltra info -x.vres
+t veltra info odd/at.vres -x.vres
+t veltra info -z
+t veltra doctor -f csv -- -x.vres
+t veltra recover -o -y.vres -- -x.vres
+t veltra ids --list -- -A1 -A2
+
 truncate -s 2M lot/large
 t veltra doctor -r lot --max-size 1M
 t veltra doctor -q -r lot --max-size 1M
@@ -35,6 +62,27 @@ wait
 END
 }
 echo "bar:" && terminal "$(slowly)" | grep -oE '\[#+ *\] +[0-9]+ %|CRESC\[K' | tail -n 2
+# It stays while work goes on: only its end clears it.
+mkdir lots && mkfifo late && for i in {1..40}; do cp lot/whole.vres lots/$i.vres; done
+lasting() {
+  cat <<END
+exec 8<> late 9<> slow
+'$veltra' doctor -j 1 slow lots/*.vres late > /dev/null 8<&- 9<&- &
+is_open() { ls -l /proc/\$!/fd 2> /dev/null | grep -v ' [89] ->' | grep -q \$1; }
+until is_open slow || ! kill -0 \$!; do sleep 0.01; done
+sleep 1.1
+cat lot/whole.vres >&9
+exec 9<&-
+until is_open late || ! kill -0 \$!; do sleep 0.01; done
+sleep 0.2
+cat lot/whole.vres >&8
+exec 8<&-
+wait
+END
+}
+terminal "$(lasting)" > lasting.txt
+echo "what it says:" && grep -oE '[0-9]+/42 files, [0-9.]+/[0-9.]+ kB, [0-9.]+ k?B/s, [0-9]:[0-9]{2} left' lasting.txt | sed -E 's/, [0-9].*//' | tail -n 1
+echo "times cleared: $(grep -o 'CRESC\[K' lasting.txt | wc -l)"
 echo "no bar:" && terminal "$(slowly --progress never)"
 
 # A FIFO that nobody writes to is named and not waited for; one with a writer is read, and so is process substitution.
@@ -72,6 +120,7 @@ t complete_words veltra d
 t complete_words veltra -r doctor --de
 t complete_words veltra doctor -f j
 t complete_words veltra manifest ''
+t complete_words veltra help d
 t complete_words veltra manifest new --ca
 t complete_words veltra recover x -o ''
 t veltra completion fish

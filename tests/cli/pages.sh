@@ -17,6 +17,14 @@ t grep -c . types.txt
 veltra --help | sed -n '/^Commands:/,$s/^  \([a-z]*\) .*/\1/p' | sort > commands.txt
 ls "$pages/tools/veltra/examples" | sed 's/[.]txt$//' > examples.txt
 t diff examples.txt commands.txt
+# Man pages describe it: what it does, in more than a line, what its codes mean, and where to go on.
+for page in "$pages"/tools/veltra/pages/*.txt; do
+  name=$(basename "$page" .txt)
+  case $name in veltra) continue ;; esac
+  veltra help $name | grep -qxF "$(head -n 1 "$page")" && grep -q '^0  ' "$page" && echo $name
+  sed -n '/^See also:/,$p' "$page" | tail -n +2 | tr ' ' '\n' | grep -vxFf commands.txt
+done > described.txt
+t diff described.txt commands.txt
 sed -n '/^## The veltra command/,/^Answers/s/^| \(`.*`\) |.*/\1/p' "$pages/README.md" | grep -o '[a-z]*' | sort > readme.txt
 t diff readme.txt commands.txt
 # Every finding stands on its page under its name, with a line that doctor prints.

@@ -53,3 +53,7 @@ every_screen() { # OPTION...
 }
 every_screen > masked.txt; every_screen --reveal > revealed.txt
 t grep -ciE 'hush|68 ?75 ?73 ?68' masked.txt revealed.txt
+
+# Names of members that are not UTF-8 stay apart where JSON has to replace them.
+LC_ALL=C sed 's/"WiFi SSID": "Site",/"n\xff": 1, "n\xfe": 2,   /' one.bin > names.bin
+t veltra show --record names.bin -f jsonl

@@ -23,7 +23,7 @@ t veltra show a.vres -s 3 -f json
 t veltra show a.vres -s 4
 
 # What is shown can be packed again, to the same bytes.
-veltra show a.vres -f jsonl | sed -E 's/^.*"record":\{"ResultSummary":(.*)\},"storedSize".*$/{"summary":\1}/' > again.json
+veltra show a.vres -f jsonl | sed -E 's/^.*"record":\{"ResultSummary":(.*)\},"schema".*$/{"summary":\1}/' > again.json
 t veltra pack again.json -o again.vres
 t cmp <(veltra show again.vres -f jsonl | sed 's/again.vres//') <(veltra show a.vres -f jsonl | sed 's/a.vres//')
 

@@ -341,11 +341,12 @@ struct NetworkProfileFile : testing::Test {
     return std::string(bytes.begin(), bytes.end());
   }
   // Neither saved to nor read from, and the document stays.
-  static void expectRefused(const std::string& file) {
+  static void expectRefused(const std::string& file, int reason) {
     NetworkProfile profile;
     profile.setUsbWifiSSID("kept");
     EXPECT_FALSE(profile.saveTo(file));
     EXPECT_FALSE(profile.readFrom(file));
+    EXPECT_EQ(errno, reason);
     EXPECT_EQ(profile.getUsbWifiSSID(), "kept");
   }
 };
@@ -380,10 +381,15 @@ TEST_F(NetworkProfileFile, UnreadableTextKeepsTheDocument) {
   NetworkProfile profile;
   profile.setUsbWifiSSID("kept");
   const std::string most = "{}" + std::string(4 * 1024 * 1024 - 2, ' ');
-  for (const std::string& text : {std::string(), std::string("{\"WiFi SSID\" : \"x\""), std::string(2000, '['),
-                                  std::string(100, '\0'), most + " "}) {
+  const std::pair<std::string, int> rows[] = {{"", EBADMSG},
+                                              {"{\"WiFi SSID\" : \"x\"", EBADMSG},
+                                              {std::string(2000, '['), EFBIG},
+                                              {std::string(100, '\0'), EBADMSG},
+                                              {most + " ", EFBIG}};
+  for (const auto& [text, reason] : rows) {
     write("bad", text);
     EXPECT_FALSE(profile.readFrom(path("bad"))) << text.substr(0, 20);
+    EXPECT_EQ(errno, reason) << text.substr(0, 20);
     EXPECT_EQ(profile.getUsbWifiSSID(), "kept");
   }
   write("most", most);
@@ -415,10 +421,11 @@ TEST_F(NetworkProfileFile, ADocumentThatCouldNotBeReadAgainIsNotSaved) {
 
 TEST_F(NetworkProfileFile, RefusesWhatIsNoFileWithoutBlocking) {
   ASSERT_EQ(mkfifo(path("fifo").c_str(), 0600), 0);
-  for (const std::string& file : {path("fifo"), dir.path, std::string("/dev/null"), std::string("/dev/full"),
-                                  path("no/such/folder"), std::string()}) {
+  const std::pair<std::string, int> rows[] = {
+      {path("fifo"), ENOTSUP}, {dir.path, EISDIR}, {"/dev/null", ENOTSUP}, {path("no/such/f"), ENOENT}, {"", ENOENT}};
+  for (const auto& [file, reason] : rows) {
     SCOPED_TRACE(file);
-    expectRefused(file);
+    expectRefused(file, reason);
   }
 }
 
@@ -431,14 +438,14 @@ TEST_F(NetworkProfileFile, FollowsLinksOfTheCallerOnly) {
   EXPECT_TRUE(fs::is_regular_file(path("sub/target")) && fs::is_symlink(path("link")));
   EXPECT_TRUE(profile.readFrom(path("link")));
   fs::create_symlink("loop", path("loop"));
-  expectRefused(path("loop"));
+  expectRefused(path("loop"), ELOOP);
   fs::create_symlink(path("sub"), path("folder"));
-  expectRefused(path("folder"));
+  expectRefused(path("folder"), EISDIR);
 
   if (geteuid() != 0) GTEST_SKIP() << "only root can make a link someone else's";
   ASSERT_EQ(lchown(path("sub/next").c_str(), 12345, 12345), 0);
   write("sub/target", "{}");
-  expectRefused(path("link"));
+  expectRefused(path("link"), EACCES);
   EXPECT_EQ(content("sub/target"), "{}");
 
   // A link of root leads everybody.
@@ -486,7 +493,7 @@ TEST(NetworkProfile, SavesToTheFixedPath) {
     const std::string file = NetworkProfile::FILE_PATH;
     const bool stored = profile.save() && back.read() && back.getUsbWifiSSID() == "net" && fs::exists(file);
     // A stranger's file, in a folder that everybody can write to, and in one that only root can.
-    const bool refused = chown(file.c_str(), 12345, 0) == 0 && !back.read() && back.readFrom(file);
+    const bool refused = chown(file.c_str(), 12345, 0) == 0 && !back.read() && errno == EPERM && back.readFrom(file);
     const bool trusted = chmod("/tmp", 0755) == 0 && back.read();
     const bool replaced = chmod("/tmp", 01777) == 0 && profile.save() && back.read();
     std::_Exit(missing && stored && refused && trusted && replaced ? 0 : 1);

@@ -1,6 +1,7 @@
 #include <libcrossplatform/common/OrbelSettings.h>
 
 #include <libcrossplatform/common/jsonutil.h>
+#include <libcrossplatform/serialization/ByteStreamCounter.h>
 #include <libcrossplatform/serialization/JsonText.h>
 
 #include "RecordTesting.h"
@@ -140,7 +141,10 @@ TEST(OrbelSettings, BytesThatAreNoUtf8AreReplacedAndWarnedOf) {
   s.netProfile["Wired"]["n\xFF\n"] = "caf\xE9";
   s.netProfile["Wired"]["n\xEF\xBF\xBD\n"] = "kept";
   const CapturedLog log;
+  Marshal::ByteStreamCounter counter;  // counting warns of nothing
+  s.serialize(counter);
   const Bytes bytes = bytesOf(s);
+  EXPECT_EQ(counter.size(), bytes.size());
   EXPECT_EQ(log.lines(), std::vector<std::string>{"13|2|JSON: texts that are not UTF-8 are written with U+FFFD: 3, the "
                                                   "first at \"OrbelSettings.net_profile.Wired.n??\""});
   ASSERT_EQ(readFrom(read, bytes), 0);

@@ -3,6 +3,7 @@
 #include <malloc.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -18,11 +19,12 @@
 
 namespace {
 
-long allowed = -1;  ///< allocations until the next refused one; negative: none is refused
+std::atomic<long> allowed{-1};  ///< allocations until the next refused one; negative: none is refused
 bool refusesForGood = false;
-long refused = 0;
-long count = 0;
-std::size_t liveBytes = 0, peakBytes = 0, bytesAtStart = 0;
+std::atomic<long> refused{0};
+std::atomic<long> count{0};
+std::atomic<std::size_t> liveBytes{0}, peakBytes{0};
+std::size_t bytesAtStart = 0;
 
 }  // namespace
 
@@ -52,7 +54,8 @@ std::size_t live() {
 }
 
 void startMeasuring() {
-  bytesAtStart = peakBytes = liveBytes;
+  bytesAtStart = liveBytes;
+  peakBytes = bytesAtStart;
   count = 0;
 }
 
@@ -72,15 +75,16 @@ namespace {
 
 bool isRefused() {
   ++count;
-  const bool refuses = allowed == 0;
-  if (allowed > 0 || (refuses && !refusesForGood)) --allowed;
+  if (allowed < 0) return false;
+  const long before = refusesForGood && allowed == 0 ? 0 : allowed--;
+  const bool refuses = before == 0;
   refused += refuses;
   return refuses;
 }
 
 void* counted(void* memory) {
   if (memory != nullptr) liveBytes += malloc_usable_size(memory);
-  peakBytes = std::max(peakBytes, liveBytes);
+  peakBytes = std::max<std::size_t>(peakBytes, liveBytes);
   return memory;
 }
 

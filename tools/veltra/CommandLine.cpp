@@ -1,5 +1,7 @@
 #include "CommandLine.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <map>
 #include <memory>
@@ -12,8 +14,8 @@
 #include <fmt/format.h>
 #include <CLI/CLI.hpp>
 
-#include "Examples.h"
 #include "Output.h"
+#include "Texts.h"
 
 namespace Command {
 namespace {
@@ -28,11 +30,7 @@ std::string fullName(const CLI::App* app) {
 /// subcommand with their own options.
 class HelpFormatter : public CLI::Formatter {
  public:
-  HelpFormatter() {
-    constexpr std::size_t OPTION_WIDTH = 32;
-    column_width(OPTION_WIDTH);
-    label("Positionals", "Arguments");
-  }
+  HelpFormatter() { label("Positionals", "Arguments"); }
 
   std::string make_usage(const CLI::App* app, std::string) const override {
     std::string usage = "Usage: " + fullName(app) + " [OPTIONS]";
@@ -43,7 +41,12 @@ class HelpFormatter : public CLI::Formatter {
     return usage + (hasCommands ? " COMMAND\n\n" : "\n\n");
   }
 
-  std::string make_description(const CLI::App* app) const override { return app->get_description() + "\n"; }
+  std::string make_description(const CLI::App* app) const override {
+    const std::string more = app->get_parent() == nullptr || app->get_parent()->get_parent() == nullptr
+                                 ? descriptionOf(app->get_name())
+                                 : std::string();
+    return app->get_description() + "\n" + (more.empty() ? "" : "\n" + more);
+  }
 
   std::string make_help(const CLI::App* app, std::string name, CLI::AppFormatMode mode) const override {
     if (mode == CLI::AppFormatMode::Sub) return make_expanded(app);
@@ -65,15 +68,47 @@ class HelpFormatter : public CLI::Formatter {
     return fmt::format("\n{}:\n{}", sub->get_description(), lines);
   }
 
-  std::string make_subcommands(const CLI::App* app, CLI::AppFormatMode mode) const override {
-    const std::string text = CLI::Formatter::make_subcommands(app, mode);
-    return app->get_parent() == nullptr ? replaced(text, "Subcommands:", "Commands:")
-                                        : replaced(text, "\nSubcommands:\n", "");
+  // The formatter's own functions write to streams, which keep quiet about memory that runs out.
+
+  std::string make_group(std::string group, bool isPositional, std::vector<const CLI::Option*> options) const override {
+    std::string text = "\n" + group + ":\n";
+    for (const CLI::Option* option : options) text += make_option(option, isPositional);
+    return text;
+  }
+
+  std::string make_groups(const CLI::App* app, CLI::AppFormatMode mode) const {
+    std::string text;
+    for (const std::string& group : app->get_groups()) {
+      const auto isShown = [&](const CLI::Option* option) {
+        const bool isHelp = mode == CLI::AppFormatMode::Sub && option == app->get_help_ptr();
+        return option->get_group() == group && option->nonpositional() && !isHelp;
+      };
+      const std::vector<const CLI::Option*> options = app->get_options(isShown);
+      if (!group.empty() && !options.empty()) text += make_group(group, false, options);
+    }
+    return text;
+  }
+
+  std::string make_subcommands(const CLI::App* app, CLI::AppFormatMode) const override {
+    std::string groups, commands;
+    for (const CLI::App* sub : app->get_subcommands([](const CLI::App*) { return true; })) {
+      if (sub->get_name().empty()) {
+        groups += make_expanded(sub);
+      } else {
+        commands += make_subcommand(sub);
+      }
+    }
+    const bool isFirst = app->get_parent() == nullptr && !commands.empty();
+    return groups + (isFirst ? "\nCommands:\n" : "") + commands;
   }
 
   std::string make_subcommand(const CLI::App* sub) const override {
     const bool isNested = sub->get_parent()->get_parent() != nullptr;
-    return isNested ? make_expanded(sub) : CLI::Formatter::make_subcommand(sub);
+    return isNested ? make_expanded(sub) : row(sub->get_name(), sub->get_description());
+  }
+
+  std::string make_option(const CLI::Option* option, bool isPositional) const override {
+    return row(make_option_name(option, isPositional) + make_option_opts(option), make_option_desc(option));
   }
 
   std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
@@ -88,6 +123,15 @@ class HelpFormatter : public CLI::Formatter {
 
   std::string make_option_usage(const CLI::Option* option) const override {
     return option->get_required() ? option->get_type_name() : "[" + option->get_type_name() + "]";
+  }
+
+ private:
+  static constexpr std::size_t WIDTH = 32;  ///< of the column with the names
+
+  static std::string row(const std::string& name, const std::string& about) {
+    const std::string first = fmt::format("{:<{}}", "  " + name, WIDTH);
+    return first + (first.size() > WIDTH - 1 && first.back() != ' ' ? "\n" + std::string(WIDTH, ' ') : "") + about +
+           "\n";
   }
 };
 
@@ -206,14 +250,31 @@ int usageError(const std::string& text) {
   return EXIT_USAGE;
 }
 
-/// The parser's message, except for a misspelt command, of which it only says that a command is missing.
+/// "-x: no such option; the file of this name is ./-x". Empty if the error is about something else.
+std::string noSuchOption(const CLI::ParseError& error, const CLI::App& app) {
+  const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
+  if (!isMissing && dynamic_cast<const CLI::ExtrasError*>(&error) == nullptr) return {};
+  for (const std::string& word : app.remaining(true)) {
+    if (word.size() < 2 || word[0] != '-' || word == "--") continue;
+    const bool isFile = access(word.c_str(), F_OK) == 0;
+    if (isFile)
+      return fmt::format("{}: no such option; the file of this name is {}", word, Inspect::shellWord("./" + word));
+    if (isMissing) return word + ": no such option";
+  }
+  return {};
+}
+
+/// The parser's message, except for a misspelt command, of which it only says that a command is missing, and for an
+/// option that there is not.
 std::string explain(const CLI::ParseError& error, const CLI::App& app) {
   const CLI::App* command = &app;
   while (!command->get_subcommands().empty()) command = command->get_subcommands().front();
   const std::vector<std::string> unknown =
       command->get_require_subcommand_min() > 0 ? app.remaining(true) : std::vector<std::string>();
   const bool isWord = !unknown.empty() && unknown.front().rfind('-', 0) != 0;
-  return isWord ? noSuchCommand(unknown.front(), *command) : error.what();
+  if (isWord) return noSuchCommand(unknown.front(), *command);
+  const std::string option = noSuchOption(error, app);
+  return option.empty() ? error.what() : option;
 }
 
 void prepare(CLI::App& app, const Subcommand& root, const std::string& version, Run& chosen) {

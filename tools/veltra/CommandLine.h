@@ -26,6 +26,7 @@ struct Argument {
   std::string type;   ///< name of its value in help; a choice of words as "auto|never"; empty for a flag
   std::string help;
   Target target;
+  bool isCommand = false;  ///< names a command: shells complete them
   bool isRequired = false;
   bool showsPreset = false;  ///< help shows its default value
   std::string preset;        ///< the default for help, if its target does not hold it
@@ -40,6 +41,7 @@ struct Argument {
   /// The words its value must be one of; none if it may be anything.
   std::vector<std::string> choices() const;
 
+  Argument& namingCommands() { return isCommand = true, *this; }
   Argument& required() { return isRequired = true, *this; }
   Argument& showingPreset() { return showsPreset = true, *this; }
   Argument& showing(std::string value) { return preset = std::move(value), *this; }

@@ -59,7 +59,9 @@ void tellOfOthers(uint64_t others, const Options& options);
 /// Reads the results of a job. Findings go to standard error.
 /// @param code    made at least as bad as the result of answerForFiles() would be
 /// @param unread  the exit code for a file that could not be read
-Inspect::JobFiles readJob(const Inspect::FileRun& run, const Options& options, int& code, int unread = EXIT_COULD_NOT);
+/// @param onRow   if given, receives the results in the order of the files, and the answer is empty: nothing is held
+Inspect::JobFiles readJob(const Inspect::FileRun& run, const Options& options, int& code, int unread = EXIT_COULD_NOT,
+                          const Inspect::OnRow& onRow = {});
 
 /// Complains of each finding.
 void complainOfEach(const std::string& name, const Inspect::Findings& findings);

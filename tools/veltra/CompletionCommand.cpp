@@ -49,7 +49,7 @@ void addOption(const Argument& option, Words& words, Grammar& grammar) {
   }
 }
 
-void collect(const Subcommand& command, const std::string& parent, Grammar& grammar) {
+void collect(const Subcommand& command, const std::string& parent, const Subcommand& root, Grammar& grammar) {
   const std::size_t at = grammar.all.size();
   grammar.all.emplace_back();
   Words words;
@@ -61,11 +61,14 @@ void collect(const Subcommand& command, const std::string& parent, Grammar& gram
   }
   for (const Subcommand& sub : command.commands) {
     words.commands.emplace_back(sub.name, sub.help);
-    collect(sub, words.path + " ", grammar);
+    collect(sub, words.path + " ", root, grammar);
   }
   for (const Argument& argument : command.arguments) {
     if (argument.isOption()) continue;
     for (const std::string& word : argument.choices()) words.commands.emplace_back(word, word);
+    if (argument.isCommand) {
+      for (const Subcommand& any : root.commands) words.commands.emplace_back(any.name, any.help);
+    }
   }
   grammar.all[at] = words;
 }
@@ -178,7 +181,7 @@ std::string zshScript(const Grammar& grammar) {
 
 int completion(const std::string& shell, const Subcommand& root) {
   Grammar grammar;
-  collect(root, "", grammar);
+  collect(root, "", root, grammar);
   fmt::print("{}", shell == "bash" ? bashScript(grammar) : zshScript(grammar));
   return EXIT_DONE;
 }

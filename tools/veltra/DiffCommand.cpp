@@ -32,7 +32,7 @@ int diff(const DiffArguments& args, const Options& options) {
                      return row;
                    }};
   document.text = [&] {
-    Table table({{"Field"}, {"A"}, {"B"}});
+    Table table({{"Field"}, {"A"}, {"B"}}, "difference");
     for (const Inspect::Difference& d : differences) table.add({d.field, cellOf(d.a), cellOf(d.b)});
     return table.text();
   };

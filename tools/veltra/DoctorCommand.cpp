@@ -1,3 +1,4 @@
+#include <atomic>
 #include <memory>
 
 #include <fmt/format.h>
@@ -46,15 +47,33 @@ FileAnswer answerOf(const Inspect::JudgedFile& file, bool isDeep, Inspect::Outpu
   return answer;
 }
 
+/// "17 files: nothing wrong", "17 files: 2 damaged, 1 with warnings"
+std::string totalOf(std::size_t files, std::size_t damaged, std::size_t doubtful) {
+  const std::string text = damaged + doubtful == 0 ? "nothing wrong"
+                           : doubtful == 0         ? fmt::format("{} damaged", damaged)
+                           : damaged == 0          ? fmt::format("{} with warnings", doubtful)
+                                                   : fmt::format("{} damaged, {} with warnings", damaged, doubtful);
+  return files == 0 ? "" : totalLine(counted(files, "file") + ": " + text);
+}
+
 int doctor(const DoctorArguments& args, const Options& options) {
   const std::vector<std::string> columns = {"file", "offset", "section", "code", "meaning", "wanted", "found", "next"};
   const Inspect::Examination examination = args.quick  ? Inspect::Examination::QUICK
                                            : args.deep ? Inspect::Examination::DEEP
                                                        : Inspect::Examination::ORDINARY;
+  std::atomic<std::size_t> files{0}, damaged{0}, doubtful{0};
   const auto answer = [&](const Inspect::JudgedFile& file, Inspect::OutputPlace place) {
+    if (file.state != Inspect::FileState::OTHER) ++files;
+    if (file.state == Inspect::FileState::DAMAGED) {
+      ++damaged;
+    } else if (file.state == Inspect::FileState::INTACT && !file.report.findings.empty()) {
+      ++doubtful;
+    }
     return answerOf(file, args.deep, place, options);
   };
-  return answerForJudged(args.paths, options, columns, false, examination, false, answer);
+  const int code = answerForJudged(args.paths, options, columns, false, examination, false, answer);
+  if (options.format == FORMAT_TABLE && !options.quiet) fmt::print("{}", totalOf(files, damaged, doubtful));
+  return code;
 }
 
 }  // namespace

@@ -19,9 +19,9 @@ Inspect::ReadingOptions readingOf(const Options& options, Progress& progress) {
   reading.threads = options.jobs;
   reading.maxSize = options.maxSize;
   if (!progress.active()) return reading;
-  reading.onBegin = [&progress](uint64_t bytes) { progress.expect(bytes); };
+  reading.onBegin = [&progress](std::size_t files, uint64_t bytes) { progress.expect(bytes, files); };
   reading.onRead = [&progress](uint64_t bytes) { progress.advance(bytes); };
-  reading.onTelling = [&progress] { progress.hide(); };
+  reading.onFile = [&progress] { progress.finishFile(); };
   return reading;
 }
 
@@ -148,7 +148,8 @@ int answerForJudged(const std::vector<std::string>& paths, const Options& option
       });
 }
 
-Inspect::JobFiles readJob(const Inspect::FileRun& run, const Options& options, int& code, int unread) {
+Inspect::JobFiles readJob(const Inspect::FileRun& run, const Options& options, int& code, int unread,
+                          const Inspect::OnRow& onRow) {
   Progress progress(options.progress);
   uint64_t others = 0;
   const auto tell = [&](const std::string& name, const Inspect::ReadOutcome& outcome, const Inspect::JudgedFile* file) {
@@ -159,7 +160,7 @@ Inspect::JobFiles readJob(const Inspect::FileRun& run, const Options& options, i
     if (isOther) code = worse(code, codeOfOther(run, name, noContainerText(*file), others));
     complainOfFile(name, findings, options);
   };
-  Inspect::JobFiles job = Inspect::readJob(run, readingOf(options, progress), tell);
+  Inspect::JobFiles job = Inspect::readJob(run, readingOf(options, progress), tell, onRow);
   tellOfOthers(others, options);
   return job;
 }

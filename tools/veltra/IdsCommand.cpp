@@ -82,7 +82,7 @@ int check(const Inspect::CableIdSet& set, const std::vector<std::string>& ids, c
   document.columns = {"id", "ordinal"};
   document.rows = {"ids", ids.size(), [&](std::size_t i) { return idAndOrdinal(ids[i], set.ordinalOf(ids[i])); }};
   document.text = [&] {
-    Table table({{"ID"}, {"In set"}, {"Ordinal", true}});
+    Table table({{"ID"}, {"In set"}, {"Ordinal", true}}, "ID");
     for (const std::string& id : ids) {
       const std::optional<uint32_t> ordinal = set.ordinalOf(id);
       table.add({id, ordinal ? "yes" : "no", ordinal ? std::to_string(*ordinal) : "-"});

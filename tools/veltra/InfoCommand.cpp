@@ -12,7 +12,7 @@ namespace Command {
 namespace {
 
 std::string line(const char* name, const std::string& value, Tone tone = Tone::PLAIN) {
-  return fmt::format("  {:<9} {}\n", name, painted(printable(value), tone));
+  return fmt::format("  {:<16} {}\n", name, painted(printable(value), tone));
 }
 
 std::string screen(const Inspect::JudgedFile& file) {
@@ -20,31 +20,35 @@ std::string screen(const Inspect::JudgedFile& file) {
   std::string text = fmt::format("{}: {}\n", printable(report.name), file.kind);
   if (file.hasSummary) {
     const Veltra::ResultSummary& s = file.summary;
-    text += line("Result", fmt::format("{} ({})", s.getResultName(), toString(s.resultType)));
-    text += line("Verdict", toString(s.status), toneOf(s.status));
-    text += line("Length", Inspect::measurementText(s.length));
-    text += line("Headroom", Inspect::measurementText(s.headroom));
-    text += line("Time", Inspect::isoUtc(static_cast<time_t>(s.timeStamp)));
-    text += line("Tests",
-                 fmt::format("{} contained; {} passed, {} passed with a star, {} failed",
-                             std::bitset<32>(s.testFlags).count(), s.numPassTests, s.numPassStarTests, s.numFailTests));
+    text += line("id", s.getResultName());
+    text += line("type", toString(s.resultType));
+    text += line("status", toString(s.status), toneOf(s.status));
+    text += line("length", Inspect::measurementText(s.length));
+    text += line("headroom", Inspect::measurementText(s.headroom));
+    text += line("time", Inspect::isoUtc(static_cast<time_t>(s.timeStamp)));
+    text += line("testFlags", fmt::format("{} set", std::bitset<32>(s.testFlags).count()));
+    text += line("numPassTests", std::to_string(s.numPassTests));
+    text += line("numPassStarTests", std::to_string(s.numPassStarTests));
+    text += line("numFailTests", std::to_string(s.numFailTests));
   }
-  text += line("Sections", fmt::format("{}, {} bytes of data, {} uncompressed", report.sections, report.storedBytes,
+  text += line("sections", fmt::format("{}, {} bytes of data, {} uncompressed", report.sections, report.storedBytes,
                                        report.originalBytes));
-  text += line("Size", report.recordedLength && *report.recordedLength != report.size
-                           ? fmt::format("{} bytes, {} recorded", report.size, *report.recordedLength)
-                           : fmt::format("{} bytes", report.size));
+  text += line("bytes", report.recordedLength && *report.recordedLength != report.size
+                            ? fmt::format("{}, {} recorded", report.size, *report.recordedLength)
+                            : std::to_string(report.size));
   return text +
-         line("State", toString(file.state), file.state == Inspect::FileState::DAMAGED ? Tone::BAD : Tone::PLAIN);
+         line("state", toString(file.state), file.state == Inspect::FileState::DAMAGED ? Tone::BAD : Tone::PLAIN);
 }
 
-/// A CSV row: the file, then its result as summary shows it.
-Json::Value flatRow(const Inspect::JudgedFile& file) {
-  Json::Value row = file.hasSummary ? toJson(Inspect::ResultRow{file.report.name, file.summary, false}) : Json::Value();
-  const Json::Value whole = toJson(file);
-  for (const char* member : {"file", "kind", "damaged", "bytes", "recordedBytes", "sections"}) {
-    row[member] = whole[member];
-  }
+/// What is known of a file, with its result as summary shows it.
+Json::Value rowOf(const Inspect::JudgedFile& file) {
+  Json::Value row = toJson(file);
+  Json::Value summary;
+  row.removeMember("summary", &summary);
+  if (!file.hasSummary) return row;
+  const Json::Value result = toJson(Inspect::ResultRow{file.report.name, file.summary, false});
+  for (const std::string& member : result.getMemberNames()) row[member] = result[member];
+  row["testFlags"] = summary["testFlags"];
   return row;
 }
 
@@ -56,11 +60,9 @@ int info(const std::vector<std::string>& files, const Options& options) {
     FileAnswer answer;
     if (options.format == FORMAT_TABLE) {
       answer.text = screen(file);
-    } else if (options.format == FORMAT_CSV) {
-      answer.rows = {flatRow(file)};
     } else {
-      answer.json = toJson(file);
-      if (options.format == FORMAT_JSONL) answer.rows = {answer.json};
+      answer.json = rowOf(file);
+      answer.rows = {answer.json};
     }
     return answer;
   };

@@ -1,10 +1,13 @@
 #include "JsonPrinting.h"
 
+#include <algorithm>
 #include <memory>
 #include <sstream>
 
+#include <fmt/format.h>
 #include <json/writer.h>
 
+#include <libcrossplatform/serialization/JsonText.h>
 #include <libcrossplatform/serialization/Utf8Text.h>
 #include <libinspect/records/Measurements.h>
 
@@ -46,6 +49,7 @@ class JsonLayout {
     builder["precision"] = NUMBER_DIGITS;
     builder["emitUTF8"] = false;  // read by terminals of any encoding
     _scalars.reset(builder.newStreamWriter());
+    _out.exceptions(std::ios::badbit);  // memory that runs out is no shorter text
   }
 
   std::string of(const Json::Value& value) {
@@ -56,8 +60,8 @@ class JsonLayout {
     addRow(row, 0);
     return _out.str();
   }
-  /// An object with one more member: an array of rows.
-  std::string ofDocument(const Json::Value& document, const LongList& rows) {
+  /// Prints an object with one more member, an array of rows, and holds none of them.
+  void printDocument(const Json::Value& document, const LongList& rows) {
     Json::Value names = document;
     if (!rows.name.empty()) names[rows.name] = Json::Value();
     const char* separator = "{";
@@ -70,15 +74,27 @@ class JsonLayout {
       }
     }
     end(separator, "{}", 0);
-    return _out.str();
+    _out << '\n';
+    flush();
   }
 
  private:
+  void flush() {
+    fmt::print("{}", _out.str());
+    _out.str({});
+  }
+
   void add(const Json::Value& value, int depth) {
     if (value.isObject()) {
+      const std::vector<std::string> names = value.getMemberNames();
+      if (!std::all_of(names.begin(), names.end(), [](const std::string& name) { return Dump::isUtf8(name); })) {
+        Json::Value repaired = value;  // the library tells members apart whose names become the same
+        Dump::replaceIllFormedTexts(repaired);
+        return add(repaired, depth);
+      }
       const std::string digits = isMeasurement(value) ? digitsOf(value) : "";
       const char* separator = "{";
-      for (const std::string& key : value.getMemberNames()) {
+      for (const std::string& key : names) {
         beginMember(separator, key, depth);
         addDigitsOr(key == "value" ? digits : "", value[key], depth + 1);
       }
@@ -122,6 +138,7 @@ class JsonLayout {
     for (std::size_t i = 0; i < rows.size; ++i) {
       beginElement(separator, 1);
       addRow(rows.element(i), 2);
+      flush();
     }
     end(separator, "[]", 1);
   }
@@ -164,24 +181,24 @@ std::string jsonText(const Json::Value& value, const char* indentation) {
   return JsonLayout(indentation).of(value);
 }
 
-std::string rowJson(const Json::Value& row) {
-  return JsonLayout("").ofRow(row);
+std::string rowJson(const Json::Value& row, const char* indentation) {
+  return JsonLayout(indentation).ofRow(row);
 }
 
-std::map<std::string, std::string> rowCells(const Json::Value& row) {
-  std::map<std::string, std::string> cells;
+std::map<std::string, CsvCell> rowCells(const Json::Value& row) {
+  std::map<std::string, CsvCell> cells;
   for (const auto& [name, member] : flatMembers(row)) {
     const Json::Value& value = member.value;
-    cells[name] = !member.digits.empty() ? member.digits
-                  : value.isString()     ? value.asString()
-                  : value.isNull()       ? ""
-                                         : jsonText(value, "");
+    cells[name] = !member.digits.empty() ? CsvCell{member.digits, false}
+                  : value.isString()     ? CsvCell{value.asString(), true}
+                  : value.isNull()       ? CsvCell{}
+                                         : CsvCell{jsonText(value, ""), false};
   }
   return cells;
 }
 
-std::string documentJson(const Json::Value& object, const LongList& rows) {
-  return JsonLayout("  ").ofDocument(object, rows);
+void printDocumentJson(const Json::Value& object, const LongList& rows) {
+  JsonLayout("  ").printDocument(object, rows);
 }
 
 }  // namespace Command

@@ -22,11 +22,16 @@ std::string jsonText(const Json::Value& value, const char* indentation);
 
 // A row is a flat object; a measurement in it is printed as two members, its number and its relation.
 
-/// A row on one line.
-std::string rowJson(const Json::Value& row);
+/// A row as styled JSON, or on one line with an empty indentation.
+std::string rowJson(const Json::Value& row, const char* indentation = "");
+struct CsvCell {
+  std::string text;
+  bool isText = false;  ///< in JSON, too: no number, no true or false
+};
 /// The cells of a row by column, as CSV has them before quoting; null is empty.
-std::map<std::string, std::string> rowCells(const Json::Value& row);
-/// An object, styled, with one more member: a list of rows. Without a name the rows are omitted.
-std::string documentJson(const Json::Value& object, const LongList& rows);
+std::map<std::string, CsvCell> rowCells(const Json::Value& row);
+/// Prints an object, styled, with one more member: a list of rows, each made when it is printed. Without a name the
+/// rows are omitted.
+void printDocumentJson(const Json::Value& object, const LongList& rows);
 
 }  // namespace Command

@@ -36,7 +36,8 @@ int list(const std::vector<std::string>& files, const Options& options) {
                  {"Version", true},
                  {"Stored", true},
                  {"Original", true},
-                 {"CRC"}});
+                 {"CRC"}},
+                "section");
     answer.json["file"] = source.name();
     std::vector<Inspect::SectionInfo> sections;
     const auto addSection = [&](const Inspect::SectionInfo& section, Inspect::Findings&) {

@@ -42,7 +42,7 @@ std::string textOf(const Veltra::DatabasePackageManifest& manifest, const std::s
   std::string text = fmt::format("{} {}, release type {}, type {}, firmware {} or newer\n", kind,
                                  printable(summary.getFullVersionString()), summary.releaseType, summary.type,
                                  printable(summary.minReqFirmwareVersion));
-  Table table({{"Type", true}, {"Version"}, {"Firmware"}, {"Path"}});
+  Table table({{"Type", true}, {"Version"}, {"Firmware"}, {"Path"}}, "database");
   for (const auto& database : manifest.descriptors) {
     const Veltra::DatabaseVersion& v = database->version;
     table.add({std::to_string(database->dbType), fmt::format("{}.{}.{}.{}", v.schema, v.content, v.object, v.build),

@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 #include <gsl/util>
 
+#include <libinspect/container/ByteSource.h>
 #include <libinspect/records/ProfileView.h>
 
 #include "Commands.h"
@@ -25,16 +26,40 @@ struct NetprofileArguments {
   std::optional<std::string> value;
 };
 
+constexpr uint64_t MOST_BYTES = uint64_t{4} * 1024 * 1024;
+
+/// Where a file stops being JSON, for a complaint.
+std::string faultIn(const std::string& file) {
+  std::string text, error;
+  const std::string place = Inspect::readText(file, MOST_BYTES, text, error) ? Inspect::placeOfJsonFault(text) : "";
+  return "expected JSON" + (place.empty() ? "" : ", found something else at " + place);
+}
+
+/// Why a profile could not be read, by the reason that reading it left in errno.
+std::string refusalOf(const std::string& file, int reason) {
+  switch (reason) {
+    case EISDIR:
+      return "expected a file, found a folder";
+    case ENOTSUP:
+      return "expected a regular file, found a FIFO, a device or a socket";
+    case EFBIG:
+      return "expected at most 4 MiB of JSON with at most 131072 values, found more";
+    case EPERM:
+      return "expected a file of yours or root's, found somebody else's in a folder that others can write to; --file "
+             "reads any";
+    case EBADMSG:
+      return faultIn(file);
+    default:
+      return std::strerror(reason);
+  }
+}
+
 /// Reads the stored profile: one given by --file whoever owns it. A missing file is an empty profile if `allowed`.
 bool readProfile(const NetprofileArguments& args, bool missingAllowed, NetworkProfile& profile) {
   if (args.isNamed ? profile.readFrom(args.file) : profile.read()) return true;
-  if (access(args.file.c_str(), F_OK) != 0) {
-    if (errno == ENOENT && missingAllowed) return true;
-    complain(fmt::format("{}: {}", args.file, std::strerror(errno)));
-    return false;
-  }
-  complain(fmt::format("{}: cannot be read: expected a regular file of at most 4 MiB of JSON{}", args.file,
-                       args.isNamed ? "" : ", owned by you or root; --file reads any"));
+  const int reason = errno;
+  if (reason == ENOENT && missingAllowed) return true;
+  complain(fmt::format("{}: {}", args.file, refusalOf(args.file, reason)));
   return false;
 }
 
@@ -43,7 +68,7 @@ int show(const NetprofileArguments& args, const Options& options) {
   if (!readProfile(args, false, profile)) return EXIT_COULD_NOT;
   const Json::Value json = Inspect::profileJson(profile, args.reveal);
   const auto text = [&json] {
-    Table table({{"Setting"}, {"Value"}});
+    Table table({{"Setting"}, {"Value"}}, "setting");
     for (const Inspect::ProfileSetting& setting : Inspect::profileSettings()) {
       const Json::Value& value = json["settings"][setting.name];
       const std::string shown = value.isBool()   ? (value.asBool() ? "yes" : "no")
@@ -116,7 +141,13 @@ int set(const NetprofileArguments& args) {
 int check(const NetprofileArguments& args, const Options& options) {
   NetworkProfile profile;
   if (!readProfile(args, false, profile)) return EXIT_COULD_NOT;
-  const std::vector<std::string> found = Inspect::checkProfile(profile);
+  std::string bytes, error;
+  if (!Inspect::readText(args.file, MOST_BYTES, bytes, error)) {
+    complain(error);
+    return EXIT_COULD_NOT;
+  }
+  std::vector<std::string> found = Inspect::checkProfileText(bytes);
+  for (std::string& fault : Inspect::checkProfile(profile)) found.push_back(std::move(fault));
   const auto text = [&] {
     std::string lines = found.empty() ? printable(args.file) + ": nothing wrong\n" : "";
     for (const std::string& line : found) lines += printable(line) + "\n";

@@ -2,15 +2,13 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <map>
-#include <memory>
-#include <new>
 
 #include <fmt/format.h>
-#include <libsmartcols/libsmartcols.h>
 
 #include <libinspect/records/Measurements.h>
+
+#include "CommandLine.h"
 
 namespace Command {
 namespace {
@@ -51,7 +49,7 @@ void appendIndented(const std::string& name, const Json::Value& value, int depth
 }  // namespace
 
 void printWithLists(const Json::Value& object, const std::vector<LongList>& lists, bool styled) {
-  std::string head = jsonText(object, styled ? "  " : "");
+  const std::string head = rowJson(object, styled ? "  " : "");
   const auto closing = static_cast<std::size_t>(styled && !lists.empty() ? 2 : lists.empty() ? 0 : 1);  // "\n}" or "}"
   fmt::print("{}", head.substr(0, head.size() - closing));
   for (const LongList& list : lists) {
@@ -65,27 +63,70 @@ void printWithLists(const Json::Value& object, const std::vector<LongList>& list
 }
 
 void printJsonLine(const Json::Value& row) {
-  fmt::print("{}\n", rowJson(row));
+  Json::Value line = row;
+  line["schema"] = SCHEMA;
+  fmt::print("{}\n", rowJson(line));
+}
+
+namespace {
+
+bool isForSpreadsheet = false;
+
+/// What the numbers or times of a column are in, wherever it occurs.
+struct ColumnUnit {
+  const char* column;
+  const char* unit;
+};
+constexpr ColumnUnit UNITS[] = {{"length", "m"},     {"headroom", "dB"},      {"time", "UTC"},
+                                {"bytes", "bytes"},  {"offset", "bytes"},     {"recordedBytes", "bytes"},
+                                {"size", "bytes"},   {"storedSize", "bytes"}, {"originalSize", "bytes"},
+                                {"missing", "bytes"}};
+
+std::string headingOf(const std::string& column) {
+  for (const ColumnUnit& row : UNITS) {
+    if (isForSpreadsheet && column == row.column) return fmt::format("{} ({})", column, row.unit);
+  }
+  return column;
+}
+
+/// A spreadsheet would take some texts for formulas.
+bool isLikeFormula(const std::string& text) {
+  return !text.empty() && text.find_first_of("=+-@\t\r") == 0;
+}
+
+std::string csvText(const CsvCell& cell) {
+  std::string text = isForSpreadsheet && cell.isText && isLikeFormula(cell.text) ? "'" + cell.text : cell.text;
+  if (isOutputTerminal()) text = printable(text);
+  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
+  return "\"" + replaced(text, "\"", "\"\"") + "\"";
+}
+
+const char* csvLineEnd() {
+  return isForSpreadsheet ? "\r\n" : "\n";
+}
+
+}  // namespace
+
+void setSpreadsheet(bool isWanted) {
+  isForSpreadsheet = isWanted;
 }
 
 void printCsvHeader(const std::vector<std::string>& columns) {
-  fmt::print("{}\n", fmt::join(columns, ","));
+  constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
+  std::string line;
+  for (const std::string& column : columns) line += (line.empty() ? "" : ",") + headingOf(column);
+  fmt::print("{}{}{}", isForSpreadsheet ? BYTE_ORDER_MARK : "", line, csvLineEnd());
 }
 
 void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns) {
   std::string line;
-  const std::map<std::string, std::string> cells = rowCells(row);
+  const std::map<std::string, CsvCell> cells = rowCells(row);
   for (const std::string& column : columns) {
     const auto found = cells.find(column);
-    std::string cell = found == cells.end() ? "" : found->second;
-    if (cell.find_first_of(",\"\r\n") != std::string::npos) {
-      std::string quoted;
-      for (const char c : cell) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-      cell = "\"" + quoted + "\"";
-    }
-    line += (&column == &columns.front() ? "" : ",") + cell;
+    if (&column != &columns.front()) line += ',';
+    if (found != cells.end()) line += csvText(found->second);
   }
-  fmt::print("{}\n", line);
+  fmt::print("{}{}", line, csvLineEnd());
 }
 
 void printDocument(const Document& document, const Options& options) {
@@ -98,7 +139,7 @@ void printDocument(const Document& document, const Options& options) {
     case FORMAT_JSON: {
       Json::Value json = object();
       json["schema"] = SCHEMA;
-      fmt::print("{}\n", documentJson(json, rows));
+      printDocumentJson(json, rows);
       break;
     }
     case FORMAT_JSONL:
@@ -132,6 +173,7 @@ void AnswerStream::printRow(const Json::Value& row) const {
 
 void AnswerStream::print(const std::string& text, const Json::Value& element, const std::vector<Json::Value>& rows,
                          const std::optional<LongList>& list) {
+  if (_format != FORMAT_TABLE || !text.empty()) makeRoom(stdout);
   switch (_format) {
     case FORMAT_TABLE:
       fmt::print("{}", text);
@@ -164,41 +206,6 @@ std::string indentedText(const Json::Value& object) {
   std::string text;
   for (const std::string& key : object.getMemberNames()) appendIndented(printable(key), object[key], 0, text);
   return text;
-}
-
-namespace {
-
-void setTone(libscols_cell* cell, Tone tone) {
-  const char* const sequence = sequenceOf(tone);
-  if (*sequence != '\0') scols_cell_set_color(cell, sequence);
-}
-
-}  // namespace
-
-std::string Table::text() const {
-  if (_rows.empty()) return {};
-  const std::unique_ptr<libscols_table, void (*)(libscols_table*)> table(scols_new_table(), scols_unref_table);
-  char* printed = nullptr;
-  if (table == nullptr) throw std::bad_alloc();
-  // Encoding would escape the escapes of printable() again. Without it every character must be one of the locale, which
-  // printable() sees to: on any other the library's measuring of widths does not end.
-  scols_table_enable_noencoding(table.get(), 1);
-  scols_table_enable_colors(table.get(), 1);  // a tone without colour has no sequence
-  for (const Column& column : _columns) {
-    libscols_column* const added =
-        scols_table_new_column(table.get(), column.name, 0, column.right ? SCOLS_FL_RIGHT : 0);
-    setTone(scols_column_get_header(added), Tone::HEADING);
-  }
-  for (const std::vector<Cell>& row : _rows) {
-    libscols_line* const line = scols_table_new_line(table.get(), nullptr);
-    for (std::size_t i = 0; i < row.size(); ++i) {
-      scols_line_set_data(line, i, printable(row[i].text).c_str());
-      setTone(scols_line_get_cell(line, i), row[i].tone);
-    }
-  }
-  if (scols_print_table_to_string(table.get(), &printed) != 0) throw std::bad_alloc();
-  const std::unique_ptr<char, void (*)(void*)> owned(printed, std::free);
-  return std::string(printed) + "\n";
 }
 
 std::string hexDump(const std::vector<uint8_t>& bytes) {
@@ -240,6 +247,7 @@ std::string furtherText(const std::string& name, const Inspect::Findings& findin
 }
 
 void complain(const std::string& text, Tone tone) {
+  makeRoom(stderr);
   fmt::print(stderr, "{} {}\n", paintedError("veltra:", tone), printable(text));
 }
 

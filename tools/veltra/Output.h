@@ -13,31 +13,37 @@
 
 #include "ExitCodes.h"
 #include "JsonPrinting.h"
+#include "Table.h"
 #include "Terminal.h"
 
 namespace Command {
 
 enum Format { FORMAT_TABLE, FORMAT_JSON, FORMAT_JSONL, FORMAT_CSV };
 
-constexpr int SCHEMA = 1;  ///< of the JSON documents
+constexpr int SCHEMA = 1;  ///< of JSON documents and lines
 
 /// The options of every command.
 struct Options {
   Format format = FORMAT_TABLE;
-  bool quiet = false;      ///< no findings on standard error: the exit code reports them
-  bool recursive = false;  ///< look into directories
-  unsigned jobs = 0;       ///< threads for many files; 0: one per core
-  uint64_t maxSize = 0;    ///< larger inputs are skipped; 0: no limit
+  bool spreadsheet = false;  ///< CSV for people
+  bool quiet = false;        ///< no findings on standard error: the exit code reports them
+  bool recursive = false;    ///< look into directories
+  unsigned jobs = 0;         ///< threads for many files; 0: one per core
+  uint64_t maxSize = 0;      ///< larger inputs are skipped; 0: no limit
   Color color = COLOR_AUTO;
   bool progress = true;  ///< on a terminal
 };
 
-/// Prints an object that ends in long lists, styled with each of their elements on a line, or all on one line. Without
+/// Prints a row that ends in long lists, styled with each of their elements on a line, or all on one line. Without
 /// a final newline.
 void printWithLists(const Json::Value& object, const std::vector<LongList>& lists, bool styled);
 /// Prints one row on a line of its own.
 void printJsonLine(const Json::Value& row);
-/// Prints the members of a row as one line of CSV (RFC 4180); a missing or null member is empty.
+/// Whether CSV is for a spreadsheet and those who read it: with a byte-order mark, CRLF, units in the headings, and no
+/// text that would be taken for a formula. It is for programs otherwise: exact, equal to JSON.
+void setSpreadsheet(bool isWanted);
+/// Prints the members of a row as one line of CSV (RFC 4180); a missing or null member is empty. On a terminal it is
+/// printable.
 void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns);
 void printCsvHeader(const std::vector<std::string>& columns);
 /// One answer in all formats. Its parts are made when they are printed.
@@ -75,28 +81,6 @@ class AnswerStream {
 
 /// An object as indented `name: value` lines; a measurement as its text.
 std::string indentedText(const Json::Value& object);
-
-/// Rows under column names, aligned; numbers on the right.
-class Table {
- public:
-  struct Column {
-    const char* name;
-    bool right = false;
-  };
-  struct Cell {
-    Cell(std::string cellText, Tone cellTone = Tone::PLAIN) : text(std::move(cellText)), tone(cellTone) {}
-    Cell(const char* cellText, Tone cellTone = Tone::PLAIN) : text(cellText), tone(cellTone) {}
-    std::string text;
-    Tone tone;
-  };
-  explicit Table(std::vector<Column> columns) : _columns(std::move(columns)) {}
-  void add(std::vector<Cell> cells) { _rows.push_back(std::move(cells)); }
-  std::string text() const;
-
- private:
-  std::vector<Column> _columns;
-  std::vector<std::vector<Cell>> _rows;
-};
 
 /// Sixteen bytes per line: offset, hexadecimal, characters.
 std::string hexDump(const std::vector<uint8_t>& bytes);

@@ -1,4 +1,6 @@
+#include <map>
 #include <memory>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -12,33 +14,48 @@ namespace {
 struct SummaryArguments {
   std::vector<std::string> paths;
   std::string expected;
+  bool unsorted = false;
 };
 
-std::string tableOf(const std::vector<Inspect::ResultRow>& rows) {
-  Table table({{"ID"},
-               {"Type"},
-               {"Verdict"},
-               {"Length", true},
-               {"Headroom", true},
-               {"Time"},
-               {"Passed", true},
-               {"Star", true},
-               {"Failed", true},
-               {"File"}});
-  for (const Inspect::ResultRow& row : rows) {
-    const Veltra::ResultSummary& s = row.summary;
-    table.add({s.resultName,
-               toString(s.resultType),
-               {toString(s.status), toneOf(s.status)},
-               Inspect::measurementText(s.length),
-               Inspect::measurementText(s.headroom),
-               Inspect::isoUtc(static_cast<time_t>(s.timeStamp)),
-               std::to_string(s.numPassTests),
-               std::to_string(s.numPassStarTests),
-               std::to_string(s.numFailTests),
-               row.file});
+Table::Row cellsOf(const Inspect::ResultRow& row) {
+  const Veltra::ResultSummary& s = row.summary;
+  return {s.resultName,
+          toString(s.resultType),
+          {toString(s.status), toneOf(s.status)},
+          Inspect::measurementText(s.length),
+          Inspect::measurementText(s.headroom),
+          Inspect::isoUtc(static_cast<time_t>(s.timeStamp)),
+          std::to_string(s.numPassTests),
+          std::to_string(s.numPassStarTests),
+          std::to_string(s.numFailTests),
+          row.file};
+}
+
+/// "17 results: 1 Fail, 16 Pass"
+std::string totalOf(const std::vector<Inspect::ResultRow>& rows) {
+  std::map<std::string, std::size_t> verdicts;
+  for (const Inspect::ResultRow& row : rows) ++verdicts[toString(row.summary.status)];
+  std::string text = counted(rows.size(), "result");
+  const char* separator = ": ";
+  for (const auto& [verdict, count] : verdicts) {
+    text +=
+        fmt::format("{}{} {}", std::exchange(separator, ", "), count, verdict.empty() ? "without a verdict" : verdict);
   }
-  return table.text();
+  return totalLine(text);
+}
+
+std::string tableOf(const std::vector<Inspect::ResultRow>& rows) {
+  Table table({{"id"},
+               {"type"},
+               {"status"},
+               {"length", true},
+               {"headroom", true},
+               {"time"},
+               {"numPassTests", true},
+               {"numPassStarTests", true},
+               {"numFailTests", true},
+               {"file"}});
+  return tableText(table, rows.size(), [&rows](std::size_t i) { return cellsOf(rows[i]); }) + totalOf(rows);
 }
 
 std::string listText(const char* what, const std::vector<std::string>& ids) {
@@ -53,6 +70,17 @@ Json::Value listJson(const std::vector<std::string>& ids) {
   return json;
 }
 
+/// Prints each row when its file was read, in the order of the files, and holds none.
+int summaryInPassing(const Inspect::FileRun& run, const Options& options, int code) {
+  AnswerStream answers(options, "results", Inspect::rowColumns());
+  readJob(run, options, code, EXIT_COULD_NOT, [&answers](const Inspect::ResultRow& row) {
+    const Json::Value json = toJson(row);
+    answers.print("", json, {json});
+  });
+  answers.finish();
+  return code;
+}
+
 int summary(const SummaryArguments& args, const Options& options) {
   Inspect::CableIdSet expected;
   std::string error;
@@ -64,8 +92,14 @@ int summary(const SummaryArguments& args, const Options& options) {
   int code = EXIT_DONE;
   const Inspect::FileRun run(filesOf(args.paths, options, code), args.paths, options.maxSize);
   if (!hasExpected && complainsOfNoFiles(args.paths, run.files())) return EXIT_COULD_NOT;
-  const Inspect::JobFiles job = readJob(run, options, code);
-  if (!hasExpected && complainsOfNoResults(args.paths, job)) return EXIT_COULD_NOT;
+  if (args.unsorted && options.format != FORMAT_TABLE) return summaryInPassing(run, options, code);
+  Inspect::JobFiles job;
+  if (args.unsorted) {
+    readJob(run, options, code, EXIT_COULD_NOT, [&job](const Inspect::ResultRow& row) { job.rows.push_back(row); });
+  } else {
+    job = readJob(run, options, code);
+  }
+  if (!hasExpected && !args.unsorted && complainsOfNoResults(args.paths, job)) return EXIT_COULD_NOT;
   const std::vector<Inspect::ResultRow>& rows = job.rows;
   Document document;
   document.columns = Inspect::rowColumns();
@@ -105,6 +139,8 @@ Subcommand summaryCommand(const Options& options) {
   command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
   command.option("--expect", "FIRST..LAST", &args->expected,
                  "the IDs of the job; tells which are missing, damaged, tested twice or not expected");
+  command.flag("--unsorted", args->unsorted, "in the order of the files, each row as soon as it is known")
+      .excluding("--expect");
   command.run = [args, &options] { return summary(*args, options); };
   return command;
 }

@@ -1,6 +1,7 @@
 #include "Terminal.h"
 
 #include <langinfo.h>
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -42,16 +43,17 @@ void setColor(Color color) {
   paintsErrors = color == COLOR_ALWAYS || (color == COLOR_AUTO && knowsColors(STDERR_FILENO));
 }
 
+bool isOutputTerminal() {
+  static const bool isTerminal = isatty(STDOUT_FILENO) == 1;
+  return isTerminal;
+}
+
 Inspect::Charset charset() {
   return std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0 ? Inspect::Charset::UTF8 : Inspect::Charset::ASCII;
 }
 
 std::string printable(const std::string& text) {
   return Inspect::printable(text, charset());
-}
-
-const char* sequenceOf(Tone tone) {
-  return paintsOutput ? textOf(SEQUENCES, tone) : "";
 }
 
 std::string painted(const std::string& text, Tone tone) {
@@ -62,19 +64,92 @@ std::string paintedError(const std::string& text, Tone tone) {
   return wrapped(paintsErrors, text, tone);
 }
 
-Progress::Progress(bool isEnabled) : _active(isEnabled && isatty(STDERR_FILENO) == 1) {}
+namespace {
+
+Progress* bar = nullptr;
+
+struct ByteUnit {
+  double bytes;
+  const char* name;
+};
+ByteUnit unitFor(uint64_t bytes) {
+  constexpr ByteUnit UNITS[] = {{1e9, "GB"}, {1e6, "MB"}, {1e3, "kB"}};
+  for (const ByteUnit& unit : UNITS) {
+    if (static_cast<double>(bytes) >= unit.bytes) return unit;
+  }
+  return {1, "B"};
+}
+
+/// "1203/20000 files, 412.0/1200.3 MB, 85.1 MB/s"
+std::string amounts(std::size_t filesDone, std::size_t files, uint64_t done, uint64_t total, double seconds) {
+  const ByteUnit unit = unitFor(total);
+  const double perSecond = static_cast<double>(done) / seconds;
+  const ByteUnit rate = unitFor(static_cast<uint64_t>(perSecond));
+  return fmt::format("{}/{} files, {:.1f}/{:.1f} {}, {:.1f} {}/s", filesDone, files,
+                     static_cast<double>(done) / unit.bytes, static_cast<double>(total) / unit.bytes, unit.name,
+                     perSecond / rate.bytes, rate.name);
+}
+
+/// "0:12 left", "2:05:40 left"
+std::string timeLeft(double seconds) {
+  constexpr double MOST = 1e6;
+  const auto left = static_cast<unsigned>(std::min(seconds, MOST));
+  return left < 3600 ? fmt::format("{}:{:02} left", left / 60, left % 60)
+                     : fmt::format("{}:{:02}:{:02} left", left / 3600, left / 60 % 60, left % 60);
+}
+
+/// Columns of the terminal on standard error; none known: enough for any line.
+std::size_t terminalWidth() {
+  constexpr std::size_t WIDE = 1000;
+  winsize size{};
+  return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : WIDE;
+}
+
+}  // namespace
+
+void makeRoom(std::FILE* stream) {
+  if (bar != nullptr && (stream == stderr || isOutputTerminal())) bar->hide();
+}
+
+Progress::Progress(bool isEnabled) : _active(isEnabled && isatty(STDERR_FILENO) == 1) {
+  if (_active) bar = this;
+}
+
+Progress::~Progress() {
+  hide();
+  if (bar == this) bar = nullptr;
+}
+
+void Progress::expect(uint64_t bytes, std::size_t files) {
+  _total = bytes;
+  _files = files;
+}
 
 void Progress::advance(uint64_t bytes) {
-  constexpr int WIDTH = 30;
   if (!_active) return;
   const std::lock_guard<std::mutex> lock(_mutex);
   _done += bytes;
   const Clock::time_point now = Clock::now();
-  if (now < _next || _total == 0) return;
+  if (now >= _next && _total > 0) draw(now);
+}
+
+void Progress::finishFile() {
+  const std::lock_guard<std::mutex> lock(_mutex);
+  ++_filesDone;
+}
+
+void Progress::draw(Clock::time_point now) {
+  constexpr int WIDTH = 16;
   _next = now + std::chrono::milliseconds(100);
-  const double part = std::min(1.0, static_cast<double>(_done) / static_cast<double>(_total));
-  const std::string bar(static_cast<std::size_t>(part * WIDTH), '#');
-  fmt::print(stderr, "\r[{:<{}}] {:3.0f} %\033[K", bar, WIDTH, part * 100);
+  const uint64_t done = std::min(_done, _total);
+  const double seconds = std::chrono::duration<double>(now - _begin).count();
+  const double part = static_cast<double>(done) / static_cast<double>(_total);
+  const std::string drawn(static_cast<std::size_t>(part * WIDTH), '#');
+  std::string line = fmt::format("[{:<{}}] {:3.0f} %", drawn, WIDTH, part * 100);
+  if (_files > 0) line += ", " + amounts(_filesDone, _files, done, _total, seconds);
+  if (part > 0) line += ", " + timeLeft(seconds / part * (1 - part));
+  line.resize(std::min(line.size(), terminalWidth() - 1));
+  fmt::print(stderr, "\r{}\033[K", line);
   (void)std::fflush(stderr);  // a bar that cannot be shown is not an error
   _shown = true;
 }
@@ -85,6 +160,7 @@ void Progress::hide() {
   fmt::print(stderr, "\r\033[K");
   (void)std::fflush(stderr);  // a bar that cannot be shown is not an error
   _shown = false;
+  _next = Clock::time_point();  // whoever reads on sees it again at once
 }
 
 }  // namespace Command

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <mutex>
 #include <string>
 
@@ -18,43 +19,55 @@ enum class Tone { PLAIN, GOOD, BAD, DOUBTFUL, HEADING };
 /// unless NO_COLOR is set (https://no-color.org).
 void setColor(Color color);
 
+/// Whether standard output is a terminal: people read it as it comes.
+bool isOutputTerminal();
+
 /// What the locale can show: UTF-8, or in any other locale ASCII alone.
 Inspect::Charset charset();
 /// Text from outside as it may be shown in this locale.
 std::string printable(const std::string& text);
 
-/// The escape sequence of a tone for standard output; empty if output is not coloured.
-const char* sequenceOf(Tone tone);
 /// A text for standard output in its tone.
 std::string painted(const std::string& text, Tone tone);
 /// A text for standard error in its tone.
 std::string paintedError(const std::string& text, Tone tone);
 
-/// A progress bar on standard error while many bytes are read: only on a terminal, and only after one second.
+/// Clears the line of the progress bar before something else goes to this stream, if that may be the same terminal.
+void makeRoom(std::FILE* stream);
+
+/// A progress bar on standard error while many bytes are read: only on a terminal, and only after one second. One at a
+/// time.
 class Progress {
  public:
   explicit Progress(bool isEnabled);
-  ~Progress() { hide(); }
+  ~Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
   bool active() const { return _active; }
   /// Call it before the first advance().
-  void expect(uint64_t bytes) { _total = bytes; }
+  /// @param files  that have these bytes in all; 0: the bytes are no file's, and are not shown
+  void expect(uint64_t bytes, std::size_t files = 0);
   /// Adds bytes that were read. From any thread.
   void advance(uint64_t bytes);
-  /// Clears the bar's line, before anything else is printed. The next advance() draws it again.
+  /// Adds a file that was read. From any thread.
+  void finishFile();
+  /// Clears the bar's line. The next advance() draws it again.
   void hide();
 
  private:
   using Clock = std::chrono::steady_clock;
+  void draw(Clock::time_point now);
 
   bool _active;
   uint64_t _total = 0;
+  std::size_t _files = 0;
+  const Clock::time_point _begin = Clock::now();
   std::mutex _mutex;  // guards what follows
   uint64_t _done = 0;
+  std::size_t _filesDone = 0;
   bool _shown = false;
-  Clock::time_point _next = Clock::now() + std::chrono::seconds(1);
+  Clock::time_point _next = _begin + std::chrono::seconds(1);
 };
 
 }  // namespace Command

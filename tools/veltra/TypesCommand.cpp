@@ -85,7 +85,7 @@ Json::Value toJson(const TypeRow& row) {
 }
 
 std::string tableOf(const std::vector<TypeRow>& rows) {
-  Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}});
+  Table table({{"Kind"}, {"Id", true}, {"Name"}, {"More"}}, "type");
   for (const TypeRow& row : rows) {
     const std::string id = !row.id ? "-" : fmt::format(row.kind == "record" ? "0x{:06x}" : "{}", *row.id);
     table.add({row.kind, id, row.name, row.more});

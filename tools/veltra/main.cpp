@@ -2,9 +2,12 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <utility>
+#include <vector>
 
 #include <libcrossplatform/common/FileReplacement.h>
 #include <libcrossplatform/common/Version.h>
+#include <libinspect/job/ManyFiles.h>
 
 #include "Commands.h"
 
@@ -21,6 +24,8 @@ void addOptions(Subcommand& root, Options& options) {
                   options.format,
                   {{"table", FORMAT_TABLE}, {"json", FORMAT_JSON}, {"jsonl", FORMAT_JSONL}, {"csv", FORMAT_CSV}}),
               "how answers are printed (default: table)");
+  root.flag("--spreadsheet", options.spreadsheet,
+            "CSV for a spreadsheet: units in the headings, and no text is taken for a formula");
   root.flag("-q,--quiet", options.quiet, "do not print findings; the exit code reports them");
   root.flag("-r,--recursive", options.recursive, "look into directories");
   root.option("-j,--jobs", "N", &options.jobs, "threads for many files (default: one per core)");
@@ -33,20 +38,35 @@ void addOptions(Subcommand& root, Options& options) {
               "a progress bar on standard error, on a terminal, after one second");
 }
 
+/// Moves them into a list. One in braces is copied, and GCC 12's std::variant does not survive a copy that finds no
+/// memory.
+template <class... Commands>
+std::vector<Subcommand> listOf(Commands... commands) {
+  std::vector<Subcommand> list;
+  list.reserve(sizeof...(commands));
+  (list.push_back(std::move(commands)), ...);
+  return list;
+}
+
 int runCommand(int argc, char** argv) {
   Options options;
   Subcommand root("veltra", "Inspect, check, recover and create the files of cabling testers.");
   addOptions(root, options);
-  root.commands = {infoCommand(options),       listCommand(options),     showCommand(options),
-                   summaryCommand(options),    doctorCommand(options),   recoverCommand(options),
-                   reportCommand(options),     annotateCommand(options), extractCommand(options),
-                   diffCommand(options),       packCommand(options),     manifestCommand(options),
-                   netprofileCommand(options), idsCommand(options),      typesCommand(options),
-                   completionCommand(root),    helpCommand(root)};
+  root.commands = listOf(infoCommand(options), listCommand(options), showCommand(options), summaryCommand(options),
+                         doctorCommand(options), recoverCommand(options), reportCommand(options),
+                         annotateCommand(options), extractCommand(options), diffCommand(options), packCommand(options),
+                         manifestCommand(options), netprofileCommand(options), idsCommand(options),
+                         typesCommand(options), completionCommand(root), helpCommand(root));
   int code = EXIT_DONE;
   const Run run = parseCommandLine(root, "veltra " VELTRA_VERSION_TEXT, argc, argv, code);
   if (code == EXIT_USAGE) return code;
   setColor(options.color);
+  if (options.spreadsheet && (options.format == FORMAT_JSON || options.format == FORMAT_JSONL)) {
+    complain("--spreadsheet: expected -f csv or no -f, found a format for programs");
+    return EXIT_USAGE;
+  }
+  if (options.spreadsheet) options.format = FORMAT_CSV;
+  setSpreadsheet(options.spreadsheet);
   if (run) code = run();
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
   complain("standard output cannot be written");
@@ -67,6 +87,17 @@ void handleSignals() {
   std::signal(SIGXFSZ, SIG_IGN);  // writing then fails, which is reported
 }
 
+int endBy(const char* reason) {
+  try {
+    complain(reason);
+  } catch (const std::exception&) {  // not even memory for that
+    std::fputs("veltra: ", stderr);
+    std::fputs(reason, stderr);
+    std::fputs("\n", stderr);
+  }
+  return EXIT_COULD_NOT;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -75,7 +106,6 @@ int main(int argc, char** argv) {
   try {
     return runCommand(argc, argv);
   } catch (const std::exception& e) {  // out of memory, or a closed standard output
-    Command::complain(e.what());
-    return Command::EXIT_COULD_NOT;
+    return endBy(Inspect::causeOf(e));
   }
 }

@@ -1,4 +1,4 @@
-# Man pages and completions, made by the command itself from its own help. Without help2man there are none of commands.
+# Man pages and completions, made from the command's own help and from texts beside it. Without help2man there are no man pages.
 find_program(HELP2MAN help2man)
 set(VELTRA_PAGES ${CMAKE_CURRENT_BINARY_DIR}/pages)
 file(MAKE_DIRECTORY ${VELTRA_PAGES})
@@ -27,8 +27,9 @@ if(HELP2MAN)
   foreach(transcript ${transcripts})
     get_filename_component(command ${transcript} NAME_WE)
     set(page ${VELTRA_PAGES}/veltra-${command}.1)
-    add_custom_command(OUTPUT ${page} DEPENDS veltra ${make_page} ${transcript} VERBATIM
-      COMMAND ${make_page} ${HELP2MAN} $<TARGET_FILE:veltra> ${page} ${command} ${transcript})
+    set(text ${CMAKE_CURRENT_SOURCE_DIR}/veltra/pages/${command}.txt)
+    add_custom_command(OUTPUT ${page} DEPENDS veltra ${make_page} ${text} ${transcript} VERBATIM
+      COMMAND ${make_page} ${HELP2MAN} $<TARGET_FILE:veltra> ${page} ${command} ${text} ${transcript})
     list(APPEND made ${page})
   endforeach()
   install(DIRECTORY ${VELTRA_PAGES}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 FILES_MATCHING PATTERN "*.1")

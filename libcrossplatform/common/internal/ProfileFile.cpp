@@ -73,13 +73,21 @@ bool isInSharedFolder(const std::string& path) {
          (folder.st_mode & (S_IWGRP | S_IWOTH)) != 0;
 }
 
-// Opens a regular file, and nothing else.
+// The reason is set last: closing may change it.
+Descriptor refused(Descriptor file, int why) {
+  { const Descriptor closed = std::move(file); }
+  errno = why;
+  return Descriptor(-1);
+}
+
+// Opens a regular file, and nothing else; says why not in errno.
 Descriptor openRegular(const std::string& path, ProfileOwner owner) {
-  Descriptor file(::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  Descriptor file(path.empty() ? -1 : ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   struct stat status;
-  if (!file.isOpen() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)) return Descriptor(-1);
-  if (owner == ProfileOwner::TRUSTED && !isTrusted(status.st_uid) && isInSharedFolder(path)) return Descriptor(-1);
-  return file;
+  if (!file.isOpen() || ::fstat(file.get(), &status) != 0) return refused(std::move(file), errno);
+  if (!S_ISREG(status.st_mode)) return refused(std::move(file), S_ISDIR(status.st_mode) ? EISDIR : ENOTSUP);
+  const bool isStrangers = owner == ProfileOwner::TRUSTED && !isTrusted(status.st_uid) && isInSharedFolder(path);
+  return isStrangers ? refused(std::move(file), EPERM) : std::move(file);
 }
 
 }  // namespace
@@ -101,7 +109,10 @@ bool readProfileFile(const std::string& path, ProfileOwner owner, std::string& t
     const ssize_t n = uninterrupted([&] { return ::read(file.get(), piece, sizeof piece); });
     if (n < 0) return false;
     if (n == 0) break;
-    if (static_cast<std::size_t>(n) > PROFILE_FILE_MAX_BYTES - content.size()) return false;
+    if (static_cast<std::size_t>(n) > PROFILE_FILE_MAX_BYTES - content.size()) {
+      errno = EFBIG;
+      return false;
+    }
     content.append(piece, static_cast<std::size_t>(n));
   }
   text = std::move(content);

@@ -27,8 +27,9 @@ enum class ProfileOwner : int32_t {
 bool writeProfileFile(const std::string& path, const std::string& text, const FileStamp* expected);
 
 /// Reads a whole file.
-/// @return false, with `text` unchanged, when it cannot be opened or read, has more than PROFILE_FILE_MAX_BYTES, or
-///         belongs to another owner than allowed
+/// @return false, with `text` unchanged and the reason in errno: it cannot be opened or read (as the system says), is a
+///         folder (EISDIR), another special file (ENOTSUP) or a link that is not followed (EACCES, ELOOP), has more
+///         than PROFILE_FILE_MAX_BYTES (EFBIG), or belongs to another owner than allowed (EPERM)
 bool readProfileFile(const std::string& path, ProfileOwner owner, std::string& text);
 
 }  // namespace Veltra

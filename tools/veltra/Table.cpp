@@ -1,0 +1,88 @@
+#include "Table.h"
+
+#include <wchar.h>
+
+#include <algorithm>
+
+#include <fmt/format.h>
+
+namespace Command {
+namespace {
+
+/// The columns of a terminal that a printable text takes.
+std::size_t widthOf(const std::string& text) {
+  std::size_t width = 0;
+  std::mbstate_t state{};
+  for (std::size_t at = 0; at < text.size();) {
+    wchar_t character = 0;
+    const std::size_t length = std::mbrtowc(&character, text.data() + at, text.size() - at, &state);
+    const bool isCharacter = length > 0 && length <= text.size() - at;
+    if (!isCharacter) state = {};
+    const int columns = isCharacter ? wcwidth(character) : 1;
+    width += columns < 0 ? 1 : static_cast<std::size_t>(columns);
+    at += isCharacter ? length : 1;
+  }
+  return width;
+}
+
+}  // namespace
+
+Table::Table(std::vector<Column> columns, std::string noun) : _columns(std::move(columns)), _noun(std::move(noun)) {
+  for (const Column& column : _columns) _widths.push_back(widthOf(column.name));
+}
+
+void Table::add(Row row) {
+  measure(row);
+  _rows.push_back(std::move(row));
+}
+
+void Table::measure(const Row& row) {
+  for (std::size_t i = 0; i < row.size(); ++i) _widths[i] = std::max(_widths[i], widthOf(printable(row[i].text)));
+}
+
+std::string Table::heading() const {
+  Row names;
+  for (const Column& column : _columns) names.emplace_back(column.name, Tone::HEADING);
+  return line(names);
+}
+
+std::string Table::line(const Row& row) const {
+  std::string text;
+  for (std::size_t i = 0; i < row.size(); ++i) {
+    std::string shown = printable(row[i].text);
+    const std::size_t width = widthOf(shown);
+    const std::string padding(_widths[i] > width ? _widths[i] - width : 0, ' ');
+    if (_columns[i].right) {
+      shown = padding + shown;
+    } else if (i + 1 < row.size()) {
+      shown += padding;
+    }
+    text += (i == 0 ? "" : " ") + painted(shown, row[i].tone);
+  }
+  return text + "\n";
+}
+
+std::string Table::text() const {
+  if (_rows.empty()) return {};
+  std::string text = heading();
+  for (const Row& row : _rows) text += line(row);
+  return text + totalLine(counted(_rows.size(), _noun));
+}
+
+std::string tableText(Table& table, std::size_t rows, const std::function<Table::Row(std::size_t)>& row) {
+  if (rows == 0) return {};
+  for (std::size_t i = 0; i < rows; ++i) table.measure(row(i));
+  std::string text = table.heading();
+  for (std::size_t i = 0; i < rows; ++i) text += table.line(row(i));
+  return text;
+}
+
+std::string counted(std::size_t count, const std::string& noun) {
+  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
+std::string totalLine(const std::string& text) {
+  return isOutputTerminal() ? text + "\n" : "";
+}
+
+}  // namespace Command
