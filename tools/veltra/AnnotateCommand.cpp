@@ -17,9 +17,11 @@ struct AnnotateArguments {
   bool reveal = false;
 };
 
-std::string valueText(const Json::Value& value) {
+std::string valueText(const Inspect::AnnotatedStretch& stretch) {
+  const Json::Value& value = stretch.value;
   if (value.isString()) return "\"" + printable(value.asString()) + "\"";
-  return value.isNull() ? "-" : jsonText(value, "");
+  const std::string text = value.isNull() ? "-" : jsonText(value, "");
+  return stretch.words.empty() ? text : fmt::format("{} ({})", text, stretch.words);
 }
 
 /// Prints rows of offset, bytes, kind, field and value as they come.
@@ -62,7 +64,7 @@ class Annotation {
       const std::size_t end = std::min<std::size_t>(at + BYTES_A_LINE, stretch.size);
       const std::string offset = std::to_string(stretch.offset + at);
       const std::string hex = fmt::format("{:02x}", fmt::join(stretch.bytes + at, stretch.bytes + end, " "));
-      text += at == 0 ? line(offset, hex, stretch.kind, printable(stretch.field), valueText(stretch.value))
+      text += at == 0 ? line(offset, hex, stretch.kind, printable(stretch.field), valueText(stretch))
                       : line(offset, hex, "", "", "");
       at = end;
     } while (at < stretch.size);

@@ -63,6 +63,7 @@ int answerForFiles(const std::vector<std::string>& paths, const Options& options
     code = worse(code, codeOfFile(outcome, given ? given->findings : Inspect::Findings(), options));
     if (outcome.state != Inspect::ReadOutcome::WAS_READ) return;
     answers.print(given->text, given->json, given->rows, given->list);
+    if (given->print && options.format == FORMAT_TABLE) given->print();
     (void)std::fflush(stdout);  // write errors are checked at the end
     if (complainOfFindings) complainOfFile(file, given->findings, options);
   };

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cwchar>
 #include <map>
 #include <memory>
 #include <new>
@@ -56,10 +57,12 @@ void printWithLists(const Json::Value& object, const std::vector<LongList>& list
   fmt::print("{}", head.substr(0, head.size() - closing));
   for (const LongList& list : lists) {
     fmt::print(styled ? ",\n  \"{}\": [" : ",\"{}\":[", list.name);
-    for (std::size_t i = 0; i < list.size; ++i) {
-      fmt::print("{}{}{}", i == 0 ? "" : ",", styled ? "\n    " : "", jsonText(list.element(i), ""));
-    }
-    fmt::print(styled && list.size > 0 ? "\n  ]" : "]");
+    const char* separator = "";
+    list.forEach([&](const Json::Value& element) {
+      fmt::print("{}{}{}", separator, styled ? "\n    " : "", jsonText(element, ""));
+      separator = ",";
+    });
+    fmt::print(styled && *separator == ',' ? "\n  ]" : "]");
   }
   fmt::print("{}", head.substr(head.size() - closing));
 }
@@ -72,10 +75,16 @@ void printCsvHeader(const std::vector<std::string>& columns) {
   fmt::print("{}\n", fmt::join(columns, ","));
 }
 
-void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns) {
+void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns, const HexBytes& hex) {
   std::string line;
   const std::map<std::string, std::string> cells = rowCells(row);
   for (const std::string& column : columns) {
+    if (!hex.name.empty() && column == hex.name) {
+      fmt::print("{}{}", line, &column == &columns.front() ? "" : ",");
+      forEachPiece(*hex.bytes, [](const std::string& digits) { fmt::print("{}", digits); });
+      line.clear();
+      continue;
+    }
     const auto found = cells.find(column);
     std::string cell = found == cells.end() ? "" : found->second;
     if (cell.find_first_of(",\"\r\n") != std::string::npos) {
@@ -93,24 +102,30 @@ void printDocument(const Document& document, const Options& options) {
   const LongList& rows = document.rows;
   switch (options.format) {
     case FORMAT_TABLE:
+      if (document.print) return document.print();
       fmt::print("{}", document.text());
       break;
     case FORMAT_JSON: {
       Json::Value json = object();
       json["schema"] = SCHEMA;
-      fmt::print("{}\n", documentJson(json, rows));
+      printDocumentJson(json, rows, document.hex);
+      fmt::print("\n");
       break;
     }
     case FORMAT_JSONL:
+      if (!document.hex.name.empty()) return printObjectLine(object(), document.hex);
       if (document.columns.empty()) return printJsonLine(object());
-      for (std::size_t i = 0; i < rows.size; ++i) printJsonLine(rows.element(i));
+      rows.forEach(printJsonLine);
       break;
     case FORMAT_CSV: {
       const Json::Value row = document.columns.empty() ? object() : Json::Value();
-      const std::vector<std::string> columns = document.columns.empty() ? row.getMemberNames() : document.columns;
+      std::vector<std::string> columns = document.columns.empty() ? row.getMemberNames() : document.columns;
+      if (const std::string& hex = document.hex.name; !hex.empty()) {
+        columns.insert(std::upper_bound(columns.begin(), columns.end(), hex), hex);
+      }
       printCsvHeader(columns);
-      if (document.columns.empty()) return printCsvRow(row, columns);
-      for (std::size_t i = 0; i < rows.size; ++i) printCsvRow(rows.element(i), columns);
+      if (document.columns.empty()) return printCsvRow(row, columns, document.hex);
+      rows.forEach([&columns](const Json::Value& element) { printCsvRow(element, columns); });
       break;
     }
   }
@@ -143,11 +158,12 @@ void AnswerStream::print(const std::string& text, const Json::Value& element, co
     case FORMAT_JSONL:
     case FORMAT_CSV:
       for (const Json::Value& row : rows) printRow(row);
-      for (std::size_t i = 0; list && i < list->size; ++i) {
-        Json::Value row = list->element(i);
+      if (!list) break;
+      list->forEach([&](const Json::Value& listed) {
+        Json::Value row = listed;
         row["file"] = element["file"];
         printRow(row);
-      }
+      });
       break;
   }
   _first = false;
@@ -159,11 +175,29 @@ void AnswerStream::finish() const {
 
 std::string indentedText(const Json::Value& object) {
   std::string text;
+  for (Json::ArrayIndex i = 0; object.isArray() && i < object.size(); ++i) {
+    appendIndented(fmt::format("[{}]", i), object[i], 0, text);
+  }
+  if (!object.isObject()) return text;
   for (const std::string& key : object.getMemberNames()) appendIndented(printable(key), object[key], 0, text);
   return text;
 }
 
 namespace {
+
+/// Columns a printable text takes.
+std::size_t widthOf(const std::string& text) {
+  std::size_t width = 0;
+  std::mbstate_t state{};
+  for (std::size_t at = 0; at < text.size();) {
+    wchar_t character = 0;
+    const std::size_t size = std::mbrtowc(&character, &text[at], text.size() - at, &state);
+    const bool isCharacter = size > 0 && size <= text.size() - at;  // always, unless the locale changed
+    width += isCharacter ? static_cast<std::size_t>(std::max(wcwidth(character), 0)) : 1;
+    at += isCharacter ? size : 1;
+  }
+  return width;
+}
 
 void setTone(libscols_cell* cell, Tone tone) {
   const char* const sequence = sequenceOf(tone);
@@ -198,18 +232,55 @@ std::string Table::text() const {
   return std::string(printed) + "\n";
 }
 
-std::string hexDump(const std::vector<uint8_t>& bytes) {
-  constexpr std::size_t WIDTH = 16;
+LongTable::LongTable(std::vector<Table::Column> columns) : _columns(std::move(columns)) {
+  for (const Table::Column& column : _columns) _widths.push_back(widthOf(column.name));
+}
+
+void LongTable::add(const Cells& cells) {
+  for (std::size_t i = 0; i < cells.size(); ++i) _widths[i] = std::max(_widths[i], widthOf(printable(cells[i].text)));
+  _rows.add(cells);
+}
+
+void LongTable::print(const std::function<void(const OnRow&)>& again) const {
+  if (_rows.areAll()) {
+    Table table(_columns);
+    for (const Cells& cells : _rows.held()) table.add(cells);
+    fmt::print("{}", table.text());
+    return;
+  }
+  Cells headings;
+  for (const Table::Column& column : _columns) headings.emplace_back(column.name, Tone::HEADING);
+  fmt::print("{}", line(headings));
+  again([this](const Cells& cells) { fmt::print("{}", line(cells)); });
+}
+
+/// As Table lays it out: nothing is filled up after the last cell.
+std::string LongTable::line(const Cells& cells) const {
   std::string text;
-  for (std::size_t at = 0; at < bytes.size(); at += WIDTH) {
-    std::string codes, characters;
-    for (std::size_t i = at; i < std::min(at + WIDTH, bytes.size()); ++i) {
-      codes += fmt::format("{:02x}{}", bytes[i], i - at == WIDTH / 2 - 1 ? "  " : " ");
-      characters += bytes[i] >= 0x20 && bytes[i] < 0x7F ? static_cast<char>(bytes[i]) : '.';
-    }
-    text += fmt::format("{:08x}  {:<50}{}\n", at, codes, characters);
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    const std::string cell = printable(cells[i].text);
+    const std::size_t width = widthOf(cell);
+    const std::string filling(std::max(_widths[i], width) - width, ' ');
+    const bool isLast = i + 1 == cells.size();
+    text += _columns[i].right ? filling : "";
+    text += painted(cell, cells[i].tone);
+    text += _columns[i].right || isLast ? "" : filling;
+    text += isLast ? "\n" : " ";
   }
   return text;
+}
+
+void printHexDump(const std::vector<uint8_t>& bytes) {
+  constexpr std::size_t WIDTH = 16, HALF = WIDTH / 2;
+  for (std::size_t at = 0; at < bytes.size(); at += WIDTH) {
+    const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+    const std::vector<uint8_t> line(begin, begin + static_cast<std::ptrdiff_t>(std::min(WIDTH, bytes.size() - at)));
+    std::string codes, characters;
+    forEachPiece(line, [&codes](const std::string& digits) { codes = digits; });
+    for (std::size_t i = line.size(); i-- > 0;) codes.insert(2 * i + 2, i == HALF - 1 ? "  " : " ");
+    for (const uint8_t byte : line) characters += byte >= 0x20 && byte < 0x7F ? static_cast<char>(byte) : '.';
+    fmt::print("{:08x}  {:<50}{}\n", at, codes, characters);
+  }
 }
 
 Tone toneOf(Inspect::FindingCode code) {

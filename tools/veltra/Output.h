@@ -38,7 +38,8 @@ void printWithLists(const Json::Value& object, const std::vector<LongList>& list
 /// Prints one row on a line of its own.
 void printJsonLine(const Json::Value& row);
 /// Prints the members of a row as one line of CSV (RFC 4180); a missing or null member is empty.
-void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns);
+/// @param hex  one more member
+void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns, const HexBytes& hex = {});
 void printCsvHeader(const std::vector<std::string>& columns);
 /// One answer in all formats. Its parts are made when they are printed.
 struct Document {
@@ -46,6 +47,8 @@ struct Document {
   std::function<Json::Value()> json;  ///< an object; none: only the rows
   LongList rows;                      ///< JSON lines and CSV rows; by their name, if they have one, also in the object
   std::vector<std::string> columns;   ///< columns of the CSV; without columns the object is the only row
+  std::function<void()> print = {};   ///< in place of `text`, where it is too long to hold
+  HexBytes hex = {};                  ///< one more member of the object
 };
 void printDocument(const Document& document, const Options& options);
 
@@ -72,8 +75,27 @@ class AnswerStream {
   bool _first = true;
 };
 
-/// An object as indented `name: value` lines; a measurement as its text.
+/// An object or array as indented `name: value` lines; a measurement as its text.
 std::string indentedText(const Json::Value& object);
+
+/// The first elements of a list, as long as there are no more.
+template <class Element>
+class FirstFew {
+ public:
+  static constexpr std::size_t MOST_HELD = 256;
+
+  void add(const Element& element) {
+    if (++_count <= MOST_HELD) return _held.push_back(element);
+    std::vector<Element>().swap(_held);
+  }
+  uint64_t count() const { return _count; }
+  bool areAll() const { return _held.size() == _count; }
+  const std::vector<Element>& held() const { return _held; }  ///< all or none
+
+ private:
+  std::vector<Element> _held;
+  uint64_t _count = 0;
+};
 
 /// Rows under column names, aligned; numbers on the right.
 class Table {
@@ -97,8 +119,28 @@ class Table {
   std::vector<std::vector<Cell>> _rows;
 };
 
-/// Sixteen bytes per line: offset, hexadecimal, characters.
-std::string hexDump(const std::vector<uint8_t>& bytes);
+/// A table of any length in little memory: its first rows are held; if there are more, all are made again to be
+/// printed.
+class LongTable {
+ public:
+  using Cells = std::vector<Table::Cell>;
+  using OnRow = std::function<void(const Cells&)>;
+
+  explicit LongTable(std::vector<Table::Column> columns);
+  void add(const Cells& cells);
+  /// @param again  called if not all rows are held: makes the same rows again
+  void print(const std::function<void(const OnRow&)>& again) const;
+
+ private:
+  std::string line(const Cells& cells) const;
+
+  std::vector<Table::Column> _columns;
+  std::vector<std::size_t> _widths;
+  FirstFew<Cells> _rows;
+};
+
+/// Prints sixteen bytes per line: offset, hexadecimal, characters.
+void printHexDump(const std::vector<uint8_t>& bytes);
 
 Tone toneOf(Inspect::FindingCode code);
 Tone toneOf(Veltra::Status status);
