@@ -18,6 +18,7 @@
 
 #ifdef VELTRA_HAS_INSPECT
 #include <libinspect/container/Recover.h>
+#include <libinspect/records/KnownPayload.h>
 #include <libinspect/records/RecordCheck.h>
 #endif
 
@@ -269,6 +270,12 @@ TEST_F(Limits, OneMebibyteOfJsonIsReadOrRefusedAtABoundedCost) {
     EXPECT_LT(Allocations::peak(), 32 * MIB);
     // Those that are kept have cost JsonCpp a look at all that stands before them, each.
     EXPECT_EQ(std::count(written.begin(), written.end(), '*') + std::count(written.begin(), written.end(), '/'), 0);
+#ifdef VELTRA_HAS_INSPECT
+    startCounting();
+    Inspect::comparedFields(920, Bytes(document.profile.begin(), document.profile.end()));
+    EXPECT_LE(Allocations::countSinceStart(), document.allocations + 100);
+    EXPECT_LT(Allocations::peak(), 32 * MIB);
+#endif
   }
 }
 
