@@ -1,13 +1,12 @@
 #include "JsonPrinting.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 #include <sstream>
-#include <streambuf>
+#include <string_view>
 
 #include <fmt/format.h>
 #include <json/writer.h>
@@ -56,32 +55,35 @@ Json::StreamWriter& scalarWriter() {
   return *writer;
 }
 
-/// What is put into it goes to standard output at once; throws std::system_error when that fails.
-class OutputBuffer : public std::streambuf {
- protected:
-  int_type overflow(int_type c) override {
-    const char character = traits_type::to_char_type(c);
-    xsputn(&character, 1);
-    return traits_type::not_eof(c);
-  }
-  std::streamsize xsputn(const char* text, std::streamsize size) override {
-    const auto count = static_cast<std::size_t>(size);
-    if (std::fwrite(text, 1, count, stdout) < count) throw fmt::system_error(errno, "cannot write to file");
-    return size;
-  }
-};
+/// As JsonCpp writes it; a number exactly, also where JsonCpp would round it.
+std::string scalarText(const Json::Value& value) {
+  if (value.type() == Json::intValue) return std::to_string(value.asInt64());
+  if (value.type() == Json::uintValue) return std::to_string(value.asUInt64());
+  std::ostringstream out;
+  scalarWriter().write(value, &out);
+  if (value.type() != Json::realValue || !std::isfinite(value.asDouble())) return out.str();
+  const bool isExact = std::strtod(out.str().c_str(), nullptr) == value.asDouble();
+  return isExact ? out.str() : fmt::format("{}", value.asDouble());
+}
 
-struct OutputStream : OutputBuffer, std::ostream {
-  OutputStream() : std::ostream(static_cast<OutputBuffer*>(this)) { exceptions(std::ios::badbit); }
-};
+bool hasMeasurement(const Json::Value& row) {
+  return std::any_of(row.begin(), row.end(), [](const Json::Value& member) { return isMeasurement(member); });
+}
 
 /// Lays out values; their texts and numbers are written by JsonCpp, which chooses the digits of a number itself.
 class JsonLayout {
  public:
-  JsonLayout(std::ostream& out, const char* indentation) : _indentation(indentation), _out(out) {}
+  /// @param to  null, or the stream to which the text goes piece by piece; a failure throws std::system_error
+  explicit JsonLayout(const char* indentation, std::FILE* to = nullptr) : _indentation(indentation), _to(to) {}
 
-  void write(const Json::Value& value) { add(value, 0); }
-  void writeRow(const Json::Value& row) { addRow(row, 0); }
+  std::string of(const Json::Value& value) {
+    add(value, 0);
+    return std::move(_text);
+  }
+  std::string ofRow(const Json::Value& row) {
+    addRow(row, 0);
+    return std::move(_text);
+  }
   /// An object with two more members: an array of rows, and bytes.
   void writeDocument(const Json::Value& document, const LongList& rows, const HexBytes& hex) {
     std::vector<std::string> names = document.getMemberNames();
@@ -94,24 +96,36 @@ class JsonLayout {
       if (key == rows.name) {
         addRows(rows);
       } else if (key == hex.name) {
-        _out << '"';
-        forEachPiece(*hex.bytes, [this](const std::string& digits) { _out << digits; });
-        _out << '"';
+        put("\"");
+        forEachPiece(*hex.bytes, [this](const std::string& digits) { put(digits); });
+        put("\"");
       } else {
         add(document[key], 1);
       }
     }
     end(separator, "{}", 0);
+    flush();
   }
 
  private:
+  void put(std::string_view text) {
+    constexpr std::size_t PIECE = std::size_t{32} * 1024;
+    _text += text;
+    if (_to != nullptr && _text.size() > PIECE) flush();
+  }
+  void flush() {
+    fmt::print(_to, "{}", _text);
+    _text.clear();
+  }
+
   void add(const Json::Value& value, int depth) {
     if (value.isObject()) {
       const std::string digits = isMeasurement(value) ? digitsOf(value) : "";
       const char* separator = "{";
-      for (const std::string& key : value.getMemberNames()) {
+      for (auto member = value.begin(); member != value.end(); ++member) {
+        const std::string key = member.name();
         beginMember(separator, key, depth);
-        addDigitsOr(key == "value" ? digits : "", value[key], depth + 1);
+        addDigitsOr(key == "value" ? digits : "", *member, depth + 1);
       }
       end(separator, "{}", depth);
     } else if (value.isArray()) {
@@ -127,52 +141,34 @@ class JsonLayout {
   }
 
   void addScalar(const Json::Value& value) {
-    switch (value.type()) {
-      case Json::intValue:
-        _out << fmt::format_int(value.asInt64()).c_str();
-        break;
-      case Json::uintValue:
-        _out << fmt::format_int(value.asUInt64()).c_str();
-        break;
-      case Json::stringValue:
-        addText(value.asString());
-        break;
-      case Json::realValue:
-        _out << numberText(value);
-        break;
-      default:
-        scalarWriter().write(value, &_out);
+    if (value.isString()) {
+      addText(value.asString());
+    } else {
+      put(scalarText(value));
     }
   }
 
   void addText(const std::string& text) {
     const bool isPlain =
         std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c < 0x7F && c != '"' && c != '\\'; });
-    if (isPlain) {
-      _out << '"' << text << '"';
-    } else {  // names may hold any bytes; JSON may not
-      scalarWriter().write(Dump::isUtf8(text) ? text : Dump::withoutIllFormedUtf8(text), &_out);
+    if (!isPlain) {  // names may hold any bytes; JSON may not
+      return put(scalarText(Dump::isUtf8(text) ? text : Dump::withoutIllFormedUtf8(text)));
     }
-  }
-
-  /// As JsonCpp writes it, unless that is another number.
-  static std::string numberText(const Json::Value& value) {
-    std::ostringstream out;
-    scalarWriter().write(value, &out);
-    const double number = value.asDouble();
-    const std::string text = out.str();
-    return !std::isfinite(number) || std::strtod(text.c_str(), nullptr) == number ? text : fmt::format("{}", number);
+    put("\"");
+    put(text);
+    put("\"");
   }
 
   void addDigitsOr(const std::string& digits, const Json::Value& value, int depth) {
     if (digits.empty()) {
       add(value, depth);
     } else {
-      _out << digits;
+      put(digits);
     }
   }
 
   void addRow(const Json::Value& row, int depth) {
+    if (!hasMeasurement(row)) return add(row, depth);
     const char* separator = "{";
     for (const auto& [name, member] : flatMembers(row)) {
       beginMember(separator, name, depth);
@@ -193,32 +189,33 @@ class JsonLayout {
   void beginMember(const char*& separator, const std::string& name, int depth) {
     beginElement(separator, depth);
     addText(name);
-    _out << (*_indentation != '\0' ? ": " : ":");
+    put(*_indentation != '\0' ? ": " : ":");
   }
 
   void breakLine(int depth) {
     if (*_indentation == '\0') return;
-    _out << '\n';
-    for (int i = 0; i < depth; ++i) _out << _indentation;
+    put("\n");
+    for (int i = 0; i < depth; ++i) put(_indentation);
   }
 
   void beginElement(const char*& separator, int depth) {
-    _out << separator;
+    put(separator);
     separator = ",";
     breakLine(depth + 1);
   }
 
   void end(const char* separator, const char* brackets, int depth) {
     if (*separator != ',') {
-      _out << brackets;
+      put(brackets);
       return;
     }
     breakLine(depth);
-    _out << brackets[1];
+    put(brackets + 1);
   }
 
   const char* _indentation;
-  std::ostream& _out;
+  std::FILE* _to;
+  std::string _text;
 };
 
 }  // namespace
@@ -242,38 +239,35 @@ void forEachPiece(const std::vector<uint8_t>& bytes, const std::function<void(co
 }
 
 std::string jsonText(const Json::Value& value, const char* indentation) {
-  std::ostringstream out;
-  JsonLayout(out, indentation).write(value);
-  return out.str();
+  return JsonLayout(indentation).of(value);
 }
 
 std::string rowJson(const Json::Value& row) {
-  std::ostringstream out;
-  JsonLayout(out, "").writeRow(row);
-  return out.str();
+  return JsonLayout("").ofRow(row);
 }
 
 std::map<std::string, std::string> rowCells(const Json::Value& row) {
   std::map<std::string, std::string> cells;
+  const auto cellOf = [](const Json::Value& value) {
+    return value.isString() ? value.asString() : value.isNull() ? "" : jsonText(value, "");
+  };
+  if (!hasMeasurement(row)) {
+    for (auto member = row.begin(); member != row.end(); ++member) cells[member.name()] = cellOf(*member);
+    return cells;
+  }
   for (const auto& [name, member] : flatMembers(row)) {
-    const Json::Value& value = member.value;
-    cells[name] = !member.digits.empty() ? member.digits
-                  : value.isString()     ? value.asString()
-                  : value.isNull()       ? ""
-                                         : jsonText(value, "");
+    cells[name] = member.digits.empty() ? cellOf(member.value) : member.digits;
   }
   return cells;
 }
 
 void printDocumentJson(const Json::Value& object, const LongList& rows, const HexBytes& hex) {
-  OutputStream out;
-  JsonLayout(out, "  ").writeDocument(object, rows, hex);
+  JsonLayout("  ", stdout).writeDocument(object, rows, hex);
 }
 
 void printObjectLine(const Json::Value& object, const HexBytes& hex) {
-  OutputStream out;
-  JsonLayout(out, "").writeDocument(object, {}, hex);
-  out << '\n';
+  JsonLayout("", stdout).writeDocument(object, {}, hex);
+  fmt::print("\n");
 }
 
 }  // namespace Command
