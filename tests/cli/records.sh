@@ -75,6 +75,8 @@ t veltra show values.vres -s 2 -f jsonl
 t veltra diff values.vres spaced.vres
 t veltra diff values.vres others.vres
 json list '[{"a": 1}, []]' && t veltra show list.vres -s 2
+# One wide cell does not fill up the others.
+json wide "[\"$(printf 'w%.0s' {1..9000})\"]" && t veltra diff wide.vres list.vres | awk '{ print length($0) }'
 json rest '[1] [2]' && t veltra show rest.vres -s 2
 json bytes '["\xff"]' && t veltra show bytes.vres -s 2
 json number '17' && t veltra show number.vres -s 2

@@ -237,12 +237,16 @@ LongTable::LongTable(std::vector<Table::Column> columns) : _columns(std::move(co
 }
 
 void LongTable::add(const Cells& cells) {
-  for (std::size_t i = 0; i < cells.size(); ++i) _widths[i] = std::max(_widths[i], widthOf(printable(cells[i].text)));
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    const std::size_t width = widthOf(printable(cells[i].text));
+    _hasWideCell = _hasWideCell || width > MOST_WIDTH;
+    _widths[i] = std::max(_widths[i], std::min(width, MOST_WIDTH));
+  }
   _rows.add(cells);
 }
 
 void LongTable::print(const std::function<void(const OnRow&)>& again) const {
-  if (_rows.areAll()) {
+  if (_rows.areAll() && !_hasWideCell) {
     Table table(_columns);
     for (const Cells& cells : _rows.held()) table.add(cells);
     fmt::print("{}", table.text());
@@ -251,7 +255,8 @@ void LongTable::print(const std::function<void(const OnRow&)>& again) const {
   Cells headings;
   for (const Table::Column& column : _columns) headings.emplace_back(column.name, Tone::HEADING);
   fmt::print("{}", line(headings));
-  again([this](const Cells& cells) { fmt::print("{}", line(cells)); });
+  for (const Cells& cells : _rows.held()) fmt::print("{}", line(cells));
+  if (!_rows.areAll()) again([this](const Cells& cells) { fmt::print("{}", line(cells)); });
 }
 
 /// As Table lays it out: nothing is filled up after the last cell.

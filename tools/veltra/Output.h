@@ -132,8 +132,12 @@ class LongTable {
   void print(const std::function<void(const OnRow&)>& again) const;
 
  private:
+  /// No other cell is filled up for a wider one: it may have millions of characters.
+  static constexpr std::size_t MOST_WIDTH = 1000;
+
   std::string line(const Cells& cells) const;
 
+  bool _hasWideCell = false;
   std::vector<Table::Column> _columns;
   std::vector<std::size_t> _widths;
   FirstFew<Cells> _rows;
