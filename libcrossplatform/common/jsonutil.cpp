@@ -3,6 +3,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <string_view>
 #include <utility>
 
 #include <json/reader.h>
@@ -13,7 +14,9 @@
 #include <libcrossplatform/common/internal/NonFiniteText.h>
 #include <libcrossplatform/logging/Assert.h>
 #include <libcrossplatform/logging/Logger.h>
+#include <libcrossplatform/serialization/JsonText.h>
 #include <libcrossplatform/serialization/NumberText.h>
+#include <libcrossplatform/serialization/Utf8Text.h>
 
 // Documents in the field were written for this reader, which accepts comments and any root value by default; the newer
 // builder refuses some of them. So it stays, in this unit only.
@@ -88,6 +91,18 @@ bool parseJson(const std::string& text, Json::Value& out, bool collectComments) 
     if (std::strstr(e.what(), "allocate") != nullptr) throw std::bad_alloc();
     return false;
   }
+}
+
+bool parseBoundedJson(const std::string& text, Json::Value& out) {
+  constexpr std::string_view FILLER(" \t\r\n\0", 5);
+  if (text.size() > JsonBounds::STYLED_BYTES || !isWithinBounds(extentOf(text)) || !Dump::isUtf8(text)) return false;
+  Json::Value root;
+  if (!parseJson(text, root, false) || !(root.isObject() || root.isArray())) return false;
+  const auto end = static_cast<std::size_t>(root.getOffsetLimit());
+  if (std::string_view(text).find_first_not_of(FILLER, end) != std::string_view::npos) return false;
+  if (!Dump::isStyledJsonWithin(root, "   ", JsonBounds::STYLED_BYTES)) return false;
+  out = std::move(root);
+  return true;
 }
 
 const Json::Value* jsonMember(const Json::Value& v, const char* key) {

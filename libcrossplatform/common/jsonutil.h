@@ -24,6 +24,10 @@ VELTRA_EXPORT Json::Value toJson(unsigned long long value);
 /// their number times the length of the text comes to more than 2^24: JsonCpp would take seconds to place them.
 /// @return false on any fault, nesting beyond 1000 levels included; `out` is then unchanged
 VELTRA_EXPORT bool parseJson(const std::string& text, Json::Value& out, bool collectComments);
+/// Parses a document of unknown origin: an object or array in UTF-8 within the bounds of a stored network profile
+/// (docs/reader-behaviour.md), followed by nothing but white space or zeros. Comments are not kept.
+/// @return false on any fault and beyond the bounds; `out` is then unchanged
+VELTRA_EXPORT bool parseBoundedJson(const std::string& text, Json::Value& out);
 
 /// The value the readers below read: member `key` of the object `v`, or `v` when key is null or `v` is not an object.
 /// @return null when the object has no such member; otherwise a pointer into `v`

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
 
 #include <fmt/format.h>
@@ -16,13 +17,77 @@
 
 namespace Inspect {
 
+namespace {
+
+/// A file that nobody else can open, and that ends with the last descriptor of it. @return -1 where none can be made
+int namelessFile() {
+  const char* const directory = std::getenv("TMPDIR");
+  std::string path = std::string(directory != nullptr && *directory != '\0' ? directory : "/tmp") + "/veltra.XXXXXX";
+  const int file = mkostemp(path.data(), O_CLOEXEC);
+  if (file >= 0) unlink(path.c_str());
+  return file;
+}
+
+bool writeAll(int file, const uint8_t* bytes, std::size_t size) {
+  while (size > 0) {
+    const ssize_t put = Veltra::uninterrupted([&] { return write(file, bytes, size); });
+    if (put <= 0) return false;
+    bytes += put;
+    size -= static_cast<std::size_t>(put);
+  }
+  return true;
+}
+
+}  // namespace
+
+/// Bytes in memory up to MOST_IN_MEMORY; then all of them in a file, or all in memory if that cannot be written.
+struct ByteSource::Stream {
+  std::vector<uint8_t> bytes;
+  int file = -1;
+  bool triesFile = true;
+  uint64_t size = 0;
+
+  Stream() = default;
+  Stream(const Stream&) = delete;
+  Stream& operator=(const Stream&) = delete;
+  ~Stream() {
+    if (file >= 0) ::close(file);
+  }
+
+  /// @return false where what is in the file cannot be read back
+  bool add(const uint8_t* from, std::size_t count) {
+    if (file < 0 && triesFile && bytes.size() + count > MOST_IN_MEMORY) {
+      file = namelessFile();
+      triesFile = false;
+      if (file >= 0 && !writeAll(file, bytes.data(), bytes.size())) leaveFile();
+      if (file >= 0) std::vector<uint8_t>().swap(bytes);
+    }
+    if (file >= 0 && !writeAll(file, from, count)) {
+      bytes.resize(static_cast<std::size_t>(size));
+      if (pread(file, bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) return false;
+      leaveFile();
+    }
+    if (file < 0) bytes.insert(bytes.end(), from, from + count);
+    size += count;
+    return true;
+  }
+
+ private:
+  void leaveFile() {
+    ::close(file);
+    file = -1;
+  }
+};
+
 ByteSource::~ByteSource() {
   close();
 }
 
 void ByteSource::close() {
-  if (_descriptor > STDIN_FILENO) ::close(_descriptor);
+  const bool isOwn = _taken == nullptr && _descriptor > STDIN_FILENO;
+  if (isOwn) ::close(_descriptor);
   _descriptor = -1;
+  _taken.reset();
   _windowSize = 0;
 }
 
@@ -30,10 +95,10 @@ bool ByteSource::open(const std::string& path, std::string& error) {
   close();
   _isOverLimit = false;
   _hasFailed = false;
-  const bool isStandardInput = path == "-";
-  _name = isStandardInput ? "standard input" : path;
+  _isStandardInput = path == "-";
+  _name = _isStandardInput ? "standard input" : path;
   // A FIFO among the files of a folder must not block.
-  _descriptor = isStandardInput ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  _descriptor = _isStandardInput ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   struct stat info {};
   if (_descriptor < 0 || fstat(_descriptor, &info) != 0) {
     error = fmt::format("{}: {}", _name, std::strerror(errno));
@@ -43,20 +108,41 @@ bool ByteSource::open(const std::string& path, std::string& error) {
     error = fmt::format("{}: expected a file, found a directory", _name);
     return false;
   }
-  _inMemory = !S_ISREG(info.st_mode);
-  if (_inMemory) {
-    _bytes.clear();
-    if (!isStandardInput && S_ISFIFO(info.st_mode) && !hasWriter()) {
+  _inMemory = false;
+  if (!S_ISREG(info.st_mode)) {
+    auto stream = std::make_shared<Stream>();
+    if (!_isStandardInput && S_ISFIFO(info.st_mode) && !hasWriter(*stream)) {
       error = fmt::format("{}: expected a file, found a FIFO that nobody writes to", _name);
       return false;
     }
     fcntl(_descriptor, F_SETFL, fcntl(_descriptor, F_GETFL) & ~O_NONBLOCK);  // a pipe may be slow to fill
-    return takeIn(error);
+    if (!takeIn(*stream, S_ISCHR(info.st_mode), error)) return false;
+    close();
+    use(stream);
+    return true;
   }
   _size = static_cast<uint64_t>(info.st_size);
   if (_limit > 0 && _size > _limit) return refuse(_limit, error);
   _bytes.resize(WINDOW);
   return true;
+}
+
+bool ByteSource::openAgain(const std::string& path, const Taken& taken, std::string& error) {
+  if (taken == nullptr) return open(path, error);
+  close();
+  _hasFailed = false;
+  _isStandardInput = path == "-";
+  _name = _isStandardInput ? "standard input" : path;
+  use(taken);
+  return true;
+}
+
+void ByteSource::use(const Taken& taken) {
+  _taken = taken;
+  _size = taken->size;
+  _inMemory = taken->file < 0;
+  _descriptor = taken->file;
+  if (!_inMemory) _bytes.resize(WINDOW);
 }
 
 bool ByteSource::refuse(uint64_t limit, std::string& error) {
@@ -66,32 +152,32 @@ bool ByteSource::refuse(uint64_t limit, std::string& error) {
 }
 
 /// Takes in what is there. Only a read tells a FIFO that nobody has open for writing from one that is still empty.
-bool ByteSource::hasWriter() {
+bool ByteSource::hasWriter(Stream& stream) {
   struct statfs system {};
   uint8_t first = 0;
   const ssize_t got = Veltra::uninterrupted([&] { return read(_descriptor, &first, 1); });
-  if (got > 0) _bytes.push_back(first);
+  if (got > 0) stream.add(&first, 1);
   // A pipe of a shell's process substitution has no name: its writer may have ended without writing.
   return got != 0 || (fstatfs(_descriptor, &system) == 0 && system.f_type == PIPEFS_MAGIC);
 }
 
-bool ByteSource::takeIn(std::string& error) {
-  constexpr std::size_t PIECE = std::size_t{64} * 1024;
+bool ByteSource::takeIn(Stream& stream, bool isDevice, std::string& error) {
+  uint8_t piece[64 * 1024];
   const uint64_t limit = _limit > 0 ? std::min(_limit, PIPE_LIMIT) : PIPE_LIMIT;
   for (;;) {
-    const std::size_t at = _bytes.size();
-    if (at > limit) return refuse(limit, error);
-    _bytes.resize(at + PIECE);
-    const ssize_t got = Veltra::uninterrupted([&] { return read(_descriptor, &_bytes[at], PIECE); });
-    _bytes.resize(at + static_cast<std::size_t>(std::max<ssize_t>(got, 0)));
-    if (got == 0) break;
-    if (got < 0) {
+    _size = stream.size;
+    if (_size > limit) return refuse(limit, error);
+    if (isDevice && _size > DEVICE_LIMIT) {
+      error = fmt::format("{}: expected a file, found a device that gives more than {} bytes", _name, DEVICE_LIMIT);
+      return false;
+    }
+    const ssize_t got = Veltra::uninterrupted([&] { return read(_descriptor, piece, sizeof piece); });
+    if (got == 0) return true;
+    if (got < 0 || !stream.add(piece, static_cast<std::size_t>(got))) {
       error = fmt::format("{}: {}", _name, std::strerror(errno));
       return false;
     }
   }
-  _size = _bytes.size();
-  return true;
 }
 
 std::size_t ByteSource::readFile(uint64_t offset, uint8_t* to, std::size_t size) const {
@@ -110,7 +196,7 @@ std::size_t ByteSource::readFile(uint64_t offset, uint8_t* to, std::size_t size)
 std::size_t ByteSource::view(uint64_t offset, const uint8_t*& at) const {
   if (offset >= _size) return 0;
   if (_inMemory) {
-    at = &_bytes[static_cast<std::size_t>(offset)];
+    at = &_taken->bytes[static_cast<std::size_t>(offset)];
     return static_cast<std::size_t>(std::min<uint64_t>(WINDOW, _size - offset));
   }
   // Most inputs fit in the window. In larger ones a header at its end is read again with the bytes after it.
@@ -152,9 +238,10 @@ bool isSameFile(const std::string& input, const std::string& path) {
 
 bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error) {
   ByteSource source;
-  if (!source.open(path, error)) return false;
-  if (source.size() > limit) {
-    error = fmt::format("{}: expected at most {} bytes, found {}", source.name(), limit, source.size());
+  source.setLimit(limit);
+  if (!source.open(path, error)) {
+    if (source.isOverLimit())
+      error = fmt::format("{}: expected at most {} bytes, found {}", source.name(), limit, source.size());
     return false;
   }
   text.resize(static_cast<std::size_t>(source.size()));

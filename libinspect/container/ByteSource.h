@@ -2,17 +2,24 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace Inspect {
 
-/// The bytes of one input: a file, or standard input for the path "-". An input without positions, such as a pipe,
-/// is read into memory, up to a limit; of a file only a window is held. One object may be used for many inputs in turn.
+/// The bytes of one input: a file, or standard input for the path "-". Of a file only a window is held. An input
+/// without positions, such as a pipe, is taken in, up to a limit: into memory, and a long one into a file without a
+/// name in $TMPDIR or /tmp, unless there is no room for it. One object may be used for many inputs in turn.
 class ByteSource {
  public:
   static constexpr uint64_t PIPE_LIMIT = uint64_t{1} << 30;
+  static constexpr uint64_t DEVICE_LIMIT = uint64_t{1} << 20;  ///< of /dev/zero and the like, which may have no end
+  static constexpr std::size_t MOST_IN_MEMORY = std::size_t{8} << 20;
   static constexpr std::size_t WINDOW = std::size_t{128} * 1024;
+
+  struct Stream;
+  using Taken = std::shared_ptr<Stream>;  ///< what was taken in of an input without positions
 
   ByteSource() = default;
   ~ByteSource();
@@ -27,10 +34,15 @@ class ByteSource {
   /// Opens an input in place of the one before. A FIFO that nobody writes to is refused, not waited for.
   /// @return false, with `error` saying what is wrong with which input
   [[nodiscard]] bool open(const std::string& path, std::string& error);
+  /// Opens what another source has open once more: a file by its name, what was taken in from where it is.
+  [[nodiscard]] bool openAgain(const std::string& path, const Taken& taken, std::string& error);
+  /// For openAgain(): null for a file.
+  const Taken& taken() const { return _taken; }
   bool isOverLimit() const { return _isOverLimit; }  ///< whether open() refused it for its size
   const std::string& name() const { return _name; }  ///< the path, or "standard input"
   /// As open() took it: "-" for standard input.
-  std::string path() const { return _descriptor == 0 ? "-" : _name; }
+  std::string path() const { return _isStandardInput ? "-" : _name; }
+  /// Also when open() refused it: of a file its size, of another input what was taken in until then.
   uint64_t size() const { return _size; }
   /// A read failed since open(): results may be incomplete.
   bool hasFailed() const { return _hasFailed; }
@@ -43,8 +55,9 @@ class ByteSource {
 
  private:
   void close();
-  bool hasWriter();
-  [[nodiscard]] bool takeIn(std::string& error);
+  bool hasWriter(Stream& stream);
+  [[nodiscard]] bool takeIn(Stream& stream, bool isDevice, std::string& error);
+  void use(const Taken& taken);
   bool refuse(uint64_t limit, std::string& error);
   std::size_t readFile(uint64_t offset, uint8_t* to, std::size_t size) const;
 
@@ -52,11 +65,13 @@ class ByteSource {
   uint64_t _limit = 0;
   bool _isOverLimit = false;
   std::function<void(std::size_t)> _told;
+  bool _isStandardInput = false;
   int _descriptor = -1;
+  Taken _taken;
   uint64_t _size = 0;
   bool _inMemory = false;
   mutable bool _hasFailed = false;
-  mutable std::vector<uint8_t> _bytes;  ///< all bytes of an input in memory, or the window of a file
+  mutable std::vector<uint8_t> _bytes;  ///< the window of a file
   mutable uint64_t _windowAt = 0;
   mutable std::size_t _windowSize = 0;
 };

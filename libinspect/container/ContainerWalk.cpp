@@ -20,19 +20,6 @@ std::string hex(uint32_t value) {
 /// More bytes than zlib makes of the most that is uncompressed.
 constexpr uint32_t MOST_COMPRESSED = PFile::Section::MAX_UNCOMPRESSED + PFile::Section::MAX_UNCOMPRESSED / 64;
 
-uint32_t crcOf(const ByteSource& source, uint64_t offset, uint32_t size) {
-  uLong crc = crc32(0, nullptr, 0);
-  while (size > 0) {
-    const uint8_t* at = nullptr;
-    const auto got = static_cast<uint32_t>(std::min<std::size_t>(source.view(offset, at), size));
-    if (got == 0) break;
-    crc = crc32(crc, at, got);
-    offset += got;
-    size -= got;
-  }
-  return static_cast<uint32_t>(crc);
-}
-
 uint32_t crcOfLittle32(uint32_t value) {
   uint8_t bytes[4];
   Marshal::storeLittle32(bytes, value);
@@ -64,18 +51,26 @@ class Walker {
   }
 
   ContainerReport run() {
-    uint64_t offset = 0;
-    if (_report.size == 0) add(E02_NO_FILE_HEADER, 0, 0, "20 bytes of file header", "an empty file");
-    while (offset < _report.size) {
-      SectionInfo info;
-      info.number = static_cast<int>(_report.sections);
-      info.offset = offset;
-      if (!readHeader(info) || !readData(info)) break;
-      offset = info.payloadOffset() + info.header.dataSize;
+    SectionInfo section;
+    while (next(section)) {
     }
-    compareLength();
     return std::move(_report);
   }
+
+  bool next(SectionInfo& info) {
+    if (_isOver) return false;
+    if (_report.size == 0) add(E02_NO_FILE_HEADER, 0, 0, "20 bytes of file header", "an empty file");
+    info = SectionInfo();
+    info.number = static_cast<int>(_report.sections);
+    info.offset = _end;
+    const bool isThere = _end < _report.size && readHeader(info);
+    _isOver = !isThere || !readData(info);
+    if (isThere) _end = std::min(info.payloadOffset() + info.header.dataSize, _report.size);
+    if (_isOver) compareLength();
+    return isThere;
+  }
+  uint64_t end() const { return _end; }
+  const ContainerReport& report() const { return _report; }
 
  private:
   void add(FindingCode code, uint64_t offset, std::optional<int> section, std::string wanted, std::string found) {
@@ -207,9 +202,34 @@ class Walker {
   WalkDepth _depth;
   const OnSection& _onSection;
   ContainerReport _report;
+  uint64_t _end = 0;  ///< of the last section
+  bool _isOver = false;
 };
 
+const OnSection NOBODY;
+
 }  // namespace
+
+struct SectionWalk::Walker : Inspect::Walker {
+  using Inspect::Walker::Walker;
+};
+
+SectionWalk::SectionWalk(const ByteSource& source, WalkDepth depth)
+    : _walker(std::make_unique<Walker>(source, depth, NOBODY)) {}
+
+SectionWalk::~SectionWalk() = default;
+
+bool SectionWalk::next(SectionInfo& section) {
+  return _walker->next(section);
+}
+
+uint64_t SectionWalk::end() const {
+  return _walker->end();
+}
+
+const ContainerReport& SectionWalk::report() const {
+  return _walker->report();
+}
 
 const char* toString(DataVerdict verdict) {
   switch (verdict) {
@@ -244,6 +264,32 @@ Json::Value toJson(const SectionInfo& section) {
 
 ContainerReport walk(const ByteSource& source, WalkDepth depth, const OnSection& onSection) {
   return Walker(source, depth, onSection).run();
+}
+
+std::string flagWords(uint16_t flags) {
+  constexpr int FIRST_LEVEL_BIT = 12;
+  const int level = flags >> FIRST_LEVEL_BIT;
+  std::string words;
+  const auto add = [&words](const std::string& word) { words += (words.empty() ? "" : ", ") + word; };
+  if ((flags & PFile::SECTION_FLAG_COMPRESS) != 0) add("compressed");
+  if (level != 0) add(fmt::format("level {}", level));
+  for (int bit = 1; bit < FIRST_LEVEL_BIT; ++bit) {
+    if ((flags >> bit & 1) != 0) add(fmt::format("bit {}", bit));
+  }
+  return words.empty() ? "none" : words;
+}
+
+uint32_t crcOf(const ByteSource& source, uint64_t offset, uint64_t size) {
+  uLong crc = crc32(0, nullptr, 0);
+  while (size > 0) {
+    const uint8_t* at = nullptr;
+    const auto got = static_cast<uint32_t>(std::min<uint64_t>(source.view(offset, at), size));
+    if (got == 0) break;
+    crc = crc32(crc, at, got);
+    offset += got;
+    size -= got;
+  }
+  return static_cast<uint32_t>(crc);
 }
 
 std::vector<SectionInfo> sectionsOf(const ByteSource& source) {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,6 +28,8 @@ struct SectionInfo {
   uint64_t payloadOffset() const { return offset + PFile::Header::BYTES; }
 };
 Json::Value toJson(const SectionInfo& section);
+/// A section's flags for people: "compressed, level 6", or "none".
+std::string flagWords(uint16_t flags);
 
 /// What a container holds, up to the first header that does not verify.
 struct ContainerReport {
@@ -51,12 +54,34 @@ using OnSection = std::function<void(const SectionInfo&, Findings&)>;
 /// Walks a container's headers with bounded reads. Memory use does not depend on the size of the file.
 ContainerReport walk(const ByteSource& source, WalkDepth depth, const OnSection& onSection = {});
 
+/// The same walk, one section at a time.
+class SectionWalk {
+ public:
+  /// @param source  borrowed
+  SectionWalk(const ByteSource& source, WalkDepth depth);
+  ~SectionWalk();
+  SectionWalk(const SectionWalk&) = delete;
+  SectionWalk& operator=(const SectionWalk&) = delete;
+
+  /// @return false after the last section
+  bool next(SectionInfo& section);
+  uint64_t end() const;                   ///< of the last section, never after the end of the input
+  const ContainerReport& report() const;  ///< complete after the last section
+
+ private:
+  struct Walker;
+  std::unique_ptr<Walker> _walker;
+};
+
 /// All sections a walk finds, CRCs checked.
 std::vector<SectionInfo> sectionsOf(const ByteSource& source);
 
 /// Finds one section by its number; its data is not checked.
 /// @param report  receives what the walk found
 std::optional<SectionInfo> findSection(const ByteSource& source, int number, ContainerReport& report);
+
+/// The CRC-32 of a part of the input, as far as it reaches.
+uint32_t crcOf(const ByteSource& source, uint64_t offset, uint64_t size);
 
 /// A section's payload, uncompressed where it is stored compressed.
 /// @return false, with `error` saying why: cut, CRC, more than 8 MiB claimed, bad zlib data or far too much of it

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
 
 #include <fmt/format.h>
 
@@ -31,15 +32,16 @@ void TracingReader::beginField(const char* name) {
 
 void TracingReader::beginRecord(const char* name) {
   _in.beginRecord(name);
-  if (_refusesOpenRuns) return;
-  std::string segment = name;
-  if (segment == Marshal::ELEMENT_NAME) segment += "[" + std::to_string(_elements[_path]++) + "]";
-  _path.push_back(segment);
+  if (!_onField) return;
+  const std::string& outer = _paths.back();
+  std::string path = outer.empty() ? name : outer + "." + name;
+  if (std::strcmp(name, Marshal::ELEMENT_NAME) == 0) path += "[" + std::to_string(_elements[outer]++) + "]";
+  _paths.push_back(std::move(path));
 }
 
 void TracingReader::endRecord() {
   _in.endRecord();
-  if (!_path.empty()) _path.pop_back();
+  if (_paths.size() > 1) _paths.pop_back();
 }
 
 template <class T>
@@ -51,10 +53,14 @@ bool TracingReader::noted(bool (Marshal::IObjectReader::*read)(T&), T& v, const 
 }
 
 void TracingReader::note(const char* kind, uint32_t start, Json::Value value) {
-  if (_refusesOpenRuns) return;
-  std::vector<std::string> path = _path;
-  path.push_back(_name);
-  _fields.push_back({std::move(path), kind, start, _in.position() - start, std::move(value)});
+  if (!_onField) return;
+  const std::string& outer = _paths.back();
+  _field.path.assign(outer).append(outer.empty() ? "" : ".").append(_name);
+  _field.kind = kind;
+  _field.offset = start;
+  _field.size = _in.position() - start;
+  _field.value.swap(value);
+  _onField(_field);
 }
 
 bool TracingReader::readBool(bool& v) {

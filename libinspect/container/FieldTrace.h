@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <utility>
@@ -14,22 +15,26 @@ namespace Inspect {
 
 /// One field as read by a record.
 struct TracedField {
-  std::vector<std::string> path;  ///< names of the enclosing records and its own, list elements numbered
-  const char* kind;               ///< wire kind: "u8", "string", "bytes", ...
+  std::string path;  ///< names of the enclosing records and its own, with dots between them, list elements numbered
+  const char* kind;  ///< wire kind: "u8", "string", "bytes", ...
   uint32_t offset;
   uint32_t size;  ///< bytes, a string's length word included
   Json::Value value;
 };
 
-/// A stream that records every field that is read: name, wire kind, place and value. It offers no window, so that the
+using OnField = std::function<void(const TracedField&)>;
+
+/// A stream that tells of every field that is read: name, wire kind, place and value. It offers no window, so that the
 /// field lists pass it their names.
 class TracingReader final : public Marshal::IObjectReader {
  public:
-  /// @param in  borrowed; the stream to read from
-  explicit TracingReader(Marshal::IObjectReader& in) : _in(in) {}
-  const std::vector<TracedField>& trace() const { return _fields; }
+  /// @param in       the stream to read from; borrowed, like `onField`
+  /// @param path     of every field begins with it, unless it is empty
+  /// @param onField  may be empty
+  TracingReader(Marshal::IObjectReader& in, const std::string& path, const OnField& onField)
+      : _in(in), _onField(onField), _paths{path} {}
   /// From now on a run of bytes that does not end in zero reads as a failure, for records that would stop the program
-  /// there; fields are no longer recorded.
+  /// there.
   void refuseOpenRuns() { _refusesOpenRuns = true; }
 
   uint32_t position() const override { return _in.position(); }
@@ -56,9 +61,10 @@ class TracingReader final : public Marshal::IObjectReader {
   void note(const char* kind, uint32_t start, Json::Value value);
 
   Marshal::IObjectReader& _in;
-  std::vector<TracedField> _fields;
-  std::vector<std::string> _path;
-  std::map<std::vector<std::string>, int> _elements;  ///< how many elements each list has begun so far
+  const OnField& _onField;
+  std::vector<std::string> _paths;       ///< of the enclosing records, the innermost last
+  std::map<std::string, int> _elements;  ///< how many elements each list has begun so far
+  TracedField _field;
   std::string _name;
   bool _refusesOpenRuns = false;
   bool _failed = false;

@@ -1,89 +1,191 @@
 #include <libinspect/container/FileDiff.h>
 
-#include <map>
-#include <set>
+#include <algorithm>
+#include <cstring>
 
 #include <fmt/format.h>
 
-#include <libinspect/container/ContainerWalk.h>
 #include <libinspect/container/Secrets.h>
 
 namespace Inspect {
 namespace {
 
-struct Field {
-  Field() = default;
-  Field(Json::Value of, bool secret = false) : value(std::move(of)), isWithinSecret(secret) {}
-  Json::Value value;
-  bool isWithinSecret = false;
+/// A part of one of the files.
+struct Stretch {
+  const ByteSource& source;
+  uint64_t offset;
+  uint64_t size;
 };
-using Fields = std::map<std::string, Field>;
 
-void flatten(const std::string& name, const Json::Value& value, bool isWithinSecret, Fields& out) {
-  if (value.isObject()) {
-    for (const std::string& key : value.getMemberNames()) {
-      flatten(fmt::format("{}.{}", name, key), value[key], isWithinSecret || isSecret(key), out);
-    }
-  } else if (value.isArray()) {
-    for (Json::ArrayIndex i = 0; i < value.size(); ++i) {
-      flatten(fmt::format("{}[{}]", name, i), value[i], isWithinSecret, out);
-    }
-  } else {
-    out[name] = {value, isWithinSecret};
+bool isSame(const Stretch& a, const Stretch& b) {
+  if (a.size != b.size) return false;
+  for (uint64_t done = 0; done < a.size;) {
+    const uint8_t *atA = nullptr, *atB = nullptr;
+    const std::size_t gotA = a.source.view(a.offset + done, atA), gotB = b.source.view(b.offset + done, atB);
+    const std::size_t got = std::min({gotA, gotB, static_cast<std::size_t>(std::min<uint64_t>(a.size - done, gotA))});
+    if (got == 0 || std::memcmp(atA, atB, got) != 0) return false;
+    done += got;
   }
+  return true;
 }
 
-/// What is compared of one section. If a record can be read, its fields replace its size and CRC.
-Fields fieldsOf(const ByteSource& source, const SectionInfo& section, const FieldsOf& recordFields) {
-  Fields fields;
-  const std::string prefix = fmt::format("section[{}].", section.number);
-  const PFile::Header& header = section.header;
-  fields[prefix + "type"] = Json::Value(header.type);
-  fields[prefix + "version"] = Json::Value(header.version);
-  fields[prefix + "flags"] = Json::Value(header.flags);
-  fields[prefix + "crc"] = Json::Value(toString(section.verdict));
-  std::vector<uint8_t> bytes;
-  std::string error;
-  if (section.verdict == DataVerdict::OK && loadPayload(source, section, bytes, error)) {
-    if (const std::optional<Json::Value> record = recordFields(bytes)) {
-      flatten(prefix + "data", *record, false, fields);
-      return fields;
-    }
-    fields[prefix + "data.crc"] =
-        Json::Value(fmt::format("0x{:08x}", PFile::crc32Of(bytes.data(), static_cast<uint32_t>(bytes.size()))));
-    fields[prefix + "data.size"] = Json::Value(static_cast<Json::UInt64>(bytes.size()));
-  } else {
-    fields[prefix + "data.crc"] = Json::Value(fmt::format("0x{:08x}", header.dataCrc));
-    fields[prefix + "data.size"] = Json::Value(header.dataSize);
-  }
-  return fields;
+/// "5 bytes, CRC 0x01234567"; null for none.
+Json::Value described(const Stretch& stretch) {
+  if (stretch.size == 0) return {};
+  return fmt::format("{} bytes, CRC 0x{:08x}", stretch.size, crcOf(stretch.source, stretch.offset, stretch.size));
 }
+
+Stretch stretchOf(const ByteSource& source, const SectionInfo& section) {
+  const uint64_t size = uint64_t{PFile::Header::BYTES} + section.header.dataSize;
+  return {source, section.offset, std::min(size, source.size() - section.offset)};
+}
+
+bool isDeep(const Json::Value* value) {
+  return value != nullptr && (value->isObject() || value->isArray());
+}
+
+/// A path without its middle, if it is very long: a document may repeat a long name for each of its values.
+std::string shortened(const std::string& path) {
+  constexpr std::size_t MOST = 1000;
+  const auto isInside = [&path](std::size_t at) { return (static_cast<uint8_t>(path[at]) & 0xC0) == 0x80; };
+  if (path.size() <= MOST) return path;
+  std::size_t head = MOST / 2, tail = path.size() - MOST / 2;
+  while (head > 0 && isInside(head)) --head;
+  while (tail < path.size() && isInside(tail)) ++tail;
+  return path.substr(0, head) + "..." + path.substr(tail);
+}
+
+class FileDiff {
+ public:
+  FileDiff(const ByteSource& a, const ByteSource& b, const FieldsOf& fieldsOf, bool reveal,
+           const OnDifference& onDifference)
+      : _a(a), _b(b), _fieldsOf(fieldsOf), _reveal(reveal), _onDifference(onDifference) {}
+
+  Comparison run() {
+    SectionWalk walkA(_a, WalkDepth::HEADERS_AND_CRCS), walkB(_b, WalkDepth::HEADERS_AND_CRCS);
+    SectionInfo a, b;
+    for (int number = 0;; ++number) {
+      const bool isInA = walkA.next(a), isInB = walkB.next(b);
+      if (!isInA && !isInB) break;
+      _path = fmt::format("section[{}]", number);
+      compareSections(isInA ? &a : nullptr, isInB ? &b : nullptr);
+    }
+    _path = "after the sections";
+    compareBytes({_a, walkA.end(), _a.size() - walkA.end()}, {_b, walkB.end(), _b.size() - walkB.end()});
+    return {walkA.report(), walkB.report(), _differences};
+  }
+
+ private:
+  /// What is compared of one section, in the order of the names; null without one.
+  Json::Value membersOf(const ByteSource& source, const SectionInfo* section) const {
+    if (section == nullptr) return {};
+    const PFile::Header& header = section->header;
+    Json::Value members;
+    members["crc"] = toString(section->verdict);
+    members["data"] = dataOf(source, *section);
+    members["flags"] = flagWords(header.flags);
+    members["magic"] = fmt::format("0x{:04x}", header.magic);
+    members["type"] = header.type;
+    members["version"] = header.version;
+    return members;
+  }
+
+  Json::Value dataOf(const ByteSource& source, const SectionInfo& section) const {
+    std::vector<uint8_t> bytes;
+    std::string error;
+    const bool isLoaded = section.verdict == DataVerdict::OK && loadPayload(source, section, bytes, error);
+    if (isLoaded) {
+      if (std::optional<Json::Value> fields = _fieldsOf(section.header.type, bytes)) return std::move(*fields);
+    }
+    const auto size = static_cast<uint32_t>(bytes.size());
+    Json::Value data;
+    data["crc"] = fmt::format("0x{:08x}", isLoaded ? PFile::crc32Of(bytes.data(), size) : section.header.dataCrc);
+    data["size"] = isLoaded ? size : section.header.dataSize;
+    return data;
+  }
+
+  void compareSections(const SectionInfo* a, const SectionInfo* b) {
+    const bool isInBoth = a != nullptr && b != nullptr;
+    if (isInBoth && isSame(stretchOf(_a, *a), stretchOf(_b, *b))) return;
+    const uint64_t before = _differences;
+    const Json::Value membersA = membersOf(_a, a), membersB = membersOf(_b, b);
+    compare(&membersA, &membersB, false);
+    if (!isInBoth || _differences != before) return;
+    const bool isOk = a->verdict == DataVerdict::OK && b->verdict == DataVerdict::OK;
+    _path += isOk ? ": same values, other bytes" : ": other bytes";
+    compareBytes(stretchOf(_a, *a), stretchOf(_b, *b));
+  }
+
+  void compareBytes(const Stretch& a, const Stretch& b) {
+    if (isSame(a, b)) return;
+    tell(described(a), described(b), false);
+  }
+
+  void compare(const Json::Value* a, const Json::Value* b, bool isWithinSecret) {
+    const bool isDeepA = isDeep(a), isDeepB = isDeep(b);
+    if (!isDeepA && !isDeepB) {
+      const Json::Value null;
+      const Json::Value &valueA = a != nullptr ? *a : null, &valueB = b != nullptr ? *b : null;
+      if (valueA != valueB) tell(valueA, valueB, isWithinSecret);
+    } else if (a != nullptr && b != nullptr && a->type() != b->type()) {
+      if (!a->isNull()) compare(a, nullptr, isWithinSecret);
+      if (!b->isNull()) compare(nullptr, b, isWithinSecret);
+    } else if ((isDeepA ? a : b)->isArray()) {
+      const Json::ArrayIndex sizeA = a != nullptr ? a->size() : 0, sizeB = b != nullptr ? b->size() : 0;
+      for (Json::ArrayIndex i = 0; i < std::max(sizeA, sizeB); ++i) {
+        compareChild(fmt::format("[{}]", i), i < sizeA ? &(*a)[i] : nullptr, i < sizeB ? &(*b)[i] : nullptr,
+                     isWithinSecret);
+      }
+    } else {
+      compareMembers(a, b, isWithinSecret);
+    }
+  }
+
+  void compareMembers(const Json::Value* a, const Json::Value* b, bool isWithinSecret) {
+    Json::Value names(Json::objectValue);  // of both, in order
+    for (const Json::Value* const value : {a, b}) {
+      if (value == nullptr) continue;
+      for (const std::string& name : value->getMemberNames()) names[name];
+    }
+    for (const std::string& name : names.getMemberNames()) {
+      const auto in = [&name](const Json::Value* value) {
+        return value != nullptr ? value->find(name.data(), name.data() + name.size()) : nullptr;
+      };
+      const Json::Value *const inA = in(a), *const inB = in(b);
+      const auto isMasked = [&name](const Json::Value* value) { return value != nullptr && isSecret(name, *value); };
+      compareChild("." + name, inA, inB, isWithinSecret || isMasked(inA) || isMasked(inB));
+    }
+  }
+
+  void compareChild(const std::string& name, const Json::Value* a, const Json::Value* b, bool isWithinSecret) {
+    const std::size_t size = _path.size();
+    _path += name;
+    compare(a, b, isWithinSecret);
+    _path.resize(size);
+  }
+
+  void tell(const Json::Value& a, const Json::Value& b, bool isWithinSecret) {
+    const auto shown = [&](const Json::Value& value) {
+      return _reveal ? value : isWithinSecret ? masked(value) : withoutSecrets(value);
+    };
+    ++_differences;
+    _onDifference({shortened(_path), shown(a), shown(b)});
+  }
+
+  const ByteSource& _a;
+  const ByteSource& _b;
+  const FieldsOf& _fieldsOf;
+  bool _reveal;
+  const OnDifference& _onDifference;
+  std::string _path;
+  uint64_t _differences = 0;
+};
 
 }  // namespace
 
-std::vector<Difference> differencesOf(const ByteSource& a, const ByteSource& b, const FieldsOf& recordFields,
-                                      bool reveal) {
-  const std::vector<SectionInfo> sectionsA = sectionsOf(a), sectionsB = sectionsOf(b);
-  std::vector<Difference> differences;
-  const std::size_t most = std::max(sectionsA.size(), sectionsB.size());
-  for (std::size_t i = 0; i < most; ++i) {
-    // One section of each file at a time: memory use follows the largest.
-    Fields fieldsA, fieldsB;
-    if (i < sectionsA.size()) fieldsA = fieldsOf(a, sectionsA[i], recordFields);
-    if (i < sectionsB.size()) fieldsB = fieldsOf(b, sectionsB[i], recordFields);
-    std::set<std::string> names;
-    for (const auto& field : fieldsA) names.insert(field.first);
-    for (const auto& field : fieldsB) names.insert(field.first);
-    for (const std::string& name : names) {
-      const Field& fieldA = fieldsA[name];
-      const Field& fieldB = fieldsB[name];
-      if (fieldA.value == fieldB.value) continue;
-      const bool masks = !reveal && (fieldA.isWithinSecret || fieldB.isWithinSecret);
-      differences.push_back(
-          {name, masks ? masked(fieldA.value) : fieldA.value, masks ? masked(fieldB.value) : fieldB.value});
-    }
-  }
-  return differences;
+Comparison differencesOf(const ByteSource& a, const ByteSource& b, const FieldsOf& fieldsOf, bool reveal,
+                         const OnDifference& onDifference) {
+  return FileDiff(a, b, fieldsOf, reveal, onDifference).run();
 }
 
 }  // namespace Inspect

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include <json/value.h>
@@ -29,11 +31,23 @@ constexpr Secret SECRETS[] = {
 
 /// Whether a member of this name is a secret.
 bool isSecret(const std::string& member);
+/// The same of a member with its value: a network profile that is a plain text is one, too.
+bool isSecret(const std::string& member, const Json::Value& value);
 
 /// What stands for a secret on a screen: "********", or the value itself where there is none, null or an empty text.
 Json::Value masked(const Json::Value& value);
 
-/// A document with every value that is a secret, or within one, masked.
+/// A document with every value that is a secret, or within one, or a text that is a document with secrets, masked.
 Json::Value withoutSecrets(Json::Value document);
+
+/// Overwrites bytes by asterisks.
+void maskAll(uint8_t* bytes, std::size_t size);
+
+/// Overwrites the secrets of a JSON text by asterisks; all of the text where they cannot be told apart: it is no JSON,
+/// has comments, or names a secret twice.
+void maskSecretsInText(uint8_t* text, std::size_t size);
+
+/// The same for bytes of unknown meaning: all of them if a secret is named among them as in a JSON text.
+void maskSecretsInBytes(uint8_t* bytes, std::size_t size);
 
 }  // namespace Inspect

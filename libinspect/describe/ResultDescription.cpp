@@ -122,20 +122,23 @@ void parseSection(const Json::Value& json, const std::string& path, DescribedSec
 
 bool writeDataSection(const DescribedSection& described, int level, PFile::FileWriter& file, std::string& error) {
   ByteSource source;
-  if (!source.open(described.payload, error)) return false;
+  source.setLimit(described.compress ? PFile::Section::MAX_UNCOMPRESSED : MAX_PAYLOAD);
+  const bool isOpen = source.open(described.payload, error);
+  if (!isOpen && !source.isOverLimit()) return false;
   if (source.size() == 0 || source.size() > MAX_PAYLOAD) {
     error = fmt::format("{}: {} bytes, a payload has 1 to {}", source.name(), source.size(), MAX_PAYLOAD);
     return false;
   }
+  if (described.compress && source.size() > PFile::Section::MAX_UNCOMPRESSED) {
+    error = fmt::format("{}: {} bytes, readers uncompress at most {}: store it uncompressed", source.name(),
+                        source.size(), PFile::Section::MAX_UNCOMPRESSED);
+    return false;
+  }
+  if (!isOpen) return false;
   const auto size = static_cast<uint32_t>(source.size());
   std::unique_ptr<unsigned char[]> bytes(new unsigned char[size]);
   if (source.readAt(0, bytes.get(), size) != size) {
     error = fmt::format("{}: read error", source.name());
-    return false;
-  }
-  if (described.compress && size > PFile::Section::MAX_UNCOMPRESSED) {
-    error = fmt::format("{}: {} bytes, readers uncompress at most {}: store it uncompressed", source.name(), size,
-                        PFile::Section::MAX_UNCOMPRESSED);
     return false;
   }
   PFile::Section section;

@@ -20,17 +20,20 @@ class SectionAnnotation {
         _section(section),
         _reveal(reveal),
         _onStretch(onStretch),
-        _name(fmt::format("section[{}].", section.number)),
-        _data(_name + "data.") {}
+        _name(fmt::format("section[{}]", section.number)),
+        _data(_name + ".data.") {}
 
   void tellHeader() const {
     std::vector<uint8_t> bytes(PFile::Header::BYTES);
     _source.readAt(_section.offset, bytes.data(), bytes.size());
     Marshal::ByteStreamReader in(bytes.data(), PFile::Header::BYTES);
-    TracingReader tracing(in);
+    const OnField onField = [&](const TracedField& field) {
+      const bool isFlags = field.path == _name + ".flags";
+      tellField(field, bytes, _section.offset, "", isFlags ? flagWords(_section.header.flags) : "");
+    };
+    TracingReader tracing(in, _name, onField);
     PFile::Header header;
     header.deserialize(tracing);
-    tellFields(tracing.trace(), bytes, _section.offset, _name);
   }
 
   void tellData() const {
@@ -40,7 +43,7 @@ class SectionAnnotation {
     std::string error;
     if (!loadPayload(_source, _section, bytes, error)) return tellUntaken(at, present, error);
     if (_section.number == 0 && bytes.size() == WORD) return tellWord(bytes, "totalLength");
-    if (!_reveal) bytes = withoutSecrets(bytes);
+    if (!_reveal) maskSecrets(bytes);
     if (!_section.originalSize) return tellRecord(bytes, at);
     std::vector<uint8_t> word(WORD);
     _source.readAt(at, word.data(), word.size());
@@ -52,30 +55,28 @@ class SectionAnnotation {
  private:
   void tellWord(const std::vector<uint8_t>& bytes, const char* name) const {
     _onStretch(
-        {_section.payloadOffset(), WORD, "u32le", _data + name, Marshal::loadLittle32(bytes.data()), bytes.data()});
+        {_section.payloadOffset(), WORD, "u32le", _data + name, Marshal::loadLittle32(bytes.data()), bytes.data(), {}});
   }
 
   void tellUntaken(uint64_t offset, uint64_t size, const std::string& name) const {
-    _onStretch({offset, size, "data", _data + name, Json::Value(), nullptr});
+    _onStretch({offset, size, "data", _data + name, Json::Value(), nullptr, {}});
   }
 
-  /// @param base  what the offsets of fields count from
-  void tellFields(const std::vector<TracedField>& fields, const std::vector<uint8_t>& bytes, uint64_t base,
-                  const std::string& prefix) const {
-    for (const TracedField& field : fields) {
-      _onStretch({base + field.offset, field.size, field.kind, prefix + fmt::format("{}", fmt::join(field.path, ".")),
-                  field.value, bytes.data() + field.offset});
-    }
+  /// @param base  what the offset of the field counts from
+  void tellField(const TracedField& field, const std::vector<uint8_t>& bytes, uint64_t base, const std::string& prefix,
+                 const std::string& words = {}) const {
+    _onStretch({base + field.offset, field.size, field.kind, prefix + field.path, field.value,
+                bytes.data() + field.offset, words});
   }
 
   void tellRecord(const std::vector<uint8_t>& bytes, uint64_t base) const {
-    std::vector<TracedField> trace;
-    const DecodedRecord record = decodeRecord(bytes, &trace);
-    tellFields(trace, bytes, base, _data + (record.name.empty() ? "" : record.name + "."));
+    std::size_t taken = 0;
+    decodeRecord(bytes, [&](const TracedField& field) {
+      taken = field.offset + field.size;
+      tellField(field, bytes, base, _data);
+    });
     const bool isCompressed = _section.originalSize.has_value();
-    const std::size_t taken = trace.empty() ? 0 : trace.back().offset + trace.back().size;
-    if (taken < bytes.size() && !(isCompressed && trace.empty()))
-      tellUntaken(base + taken, bytes.size() - taken, "rest");
+    if (taken < bytes.size() && !(isCompressed && taken == 0)) tellUntaken(base + taken, bytes.size() - taken, "rest");
   }
 
   const ByteSource& _source;

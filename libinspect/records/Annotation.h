@@ -19,6 +19,7 @@ struct AnnotatedStretch {
   std::string field;  ///< "section[1].data.ResultSummary.status"
   Json::Value value;
   const uint8_t* bytes;  ///< `size` bytes, valid during the call; null for a stretch that is not split into fields
+  std::string words;     ///< what the value means, where a number is not enough: a section's flags
 };
 using OnStretch = std::function<void(const AnnotatedStretch&)>;
 

@@ -23,6 +23,16 @@ const char* relationOf(Veltra::DisplayType type) {
   }
 }
 
+/// "0", "-12.50": no leading zeros, and digits on both sides of a point.
+bool isDecimal(const std::string& text) {
+  constexpr char DIGITS[] = "0123456789";
+  const std::size_t begin = text.rfind('-', 0) == 0 ? 1 : 0;
+  const std::size_t point = std::min(text.find_first_not_of(DIGITS, begin), text.size());
+  if (point == begin || (text[begin] == '0' && point > begin + 1)) return false;
+  return point == text.size() || (text[point] == '.' && point + 1 < text.size() &&
+                                  text.find_first_not_of(DIGITS, point + 1) == std::string::npos);
+}
+
 }  // namespace
 
 std::optional<double> measuredNumber(const Veltra::DisplayMeas& measurement) {
@@ -58,9 +68,8 @@ std::string digitsOf(const Json::Value& measurement) {
   if (!value.isNumeric() || !text.isString()) return {};
   const std::string words = text.asString();  // "12.50", or "> 12.50"
   const std::string digits = words.substr(std::min(words.find_first_of("-0123456789"), words.size()));
-  char* end = nullptr;
-  const double number = std::strtod(digits.c_str(), &end);
-  return !digits.empty() && *end == '\0' && number == value.asDouble() ? digits : std::string();
+  // A document from outside may look like a measurement: its text is used only if it is a number as JSON has it.
+  return isDecimal(digits) && std::strtod(digits.c_str(), nullptr) == value.asDouble() ? digits : std::string();
 }
 
 }  // namespace Inspect

@@ -1,8 +1,5 @@
 #include <libinspect/records/RecordView.h>
 
-#include <algorithm>
-#include <cstddef>
-
 #include <fmt/format.h>
 
 #include <libcrossplatform/common/DatabasePackageManifest.h>
@@ -111,7 +108,8 @@ void decode(Marshal::IObjectReader& in, DecodedRecord& record) {
 /// A path without its terminating zero would stop the program: it is read as a failure instead.
 template <class Record>
 void decodePackage(Marshal::IObjectReader& in, DecodedRecord& record) {
-  TracingReader guarded(in);
+  const OnField nobody;
+  TracingReader guarded(in, "", nobody);
   guarded.refuseOpenRuns();
   decode<Record>(guarded, record);
 }
@@ -134,39 +132,6 @@ constexpr Decoder DECODERS[] = {
     {Veltra::DatabaseDescriptorList::SERIAL_TYPE_ID, decodePackage<Veltra::DatabaseDescriptorList>},
     {Veltra::OrbelSettings::SERIAL_TYPE_ID, decode<Veltra::OrbelSettings>},
 };
-
-constexpr uint8_t MASK_BYTE = '*';
-
-/// Overwrites the texts that are secrets, or within one, in the text a value was parsed from.
-/// @return false when that is not possible
-bool maskWithin(const Json::Value& value, bool isWithinSecret, uint8_t* text) {
-  if (value.isObject()) {
-    const std::vector<std::string> names = value.getMemberNames();
-    return std::all_of(names.begin(), names.end(), [&](const std::string& name) {
-      return maskWithin(value[name], isWithinSecret || isSecret(name), text);
-    });
-  }
-  if (value.isArray()) {
-    return std::all_of(value.begin(), value.end(),
-                       [&](const Json::Value& element) { return maskWithin(element, isWithinSecret, text); });
-  }
-  if (!isWithinSecret || value.isNull()) return true;
-  const std::ptrdiff_t begin = value.getOffsetStart(), end = value.getOffsetLimit();
-  if (!value.isString() || end - begin < 2 || text[begin] != '"' || text[end - 1] != '"') return false;
-  std::fill(text + begin + 1, text + end - 1, MASK_BYTE);
-  return true;
-}
-
-Json::Value withTexts(const Json::Value& value) {
-  if (isMeasurement(value)) return value["text"];
-  Json::Value texts = value;
-  if (value.isObject()) {
-    for (const std::string& key : value.getMemberNames()) texts[key] = withTexts(value[key]);
-  } else if (value.isArray()) {
-    for (Json::ArrayIndex i = 0; i < value.size(); ++i) texts[i] = withTexts(value[i]);
-  }
-  return texts;
-}
 
 }  // namespace
 
@@ -194,22 +159,20 @@ Json::Value DecodedRecord::toJson(bool reveal) const {
   return reveal ? json : withoutSecrets(std::move(json));
 }
 
-std::vector<uint8_t> withoutSecrets(const std::vector<uint8_t>& bytes) {
-  const DecodedRecord record = decodeRecord(bytes);
-  std::vector<uint8_t> shown = bytes;
-  if (record.outcome == DecodedRecord::NO_RECORD || record.id != Veltra::OrbelSettings::SERIAL_TYPE_ID) return shown;
-  // The record is one text, JSON, with its length before it and a zero after it.
+void maskSecrets(std::vector<uint8_t>& bytes) {
   constexpr std::size_t TEXT_AT = Marshal::Header::BYTES + sizeof(uint32_t);
-  if (record.outcome == DecodedRecord::DECODED) {
-    const std::string text(bytes.begin() + TEXT_AT, bytes.begin() + record.used - 1);
-    Json::Value document;
-    if (Veltra::parseJson(text, document, true) && maskWithin(document, false, shown.data() + TEXT_AT)) return shown;
+  const DecodedRecord record = decodeRecord(bytes);
+  const bool isDecoded = record.outcome == DecodedRecord::DECODED;
+  const std::size_t end = isDecoded ? record.used : 0;
+  if (record.id == Veltra::OrbelSettings::SERIAL_TYPE_ID && bytes.size() > TEXT_AT) {
+    // The record is one text, JSON, with its length before it and a zero after it.
+    if (!isDecoded) return maskAll(bytes.data() + TEXT_AT, bytes.size() - TEXT_AT);
+    maskSecretsInText(bytes.data() + TEXT_AT, end - 1 - TEXT_AT);
   }
-  std::fill(shown.begin() + static_cast<std::ptrdiff_t>(std::min(TEXT_AT, shown.size())), shown.end(), MASK_BYTE);
-  return shown;
+  maskSecretsInBytes(bytes.data() + end, bytes.size() - end);
 }
 
-DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<TracedField>* trace) {
+DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, const OnField& onField) {
   DecodedRecord record;
   if (bytes.empty()) return record;
   Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
@@ -219,19 +182,12 @@ DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<Traced
   for (const Decoder& decoder : DECODERS) {
     if (decoder.id != record.id) continue;
     record.name = type->name;
-    TracingReader tracing(in);
-    decoder.decode(trace != nullptr ? static_cast<Marshal::IObjectReader&>(tracing) : in, record);
-    if (trace != nullptr) *trace = tracing.trace();
+    TracingReader tracing(in, type->name, onField);
+    decoder.decode(onField ? static_cast<Marshal::IObjectReader&>(tracing) : in, record);
     record.used = in.position();
     record.outcome = record.status == Marshal::STREAM_OK ? DecodedRecord::DECODED : DecodedRecord::DAMAGED;
   }
   return record;
-}
-
-std::optional<Json::Value> recordFields(const std::vector<uint8_t>& bytes) {
-  const DecodedRecord record = decodeRecord(bytes);
-  if (record.outcome != DecodedRecord::DECODED) return std::nullopt;
-  return withTexts(record.toJson(true));
 }
 
 }  // namespace Inspect

@@ -47,15 +47,11 @@ struct DecodedRecord {
 };
 
 /// Decodes the headed record at the beginning of bytes, chosen by its serial type id. Never stops the program.
-/// @param trace  null, or receives every field that was read
-DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, std::vector<TracedField>* trace = nullptr);
+/// @param onField  none, or receives every field that is read, its path below the name of the record
+DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, const OnField& onField = {});
 
-/// The bytes of a payload as they may be shown: those of secrets in the record they begin with, a damaged one too, are
-/// asterisks.
-std::vector<uint8_t> withoutSecrets(const std::vector<uint8_t>& bytes);
-
-/// The fields of the record at the beginning of bytes, measurements as text, secrets as they are; empty if no known
-/// record decodes.
-std::optional<Json::Value> recordFields(const std::vector<uint8_t>& bytes);
+/// Overwrites by asterisks what may not be shown of a payload: the secrets of the settings it begins with, and all
+/// bytes of a damaged record of settings or of anything else that names secrets.
+void maskSecrets(std::vector<uint8_t>& bytes);
 
 }  // namespace Inspect

@@ -39,6 +39,22 @@ t veltra report -r job -o job/1.vres --force
 t cmp job/1.vres whole.vres
 t veltra diff job/1.vres job/1.vres
 t veltra diff job/1.vres job/2.vres -f jsonl
+# What is no container is not compared; what is, to its last byte.
+t veltra diff trace.bin job/1.vres
+t veltra diff job/1.vres /dev/null
+t veltra diff trace.bin trace.bin
+for copy in tail magic plain bad worse; do cp job/1.vres $copy.vres; done
+printf 'xyz' >> tail.vres
+patch magic.vres 96 5047 && patch magic.vres 112 "$(crc magic.vres 96 16)"
+echo '{"summary": {"resultName": "A10", "resultType": "COPPER", "status": "Pass", "timeStamp": 100, "length": "12.50",
+  "headroom": "> 3"}, "sections": [{"type": 300, "version": 12, "payload": "trace.bin"}]}' > plain.json
+veltra pack plain.json -o plain.vres --force > /dev/null
+patch bad.vres 60 ff && patch worse.vres 60 fe
+cp bad.vres lost.vres && truncate -s -3 lost.vres && cp lost.vres lost2.vres && patch lost2.vres 138 ff
+for b in tail magic plain bad; do t veltra diff job/1.vres $b.vres; done
+t veltra diff bad.vres worse.vres
+t veltra diff lost.vres lost2.vres -f jsonl
+t veltra diff bad.vres bad.vres
 t veltra types 0x510003
 t veltra types "OLTS Set Reference Wizard" -f jsonl
 t veltra types nothing
@@ -60,3 +76,34 @@ done
 for format in json jsonl csv; do
   t as_in LC_ALL=C.UTF-8 LC_ALL=C summary -r lot -q -f $format
 done
+
+# Memory follows neither the number of sections nor what a payload becomes. What has no end is refused at once.
+many() { # FILE BYTE: 32768 sections of one byte
+  printf '%s' '{"summary": {}, "sections": [{"type": 300, "version": 1, "payload": "'"$2"'"}]}' > "$1.json"
+  printf '%s' "$2" > "$2" && veltra pack "$1.json" -o "$1" > /dev/null && tail -c 21 "$1" > one
+  for _ in {1..15}; do cat one one > two && mv two one; done
+  { head -c 24 "$1"; cat one; } > "$1.new" && mv "$1.new" "$1"
+  patch "$1" 20 18800a00 && patch "$1" 12 "$(crc "$1" 20 4)" && patch "$1" 16 "$(crc "$1" 0 16)"
+}
+within() { (ulimit -v $((48 * 1024)) && "$veltra" "${@:2}" > "$1"); } # FILE ARGUMENT...
+many x.pf x
+head -c 8388608 /dev/zero > zeros && sed 's/trace.bin/zeros/; s/}]/, "compress": true}]/' plain.json > bomb.json
+veltra pack bomb.json -o bomb.vres > /dev/null
+for format in table json jsonl csv; do
+  t within list.$format list x.pf -f $format
+  t within show.$format show bomb.vres -s 2 -f $format
+done
+for format in table json; do t within diff.$format diff x.pf bomb.vres -f $format; done
+t within annotated annotate x.pf
+t wc -l list.table list.csv diff.table diff.json show.table annotated
+t cmp list.table <(cat x.pf | "$veltra" list -)
+# A long pipe is kept in a file, if there is room for it.
+head -c 12000000 /dev/zero > zeros && sed 's/trace.bin/zeros/' plain.json > big.json && veltra pack big.json -o big.vres > /dev/null
+piped() { cat big.vres | (TMPDIR=$1 && export TMPDIR && ulimit -v "$2" && "$veltra" extract - -s 2) | cmp - zeros; }
+t piped . $((48 * 1024))
+t piped missing unlimited
+for what in false true; do
+  printf '%s' '{"summary": {}, "sections": [{"type": 300, "version": 1, "compress": '$what', "payload": "/dev/zero"}]}' > zero.json
+  t within packed pack zero.json -o zero.vres
+done
+t within packed pack /dev/zero -o zero.vres

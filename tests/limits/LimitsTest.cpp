@@ -19,6 +19,7 @@
 #ifdef VELTRA_HAS_INSPECT
 #include <libinspect/container/Recover.h>
 #include <libinspect/records/FileJudge.h>
+#include <libinspect/records/KnownPayload.h>
 #endif
 
 using namespace PFile;
@@ -294,6 +295,12 @@ TEST_F(Limits, OneMebibyteOfJsonIsReadOrRefusedAtABoundedCost) {
     EXPECT_LT(Allocations::peak(), 32 * MIB);
     // For each comment that is kept JsonCpp looks at all text before it.
     EXPECT_EQ(std::count(written.begin(), written.end(), '*') + std::count(written.begin(), written.end(), '/'), 0);
+#ifdef VELTRA_HAS_INSPECT
+    startCounting();
+    Inspect::comparedFields(920, Bytes(document.profile.begin(), document.profile.end()));
+    EXPECT_LE(Allocations::countSinceStart(), document.allocations + 100);
+    EXPECT_LT(Allocations::peak(), 32 * MIB);
+#endif
   }
 }
 

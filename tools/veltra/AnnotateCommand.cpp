@@ -17,9 +17,11 @@ struct AnnotateArguments {
   bool reveal = false;
 };
 
-std::string valueText(const Json::Value& value) {
+std::string valueText(const Inspect::AnnotatedStretch& stretch) {
+  const Json::Value& value = stretch.value;
   if (value.isString()) return "\"" + printable(value.asString()) + "\"";
-  return value.isNull() ? "-" : jsonText(value, "");
+  const std::string text = value.isNull() ? "-" : jsonText(value, "");
+  return stretch.words.empty() ? text : fmt::format("{} ({})", text, stretch.words);
 }
 
 /// Prints rows of offset, bytes, kind, field and value as they come.
@@ -38,14 +40,36 @@ class Annotation {
     row["kind"] = stretch.kind;
     row["field"] = stretch.field;
     row["value"] = stretch.value;
-    _rows.print("", row, {row});
+    std::vector<Json::Value> rows;
+    if (_format != FORMAT_JSON) rows.emplace_back().swap(row);
+    _rows.print("", row, rows);
   }
   void finish() const { _rows.finish(); }
 
  private:
+  /// "0a ff"
+  static std::string hexOf(const uint8_t* bytes, std::size_t size) {
+    constexpr char DIGITS[] = "0123456789abcdef";
+    std::string text;
+    for (std::size_t i = 0; i < size; ++i) text += {DIGITS[bytes[i] >> 4], DIGITS[bytes[i] & 0x0F], ' '};
+    if (!text.empty()) text.pop_back();
+    return text;
+  }
+
   static std::string line(const std::string& offset, const std::string& bytes, const std::string& kind,
                           const std::string& field, const std::string& value) {
-    std::string text = fmt::format("{:>8} {:<23} {:<6} {:<54} {}", offset, bytes, kind, field, value);
+    constexpr std::size_t OFFSET = 8, BYTES = 23, KIND = 6, FIELD = 54;
+    std::string text(OFFSET - std::min(OFFSET, offset.size()), ' ');
+    text += offset;
+    const auto add = [&text](const std::string& cell, std::size_t width) {
+      text += ' ';
+      text += cell;
+      text.append(width - std::min(width, cell.size()), ' ');
+    };
+    add(bytes, BYTES);
+    add(kind, KIND);
+    add(field, FIELD);
+    add(value, 0);
     text.erase(text.find_last_not_of(' ') + 1);
     return text + "\n";
   }
@@ -61,8 +85,8 @@ class Annotation {
     do {
       const std::size_t end = std::min<std::size_t>(at + BYTES_A_LINE, stretch.size);
       const std::string offset = std::to_string(stretch.offset + at);
-      const std::string hex = fmt::format("{:02x}", fmt::join(stretch.bytes + at, stretch.bytes + end, " "));
-      text += at == 0 ? line(offset, hex, stretch.kind, printable(stretch.field), valueText(stretch.value))
+      const std::string hex = hexOf(stretch.bytes + at, end - at);
+      text += at == 0 ? line(offset, hex, stretch.kind, printable(stretch.field), valueText(stretch))
                       : line(offset, hex, "", "", "");
       at = end;
     } while (at < stretch.size);

@@ -19,6 +19,7 @@ struct FileAnswer {
   Json::Value json;               ///< the file's element of the JSON document
   std::vector<Json::Value> rows;  ///< its JSON lines and CSV rows, flat objects
   std::optional<LongList> list;   ///< replaces the rows, and is the last member of `json`
+  std::function<void()> print;    ///< for the table format: prints what follows `text` and is too long to hold
   Inspect::Findings findings;
   std::string noContainer;    ///< of a file that is none: why; it has no findings then
   uint64_t deepFindings = 0;  ///< how many of the findings a deep examination alone has found

@@ -1,7 +1,7 @@
 #include <memory>
 
 #include <libinspect/container/FileDiff.h>
-#include <libinspect/records/RecordView.h>
+#include <libinspect/records/KnownPayload.h>
 
 #include "Commands.h"
 
@@ -18,26 +18,59 @@ std::string cellOf(const Json::Value& value) {
   return value.isNull() ? "-" : value.isString() ? value.asString() : jsonText(value, "");
 }
 
+Table::Row cellsOf(const Inspect::Difference& difference) {
+  return {difference.field, cellOf(difference.a), cellOf(difference.b)};
+}
+
+Json::Value jsonOf(const Inspect::Difference& difference) {
+  Json::Value row(Json::objectValue);
+  row["field"] = difference.field;
+  row["a"] = difference.a;
+  row["b"] = difference.b;
+  return row;
+}
+
+/// Whether a file is no container at all, with a complaint.
+bool complainsOfNoContainer(const Inspect::ContainerReport& report) {
+  const bool isNone =
+      report.sections == 0 && !report.findings.empty() && report.findings.begin()->code == Inspect::E02_NO_FILE_HEADER;
+  if (isNone) complain(describe(report.name, *report.findings.begin()));
+  return isNone;
+}
+
 int diff(const DiffArguments& args, const Options& options) {
   Inspect::ByteSource a, b;
   if (!openInput(a, args.a, options) || !openInput(b, args.b, options)) return EXIT_COULD_NOT;
-  const std::vector<Inspect::Difference> differences = differencesOf(a, b, Inspect::recordFields, args.reveal);
+  const auto compare = [&](const Inspect::OnDifference& onDifference) {
+    return differencesOf(a, b, Inspect::comparedFields, args.reveal, onDifference);
+  };
+  FirstFew<Inspect::Difference> differences;
+  LongTable table({{"Field"}, {"A"}, {"B"}}, "difference");
+  const Inspect::Comparison comparison = compare([&](const Inspect::Difference& difference) {
+    differences.add(difference);
+    if (options.format == FORMAT_TABLE) table.add(cellsOf(difference));
+  });
+  const bool isNoneA = complainsOfNoContainer(comparison.a), isNoneB = complainsOfNoContainer(comparison.b);
+  if (isNoneA || isNoneB) return answerAfter(a, answerAfter(b, EXIT_COULD_NOT));
+  // Few differences are held; many are found once more to be printed.
+  const auto forEach = [&](const Inspect::OnDifference& onDifference) {
+    for (const Inspect::Difference& difference : differences.held()) onDifference(difference);
+    if (!differences.areAll()) compare(onDifference);
+  };
   Document document;
   document.columns = {"field", "a", "b"};
-  document.rows = {"differences", differences.size(), [&](std::size_t i) {
-                     Json::Value row(Json::objectValue);
-                     row["field"] = differences[i].field;
-                     row["a"] = differences[i].a;
-                     row["b"] = differences[i].b;
-                     return row;
-                   }};
-  document.text = [&] {
-    Table table({{"Field"}, {"A"}, {"B"}}, "difference");
-    for (const Inspect::Difference& d : differences) table.add({d.field, cellOf(d.a), cellOf(d.b)});
-    return table.text();
+  document.rows.name = "differences";
+  document.rows.all = [&](const LongList::OnElement& onElement) {
+    forEach([&](const Inspect::Difference& difference) { onElement(jsonOf(difference)); });
   };
-  if (!differences.empty() || options.format == FORMAT_JSON) printDocument(document, options);
-  return answerAfter(a, answerAfter(b, differences.empty() ? EXIT_DONE : EXIT_NO));
+  document.print = [&] {
+    table.print([&](const LongTable::OnRow& onRow) {
+      forEach([&](const Inspect::Difference& difference) { onRow(cellsOf(difference)); });
+    });
+  };
+  const bool isSame = differences.count() == 0;
+  if (!isSame || options.format == FORMAT_JSON) printDocument(document, options);
+  return answerAfter(a, answerAfter(b, isSame ? EXIT_DONE : EXIT_NO));
 }
 
 }  // namespace

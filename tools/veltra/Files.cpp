@@ -94,7 +94,13 @@ int answerForEach(const std::vector<std::string>& paths, const Options& options,
     if (outcome.state != Inspect::ReadOutcome::WAS_READ) return;
     const bool isOther = !given->noContainer.empty();
     deep += given->deepFindings;
-    if (!isOther || showsOthers) answers.print(given->text, given->json, given->rows, given->list);
+    if (!isOther || showsOthers) {
+      answers.print(given->text, given->json, given->rows, given->list);
+      if (given->print && options.format == FORMAT_TABLE) {
+        makeRoom(stdout);
+        given->print();
+      }
+    }
     (void)std::fflush(stdout);  // write errors are checked at the end
     if (isOther) code = worse(code, codeOfOther(run, file, given->noContainer, others));
     if (complainOfFindings) complainOfFile(file, given->findings, options);

@@ -1,8 +1,12 @@
 #include "JsonPrinting.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <sstream>
+#include <string_view>
 
 #include <fmt/format.h>
 #include <json/writer.h>
@@ -38,65 +42,104 @@ std::map<std::string, FlatMember> flatMembers(const Json::Value& row) {
   return members;
 }
 
-/// Lays out a value; its texts and numbers are written by JsonCpp, which chooses the digits of a number itself.
-class JsonLayout {
- public:
-  explicit JsonLayout(const char* indentation) : _indentation(indentation) {
-    constexpr int NUMBER_DIGITS = 10;  // the digits of a 32-bit measurement
+/// What JsonCpp writes texts and numbers by. It takes longer to make one than to use it.
+Json::StreamWriter& scalarWriter() {
+  constexpr int NUMBER_DIGITS = 10;  // the digits of a 32-bit measurement
+  thread_local const std::unique_ptr<Json::StreamWriter> writer = [] {
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "";
     builder["commentStyle"] = "None";
     builder["precision"] = NUMBER_DIGITS;
     builder["emitUTF8"] = false;  // read by terminals of any encoding
-    _scalars.reset(builder.newStreamWriter());
-    _out.exceptions(std::ios::badbit);  // memory that runs out is no shorter text
+    return std::unique_ptr<Json::StreamWriter>(builder.newStreamWriter());
+  }();
+  return *writer;
+}
+
+/// As JsonCpp writes it; a number exactly, also where JsonCpp would round it.
+std::string scalarText(const Json::Value& value) {
+  if (value.type() == Json::intValue) return std::to_string(value.asInt64());
+  if (value.type() == Json::uintValue) return std::to_string(value.asUInt64());
+  std::ostringstream out;
+  out.exceptions(std::ios::badbit);  // memory that runs out is no shorter text
+  scalarWriter().write(value, &out);
+  if (value.type() != Json::realValue || !std::isfinite(value.asDouble())) return out.str();
+  const bool isExact = std::strtod(out.str().c_str(), nullptr) == value.asDouble();
+  return isExact ? out.str() : fmt::format("{}", value.asDouble());
+}
+
+bool hasIllFormedName(const Json::Value& object) {
+  for (auto member = object.begin(); member != object.end(); ++member) {
+    if (!Dump::isUtf8(member.name())) return true;
   }
+  return false;
+}
+
+bool hasMeasurement(const Json::Value& row) {
+  return std::any_of(row.begin(), row.end(), [](const Json::Value& member) { return isMeasurement(member); });
+}
+
+/// Lays out values; their texts and numbers are written by JsonCpp, which chooses the digits of a number itself.
+class JsonLayout {
+ public:
+  /// @param to  null, or the stream to which the text goes piece by piece; a failure throws std::system_error
+  explicit JsonLayout(const char* indentation, std::FILE* to = nullptr) : _indentation(indentation), _to(to) {}
 
   std::string of(const Json::Value& value) {
     add(value, 0);
-    return _out.str();
+    return std::move(_text);
   }
   std::string ofRow(const Json::Value& row) {
     addRow(row, 0);
-    return _out.str();
+    return std::move(_text);
   }
-  /// Prints an object with one more member, an array of rows, and holds none of them.
-  void printDocument(const Json::Value& document, const LongList& rows) {
-    Json::Value names = document;
-    if (!rows.name.empty()) names[rows.name] = Json::Value();
+  /// An object with two more members: an array of rows, and bytes.
+  void writeDocument(const Json::Value& document, const LongList& rows, const HexBytes& hex) {
+    std::vector<std::string> names = document.getMemberNames();
+    for (const std::string& name : {rows.name, hex.name}) {
+      if (!name.empty()) names.insert(std::upper_bound(names.begin(), names.end(), name), name);
+    }
     const char* separator = "{";
-    for (const std::string& key : names.getMemberNames()) {
+    for (const std::string& key : names) {
       beginMember(separator, key, 0);
       if (key == rows.name) {
         addRows(rows);
+      } else if (key == hex.name) {
+        put("\"");
+        forEachPiece(*hex.bytes, [this](const std::string& digits) { put(digits); });
+        put("\"");
       } else {
         add(document[key], 1);
       }
     }
     end(separator, "{}", 0);
-    _out << '\n';
     flush();
   }
 
  private:
+  void put(std::string_view text) {
+    constexpr std::size_t PIECE = std::size_t{32} * 1024;
+    _text += text;
+    if (_to != nullptr && _text.size() > PIECE) flush();
+  }
   void flush() {
-    fmt::print("{}", _out.str());
-    _out.str({});
+    fmt::print(_to, "{}", _text);
+    _text.clear();
   }
 
   void add(const Json::Value& value, int depth) {
     if (value.isObject()) {
-      const std::vector<std::string> names = value.getMemberNames();
-      if (!std::all_of(names.begin(), names.end(), [](const std::string& name) { return Dump::isUtf8(name); })) {
+      if (hasIllFormedName(value)) {
         Json::Value repaired = value;  // the library tells members apart whose names become the same
         Dump::replaceIllFormedTexts(repaired);
         return add(repaired, depth);
       }
       const std::string digits = isMeasurement(value) ? digitsOf(value) : "";
       const char* separator = "{";
-      for (const std::string& key : names) {
+      for (auto member = value.begin(); member != value.end(); ++member) {
+        const std::string key = member.name();
         beginMember(separator, key, depth);
-        addDigitsOr(key == "value" ? digits : "", value[key], depth + 1);
+        addDigitsOr(key == "value" ? digits : "", *member, depth + 1);
       }
       end(separator, "{}", depth);
     } else if (value.isArray()) {
@@ -112,19 +155,34 @@ class JsonLayout {
   }
 
   void addScalar(const Json::Value& value) {
-    const bool isOther = value.isString() && !Dump::isUtf8(value.asString());  // names may hold any bytes; JSON may not
-    _scalars->write(isOther ? Json::Value(Dump::withoutIllFormedUtf8(value.asString())) : value, &_out);
+    if (value.isString()) {
+      addText(value.asString());
+    } else {
+      put(scalarText(value));
+    }
+  }
+
+  void addText(const std::string& text) {
+    const bool isPlain =
+        std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c < 0x7F && c != '"' && c != '\\'; });
+    if (!isPlain) {  // names may hold any bytes; JSON may not
+      return put(scalarText(Dump::isUtf8(text) ? text : Dump::withoutIllFormedUtf8(text)));
+    }
+    put("\"");
+    put(text);
+    put("\"");
   }
 
   void addDigitsOr(const std::string& digits, const Json::Value& value, int depth) {
     if (digits.empty()) {
       add(value, depth);
     } else {
-      _out << digits;
+      put(digits);
     }
   }
 
   void addRow(const Json::Value& row, int depth) {
+    if (!hasMeasurement(row)) return add(row, depth);
     const char* separator = "{";
     for (const auto& [name, member] : flatMembers(row)) {
       beginMember(separator, name, depth);
@@ -135,47 +193,64 @@ class JsonLayout {
 
   void addRows(const LongList& rows) {
     const char* separator = "[";
-    for (std::size_t i = 0; i < rows.size; ++i) {
+    rows.forEach([&](const Json::Value& row) {
       beginElement(separator, 1);
-      addRow(rows.element(i), 2);
-      flush();
-    }
+      addRow(row, 2);
+    });
     end(separator, "[]", 1);
   }
 
   void beginMember(const char*& separator, const std::string& name, int depth) {
     beginElement(separator, depth);
-    addScalar(name);
-    _out << (*_indentation != '\0' ? ": " : ":");
+    addText(name);
+    put(*_indentation != '\0' ? ": " : ":");
   }
 
   void breakLine(int depth) {
     if (*_indentation == '\0') return;
-    _out << '\n';
-    for (int i = 0; i < depth; ++i) _out << _indentation;
+    put("\n");
+    for (int i = 0; i < depth; ++i) put(_indentation);
   }
 
   void beginElement(const char*& separator, int depth) {
-    _out << separator;
+    put(separator);
     separator = ",";
     breakLine(depth + 1);
   }
 
   void end(const char* separator, const char* brackets, int depth) {
     if (*separator != ',') {
-      _out << brackets;
+      put(brackets);
       return;
     }
     breakLine(depth);
-    _out << brackets[1];
+    put(brackets + 1);
   }
 
   const char* _indentation;
-  std::unique_ptr<Json::StreamWriter> _scalars;
-  std::ostringstream _out;
+  std::FILE* _to;
+  std::string _text;
 };
 
 }  // namespace
+
+void LongList::forEach(const OnElement& onElement) const {
+  if (all) return all(onElement);
+  for (std::size_t i = 0; i < size; ++i) onElement(element(i));
+}
+
+void forEachPiece(const std::vector<uint8_t>& bytes, const std::function<void(const std::string& digits)>& onPiece) {
+  constexpr std::size_t BYTES_A_PIECE = 2048;
+  constexpr char DIGITS[] = "0123456789abcdef";
+  std::string digits;
+  for (std::size_t at = 0; at < bytes.size(); at += BYTES_A_PIECE) {
+    digits.clear();
+    for (std::size_t i = at; i < std::min(at + BYTES_A_PIECE, bytes.size()); ++i) {
+      digits += {DIGITS[bytes[i] >> 4], DIGITS[bytes[i] & 0x0F]};
+    }
+    onPiece(digits);
+  }
+}
 
 std::string jsonText(const Json::Value& value, const char* indentation) {
   return JsonLayout(indentation).of(value);
@@ -187,18 +262,29 @@ std::string rowJson(const Json::Value& row, const char* indentation) {
 
 std::map<std::string, CsvCell> rowCells(const Json::Value& row) {
   std::map<std::string, CsvCell> cells;
+  const auto cellOf = [](const Json::Value& value) {
+    return value.isString() ? CsvCell{value.asString(), true}
+           : value.isNull() ? CsvCell{}
+                            : CsvCell{jsonText(value, ""), false};
+  };
+  if (!hasMeasurement(row)) {
+    for (auto member = row.begin(); member != row.end(); ++member) cells[member.name()] = cellOf(*member);
+    return cells;
+  }
   for (const auto& [name, member] : flatMembers(row)) {
-    const Json::Value& value = member.value;
-    cells[name] = !member.digits.empty() ? CsvCell{member.digits, false}
-                  : value.isString()     ? CsvCell{value.asString(), true}
-                  : value.isNull()       ? CsvCell{}
-                                         : CsvCell{jsonText(value, ""), false};
+    cells[name] = member.digits.empty() ? cellOf(member.value) : CsvCell{member.digits, false};
   }
   return cells;
 }
 
-void printDocumentJson(const Json::Value& object, const LongList& rows) {
-  JsonLayout("  ").printDocument(object, rows);
+void printDocumentJson(const Json::Value& object, const LongList& rows, const HexBytes& hex) {
+  JsonLayout("  ", stdout).writeDocument(object, rows, hex);
+  fmt::print("\n");
+}
+
+void printObjectLine(const Json::Value& object, const HexBytes& hex) {
+  JsonLayout("", stdout).writeDocument(object, {}, hex);
+  fmt::print("\n");
 }
 
 }  // namespace Command

@@ -9,48 +9,82 @@
 namespace Command {
 namespace {
 
-void addRow(const Inspect::SectionInfo& section, Table& table) {
+Table::Row cellsOf(const Inspect::SectionInfo& section) {
   const PFile::Header& header = section.header;
   const std::string name = Inspect::typeName(header.type);
   const bool isBad = section.verdict == Inspect::DataVerdict::WRONG || section.verdict == Inspect::DataVerdict::CUT;
-  table.add({std::to_string(section.number),
-             std::to_string(section.offset),
-             std::to_string(header.type),
-             name == std::to_string(header.type) ? "-" : name,
-             std::to_string(header.version),
-             std::to_string(header.dataSize),
-             std::to_string(section.originalSize.value_or(header.dataSize)),
-             {toString(section.verdict), isBad ? Tone::BAD : Tone::PLAIN}});
+  return {std::to_string(section.number),
+          std::to_string(section.offset),
+          std::to_string(header.type),
+          name == std::to_string(header.type) ? "-" : name,
+          std::to_string(header.version),
+          std::to_string(header.dataSize),
+          std::to_string(section.originalSize.value_or(header.dataSize)),
+          {toString(section.verdict), isBad ? Tone::BAD : Tone::PLAIN}};
 }
+
+/// The sections of a file: few are held, many are found once more to be printed.
+struct Listing {
+  std::string path;
+  Inspect::ByteSource::Taken taken;
+  FirstFew<Inspect::SectionInfo> sections;
+  LongTable table{{{"No", true},
+                   {"Offset", true},
+                   {"Type", true},
+                   {"Name"},
+                   {"Version", true},
+                   {"Stored", true},
+                   {"Original", true},
+                   {"CRC"}},
+                  "section"};
+
+  /// @param code  made worse, with a complaint, when the file cannot be read again
+  void forEach(const std::function<void(const Inspect::SectionInfo&)>& onSection, int& code) const {
+    for (const Inspect::SectionInfo& section : sections.held()) onSection(section);
+    if (sections.areAll()) return;
+    std::string error;
+    Inspect::ByteSource source;
+    if (source.openAgain(path, taken, error)) {
+      const auto onEach = [&](const Inspect::SectionInfo& section, Inspect::Findings&) { onSection(section); };
+      walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS, onEach);
+      code = worse(code, answerAfter(source, EXIT_DONE));
+    } else {
+      complain(error);
+      code = worse(code, EXIT_COULD_NOT);
+    }
+  }
+};
 
 int list(const std::vector<std::string>& files, const Options& options) {
   const std::vector<std::string> columns = {"file",    "number",     "offset",       "type",       "name",
                                             "version", "storedSize", "originalSize", "compressed", "crc"};
   const bool several = files.size() > 1 || options.recursive;
-  return answerForFiles(files, options, columns, true, [&](const Inspect::ByteSource& source) {
+  int again = EXIT_DONE;
+  const int code = answerForFiles(files, options, columns, true, [&](const Inspect::ByteSource& source) {
     FileAnswer answer;
-    Table table({{"No", true},
-                 {"Offset", true},
-                 {"Type", true},
-                 {"Name"},
-                 {"Version", true},
-                 {"Stored", true},
-                 {"Original", true},
-                 {"CRC"}},
-                "section");
-    answer.json["file"] = source.name();
-    std::vector<Inspect::SectionInfo> sections;
-    const auto addSection = [&](const Inspect::SectionInfo& section, Inspect::Findings&) {
-      if (options.format == FORMAT_TABLE) return addRow(section, table);
-      sections.push_back(section);
+    const auto listing = std::make_shared<Listing>();
+    listing->path = source.path();
+    listing->taken = source.taken();
+    const auto add = [&](const Inspect::SectionInfo& section, Inspect::Findings&) {
+      listing->sections.add(section);
+      if (options.format == FORMAT_TABLE) listing->table.add(cellsOf(section));
     };
-    answer.findings = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS, addSection).findings;
-    const std::size_t size = sections.size();
-    answer.list =
-        LongList{"sections", size, [sections = std::move(sections)](std::size_t i) { return toJson(sections[i]); }};
-    answer.text = (several ? printable(source.name()) + ":\n" : "") + table.text();
+    answer.findings = walk(source, Inspect::WalkDepth::HEADERS_AND_CRCS, add).findings;
+    answer.json["file"] = source.name();
+    answer.list = LongList();
+    answer.list->name = "sections";
+    answer.list->all = [listing, &again](const LongList::OnElement& onElement) {
+      listing->forEach([&](const Inspect::SectionInfo& section) { onElement(toJson(section)); }, again);
+    };
+    answer.text = several ? printable(source.name()) + ":\n" : "";
+    answer.print = [listing, &again] {
+      listing->table.print([&](const LongTable::OnRow& onRow) {
+        listing->forEach([&](const Inspect::SectionInfo& section) { onRow(cellsOf(section)); }, again);
+      });
+    };
     return answer;
   });
+  return worse(code, again);
 }
 
 }  // namespace

@@ -54,10 +54,12 @@ void printWithLists(const Json::Value& object, const std::vector<LongList>& list
   fmt::print("{}", head.substr(0, head.size() - closing));
   for (const LongList& list : lists) {
     fmt::print(styled ? ",\n  \"{}\": [" : ",\"{}\":[", list.name);
-    for (std::size_t i = 0; i < list.size; ++i) {
-      fmt::print("{}{}{}", i == 0 ? "" : ",", styled ? "\n    " : "", jsonText(list.element(i), ""));
-    }
-    fmt::print(styled && list.size > 0 ? "\n  ]" : "]");
+    const char* separator = "";
+    list.forEach([&](const Json::Value& element) {
+      fmt::print("{}{}{}", separator, styled ? "\n    " : "", jsonText(element, ""));
+      separator = ",";
+    });
+    fmt::print(styled && *separator == ',' ? "\n  ]" : "]");
   }
   fmt::print("{}", head.substr(head.size() - closing));
 }
@@ -118,10 +120,16 @@ void printCsvHeader(const std::vector<std::string>& columns) {
   fmt::print("{}{}{}", isForSpreadsheet ? BYTE_ORDER_MARK : "", line, csvLineEnd());
 }
 
-void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns) {
+void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns, const HexBytes& hex) {
   std::string line;
   const std::map<std::string, CsvCell> cells = rowCells(row);
   for (const std::string& column : columns) {
+    if (!hex.name.empty() && column == hex.name) {
+      fmt::print("{}{}", line, &column == &columns.front() ? "" : ",");
+      forEachPiece(*hex.bytes, [](const std::string& digits) { fmt::print("{}", digits); });
+      line.clear();
+      continue;
+    }
     const auto found = cells.find(column);
     if (&column != &columns.front()) line += ',';
     if (found != cells.end()) line += csvText(found->second);
@@ -134,24 +142,33 @@ void printDocument(const Document& document, const Options& options) {
   const LongList& rows = document.rows;
   switch (options.format) {
     case FORMAT_TABLE:
+      if (document.print) return document.print();
       fmt::print("{}", document.text());
       break;
     case FORMAT_JSON: {
       Json::Value json = object();
       json["schema"] = SCHEMA;
-      printDocumentJson(json, rows);
+      printDocumentJson(json, rows, document.hex);
       break;
     }
     case FORMAT_JSONL:
+      if (!document.hex.name.empty()) {
+        Json::Value json = object();
+        json["schema"] = SCHEMA;
+        return printObjectLine(json, document.hex);
+      }
       if (document.columns.empty()) return printJsonLine(object());
-      for (std::size_t i = 0; i < rows.size; ++i) printJsonLine(rows.element(i));
+      rows.forEach(printJsonLine);
       break;
     case FORMAT_CSV: {
       const Json::Value row = document.columns.empty() ? object() : Json::Value();
-      const std::vector<std::string> columns = document.columns.empty() ? row.getMemberNames() : document.columns;
+      std::vector<std::string> columns = document.columns.empty() ? row.getMemberNames() : document.columns;
+      if (const std::string& hex = document.hex.name; !hex.empty()) {
+        columns.insert(std::upper_bound(columns.begin(), columns.end(), hex), hex);
+      }
       printCsvHeader(columns);
-      if (document.columns.empty()) return printCsvRow(row, columns);
-      for (std::size_t i = 0; i < rows.size; ++i) printCsvRow(rows.element(i), columns);
+      if (document.columns.empty()) return printCsvRow(row, columns, document.hex);
+      rows.forEach([&columns](const Json::Value& element) { printCsvRow(element, columns); });
       break;
     }
   }
@@ -185,11 +202,12 @@ void AnswerStream::print(const std::string& text, const Json::Value& element, co
     case FORMAT_JSONL:
     case FORMAT_CSV:
       for (const Json::Value& row : rows) printRow(row);
-      for (std::size_t i = 0; list && i < list->size; ++i) {
-        Json::Value row = list->element(i);
+      if (!list) break;
+      list->forEach([&](const Json::Value& listed) {
+        Json::Value row = listed;
         row["file"] = element["file"];
         printRow(row);
-      }
+      });
       break;
   }
   _first = false;
@@ -204,22 +222,25 @@ void AnswerStream::finish(const Json::Value& totals) const {
 
 std::string indentedText(const Json::Value& object) {
   std::string text;
+  for (Json::ArrayIndex i = 0; object.isArray() && i < object.size(); ++i) {
+    appendIndented(fmt::format("[{}]", i), object[i], 0, text);
+  }
+  if (!object.isObject()) return text;
   for (const std::string& key : object.getMemberNames()) appendIndented(printable(key), object[key], 0, text);
   return text;
 }
 
-std::string hexDump(const std::vector<uint8_t>& bytes) {
-  constexpr std::size_t WIDTH = 16;
-  std::string text;
+void printHexDump(const std::vector<uint8_t>& bytes) {
+  constexpr std::size_t WIDTH = 16, HALF = WIDTH / 2;
   for (std::size_t at = 0; at < bytes.size(); at += WIDTH) {
+    const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+    const std::vector<uint8_t> line(begin, begin + static_cast<std::ptrdiff_t>(std::min(WIDTH, bytes.size() - at)));
     std::string codes, characters;
-    for (std::size_t i = at; i < std::min(at + WIDTH, bytes.size()); ++i) {
-      codes += fmt::format("{:02x}{}", bytes[i], i - at == WIDTH / 2 - 1 ? "  " : " ");
-      characters += bytes[i] >= 0x20 && bytes[i] < 0x7F ? static_cast<char>(bytes[i]) : '.';
-    }
-    text += fmt::format("{:08x}  {:<50}{}\n", at, codes, characters);
+    forEachPiece(line, [&codes](const std::string& digits) { codes = digits; });
+    for (std::size_t i = line.size(); i-- > 0;) codes.insert(2 * i + 2, i == HALF - 1 ? "  " : " ");
+    for (const uint8_t byte : line) characters += byte >= 0x20 && byte < 0x7F ? static_cast<char>(byte) : '.';
+    fmt::print("{:08x}  {:<50}{}\n", at, codes, characters);
   }
-  return text;
 }
 
 Tone toneOf(Inspect::FindingCode code) {

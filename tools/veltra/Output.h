@@ -44,7 +44,8 @@ void printJsonLine(const Json::Value& row);
 void setSpreadsheet(bool isWanted);
 /// Prints the members of a row as one line of CSV (RFC 4180); a missing or null member is empty. On a terminal it is
 /// printable.
-void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns);
+/// @param hex  one more member
+void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns, const HexBytes& hex = {});
 void printCsvHeader(const std::vector<std::string>& columns);
 /// One answer in all formats. Its parts are made when they are printed.
 struct Document {
@@ -52,6 +53,8 @@ struct Document {
   std::function<Json::Value()> json;  ///< an object; none: only the rows
   LongList rows;                      ///< JSON lines and CSV rows; by their name, if they have one, also in the object
   std::vector<std::string> columns;   ///< columns of the CSV; without columns the object is the only row
+  std::function<void()> print = {};   ///< in place of `text`, where it is too long to hold
+  HexBytes hex = {};                  ///< one more member of the object
 };
 void printDocument(const Document& document, const Options& options);
 
@@ -79,11 +82,11 @@ class AnswerStream {
   bool _first = true;
 };
 
-/// An object as indented `name: value` lines; a measurement as its text.
+/// An object or array as indented `name: value` lines; a measurement as its text.
 std::string indentedText(const Json::Value& object);
 
-/// Sixteen bytes per line: offset, hexadecimal, characters.
-std::string hexDump(const std::vector<uint8_t>& bytes);
+/// Prints sixteen bytes per line: offset, hexadecimal, characters.
+void printHexDump(const std::vector<uint8_t>& bytes);
 
 Tone toneOf(Inspect::FindingCode code);
 Tone toneOf(Veltra::Status status);

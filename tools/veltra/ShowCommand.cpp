@@ -2,7 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <libinspect/records/RecordView.h>
+#include <libinspect/container/Secrets.h>
+#include <libinspect/records/KnownPayload.h>
 
 #include "Commands.h"
 
@@ -16,27 +17,43 @@ struct ShowArguments {
   bool reveal = false;
 };
 
-std::string hexText(const std::vector<uint8_t>& bytes) {
-  std::string text;
-  for (const uint8_t byte : bytes) text += fmt::format("{:02x}", byte);
-  return text;
-}
-
-/// Prints a decoded record, or the bytes if there is none.
+/// Prints what is known of a payload, or its bytes.
+/// @param type    of the section, 0 outside one
 /// @param reveal  show secrets as they are
-/// @param where  what the record is in, for the complaint and the JSON
-int showRecord(const std::vector<uint8_t>& stored, bool reveal, Json::Value json, const std::string& where,
-               const Options& options) {
-  const Inspect::DecodedRecord record = Inspect::decodeRecord(stored);
-  const Json::Value shown = record.toJson(reveal);
-  const std::vector<uint8_t> bytes = reveal ? stored : Inspect::withoutSecrets(stored);
-  const auto text = [&] { return shown.isNull() ? hexDump(bytes) : indentedText(shown); };
-  const auto object = [&] {
-    json["record"] = shown;
-    if (shown.isNull()) json["hex"] = hexText(bytes);
-    return json;
+/// @param json    what the JSON says of the section
+/// @param where   what the payload is in, for the complaint
+int showPayload(uint16_t type, std::vector<uint8_t> bytes, bool reveal, Json::Value json, const std::string& where,
+                const Options& options) {
+  Inspect::KnownPayload payload = Inspect::knownPayload(type, bytes);
+  const Inspect::DecodedRecord& record = payload.record;
+  const char* member = "record";
+  Json::Value shown = record.toJson(reveal);
+  json["record"] = Json::Value();
+  if (payload.kind == Inspect::PayloadKind::JSON) {
+    member = "json";
+    shown = reveal ? std::move(payload.document) : Inspect::withoutSecrets(std::move(payload.document));
+  }
+  Document document;
+  document.print = [&] {
+    if (payload.image) return fmt::print("{}\n", toString(*payload.image));
+    if (shown.isNull()) return printHexDump(bytes);
+    fmt::print("{}", indentedText(shown));
   };
-  printDocument({text, object, {}, {}}, options);
+  if (payload.image) {
+    json["image"]["format"] = payload.image->format;
+    json["image"]["width"] = payload.image->width;
+    json["image"]["height"] = payload.image->height;
+  } else if (shown.isNull()) {
+    if (!reveal) Inspect::maskSecrets(bytes);
+    document.hex = {"hex", &bytes};
+  } else {
+    std::vector<uint8_t>().swap(bytes);
+  }
+  document.json = [&] {
+    if (!shown.isNull()) json[member].swap(shown);
+    return std::move(json);
+  };
+  printDocument(document, options);
   if (record.outcome != Inspect::DecodedRecord::DAMAGED) return EXIT_DONE;
   complain(fmt::format("{}: the {} does not decode (code {})", where, record.name, record.status));
   return EXIT_NO;
@@ -51,7 +68,9 @@ int showBareRecord(const std::string& file, bool reveal, const Options& options)
   }
   Json::Value json(Json::objectValue);
   json["file"] = file;
-  return showRecord(std::vector<uint8_t>(text.begin(), text.end()), reveal, json, file, options);
+  std::vector<uint8_t> bytes(text.begin(), text.end());
+  std::string().swap(text);
+  return showPayload(0, std::move(bytes), reveal, std::move(json), file, options);
 }
 
 int showSection(const ShowArguments& args, const Options& options) {
@@ -68,14 +87,15 @@ int showSection(const ShowArguments& args, const Options& options) {
   }
   Json::Value json = toJson(*section);
   json["file"] = source.name();
-  return showRecord(bytes, args.reveal, json, fmt::format("{}: section {}", source.name(), section->number), options);
+  return showPayload(section->header.type, std::move(bytes), args.reveal, std::move(json),
+                     fmt::format("{}: section {}", source.name(), section->number), options);
 }
 
 }  // namespace
 
 Subcommand showCommand(const Options& options) {
   const auto args = std::make_shared<ShowArguments>();
-  Subcommand command("show", "The record a section holds, or its bytes");
+  Subcommand command("show", "What a section holds: a record, JSON or an image, or else its bytes");
   command.place("FILE", "FILE", &args->file, "the file; - reads standard input").required();
   command.option("-s,--section", "INT", &args->section, "number of the section as list shows it").showingPreset();
   command.flag("--record", args->bareRecord, "the file is a bare record, not a container");

@@ -37,7 +37,9 @@ void Table::add(Row row) {
 }
 
 void Table::measure(const Row& row) {
-  for (std::size_t i = 0; i < row.size(); ++i) _widths[i] = std::max(_widths[i], widthOf(printable(row[i].text)));
+  for (std::size_t i = 0; i < row.size(); ++i) {
+    _widths[i] = std::max(_widths[i], std::min(widthOf(printable(row[i].text)), MOST_WIDTH));
+  }
 }
 
 std::string Table::heading() const {
@@ -67,6 +69,23 @@ std::string Table::text() const {
   std::string text = heading();
   for (const Row& row : _rows) text += line(row);
   return text + totalLine(counted(_rows.size(), _noun));
+}
+
+LongTable::LongTable(std::vector<Table::Column> columns, std::string noun)
+    : _table(std::move(columns)), _noun(std::move(noun)) {}
+
+void LongTable::add(const Table::Row& row) {
+  _table.measure(row);
+  _rows.add(row);
+}
+
+void LongTable::print(const std::function<void(const OnRow&)>& again) const {
+  if (_rows.count() == 0) return;
+  fmt::print("{}", _table.heading());
+  const OnRow printRow = [this](const Table::Row& row) { fmt::print("{}", _table.line(row)); };
+  for (const Table::Row& row : _rows.held()) printRow(row);
+  if (!_rows.areAll()) again(printRow);
+  fmt::print("{}", totalLine(counted(_rows.count(), _noun)));
 }
 
 std::string tableText(Table& table, std::size_t rows, const std::function<Table::Row(std::size_t)>& row) {

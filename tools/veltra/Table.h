@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "FirstFew.h"
 #include "Terminal.h"
 
 namespace Command {
@@ -38,10 +39,31 @@ class Table {
   std::string line(const Row& row) const;
 
  private:
+  /// No other cell is filled up for a wider one: it may have millions of characters.
+  static constexpr std::size_t MOST_WIDTH = 1000;
+
   std::vector<Column> _columns;
   std::string _noun;
-  std::vector<std::size_t> _widths;  ///< columns of the terminal
+  std::vector<std::size_t> _widths;  ///< columns of the terminal, MOST_WIDTH at most
   std::vector<Row> _rows;
+};
+
+/// A table of any length in little memory: its first rows are held; if there are more, all are made again to be
+/// printed.
+class LongTable {
+ public:
+  using OnRow = std::function<void(const Table::Row&)>;
+
+  LongTable(std::vector<Table::Column> columns, std::string noun);
+  void add(const Table::Row& row);
+  /// Prints nothing without rows.
+  /// @param again  called if not all rows are held: makes the same rows again
+  void print(const std::function<void(const OnRow&)>& again) const;
+
+ private:
+  Table _table;
+  std::string _noun;
+  FirstFew<Table::Row> _rows;
 };
 
 /// A table of rows that are made twice. Empty without rows.

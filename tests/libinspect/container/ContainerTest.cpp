@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <libcrossplatform/serialization/Utf8Text.h>
 #include <libinspect/container/ContainerWalk.h>
+#include <libinspect/container/FileDiff.h>
 #include <libinspect/container/PrintableText.h>
 
 #include "PFileTesting.h"
@@ -94,6 +96,22 @@ TEST(ContainerWalk, APayloadWithoutBytesIsNotLoaded) {
   EXPECT_EQ(error, "section 1: data CRC differs");
   EXPECT_TRUE(loadPayload(file.source, sections[2], bytes, error));
   EXPECT_EQ(bytes, Bytes{1});
+}
+
+TEST(FileDiff, ALongNameIsNotRepeatedForEachValue) {
+  const OpenFile a(imageOf({{110, 1, 0, Bytes(30, 'a')}})), b(imageOf({{110, 1, 0, Bytes(30, 'b')}}));
+  const auto fieldsOf = [](uint16_t, const Bytes& payload) {
+    std::optional<Json::Value> fields = Json::Value();
+    for (int i = 0; i < 1000; ++i) (*fields)["\u00e9" + std::string(100000, 'x')].append(payload[0] + i);
+    return fields;
+  };
+  std::size_t bytes = 0;
+  const Comparison comparison = differencesOf(a.source, b.source, fieldsOf, false, [&bytes](const Difference& d) {
+    EXPECT_TRUE(Dump::isUtf8(d.field));
+    bytes += d.field.size();
+  });
+  EXPECT_EQ(comparison.differences, 1000u) << "the length of the file is the same";
+  EXPECT_LT(bytes, 1100000u);
 }
 
 TEST(ByteSource, AFileThatIsCutWhileItIsOpenEnds) {
