@@ -93,8 +93,8 @@ class Search {
     const uint8_t* at = nullptr;
     if (_source.view(section.offset, at) < PFile::Header::BYTES) return false;
     Marshal::ByteStreamReader in(at, PFile::Header::BYTES);
-    section.header.deserialize(in);
-    return PFile::crc32Of(at, PFile::Header::HDR_CRC_BYTES) == section.header.hdrCrc;
+    return section.header.deserialize(in) == Marshal::STREAM_OK &&
+           PFile::crc32Of(at, PFile::Header::HDR_CRC_BYTES) == section.header.hdrCrc;
   }
 
   bool isIntact(const SectionInfo& section) const {

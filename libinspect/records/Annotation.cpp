@@ -29,7 +29,7 @@ class SectionAnnotation {
     Marshal::ByteStreamReader in(bytes.data(), PFile::Header::BYTES);
     TracingReader tracing(in);
     PFile::Header header;
-    header.deserialize(tracing);
+    (void)header.deserialize(tracing);  // its bytes are there
     tellFields(tracing.trace(), bytes, _section.offset, _name);
   }
 

@@ -24,11 +24,11 @@ enum class ProfileOwner : int32_t {
 /// @param expected  what it must still be when it is replaced; null accepts any
 /// @return false with the reason in errno, ESTALE for an unexpected file; the old file is unchanged, unless only its
 ///         folder could not be synced
-bool writeProfileFile(const std::string& path, const std::string& text, const FileStamp* expected);
+[[nodiscard]] bool writeProfileFile(const std::string& path, const std::string& text, const FileStamp* expected);
 
 /// Reads a whole file.
 /// @return false, with `text` unchanged, when it cannot be opened or read, has more than PROFILE_FILE_MAX_BYTES, or
 ///         belongs to another owner than allowed
-bool readProfileFile(const std::string& path, ProfileOwner owner, std::string& text);
+[[nodiscard]] bool readProfileFile(const std::string& path, ProfileOwner owner, std::string& text);
 
 }  // namespace Veltra
