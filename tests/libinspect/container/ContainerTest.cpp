@@ -2,6 +2,7 @@
 
 #include <libinspect/container/ContainerWalk.h>
 #include <libinspect/container/PrintableText.h>
+#include <libinspect/container/Recover.h>
 
 #include "PFileTesting.h"
 
@@ -97,6 +98,7 @@ TEST(ContainerWalk, APayloadWithoutBytesIsNotLoaded) {
   EXPECT_EQ(error, "section 1: data CRC differs");
   EXPECT_TRUE(loadPayload(file.source, sections[2], bytes, error));
   EXPECT_EQ(bytes, Bytes{1});
+  EXPECT_EQ(findSections(file.source).kept[0].number, 1) << "in the new file";
 }
 
 TEST(ByteSource, AFileThatIsCutWhileItIsOpenEnds) {
