@@ -1,10 +1,9 @@
-#include <array>
 #include <cmath>
 #include <limits>
 #include <sstream>
-#include <tuple>
 
 #include <libcrossplatform/common/ToleranceMeas.h>
+#include <libcrossplatform/serialization/NumberText.h>
 
 #include "RecordTesting.h"
 
@@ -99,51 +98,52 @@ TEST(ScaledInt, AlignmentWrapsAndReportsScalesTooFarApart) {
   EXPECT_EQ(asserts.reports()[0].find("Unexpected ScaledInt exponent|libcrossplatform/common/ScaledInt|"), 0u);
 }
 
-TEST(ScaledInt, RoundsFloatsInOneStepAndTextsInTwo) {
-  using Row = std::tuple<float, int, const char*>;
-  for (const auto& [value, scale, expected] :
-       {Row{2.5f, 0, "3/0"}, Row{-2.5f, 0, "-3/0"}, Row{-2.4f, 0, "-2/0"}, Row{125.0f, -1, "13/-1"},
-        Row{838860.1f, 1, "8388602/1"}, Row{1e10f, 0, "2147483647/0"}, Row{-3.4028235e38f, 4, "-2147483648/4"},
-        Row{INF, 0, "2147483647/0"}, Row{-INF, 0, "-2147483646/0"}, Row{NONE, 1, "-2147483647/1"}}) {
-    EXPECT_EQ(shown(ScaledInt(value, static_cast<Scale>(scale))), expected);
+// Floats are rounded in one step, texts in two; scales are floats; a bound's type goes with its text.
+TEST(Measurements, AreReadAndShownAsTheTableSays) {
+  std::ostringstream table;
+  for (const auto& [value, scale] : {std::pair{2.5f, 0},
+                                     {-2.5f, 0},
+                                     {-2.4f, 0},
+                                     {125.0f, -1},
+                                     {838860.1f, 1},
+                                     {1e10f, 0},
+                                     {-3.4028235e38f, 4},
+                                     {INF, 0},
+                                     {-INF, 0},
+                                     {NONE, 1}}) {
+    table << value << " at scale " << scale << ": " << shown(ScaledInt(value, static_cast<Scale>(scale))) << '\n';
   }
-  ScaledInt text;
-  ASSERT_TRUE(text.fromString("838860.1"));
-  EXPECT_EQ(shown(text), "8388601/1") << "the product is rounded first";
-  EXPECT_EQ(saturateToInt32(NONE), 0);
-}
-
-TEST(ScaledInt, TextsKeepTheirDecimals) {
-  for (const char* row :
-       {"1.500|1500/3", "-0.50|-50/2", "NaN|-2147483647/1", "+inf|2147483647/1", "-inf|-2147483646/1", " 12|12/0",
-        "-3.|-3/0", "1.2x|120/2", "1.2.3|1200/3", "0.25 dB|25000/5", "abc|", "|", "inf|", "nan|", "1e39|"}) {
-    const std::string text = split(row)[0], value = split(row)[1];
+  for (const std::string& text :
+       split("1.500|-0.50|NaN|+inf|-inf| 12|-3.|1.2x|1.2.3|0.25 dB|abc||inf|nan|1e39|838860.1|N/A|"
+             "---|>2.50|< 1.3|-7|>|n/a|<x")) {
     ScaledInt v = raw(7, 1);
-    EXPECT_EQ(v.fromString(text), !value.empty()) << text;
-    EXPECT_EQ(shown(v), value.empty() ? "7/1" : value) << text;
+    DisplayMeas m(raw(99, 3), DISPLAY_TYPE_VALUE);
+    const bool isNumber = v.fromString(text), isMeasurement = m.fromString(text);
+    table << '"' << text << "\": " << isNumber << ' ' << shown(v) << ' ' << isMeasurement << ' ' << m.type << ' '
+          << shown(m.value) << " \"" << (m.value.hasPrintableScale() ? m.toString() : "no text") << "\"\n";
   }
-  using Row = std::tuple<int32_t, int, const char*>;
-  for (const auto& [value, scale, text] :
-       {Row{12, -1, "120"}, Row{-12, 0, "-12"}, Row{-5, 1, "-0.5"}, Row{1, 4, "0.0001"},
-        Row{12345678, 4, "1234.5677"},  // as a float has it
-        Row{-2147483647, 1, "NaN"}, Row{2147483647, 99, "+inf"}, Row{-2147483646, 0, "-inf"}}) {
-    EXPECT_EQ(raw(value, scale).toString(), text);
+  for (const auto& [value, scale] : {std::pair{12, -1},
+                                     {-12, 0},
+                                     {-5, 1},
+                                     {1, 4},
+                                     {12345678, 4},
+                                     {125, 2},
+                                     {-2147483647, 1},
+                                     {2147483647, 2},
+                                     {-2147483646, 0}}) {
+    const ScaledInt v = raw(value, scale);
+    table << shown(v) << ": " << v.toString() << ' ' << v.toFloat() << ' ' << Dump::fixedToStr(v.toDouble(), 9) << ' '
+          << v.scalingValue() << '\n';
   }
+  expectGoldenText(table.str(), "measurement_texts");
+  EXPECT_EQ(raw(2147483647, 99).toString(), "+inf");
+  EXPECT_EQ(saturateToInt32(NONE), 0);
   for (int scale = -200; scale < 200; ++scale) {
     EXPECT_EQ(raw(1, scale).hasPrintableScale(), scale >= -1 && scale <= 4);
   }
   for (const int scale : {-2, 5}) {
     EXPECT_DEATH(raw(1, scale).toString(), "Invalid ScaledInt::scaledTo, libcrossplatform/common/ScaledInt:177");
   }
-}
-
-TEST(ScaledInt, ConvertsToFloats) {
-  EXPECT_EQ(raw(125, 2).toFloat(), 1.25f);
-  EXPECT_EQ(raw(12, -1).scalingValue(), 0.1f);
-  EXPECT_EQ(raw(12, -1).toDouble(), 12.0 / static_cast<double>(0.1f)) << "the scale is a float";
-  EXPECT_EQ(raw(2147483647, 2).toDouble(), static_cast<double>(INF));
-  EXPECT_EQ(raw(-2147483646, 3).toFloat(), -INF);
-  EXPECT_TRUE(std::isnan(raw(-2147483647, 1).toDouble()));
 }
 
 TEST(Measurements, Wire) {
@@ -153,21 +153,7 @@ TEST(Measurements, Wire) {
   expectWire(ToleranceMeas(value, static_cast<DisplayType>(-2), 1.5f, -2.0f), "tolerance_meas");
 }
 
-TEST(DisplayMeas, ShowsAndReadsBounds) {
-  const std::string none = "-2147483647/0";
-  using Row = std::tuple<const char*, int, std::string, const char*>;
-  for (const auto& [text, type, value, again] :
-       {Row{"", 0, none, "N/A"}, Row{"N/A", 0, none, "N/A"}, Row{"---", 4, none, "---"},
-        Row{">2.50", 2, "250/2", "> 2.50"}, Row{"< 1.3", 3, "13/1", "< 1.3"}, Row{"-7", 1, "-7/0", "-7"},
-        Row{"NaN", 1, none, "NaN"}, Row{">", -1, none, "N/A"}, Row{"n/a", -1, none, "N/A"},
-        Row{"<x", -1, none, "N/A"}}) {
-    SCOPED_TRACE(text);
-    DisplayMeas m(raw(99, 3), DISPLAY_TYPE_VALUE);
-    EXPECT_EQ(m.fromString(text), type >= 0);
-    EXPECT_EQ(m.type, std::max(type, 0));
-    EXPECT_EQ(shown(m.value), value);
-    EXPECT_EQ(m.toString(), again);
-  }
+TEST(DisplayMeas, IsEqualByValueAndType) {
   const DisplayMeas m(raw(10, 1), DISPLAY_TYPE_VALUE);
   EXPECT_TRUE(m == DisplayMeas(raw(1, 0), m.type) && m != DisplayMeas(raw(2, 0), m.type));
   EXPECT_TRUE(m != DisplayMeas(m.value, DISPLAY_TYPE_LESS_THAN) && DisplayMeas() != DisplayMeas());

@@ -31,23 +31,17 @@ std::string codesOf(const Findings& findings) {
 }
 
 TEST(PrintableText, OnlyWholeHarmlessCharactersAreShownAsTheyStand) {
-  const std::pair<const char*, const char*> rows[] = {
-      {"A\u00e9 \u20ac\U0001F600\U0010FFFF", nullptr},
-      {"\x1f\x7f~", "\\x1f\\x7f~"},
-      {"\xC2\x9F\xC2\xA0", "\\xc2\\x9f\xC2\xA0"},  // the last control character
-      {"\xED\x9F\xBF\xEE\x80\x80", nullptr},       // around the surrogates
-      {"\xED\xA0\x80", "\\xed\\xa0\\x80"},
-      {"\xED\xBF\xBF", "\\xed\\xbf\\xbf"},
-      {"\xC1\xBF", "\\xc1\\xbf"},  // too long for what they say, beside the shortest that are not
-      {"\xE0\x9F\xBF\xE0\xA0\x80", "\\xe0\\x9f\\xbf\xE0\xA0\x80"},
-      {"\xF0\x8F\xBF\xBF\xF0\x90\x80\x80", "\\xf0\\x8f\\xbf\\xbf\xF0\x90\x80\x80"},
-      {"\xF4\x90\x80\x80", "\\xf4\\x90\\x80\\x80"},  // above the last character
-      {"\xE2\x80\xA9\xE2\x80\xAA\xE2\x80\xAE\xE2\x80\xAF", "\xE2\x80\xA9\\xe2\\x80\\xaa\\xe2\\x80\\xae\xE2\x80\xAF"},
-      {"\xE2\x81\xA5\xE2\x81\xA6\xE2\x81\xA9\xE2\x81\xAA", "\xE2\x81\xA5\\xe2\\x81\\xa6\\xe2\\x81\\xa9\xE2\x81\xAA"},
-      {"\xE2\x82", "\\xe2\\x82"},
-      {"\xE2\x82~", "\\xe2\\x82~"},
-  };
-  for (const auto& [text, shown] : rows) EXPECT_EQ(printable(text), shown != nullptr ? shown : text);
+  // The last control character; around the surrogates; too long for what they say, beside the shortest that are not;
+  // above the last character; around the characters that turn the direction of text; cut short.
+  std::string table;
+  for (const char* text :
+       {"A\u00e9 \u20ac\U0001F600\U0010FFFF", "\x1f\x7f~", "\xC2\x9F\xC2\xA0", "\xED\x9F\xBF\xEE\x80\x80",
+        "\xED\xA0\x80", "\xED\xBF\xBF", "\xC1\xBF", "\xE0\x9F\xBF\xE0\xA0\x80", "\xF0\x8F\xBF\xBF\xF0\x90\x80\x80",
+        "\xF4\x90\x80\x80", "\xE2\x80\xA9\xE2\x80\xAA\xE2\x80\xAE\xE2\x80\xAF",
+        "\xE2\x81\xA5\xE2\x81\xA6\xE2\x81\xA9\xE2\x81\xAA", "\xE2\x82", "\xE2\x82~"}) {
+    table += printable(text) + '\n';
+  }
+  RecordTesting::expectGoldenText(table, "printable_texts");
 }
 
 TEST(Findings, TheNextCommandFitsTheFinding) {
