@@ -40,3 +40,4 @@ t ls never.pkg
 t veltra manifest new full.json -o full.pkg
 echo >> full.json
 t veltra manifest new full.json -o never.pkg
+cp p.pkg after.pkg && echo more >> after.pkg && t veltra manifest show after.pkg -f csv

@@ -75,3 +75,5 @@ t complete_words veltra manifest ''
 t complete_words veltra manifest new --ca
 t complete_words veltra recover x -o ''
 t veltra completion fish
+t veltra doctor a.vres --deep --quick
+t veltra pack no-such-file -o b.vres

@@ -101,6 +101,7 @@ TEST(CIDNumber, RefusesWhatDoesNotFit) {
 
   for (const std::array<uint32_t, 3>& refused :
        {std::array<uint32_t, 3>{2, 0, 2}, {2, 32768, 1}, {256, 128, 1}, {2, 0x80000001u, 1}}) {
+    number = moved;
     EXPECT_FALSE(number.initialize(refused.data(), 3));
     EXPECT_EQ(number.getTotal() + number.Ordinal() + static_cast<uint32_t>(number.getCount()), 0u);
   }
@@ -156,7 +157,7 @@ TEST(CableIDSeq, HandsOutTheFullSet) {
 }
 
 // Sets of every kind of position; IDs are taken, picked and looked up at random, some of them none of the set.
-TEST(CableIDSeq, EveryStepAnswersAsInTheTableAndIsRebuiltFromItsIDs) {
+TEST(CableIDSeq, AnswersEachStepAsInTheTableAndIsRebuiltFromItsIDs) {
   std::mt19937 random(2);
   std::string table;
   const std::pair<const char*, const char*> sets[] = {
