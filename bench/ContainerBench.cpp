@@ -305,14 +305,14 @@ class ResultFile {
     Veltra::ResultSummary summary;
     summary.setResultName("Floor 2 / Panel A-17");
     PFile::FileWriter writer;
-    writer.open(_file.path());
-    Veltra::MemFileWriter(&writer).writeSection(summary, 1, PFile::SECTION_RESULT_SUMMARY, 0, 0);
+    (void)writer.open(_file.path());  // what is not written, the measurements cannot read
+    (void)Veltra::MemFileWriter(&writer).writeSection(summary, 1, PFile::SECTION_RESULT_SUMMARY, 0, 0);
     for (std::size_t at = 0; at < payload.size(); at += 65536) {
       PFile::Section section;
-      section.set(TYPE, VERSION, 0, payload.data() + at, 65536, false, 0);
-      writer.write(section);
+      (void)section.set(TYPE, VERSION, 0, payload.data() + at, 65536, false, 0);
+      (void)writer.write(section);
     }
-    writer.close(false);
+    (void)writer.close(false);
   }
   const char* path() const { return _file.path(); }
 

@@ -25,7 +25,7 @@ struct Image {
     while (static_cast<std::size_t>(end - data) >= PFile::Header::BYTES) {
       Section& section = sections.emplace_back();
       Marshal::ByteStreamReader in(data, PFile::Header::BYTES);
-      section.header.deserialize(in);
+      (void)section.header.deserialize(in);
       data += PFile::Header::BYTES;
       const std::size_t left = static_cast<std::size_t>(end - data);
       section.payload.assign(data, data + std::min<std::size_t>(section.header.dataSize, left));

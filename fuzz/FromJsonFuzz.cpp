@@ -101,31 +101,6 @@ void checkWifi(const Json::Value& json) {
   }
 }
 
-/// The typed readers and the conversions, on every member of the document. What a reader takes fits its type.
-void checkReaders(const Json::Value& json) {
-  static const char* const KEYS[] = {nullptr, "a", "version"};
-  for (const char* const key : KEYS) {
-    const boost::optional<int> i = intFromJson(json, key);
-    const boost::optional<int64_t> i64 = int64FromJson(json, key);
-    if (i) FUZZ_CHECK(i64 && *i64 == *i);
-    const boost::optional<unsigned> u = uintFromJson(json, key);
-    const boost::optional<uint64_t> u64 = uint64FromJson(json, key);
-    if (u) FUZZ_CHECK(u64 && *u64 == *u);
-    FUZZ_CHECK(!(boolFromJson(json, key) && (i || u)));
-    FUZZ_CHECK(floatFromJson(json, key).has_value() == doubleFromJson(json, key).has_value());
-    timeFromJson(json, key);
-    stringFromJson(json, key);
-  }
-  bool flag = false;
-  int number = 0;
-  unsigned positive = 0;
-  std::string text;
-  convertJson(json, flag);
-  convertJson(json, number);
-  convertJson(json, positive);
-  convertJson(json, text);
-}
-
 }  // namespace
 
 void Fuzz::runTarget(const Input& input) {
@@ -136,5 +111,4 @@ void Fuzz::runTarget(const Input& input) {
   }
   forEach(JsonRecords(), [&](auto record) { check(json, record); });
   guarded([&] { checkWifi(json); });
-  checkReaders(json);
 }

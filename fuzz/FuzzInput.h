@@ -34,8 +34,9 @@ void runTarget(const Input& input);
 /// @return false when a listed fatal assertion ended it
 bool guarded(const std::function<void()>& work);
 
-/// Installs an assertion handler that lets reporting entries of the list pass, leaves a fatal one by throwing its entry
-/// (a `const ListedAssertion*`), and ends the program on every other assertion.
+struct ListedAssertion {};
+/// Installs an assertion handler that goes by docs/reader-behaviour.md: what only reports passes, what is fatal is left
+/// by throwing a ListedAssertion, every other assertion ends the program.
 void watchAssertions();
 
 /// A receiver of the container's messages that formats them and drops the text.

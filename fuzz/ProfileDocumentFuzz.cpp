@@ -2,43 +2,23 @@
 #include <libcrossplatform/common/NetworkProfile.h>
 
 #include <algorithm>
-#include <sstream>
 
 #include <libcrossplatform/common/jsonutil.h>
 #include <libcrossplatform/serialization/JsonText.h>
+
+#include <tests/ProfileAnswers.h>
 
 #include "RecordProperties.h"
 #include "Scratch.h"
 
 namespace {
 
-/// Everything that can be asked of a profile, as one text.
-std::string answersOf(const NetworkProfile& p) {
-  std::ostringstream out;
-  const auto bytes = [&](const std::vector<uint8_t>& v) { out << std::string(v.begin(), v.end()) << '\n'; };
-  out << p.getWifiEnabled() << p.getWiredEnabled() << p.getDHCP() << p.getUsbWifiDHCP() << p.getAlternateId()
-      << p.anyEap() << p.recentIsEmpty() << '\n';
-  out << p.getInetAddr() << '\n' << p.getMask() << '\n' << p.getBroadcast() << '\n' << p.getGateway() << '\n';
-  out << p.getUsbWifiInetAddr() << '\n' << p.getUsbWifiMask() << '\n' << p.getUsbWifiBroadcast() << '\n';
-  out << p.getUsbWifiGateway() << '\n' << p.getUsbWifiSSID() << '\n';
-  // One beyond the end, too.
-  for (std::size_t i = 0; i <= p.getDNSSize(); ++i) out << p.getDNS(i) << '\n';
-  for (std::size_t i = 0; i <= p.getUsbWifiDNSSize(); ++i) out << p.getUsbWifiDNS(i) << '\n';
-  out << p.getEncryption() << ' ' << p.getUsbWifiSecurity() << ' ' << p.getEap() << ' ' << p.getActiveKey() << ' '
-      << p.getWirelessKeySize() << '\n';
-  for (unsigned k = 0; k <= 5; ++k) out << p.getWirelessKey(k) << '\n';
-  out << p.getWirelessPassword() << '\n' << p.getUser() << '\n' << p.getPassword() << '\n' << p.getSecurityId() << '\n';
-  out << p.getCertificateName() << '\n';
-  bytes(p.getCertificate());
-  bytes(p.getCertificateKey());
-  p.dump(out);
-  return out.str();
-}
-
 void checkAnswers(const NetworkProfile& p) {
   const std::string before = Dump::compactJson(p);
-  const std::string answers = answersOf(p);
-  FUZZ_CHECK(answersOf(p) == answers);
+  answersOf(p);
+  p.anyEap();
+  std::ostringstream out;
+  p.dump(out);
   FUZZ_CHECK(Dump::compactJson(p) == before);
   // Types and key numbers are of their lists, whatever the document says.
   FUZZ_CHECK(p.getEncryption() <= Encryption::WEP && p.getEap() <= Eap::TTLS_EAP_MSCHAP_V2);
@@ -68,12 +48,12 @@ void checkRecent(NetworkProfile& p) {
     WifiProfile network;
     NetworkProfile fresh;
     if (!p.getWifiProfile(i, network)) break;
-    fresh.setConfigFromWifiProfile(network);
+    (void)fresh.setConfigFromWifiProfile(network);
     FUZZ_CHECK(fresh.getUsbWifiSSID() == (Dump::isUtf8(network.ssid) ? network.ssid : std::string()));
     FUZZ_CHECK(fresh.addWifiProfile(network) == Fuzz::isStorable(network));
   }
   WifiProfile current;
-  current.fromJson(p);
+  (void)current.fromJson(p);
   FUZZ_CHECK(p.addCurrentWifiProfile() == Fuzz::isStorable(current));
   if (!Fuzz::isStorable(current)) return;
   WifiProfile newest;

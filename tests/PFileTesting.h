@@ -3,14 +3,14 @@
 #include <algorithm>
 #include <cstring>
 
-#include <libcrossplatform/common/PFile.h>
-
+#include "ContainerBytes.h"
 #include "RecordTesting.h"
 
 /// What the tests of the container share: transcripts, images, a place for files.
 namespace PFileTesting {
 
-using RecordTesting::Bytes;
+using namespace ContainerBytes;
+using ContainerBytes::operator+;
 using RecordTesting::TempDir;
 
 /// Writes down calls, what they gave, and the container messages they logged, to be compared with a golden text:
@@ -101,43 +101,9 @@ inline Bytes imageOf(const std::vector<SectionSpec>& specs) {
   return image;
 }
 
-/// A section header that claims so many payload bytes, its own CRC right.
-inline Bytes headerClaiming(uint16_t type, uint32_t dataSize, uint32_t dataCrc = 0) {
-  PFile::Header header;
-  header.type = type;
-  header.dataSize = dataSize;
-  header.dataCrc = dataCrc;
-  header.hdrCrc = PFile::crc32Of(header.bytes().data(), PFile::Header::HDR_CRC_BYTES);
-  return RecordTesting::bytesOf(header);
-}
-
-inline Bytes operator+(Bytes a, const Bytes& b) {
-  a.insert(a.end(), b.begin(), b.end());
-  return a;
-}
-
-/// A section as it stands in a file, its CRCs right, whatever its flags say of the data.
-inline Bytes storedSection(uint16_t type, uint16_t flags, const Bytes& data) {
-  PFile::Header header;
-  header.set(type, 1, flags, 0, static_cast<unsigned>(data.size()), data.data());
-  return RecordTesting::bytesOf(header) + data;
-}
-
 /// Compressed, and nothing when uncompressed.
 inline Bytes sectionOfNothing(uint16_t type) {
   return storedSection(type, PFile::SECTION_FLAG_COMPRESS, {0, 0, 0, 0, 0x78, 0x9c, 3, 0, 0, 0, 0, 1});
-}
-
-/// A file header that records this length.
-inline Bytes fileHeader(std::size_t length) {
-  Bytes word(4);
-  Marshal::storeLittle32(word.data(), static_cast<uint32_t>(length));
-  return storedSection(PFile::FILE_HEADER_TYPE, 0, word);
-}
-
-/// These sections after the file header of a closed file.
-inline Bytes closedFile(const Bytes& sections) {
-  return fileHeader(24 + sections.size()) + sections;
 }
 
 inline Bytes bytesOf(const PFile::Payload& payload) {

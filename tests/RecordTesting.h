@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -18,6 +19,7 @@
 #include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/DumpFlags.h>
 #include <libcrossplatform/serialization/Header.h>
+#include <libcrossplatform/serialization/IJsonable.h>
 #include <libcrossplatform/serialization/SimpleFormatter.h>
 
 #include "PlainStreams.h"
@@ -99,23 +101,6 @@ void expectRoundTrip(Record& record) {
   EXPECT_EQ(bytesOf(third), bytes);
 }
 
-/// Cut after byte 0 to n-1: a negative code, on every kind of stream. The cut bytes stand alone on the heap, so that
-/// the sanitizer sees a read past them.
-template <class Record>
-void expectEveryPrefixRefused(Record& record) {
-  const Bytes whole = bytesOf(record);
-  for (std::size_t n = 0; n < whole.size(); ++n) {
-    SCOPED_TRACE("cut after byte " + std::to_string(n));
-    const Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(n));
-    Record target;
-    EXPECT_LT(readFrom(target, cut), 0);
-    if (cut.empty()) continue;
-    Record plainTarget;
-    PlainReader plain(cut);
-    EXPECT_LT(plainTarget.deserialize(plain), 0);
-  }
-}
-
 /// A record that shows other bytes is another one: every member counts in the comparison that is not zero. Bytes of
 /// zero are left alone: some must be there.
 template <class Record>
@@ -170,33 +155,6 @@ inline void expectGoldenText(const std::string& text, const std::string& name) {
   EXPECT_EQ(text, std::string(expected.begin(), expected.end())) << path;
 }
 
-/// All that holds of any record: it is a value, its bytes come back, are refused when cut, all count when records are
-/// compared, and stay those of the golden file.
-template <class Record>
-void expectWire(Record&& record, const std::string& golden,
-                const std::decay_t<Record>& cleared = std::decay_t<Record>()) {
-  expectValue(record, cleared);
-  expectRoundTrip(record);
-  expectEveryPrefixRefused(record);
-  expectEveryByteCounts(record);
-  expectGoldenBytes(bytesOf(record), golden);
-}
-
-/// Bytes, and the code a record reads them with.
-struct CodedBytes {
-  const char* name;
-  Bytes bytes;
-  Marshal::StreamOpStatus code;
-};
-
-/// A headed record as a writer of another class version left it: without its last `dropped` bytes.
-inline Bytes ofClassVersion(Bytes bytes, uint8_t classVersion, std::size_t dropped) {
-  bytes.resize(bytes.size() - dropped);
-  bytes[3] = classVersion;
-  Marshal::storeBig(&bytes[8], static_cast<uint32_t>(bytes.size() - Marshal::Header::BYTES));
-  return bytes;
-}
-
 inline Dump::DumpFlags level(int n) {
   Dump::DumpFlags flags;
   flags.level = n;
@@ -248,5 +206,106 @@ class CapturedLog {
   }
   Veltra::Logger::Sink _previous;
 };
+
+/// Throws the expression of a failed assertion while it lives.
+struct ThrownAsserts {
+  ThrownAsserts() : previous(Veltra::setAssertHandler([](const char* text, const char*, int) { throw text; })) {}
+  ~ThrownAsserts() { Veltra::setAssertHandler(previous); }
+  Veltra::AssertHandler previous;
+};
+
+/// What a record shows of itself, and at which levels.
+template <class Record>
+std::string textsOf(const Record& record) {
+  std::map<std::string, std::string> levels;
+  for (int n = 0; n < 4; ++n) {
+    if constexpr (std::is_base_of_v<Dump::IDumpable, Record>) {
+      levels["dump:\n" + dumpOf(record, n)] += " " + std::to_string(n);
+    }
+    if constexpr (std::is_base_of_v<Dump::IJsonable, Record>) {
+      levels["JSON:\n" + Dump::toJsonString(record, level(n), false)] += " " + std::to_string(n);
+    }
+  }
+  std::string texts;
+  for (const auto& [text, shownAt] : levels) texts += "levels" + shownAt + ", " + text + "\n";
+  return texts;
+}
+
+/// How bytes are read by every kind of stream: the code, or the assertion that ends it, and what becomes of the record.
+template <class Record>
+std::string readingOf(const Record& full, const Bytes& bytes) {
+  const Record fresh;
+  Record intoFull = full, intoFresh, plainTarget;
+  Marshal::StreamOpStatus code = 0;
+  try {
+    code = readFrom(intoFull, bytes);
+    EXPECT_EQ(readFrom(intoFresh, bytes), code);
+    if (!bytes.empty()) {
+      PlainReader plain(bytes.data(), static_cast<uint32_t>(bytes.size()), true);
+      EXPECT_EQ(plainTarget.deserialize(plain), code);
+    }
+  } catch (const char* expression) {
+    return expression;
+  }
+  const auto isSame = [](Record a, Record b) { return bytesOf(a) == bytesOf(b); };
+  const bool isIndependent = isSame(intoFull, intoFresh);
+  if (code == 0) return isIndependent ? "0" : "0, not all of it set";
+  return std::to_string(code) + (isSame(intoFull, full) && isSame(intoFresh, fresh) ? ", unchanged"
+                                 : isIndependent && isSame(intoFresh, fresh)        ? ", cleared"
+                                 : isIndependent                                    ? ", filled in part"
+                                                                                    : ", changed in part");
+}
+
+/// How a record is read that is cut after each of its bytes, and with each of them changed.
+template <class Record>
+std::string readingsOf(Record& record) {
+  const CapturedLog log;
+  const ThrownAsserts asserts;
+  const Bytes good = bytesOf(record);
+  std::string readings;
+  const auto sweep = [&](const std::string& what, auto change) {
+    std::string last;
+    for (std::size_t at = 0; at < good.size(); ++at) {
+      const std::string reading = readingOf(record, change(at));
+      if (reading != last) readings += what + " " + std::to_string(at) + ": " + reading + "\n";
+      last = reading;
+    }
+  };
+  sweep("cut at", [&](std::size_t at) { return Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(at)); });
+  sweep("a zero at", [&](std::size_t at) { return withByte(good, at, 0); });
+  for (const int bits : {1, 0x80, 0xFF}) {
+    sweep("bits " + std::to_string(bits) + " flipped at",
+          [&](std::size_t at) { return withByte(good, at, good[at] ^ bits); });
+  }
+  return readings;
+}
+
+/// All that holds of any record: it is a value, its bytes come back, all count when records are compared and stay those
+/// of the golden file, and another tells what it shows and how it is read from damaged bytes.
+template <class Record>
+void expectWire(Record&& record, const std::string& golden,
+                const std::decay_t<Record>& cleared = std::decay_t<Record>()) {
+  expectValue(record, cleared);
+  expectRoundTrip(record);
+  expectEveryByteCounts(record);
+  expectGoldenBytes(bytesOf(record), golden);
+  setenv("TZ", "UTC0", 1);
+  expectGoldenText(textsOf(record) + readingsOf(record), golden);
+}
+
+/// Bytes, and the code a record reads them with.
+struct CodedBytes {
+  const char* name;
+  Bytes bytes;
+  Marshal::StreamOpStatus code;
+};
+
+/// A headed record as a writer of another class version left it: without its last `dropped` bytes.
+inline Bytes ofClassVersion(Bytes bytes, uint8_t classVersion, std::size_t dropped) {
+  bytes.resize(bytes.size() - dropped);
+  bytes[3] = classVersion;
+  Marshal::storeBig(&bytes[8], static_cast<uint32_t>(bytes.size() - Marshal::Header::BYTES));
+  return bytes;
+}
 
 }  // namespace RecordTesting

@@ -30,18 +30,18 @@ class VELTRA_EXPORT CIDNumber {
   /// @param radices  for each position, from the left, how many values it takes
   /// @param n        the number of positions; below 1 leaves the number cleared, which is a success
   /// @return false, with no positions and a total of 0, when a radix is 0 or the product of all is over MAX_CABLE_IDS
-  bool initialize(const uint32_t radices[], int n);
+  [[nodiscard]] bool initialize(const uint32_t radices[], int n);
 
   /// The number's place in the order of its set, 0 to getTotal() - 1; 0 without positions.
   uint32_t Ordinal() const;
 
   /// Sets the number to the one with this place in the order.
   /// @return false, with nothing changed, when `ord` is not below getTotal()
-  bool setOrdinal(uint32_t ord);
+  [[nodiscard]] bool setOrdinal(uint32_t ord);
 
   /// Sets the number to these offsets, leftmost first.
   /// @return false, with nothing changed, when checkOrdinal(values, n) is false
-  bool setOrdinal(const uint32_t values[], int n);
+  [[nodiscard]] bool setOrdinal(const uint32_t values[], int n);
 
   /// Whether `values` are offsets of this number: exactly getCount() of them, each below its radix.
   bool checkOrdinal(const uint32_t values[], int n) const;

@@ -23,7 +23,7 @@ class VELTRA_EXPORT CIDPattern {
 
   /// Takes `first` as the first ID. The empty ID has no positions.
   /// @return false, with the pattern unchanged, when it has more than MAX_CHARACTERS characters
-  bool compile(const std::string& first);
+  [[nodiscard]] bool compile(const std::string& first);
 
   /// Compares an ID with the pattern, position by position.
   /// @param offsets  receives for every position, from the left, how far it lies above the first ID; room for
@@ -32,17 +32,17 @@ class VELTRA_EXPORT CIDPattern {
   ///                 has another length or more than MAX_CHARACTERS characters
   /// @return false when the length in bytes, a literal or the kind of a letter or digit differs, when a position lies
   ///         below the first ID, or when a field lies more than 2684354559 above it
-  bool computeDelta(const std::string& id, uint32_t offsets[], int& n) const;
+  [[nodiscard]] bool computeDelta(const std::string& id, uint32_t offsets[], int& n) const;
 
   /// Sets `num` up for the set that ends with `last`, at the first ID.
   /// @return false when `last` does not fit the pattern (see computeDelta), when there are more than MAX_CABLE_IDS IDs,
   ///         or exactly one; `num` is then unchanged, cleared, or the number of that one ID. A pattern without
   ///         positions gives a valid empty set.
-  bool setEnding(const std::string& last, CIDNumber& num) const;
+  [[nodiscard]] bool setEnding(const std::string& last, CIDNumber& num) const;
 
   /// Sets `num`, set up by setEnding, to an ID.
   /// @return false, with `num` unchanged, when the ID is not in the set
-  bool setOrdinal(const std::string& id, CIDNumber& num) const;
+  [[nodiscard]] bool setOrdinal(const std::string& id, CIDNumber& num) const;
 
   /// Whether an ID is in the set that `num` was set up for.
   bool checkOrdinal(const std::string& id, const CIDNumber& num) const;
@@ -52,7 +52,7 @@ class VELTRA_EXPORT CIDPattern {
 
  private:
   size_t fieldEnd(size_t begin) const;
-  bool fieldDelta(const std::string& id, size_t begin, size_t end, uint32_t& delta) const;
+  [[nodiscard]] bool fieldDelta(const std::string& id, size_t begin, size_t end, uint32_t& delta) const;
   void writeField(size_t begin, size_t end, uint32_t value, std::string& id) const;
 
   std::vector<uint16_t> _codes;  // one for every byte of the first ID: its kind and the letter or digit to start from

@@ -120,7 +120,7 @@ bool CableIDSeq::ordinalOf(const std::string& id, uint32_t& ordinal) const {
 /// The ID of an ordinal below _total.
 std::string CableIDSeq::idAt(uint32_t ordinal) const {
   CIDNumber number(_next);
-  number.setOrdinal(ordinal);
+  (void)number.setOrdinal(ordinal);  // it is in the set
   return _pattern.toString(number);
 }
 
@@ -135,5 +135,5 @@ void CableIDSeq::take(uint32_t ordinal) {
             _freeList.begin() + static_cast<std::ptrdiff_t>(position));
   ++_used;
   if (_used == _total) return;  // the next ID stays the one just taken
-  _next.setOrdinal(position < _total - _used ? _freeList[position] : _freeList[0]);
+  (void)_next.setOrdinal(position < _total - _used ? _freeList[position] : _freeList[0]);
 }

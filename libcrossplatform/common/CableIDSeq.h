@@ -35,7 +35,7 @@ class VELTRA_EXPORT CableIDSeq {
   /// Starts a set, with every ID free and the first one next. A pair without letters and digits is an empty set.
   /// @return false, with the sequence cleared, when the pair does not make a set: `first` has more than
   ///         CIDPattern::MAX_CHARACTERS characters, or CIDPattern::setEnding refuses `last`
-  bool verifyIDSet(const std::string& first, const std::string& last);
+  [[nodiscard]] bool verifyIDSet(const std::string& first, const std::string& last);
 
   /// Position of the next ID among the free ones; 0 when none is left.
   int getNextOrd() const;
@@ -51,11 +51,11 @@ class VELTRA_EXPORT CableIDSeq {
 
   /// Makes a free ID the next one.
   /// @return false, with nothing changed, when `id` is taken or not in the set
-  bool updateNextID(const std::string& id);
+  [[nodiscard]] bool updateNextID(const std::string& id);
 
   /// Takes an ID. The free ID after it becomes the next one, or the lowest free one if it was the last.
   /// @return false, with nothing changed, when `id` is taken or not in the set
-  bool pruneID(const std::string& id);
+  [[nodiscard]] bool pruneID(const std::string& id);
 
   /// Takes the next ID as pruneID does.
   /// @return the ID taken; empty when none is left
@@ -71,7 +71,7 @@ class VELTRA_EXPORT CableIDSeq {
   bool operator!=(const CableIDSeq& other) const { return !(*this == other); }
 
  private:
-  bool ordinalOf(const std::string& id, uint32_t& ordinal) const;
+  [[nodiscard]] bool ordinalOf(const std::string& id, uint32_t& ordinal) const;
   std::string idAt(uint32_t ordinal) const;
   void take(uint32_t ordinal);
 

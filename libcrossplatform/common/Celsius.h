@@ -29,18 +29,18 @@ class VELTRA_EXPORT Celsius : public Marshal::IDumpSerializable, public Dump::IJ
   /// @return what the stream's writeInt16() returned
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the read failed, the temperature is then not set
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// A text with two decimals, for example "21.50"; "NaN" when not set.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
   /// Reads a text, as toJson() and ScaledInt write it: member `key` of the object `v`, or `v` itself when key is null.
   /// @return false, logged and unchanged, when there is no such text or it does not begin with a number
-  bool fromJson(const Json::Value& v, const char* key);
+  [[nodiscard]] bool fromJson(const Json::Value& v, const char* key);
   /// The same; a null `v` is logged and clears the temperature.
-  bool fromJson(const Json::Value* v, const char* key);
+  [[nodiscard]] bool fromJson(const Json::Value* v, const char* key);
   /// Reads a document that is one JSON text. @return false, unchanged, when it is not
-  bool fromJsonString(const std::string& text);
+  [[nodiscard]] bool fromJsonString(const std::string& text);
 
   float degrees;
 };

@@ -32,7 +32,7 @@ class VELTRA_EXPORT DatabaseDescriptor : public Marshal::ISerializable, public D
   /// A path whose last byte is not zero is a fatal assertion, so that unchecked bytes can end the program: read them
   /// from a section whose CRC-32 was verified, or install an assertion handler that throws.
   /// @return 0; -1 a path length of 0 or over MAX_PATH_LENGTH; -3 the stream ran out; codes of the version unchanged
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"DatabaseDescriptor": {"DatabaseVersion": {...}, ...}}, all members at every level.
@@ -73,7 +73,7 @@ class VELTRA_EXPORT DatabaseDescriptorList : public Marshal::ISerializable,
   /// A list without entries is refused, although it can be written. Fatal where DatabaseDescriptor::deserialize() is.
   /// @return 0; -1 a count of 0 or over MAX_ENTRIES; -3 the stream ran out; codes of a descriptor, of the header and of
   ///         the length unchanged. On failure the list is empty.
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"DatabaseDescriptorList": [...]}, the descriptors' JSON in list order.

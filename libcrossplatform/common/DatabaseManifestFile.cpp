@@ -13,14 +13,16 @@ int writeManifestFile(DatabasePackageManifest& manifest, uint16_t sectionType, c
   if (bytes.failed()) return PFile::PFILE_FAILED;
 
   PFile::Section section;
-  section.set(sectionType, MANIFEST_SECTION_VERSION, 0, bytes.data(), bytes.size(), false, 0);
+  const int made = section.set(sectionType, MANIFEST_SECTION_VERSION, 0, bytes.data(), bytes.size(), false, 0);
   PFile::FileWriter file;
   // Every step runs even if the previous one failed: what can be written is written, and the file is closed.
   const int opened = file.open(path);
   const int written = file.write(section);
   const int closed = file.close(false);
-  const bool done = opened == PFile::PFILE_OK && written == PFile::PFILE_OK && closed == PFile::PFILE_OK;
-  return done ? PFile::PFILE_OK : PFile::PFILE_FAILED;
+  for (const int code : {made, opened, written, closed}) {
+    if (code != PFile::PFILE_OK) return PFile::PFILE_FAILED;
+  }
+  return PFile::PFILE_OK;
 }
 
 PFile::PFileReaderStatus readManifestFile(DatabasePackageManifest& manifest, char const* path) {

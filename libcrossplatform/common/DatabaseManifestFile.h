@@ -16,7 +16,8 @@ constexpr uint16_t MANIFEST_SECTION_VERSION = 1;
 /// @param manifest     not changed
 /// @param sectionType  PFile::SECTION_LIMIT_MANIFEST or PFile::SECTION_CABLE_MANIFEST; others are not read back
 /// @return 0; -1 the file could not be created or not wholly written, or the manifest exceeds 4 GiB
-VELTRA_EXPORT int writeManifestFile(DatabasePackageManifest& manifest, uint16_t sectionType, char const* path);
+[[nodiscard]] VELTRA_EXPORT int writeManifestFile(DatabasePackageManifest& manifest, uint16_t sectionType,
+                                                  char const* path);
 
 /// Reads the manifest of a package: the first section after the file header.
 /// Two faults that a CRC-32 does not show are fatal assertions: a section compressed from nothing, and a path without
@@ -25,6 +26,7 @@ VELTRA_EXPORT int writeManifestFile(DatabasePackageManifest& manifest, uint16_t 
 /// @return READER_OK; READER_ERROR_OPENING_FILE it cannot be opened, or does not begin with an intact file header;
 ///         READER_WRONG_FILE_TYPE no section follows, or it is not intact or not of a manifest;
 ///         READER_VERSION_TOO_NEW; READER_CORRUPT
-VELTRA_EXPORT PFile::PFileReaderStatus readManifestFile(DatabasePackageManifest& manifest, char const* path);
+[[nodiscard]] VELTRA_EXPORT PFile::PFileReaderStatus readManifestFile(DatabasePackageManifest& manifest,
+                                                                      char const* path);
 
 }  // namespace Veltra

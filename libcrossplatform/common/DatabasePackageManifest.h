@@ -32,7 +32,7 @@ class VELTRA_EXPORT DatabasePackageManifestSummary : public Marshal::ISerializab
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the stream ran out; header and length codes unchanged
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"DatabasePackageManifestSummary": {"CustomDatabaseVersion": {...}, ...}}, all members at every level.
@@ -40,9 +40,9 @@ class VELTRA_EXPORT DatabasePackageManifestSummary : public Marshal::ISerializab
   /// Reads that document; every member is required. The version is read by CustomerDatabaseVersion::fromJson(): without
   /// a suffix in the document the old one stays.
   /// @return false, with the record unchanged, when a member is missing or of another kind (logged)
-  bool fromJson(Json::Value const& root);
+  [[nodiscard]] bool fromJson(Json::Value const& root);
   /// The same; null is logged, clears the record and gives false.
-  bool fromJson(const Json::Value* root);
+  [[nodiscard]] bool fromJson(const Json::Value* root);
 
   CustomerDatabaseVersion customerVersion;
   uint16_t releaseType = 0;
@@ -76,7 +76,7 @@ class VELTRA_EXPORT DatabasePackageManifest : public Marshal::ISerializable,
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// Fatal where DatabaseDescriptor::deserialize() is.
   /// @return 0; codes of the header, the summary, the list and the length unchanged
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"DatabasePackageManifest": {"DatabasePackageManifestSummary": {...}, "DatabaseDescriptorList": [...]}}

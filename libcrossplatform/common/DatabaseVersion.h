@@ -25,7 +25,7 @@ class VELTRA_EXPORT DatabaseVersion : public Marshal::ISerializable, public Dump
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the stream ran out; header and length codes unchanged
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"DatabaseVersion": {...}}, the four numbers at every level.
@@ -64,20 +64,20 @@ class VELTRA_EXPORT CustomerDatabaseVersion : public Marshal::ISerializable,
   /// The suffix is what follows the space; without a space the old one stays. Of a number text only the leading decimal
   /// digits count, modulo 65536; a text without any is 0.
   /// @return whether both number texts were present
-  bool setVersionFromString(std::string const& s);
+  [[nodiscard]] bool setVersionFromString(std::string const& s);
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the stream ran out
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"CustomDatabaseVersion": {"Version": "V3.12 beta"}}
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
   /// Reads that document with setVersionFromString(): a text without a space keeps the old suffix.
   /// @return false, with the record unchanged, when the member is missing or not a text, or lacks a number (logged)
-  bool fromJson(Json::Value const& root);
+  [[nodiscard]] bool fromJson(Json::Value const& root);
   /// The same; null is logged, clears the record and gives false.
-  bool fromJson(const Json::Value* root);
+  [[nodiscard]] bool fromJson(const Json::Value* root);
 
   uint16_t major = 0;
   uint16_t minor = 0;

@@ -80,16 +80,18 @@ VELTRA_EXPORT void databaseVersionExDatabasePackageManifestWriteLimit(void* mani
 
 /// Reads the manifest of a package into an existing one, which a failure may leave partly filled.
 /// Files with a correct CRC-32 and wrong content can be fatal too: see Veltra::readManifestFile().
-VELTRA_EXPORT DatabaseVersionExStatus getManifestFromPFile(DatabaseVersionExManifest pM, char const* filename);
+VELTRA_NODISCARD VELTRA_EXPORT DatabaseVersionExStatus getManifestFromPFile(DatabaseVersionExManifest pM,
+                                                                            char const* filename);
 
 /// The version of a package, as in "V3.12 beta", and its build.
 /// @param dst    receives at most `len` characters, the last of them always zero; untouched unless the status is 0
 /// @param len    1 or more; less is fatal
 /// @param build  untouched unless the status is 0
-VELTRA_EXPORT DatabaseVersionExStatus getDbVersionFromManifest(char const* filename, char* dst, int len,
-                                                               uint16_t* build);
+VELTRA_NODISCARD VELTRA_EXPORT DatabaseVersionExStatus getDbVersionFromManifest(char const* filename, char* dst,
+                                                                                int len, uint16_t* build);
 /// The oldest instrument firmware that can use a package; `dst` and `len` as above.
-VELTRA_EXPORT DatabaseVersionExStatus getDbMinReqFirmwareVersionFromManifest(char const* filename, char* dst, int len);
+VELTRA_NODISCARD VELTRA_EXPORT DatabaseVersionExStatus getDbMinReqFirmwareVersionFromManifest(char const* filename,
+                                                                                              char* dst, int len);
 
 #ifdef __cplusplus
 }

@@ -34,7 +34,7 @@ class VELTRA_EXPORT DisplayMeas : public Marshal::IDumpSerializable {
   std::string toString() const;
   /// Reads "", "N/A", "---", a value, or ">" or "<" and a value.
   /// @return false when no value could be read; the measurement is then not available and not a number
-  bool fromString(std::string text);
+  [[nodiscard]] bool fromString(std::string text);
 
   /// Folds another measurement of the same kind into this one, keeping the lowest. One that is not available changes
   /// nothing; one that is not applicable makes this one not applicable and leaves its value.
@@ -44,7 +44,7 @@ class VELTRA_EXPORT DisplayMeas : public Marshal::IDumpSerializable {
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the stream ran out; -5 a version byte above 1, the value's included
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
   ScaledInt value;

@@ -49,7 +49,7 @@ std::string encrypt(gsl::span<const uint8_t> payload) {
 
 Veltra::SecretBytes decrypt(const std::string& text) {
   Veltra::SecretBytes payload;
-  Veltra::openCredential(text, CREDENTIAL_KEY, trace(), payload);
+  if (!Veltra::openCredential(text, CREDENTIAL_KEY, trace(), payload)) return {};
   return payload;
 }
 

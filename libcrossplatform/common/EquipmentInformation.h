@@ -77,7 +77,7 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// Class version 1 ends before the adapter, 2 before the first-use date; what is missing stays 0 or empty.
   /// @return 0; -3 the stream ran out; header codes unchanged. On failure: partly filled, clear() it.
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// The styled text of toJson().
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// A flat object, the same at every level. Times to the minute as sysTimeToStr() writes them; the adapter as its part
@@ -88,9 +88,9 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
   /// except "_classVersion" is required; an unknown part number gives adapter 0.
   /// @return false, with the record unchanged: a key is missing or of another kind, or a time does not fit time_t (the
   ///         first such key is logged); or another "_className", which is not logged
-  bool fromJson(const Json::Value& value, const char* source);
+  [[nodiscard]] bool fromJson(const Json::Value& value, const char* source);
   /// The same; a null `value` is logged and clears the record.
-  bool fromJson(const Json::Value* value, const char* source);
+  [[nodiscard]] bool fromJson(const Json::Value* value, const char* source);
 
  private:
   friend class Marshal::FieldAccess;

@@ -63,14 +63,14 @@ class VELTRA_EXPORT FileReplacement {
   /// @return false: one is open already (EBUSY), the path is not that of a regular file (EISDIR, ENOTSUP) or has
   ///         a zero in it (EINVAL), with ACCESS_PRIVATE the folder may not be read (EACCES), or the temporary file
   ///         could not be created; nothing remains of it
-  bool open(const std::string& path, Access access = ACCESS_AS_BEFORE);
+  [[nodiscard]] bool open(const std::string& path, Access access = ACCESS_AS_BEFORE);
   bool isOpen() const { return _descriptor >= 0; }
   /// Makes commit() fail unless the file to replace still has this stamp, or is still missing. Call it after
   /// open().
   void expect(const FileStamp& old) { _expected = old; }
 
   /// Appends to the temporary file. After a failure commit() fails too.
-  bool write(const void* bytes, std::size_t size);
+  [[nodiscard]] bool write(const void* bytes, std::size_t size);
   /// The temporary file, open for writing, for callers that write it themselves; -1 when none. Owned by this object.
   int descriptor() const { return _descriptor; }
   /// Its path, for callers that write or read by path; empty when none is open.
@@ -82,7 +82,7 @@ class VELTRA_EXPORT FileReplacement {
   /// @return false: nothing open (EBADF), a failed write(), the old file is not the expected one (ESTALE), or the file
   ///         could not be synced or renamed: the old file is unchanged and the temporary one removed. With
   ///         ACCESS_PRIVATE also when the folder could not be synced; the new file is then in its place.
-  bool commit();
+  [[nodiscard]] bool commit();
   /// Removes the temporary file; the old one is unchanged. `errno` is kept.
   void discard();
 
@@ -94,11 +94,11 @@ class VELTRA_EXPORT FileReplacement {
  private:
   struct Temporary;
 
-  bool createTemporary();
-  bool makePrivate() const;
+  [[nodiscard]] bool createTemporary();
+  [[nodiscard]] bool makePrivate() const;
   void giveAccess() const;
   bool isAsExpected() const;
-  bool putInPlace();
+  [[nodiscard]] bool putInPlace();
   void close();
 
   std::string _folder;              ///< with a final slash, as the caller gave it; empty for the current one
@@ -117,7 +117,7 @@ class VELTRA_EXPORT FileReplacement {
 
 /// Replaces a file by these bytes, as FileReplacement does.
 /// @return false with the reason in `errno`; the old file is then unchanged
-VELTRA_EXPORT bool replaceFile(const std::string& path, const void* bytes, std::size_t size,
-                               FileReplacement::Access access = FileReplacement::ACCESS_AS_BEFORE);
+[[nodiscard]] VELTRA_EXPORT bool replaceFile(const std::string& path, const void* bytes, std::size_t size,
+                                             FileReplacement::Access access = FileReplacement::ACCESS_AS_BEFORE);
 
 }  // namespace Veltra

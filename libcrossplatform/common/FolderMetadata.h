@@ -22,7 +22,7 @@ class VELTRA_EXPORT FolderMetadata : public Marshal::IDumpSerializable {
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -1 a text of length 0; -3 the stream ran out. On failure: partly filled, discard it.
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// At the full level "_name", "_dirPath" and "_hasSubdir", an empty text as "NULL"; otherwise only the name, as text.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
@@ -59,7 +59,7 @@ class VELTRA_EXPORT FolderMetadataList : public Marshal::IDumpSerializable {
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -1 the stream ran out inside an element, those before it stay; -3 it ran out before the first; header
   ///         codes unchanged. The list is always emptied first.
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// A group of the folders' own dumps.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 

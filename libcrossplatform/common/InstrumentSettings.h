@@ -29,7 +29,7 @@ class VELTRA_EXPORT InstrumentSettings : public Settings {
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// Members a record of an older class version does not have are left at their factory settings.
   /// @return 0; -3 the stream ran out; header and length codes unchanged. On failure: partly filled, clear() it.
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// {"Instrument": {...}}, all members at every level. A choice outside its list is reported and written as its
   /// fallback.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
@@ -38,7 +38,7 @@ class VELTRA_EXPORT InstrumentSettings : public Settings {
   /// root member counts as an empty object.
   /// @param root  null: nothing is changed
   /// @return true; false, with the record unchanged, for null, and when a value cannot be converted (logged)
-  bool fromJson(const Json::Value* root) override;
+  [[nodiscard]] bool fromJson(const Json::Value* root) override;
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 

@@ -22,7 +22,7 @@ extern VELTRA_EXPORT const std::vector<std::string> modelNameList;  // NOLINT(re
 /// "Orbel", "Quill", "Orbel2", "Quill2"; empty for any other value.
 VELTRA_EXPORT const char* toString(ModelId model);
 /// Compares exactly. @return false, with `out` unchanged, for an unknown name or null
-VELTRA_EXPORT bool modelIdStrToEnum(const char* name, ModelId& out);
+[[nodiscard]] VELTRA_EXPORT bool modelIdStrToEnum(const char* name, ModelId& out);
 
 /// Either generation of the Quill.
 VELTRA_EXPORT bool isQuill(ModelId model);

@@ -56,10 +56,10 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   std::string getBroadcast() const;
   std::string getGateway() const;
   bool getDHCP() const;
-  bool setInetAddr(const std::string& text);
-  bool setMask(const std::string& text);
-  bool setBroadcast(const std::string& text);
-  bool setGateway(const std::string& text);
+  [[nodiscard]] bool setInetAddr(const std::string& text);
+  [[nodiscard]] bool setMask(const std::string& text);
+  [[nodiscard]] bool setBroadcast(const std::string& text);
+  [[nodiscard]] bool setGateway(const std::string& text);
   bool setDHCP(bool use);
 
   std::string getUsbWifiInetAddr() const;
@@ -67,10 +67,10 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   std::string getUsbWifiBroadcast() const;
   std::string getUsbWifiGateway() const;
   bool getUsbWifiDHCP() const;
-  bool setUsbWifiInetAddr(const std::string& text);
-  bool setUsbWifiMask(const std::string& text);
-  bool setUsbWifiBroadcast(const std::string& text);
-  bool setUsbWifiGateway(const std::string& text);
+  [[nodiscard]] bool setUsbWifiInetAddr(const std::string& text);
+  [[nodiscard]] bool setUsbWifiMask(const std::string& text);
+  [[nodiscard]] bool setUsbWifiBroadcast(const std::string& text);
+  [[nodiscard]] bool setUsbWifiGateway(const std::string& text);
   bool setUsbWifiDHCP(bool use);
 
   /// True when the text is not a dotted IPv4 address, or is one that no interface can have: first octet 0, 127 or 255,
@@ -86,34 +86,34 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   std::size_t getDNSSize() const;
   void clearDNS();
   /// Appends a server. @return false when the list is full or the address invalid
-  bool addDNS(const std::string& text);
+  [[nodiscard]] bool addDNS(const std::string& text);
   /// Replaces server i; an empty text is accepted. One past the last appends like addDNS.
   /// @return false for a larger i, or when the address is invalid
-  bool setDNS(std::size_t i, const std::string& text);
+  [[nodiscard]] bool setDNS(std::size_t i, const std::string& text);
 
   std::string getUsbWifiDNS(std::size_t i) const;
   std::size_t getUsbWifiDNSSize() const;
   void clearUsbWifiDNS();
-  bool addUsbWifiDNS(const std::string& text);
-  bool setUsbWifiDNS(std::size_t i, const std::string& text);
+  [[nodiscard]] bool addUsbWifiDNS(const std::string& text);
+  [[nodiscard]] bool setUsbWifiDNS(std::size_t i, const std::string& text);
 
   // The wireless network and how it is secured.
 
   std::string getUsbWifiSSID() const;
   /// @return false for a name that is not UTF-8: network names may be any bytes, but JSON cannot hold them
-  bool setUsbWifiSSID(const std::string& ssid);
+  [[nodiscard]] bool setUsbWifiSSID(const std::string& ssid);
 
   Encryption::Type getEncryption() const;
-  bool setEncryption(uint32_t type);
+  [[nodiscard]] bool setEncryption(uint32_t type);
 
   UsbWifiSecurity::Type getUsbWifiSecurity() const;
   /// Stores the security type and moves the encryption to one that suits it: "None" for open; for WEP "WEP-64" unless
   /// it is "WEP-128" or "WEP"; for WPA "Auto" unless it is "TKIP" or "AES". Enterprise sets a missing EAP to "PEAP
   /// MD5".
-  bool setUsbWifiSecurity(uint32_t type);
+  [[nodiscard]] bool setUsbWifiSecurity(uint32_t type);
 
   Eap::Type getEap() const;
-  bool setEap(uint32_t type);
+  [[nodiscard]] bool setEap(uint32_t type);
   bool anyEap() const;  ///< whether an EAP type is stored
 
   // WEP keys, numbered 1 to 4.
@@ -124,10 +124,10 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   /// Stores key k and makes it the active one. An empty key removes it, and the lowest key that is still set becomes
   /// active, even when the removed one was not.
   /// @return false when k is not 1..4, or a key is not valid for the encryption (validWirelessKey)
-  bool setWirelessKey(unsigned k, const std::string& key);
+  [[nodiscard]] bool setWirelessKey(unsigned k, const std::string& key);
   uint32_t getActiveKey() const;  ///< 1..4, 0 when none was ever set
   /// @return false when key k is not set
-  bool setActiveKey(unsigned k);
+  [[nodiscard]] bool setActiveKey(unsigned k);
 
   /// True for 10 or 26 hexadecimal digits.
   static bool hexWirelessKey(const std::string& key);
@@ -138,34 +138,34 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   // Credentials.
 
   std::string getWirelessPassword() const;
-  bool setWirelessPassword(const std::string& password);
+  [[nodiscard]] bool setWirelessPassword(const std::string& password);
   std::string getUser() const;
-  bool setUser(const std::string& user);
+  [[nodiscard]] bool setUser(const std::string& user);
   std::string getPassword() const;
-  bool setPassword(const std::string& password);
+  [[nodiscard]] bool setPassword(const std::string& password);
   std::string getSecurityId() const;
-  bool setSecurityId(const std::string& id);
+  [[nodiscard]] bool setSecurityId(const std::string& id);
   bool getAlternateId() const;
   bool setAlternateId(bool use);
 
   std::vector<uint8_t> getCertificate() const;
-  bool setCertificate(const std::vector<uint8_t>& certificate);
-  bool setCertificate(const std::string& certificate);
+  [[nodiscard]] bool setCertificate(const std::vector<uint8_t>& certificate);
+  [[nodiscard]] bool setCertificate(const std::string& certificate);
   std::vector<uint8_t> getCertificateKey() const;
-  bool setCertificateKey(const std::vector<uint8_t>& key);
-  bool setCertificateKey(const std::string& key);
+  [[nodiscard]] bool setCertificateKey(const std::vector<uint8_t>& key);
+  [[nodiscard]] bool setCertificateKey(const std::string& key);
   std::string getCertificateName() const;
-  bool setCertificateName(const std::string& name);  ///< false for a name that is not UTF-8
+  [[nodiscard]] bool setCertificateName(const std::string& name);  ///< false for a name that is not UTF-8
 
   // Recent wireless networks, newest first.
 
   /// @return false, with `out` unchanged, when there is no network i
-  bool getWifiProfile(std::size_t i, WifiProfile& out) const;
+  [[nodiscard]] bool getWifiProfile(std::size_t i, WifiProfile& out) const;
   /// Puts a network first. An equal one is replaced; of more than MAX_RECENT the oldest are dropped.
   /// @return false, with nothing changed, when its name or an address is not UTF-8, or a secret could not be encrypted
-  bool addWifiProfile(const WifiProfile& profile);
+  [[nodiscard]] bool addWifiProfile(const WifiProfile& profile);
   /// Puts the current wireless settings first. @return as addWifiProfile
-  bool addCurrentWifiProfile();
+  [[nodiscard]] bool addCurrentWifiProfile();
   bool recentIsEmpty() const;
   /// Removes the recent networks, the current network's name and its security.
   void removeAllStoredWifiData();
@@ -173,7 +173,7 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   /// addresses and DNS while DHCP is off, security type, encryption, then what the security type needs.
   /// @return false at the first setter that refuses; what was set before it stays set. An empty broadcast address is
   ///         refused while DHCP is off, as is a WEP network whose active key number has no key yet
-  bool setConfigFromWifiProfile(const WifiProfile& profile);
+  [[nodiscard]] bool setConfigFromWifiProfile(const WifiProfile& profile);
 
   // The document as a whole.
 
@@ -189,9 +189,9 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   ///         regular file, or a link of somebody else; the system does not let the caller replace it; the text is
   ///         larger than read() accepts (EFBIG); or the new file could not be written or made private. Also false, with
   ///         the new file in its place, when only the folder could not be synced.
-  bool save() const;
-  bool saveTo(const std::string& path) const;
-  bool saveTo(const std::string& path, const Veltra::FileStamp& expected) const;
+  [[nodiscard]] bool save() const;
+  [[nodiscard]] bool saveTo(const std::string& path) const;
+  [[nodiscard]] bool saveTo(const std::string& path, const Veltra::FileStamp& expected) const;
 
   /// Replaces the document by the one in FILE_PATH, or a path of the caller's choice. Comments are kept as
   /// parseJson() keeps them.
@@ -200,13 +200,13 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   ///         folder (EISDIR), another file that saveTo would not replace (ENOTSUP), or a link of somebody else
   ///         (EACCES). read() also refuses a file that belongs neither to root nor to the caller, in a folder that
   ///         others can write to (EPERM); readFrom() does not check this.
-  bool read();
-  bool readFrom(const std::string& path);
+  [[nodiscard]] bool read();
+  [[nodiscard]] bool readFrom(const std::string& path);
 
  private:
-  bool setConfigOfSecurity(const WifiProfile& profile);
-  bool store(const std::string& path, const Veltra::FileStamp* expected) const;
-  bool load(const std::string& path, Veltra::ProfileOwner owner);
+  [[nodiscard]] bool setConfigOfSecurity(const WifiProfile& profile);
+  [[nodiscard]] bool store(const std::string& path, const Veltra::FileStamp* expected) const;
+  [[nodiscard]] bool load(const std::string& path, Veltra::ProfileOwner owner);
 
   static std::mutex _mutex;  // one for the profile file, among all instances
 };

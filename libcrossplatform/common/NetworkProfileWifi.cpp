@@ -53,22 +53,24 @@ UsbWifiSecurity::Type NetworkProfile::getUsbWifiSecurity() const {
 
 bool NetworkProfile::setUsbWifiSecurity(uint32_t type) {
   const Encryption::Type now = getEncryption();
+  bool isStored = true;
   switch (type) {
     case UsbWifiSecurity::OPEN:
-      setEncryption(Encryption::NONE);
+      isStored = setEncryption(Encryption::NONE);
       break;
     case UsbWifiSecurity::WEP:
-      if (now != Encryption::WEP_128 && now != Encryption::WEP) setEncryption(Encryption::WEP_64);
+      if (now != Encryption::WEP_128 && now != Encryption::WEP) isStored = setEncryption(Encryption::WEP_64);
       break;
     case UsbWifiSecurity::PERSONAL:
     case UsbWifiSecurity::ENTERPRISE:
-      if (now != Encryption::TKIP && now != Encryption::AES) setEncryption(Encryption::AUTO);
-      if (type == UsbWifiSecurity::ENTERPRISE && !anyEap()) setEap(Eap::PEAP_MD5);
+      if (now != Encryption::TKIP && now != Encryption::AES) isStored = setEncryption(Encryption::AUTO);
+      if (type == UsbWifiSecurity::ENTERPRISE && !anyEap()) isStored = isStored && setEap(Eap::PEAP_MD5);
       break;
     default:
       return false;
   }
-  return Stored::setName(Stored::writableSecurity(*this), Stored::SECURITY_TYPE, UsbWifiSecurity::desc, type);
+  return isStored &&
+         Stored::setName(Stored::writableSecurity(*this), Stored::SECURITY_TYPE, UsbWifiSecurity::desc, type);
 }
 
 Eap::Type NetworkProfile::getEap() const {
@@ -222,7 +224,7 @@ bool NetworkProfile::addWifiProfile(const WifiProfile& profile) {
 bool NetworkProfile::addCurrentWifiProfile() {
   // The stored form of a network uses the keys of the current settings.
   WifiProfile current;
-  current.fromJson(*this);
+  (void)current.fromJson(*this);  // what is no object has no network, and reads as one without members
   const bool added = addWifiProfile(current);
   current.wipeSecrets();
   return added;

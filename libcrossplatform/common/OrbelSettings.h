@@ -34,18 +34,18 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
   /// Not cleared first: members the text does not name keep their values. Any class version is read.
   /// @return 0; -1 another record's id, or text that fromString() refuses: the record is then unchanged; -3 the stream
   ///         ran out; header and length codes unchanged
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// {"OrbelSettings": {...}}, all members at every level, the password as plain text.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
   /// Reads {"OrbelSettings": {...}} with JsonCpp's own conversions: a number is also text. A member that is missing or
   /// null keeps its value.
   /// @return true; false, with the record unchanged, for a null pointer, without the root member, and when a value
   ///         cannot be converted (logged)
-  bool fromJson(const Json::Value* root) override;
+  [[nodiscard]] bool fromJson(const Json::Value* root) override;
   /// fromJson() of a JSON text; comments in the network profile are kept as parseJson() keeps them. The bounds apply
   /// only to what the text names.
   /// @return false also for text that is not JSON or exceeds docs/reader-behaviour.md#the-bounds-of-json
-  bool fromString(const std::string& text);
+  [[nodiscard]] bool fromString(const std::string& text);
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 

@@ -24,7 +24,7 @@ class VELTRA_EXPORT OtdrSpan : public Marshal::ISerializable, public Dump::IJson
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// The span changes only on success.
   /// @return 0; -3 the stream ran out; -5 a version byte of either end above 1; header and length codes unchanged
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// A flat object: "_className", "_classVersion", "spanStart" and "spanEnd", the ends as text. Fatal where
   /// Veltra::ScaledInt::toString() is: an end read from a stream or document may have any scale.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
@@ -33,11 +33,11 @@ class VELTRA_EXPORT OtdrSpan : public Marshal::ISerializable, public Dump::IJson
   /// `value` is not an object. "_classVersion" is ignored.
   /// @return false, with the span unchanged: not an object, or another "_className" (neither logged); no "_className";
   ///         an end that is missing or does not begin with a number
-  bool fromJson(const Json::Value& value, const char* key);
+  [[nodiscard]] bool fromJson(const Json::Value& value, const char* key);
   /// The same; a null `value` is logged and clears the span.
-  bool fromJson(const Json::Value* value, const char* key);
+  [[nodiscard]] bool fromJson(const Json::Value* value, const char* key);
   /// Reads the same from a document. @return false, unchanged, when it cannot be parsed or read
-  bool fromJsonString(const std::string& text);
+  [[nodiscard]] bool fromJsonString(const std::string& text);
 
   Veltra::ScaledInt spanStart;
   Veltra::ScaledInt spanEnd;

@@ -18,7 +18,7 @@ class VELTRA_EXPORT Header : public Marshal::ISerializable, public Dump::IDumpab
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// Reads all seven fields; neither the magic nor a CRC is checked.
   /// @return 0, or -3 when the stream ran out
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
   /// Describes a payload: replaces type, version and flags, adds the level, then updateData().

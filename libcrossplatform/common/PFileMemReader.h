@@ -23,31 +23,31 @@ class VELTRA_EXPORT MemReader {
   /// it are ignored.
   /// @return 0; -1 a buffer is set already, it is null, it does not begin with an intact file header, or the recorded
   ///         length exceeds it (only then is the buffer released at once); -2 its size is 0
-  int open(unsigned char const* buffer, unsigned int size);
+  [[nodiscard]] int open(unsigned char const* buffer, unsigned int size);
   /// The same, with the recorded length neither compared nor used: for images that were cut short. An image that was
   /// never closed is -1, since its file header does not verify; the buffer then stays set, and after seek(0,
   /// STREAM_FROM_BEGIN) and skipNextSection() its sections can be read.
-  int quickOpen(unsigned char const* buffer, unsigned int size);
+  [[nodiscard]] int quickOpen(unsigned char const* buffer, unsigned int size);
   /// Reads the next section header and stops after it. The magic is not checked; the header's CRC covers it. Without a
   /// buffer there is no next one: -2.
-  int getHeader(Header& header);
+  [[nodiscard]] int getHeader(Header& header);
   /// The same without moving; -1 also when no buffer is set.
-  int peek(Header& header);
+  [[nodiscard]] int peek(Header& header);
   /// Reads the next section.
   /// @param section     receives header and payload
   /// @param uncompress  true: original bytes, 8 MiB at most, owned by the payload; false: stored bytes, borrowed
   /// @return 0, also when the data is shorter than the header claims: the header is then consumed and the payload
   ///         unchanged; -1 no buffer, a wrong CRC-32, bad zlib data, or a size over 2 GiB, reported to no callback;
   ///         -2 end of the data
-  int read(Section& section, bool uncompress);
+  [[nodiscard]] int read(Section& section, bool uncompress);
   /// Moves past the next section. @return as getHeader(); -1 also when the section ends outside the data
-  int skipNextSection();
+  [[nodiscard]] int skipNextSection();
   /// Goes `offset` bytes from `whence`. @return the new index; -1, without moving, outside the data
   int seek(int offset, StreamPosition whence);
   void close();
 
  private:
-  int openImage(unsigned char const* buffer, unsigned int size, char const* method);
+  [[nodiscard]] int openImage(unsigned char const* buffer, unsigned int size, char const* method);
 
   std::unique_ptr<Section> _fileHeader;
   unsigned char const* _buffer = nullptr;

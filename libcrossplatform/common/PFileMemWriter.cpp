@@ -20,7 +20,7 @@ MemWriter::MemWriter(LogCallback debug, LogCallback warning, LogCallback error)
 }
 
 MemWriter::~MemWriter() {
-  close();
+  (void)close();
 }
 
 int MemWriter::open(unsigned char* buffer, unsigned int size) {
@@ -34,8 +34,8 @@ int MemWriter::open(unsigned char* buffer, unsigned int size) {
   _capacity = size;
   _fileHeader = std::make_unique<Section>(_debug, _warning, _error);
   // As for a file: the payload is the mark itself, and only close() makes its CRC right.
-  _fileHeader->set(FILE_HEADER_TYPE, FILE_HEADER_VERSION, 0, _markBytes.data(),
-                   static_cast<unsigned>(_markBytes.size()), false, FILE_HEADER_LEVEL);
+  (void)_fileHeader->set(FILE_HEADER_TYPE, FILE_HEADER_VERSION, 0, _markBytes.data(),
+                         static_cast<unsigned>(_markBytes.size()), false, FILE_HEADER_LEVEL);
   return write(*_fileHeader);
 }
 

@@ -20,17 +20,17 @@ class VELTRA_EXPORT MemWriter {
 
   /// Takes a buffer, borrowed until close(), and writes the file-header section into it.
   /// @return 0; -1 a buffer is set already, it is null, or it is too small: it then stays set and must be closed
-  int open(unsigned char* buffer, unsigned int size);
+  [[nodiscard]] int open(unsigned char* buffer, unsigned int size);
   /// Appends raw bytes.
   /// @return 0; -1 null data, no buffer, or not enough room: nothing is copied
-  int write(unsigned char const* data, unsigned int n);
+  [[nodiscard]] int write(unsigned char const* data, unsigned int n);
   /// Appends a section, compressing it first if its flags ask for it and it is not compressed yet.
   /// @return 0; -1 compression failed or not enough room. A section without payload bytes is reported, not written, and
   ///         gives 0, unlike FileWriter::write().
-  int write(Section& section);
+  [[nodiscard]] int write(Section& section);
   /// Writes the total length into the file header and releases the buffer to the caller.
   /// @return 0; -1 nothing is open, or the buffer has no room for a file header
-  int close();
+  [[nodiscard]] int close();
 
  private:
   void setMark(uint32_t mark);

@@ -24,21 +24,21 @@ class VELTRA_EXPORT FileReader {
   /// Opens a file and reads its file header, whose total length is not compared with the file.
   /// @return 0; -1 a file is open already, null path, a directory, it could not be opened, or it does not begin with an
   ///         intact file header; -2 it is empty. If the file itself could be opened, it stays open: close() it.
-  int open(char const* path);
+  [[nodiscard]] int open(char const* path);
   /// The same, reading `readAhead` bytes at a time instead of 64 KiB: less is faster for a few sections.
-  int open(char const* path, std::size_t readAhead);
+  [[nodiscard]] int open(char const* path, std::size_t readAhead);
   /// Reads the next section header and stops after it. The magic is not checked; the header's CRC covers it.
-  int getHeader(Header& header);
+  [[nodiscard]] int getHeader(Header& header);
   /// The same without moving; -1 also when not open, or the non-zero result of fseek().
-  int peek(Header& header);
+  [[nodiscard]] int peek(Header& header);
   /// Reads the next section.
   /// @param section     receives header and payload; the payload owns its bytes
   /// @param uncompress  true: original bytes, 8 MiB at most; false: stored bytes, still compressed
   /// @return 0; -1 not open, a wrong CRC-32, fewer bytes than the header claims, or bad zlib data; -2 end of file
-  int read(Section& section, bool uncompress);
+  [[nodiscard]] int read(Section& section, bool uncompress);
   /// Moves past the next section without reading its payload, even past the end of the file.
   /// @return as getHeader(), -1 when not open, or the non-zero result of fseek()
-  int skipNextSection();
+  [[nodiscard]] int skipNextSection();
   /// The total length in the file header, in bytes, right only if the writer closed the file and wrote no other
   /// before it. @return 0 when nothing is open, or the file header has more or less than this word
   uint32_t recordedLength() const;
@@ -46,7 +46,7 @@ class VELTRA_EXPORT FileReader {
   int close();
 
  private:
-  bool readPayload(Section& section, std::size_t& got);
+  [[nodiscard]] bool readPayload(Section& section, std::size_t& got);
 
   std::unique_ptr<Section> _fileHeader;
   std::FILE* _stream = nullptr;

@@ -49,7 +49,7 @@ int SafeFileWriter::commit() {
 void SafeFileWriter::discard() {
   if (!_file.isOpen()) return;
   const int why = errno;
-  _writer->close(false);
+  (void)_writer->close(false);
   _file.discard();
   errno = why;
 }

@@ -25,14 +25,14 @@ class VELTRA_EXPORT SafeFileWriter {
   /// Creates the temporary file next to the path. May be called again after commit().
   /// @return 0; -1 not committed yet, null path, the path is not that of a regular file, or the new one could not
   ///         be created or written: nothing is open then and errno has the reason
-  int open(char const* path);
+  [[nodiscard]] int open(char const* path);
   /// Where the sections go. Its failures are not remembered: check each code before commit().
   FileWriter& writer() { return *_writer; }
   /// Replaces the old file by the new one, with the mode and, where possible, owner and group of the old one; a new
   /// file gets what the umask leaves. A symbolic link is replaced, not followed.
   /// @return 0: the file has its name and its bytes are on the disk; -1 nothing open, the writer closed already, or a
   ///         write, sync or rename failed: the old file is then unchanged
-  int commit();
+  [[nodiscard]] int commit();
 
  private:
   void discard();

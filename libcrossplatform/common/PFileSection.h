@@ -24,16 +24,16 @@ class VELTRA_EXPORT Section : public Dump::IDumpable {
   /// @param compLevel  zlib level 0 to 9; ignored unless compressing. Levels of an earlier use combine with it
   ///                   for the compression itself.
   /// @return 0; -1 compression failed: the payload holds the bytes uncompressed, the header is not settled
-  int set(unsigned short type, unsigned short version, SECTION_FLAGS flags, unsigned char* data, unsigned int size,
-          bool owned, int compLevel);
+  [[nodiscard]] int set(unsigned short type, unsigned short version, SECTION_FLAGS flags, unsigned char* data,
+                        unsigned int size, bool owned, int compLevel);
 
   /// Replaces the payload by its compressed form, even if that is larger. The header is unchanged: call
   /// header.updateData() afterwards.
   /// @return 0; -1 compressed already, no data, or zlib failed: the payload is then unchanged
-  int compressData();
+  [[nodiscard]] int compressData();
   /// Replaces the payload by its original bytes. The header still describes the compressed ones.
   /// @return 0; -1 not compressed, no data, more than MAX_UNCOMPRESSED claimed, or zlib failed: payload unchanged
-  int uncompressData();
+  [[nodiscard]] int uncompressData();
 
   /// True when the payload has the CRC-32 the header records; also false for a payload without bytes.
   bool verifyDataCrc() const;

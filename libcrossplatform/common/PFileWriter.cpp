@@ -44,7 +44,7 @@ FileWriter::FileWriter(LogCallback debug, LogCallback error) : _debug(debug), _e
 
 FileWriter::~FileWriter() {
   PFILE_LOG(_debug, "");
-  close(false);
+  (void)close(false);
 }
 
 int FileWriter::open(char const* path) {
@@ -76,8 +76,8 @@ int FileWriter::start(std::FILE* stream) {
   _fileHeader = std::make_unique<Section>(_debug, _error, _error);
   // The payload is the running total itself: it is 20 when it is written after its header, whose CRC was taken
   // over the earlier total. close() corrects that; until then the file does not verify.
-  _fileHeader->set(FILE_HEADER_TYPE, FILE_HEADER_VERSION, 0, _totalBytes.data(),
-                   static_cast<unsigned>(_totalBytes.size()), false, FILE_HEADER_LEVEL);
+  (void)_fileHeader->set(FILE_HEADER_TYPE, FILE_HEADER_VERSION, 0, _totalBytes.data(),
+                         static_cast<unsigned>(_totalBytes.size()), false, FILE_HEADER_LEVEL);
   return write(*_fileHeader);
 }
 

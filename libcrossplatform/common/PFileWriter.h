@@ -25,16 +25,16 @@ class VELTRA_EXPORT FileWriter {
   /// Creates or truncates the file and writes its file-header section.
   /// @return 0; -1 a file is open already, null path, a directory, or it could not be opened or written. After a failed
   ///         write the file is open and must be closed.
-  int open(char const* path);
+  [[nodiscard]] int open(char const* path);
   /// Appends a section, compressing it first if its flags ask for it and it is not compressed yet.
   /// @return 0; -1 not open, no payload bytes, compression failed, or a short write: the file then ends in a torn
   ///         section
-  int write(Section& section);
+  [[nodiscard]] int write(Section& section);
   /// Writes the total length into the file header and closes.
   /// @param sync  true: the bytes are on the disk when this returns 0
   /// @return 0, also when nothing is open; -1 something could not be written or synced, the first reason in `errno`.
   ///         The file is closed either way.
-  int close(bool sync);
+  [[nodiscard]] int close(bool sync);
   bool isOpen() const { return _stream != nullptr; }
   /// Bytes written so far, those of earlier files included. A section that takes them beyond MAX_BYTES, its header
   /// included, stops the program.
@@ -43,10 +43,10 @@ class VELTRA_EXPORT FileWriter {
  private:
   friend class SafeFileWriter;
 
-  int start(std::FILE* stream);
-  bool append(void const* data, uint32_t size);
-  int writeTotal();
-  int syncToDisk();
+  [[nodiscard]] int start(std::FILE* stream);
+  [[nodiscard]] bool append(void const* data, uint32_t size);
+  [[nodiscard]] int writeTotal();
+  [[nodiscard]] int syncToDisk();
   void addToTotal(uint32_t bytes, char const* wrapExpression);
 
   std::unique_ptr<Section> _fileHeader;

@@ -69,13 +69,16 @@ struct ResultFileCheck {
 /// @return 0 `out` is filled; 2 a section, or a record in the summary, is newer than this library reads; 3 a section
 ///         failed, or the summary is damaged; 4 the file could not be opened, or its first section is not a summary.
 ///         Unless 0 `out` may be partly filled.
-VELTRA_EXPORT ResultReaderStatus readResultSummary(ResultSummary& out, char const* path, bool checkAllSections);
+[[nodiscard]] VELTRA_EXPORT ResultReaderStatus readResultSummary(ResultSummary& out, char const* path,
+                                                                 bool checkAllSections);
 /// The same from a file's bytes. No section version is checked, and a section that cannot be read is 4 here, not 3.
-VELTRA_EXPORT ResultReaderStatus readResultSummary(ResultSummary& out, unsigned char const* buffer, unsigned int size);
+[[nodiscard]] VELTRA_EXPORT ResultReaderStatus readResultSummary(ResultSummary& out, unsigned char const* buffer,
+                                                                 unsigned int size);
 
 /// Reads only the result type. @return as readResultSummary(); unless 0 `out` is unchanged
-VELTRA_EXPORT ResultReaderStatus readResultType(ResultType& out, char const* path);
-VELTRA_EXPORT ResultReaderStatus readResultType(ResultType& out, unsigned char const* buffer, unsigned int size);
+[[nodiscard]] VELTRA_EXPORT ResultReaderStatus readResultType(ResultType& out, char const* path);
+[[nodiscard]] VELTRA_EXPORT ResultReaderStatus readResultType(ResultType& out, unsigned char const* buffer,
+                                                              unsigned int size);
 
 /// Writes records as sections into a container in memory or in a file.
 class VELTRA_EXPORT MemFileWriter {
@@ -85,14 +88,14 @@ class VELTRA_EXPORT MemFileWriter {
   explicit MemFileWriter(PFile::FileWriter* target) : _target(target) {}
 
   /// Writes a section; the code is the target's own.
-  int write(PFile::Section& section);
+  [[nodiscard]] int write(PFile::Section& section);
   /// Serialises a record and writes it as a section. Note the order: content version before type.
   /// @param flags      PFile::SECTION_FLAG_COMPRESS or 0
   /// @param compLevel  zlib level 0 to 9, ignored unless compressing
   /// @return a ResultWriterStatus: 0; 1 the record has too many bytes, compression failed, or the target could not
   ///         write it. A record without bytes is 1 in a file; in memory it is 0 and nothing is written.
-  int writeSection(Marshal::ISerializable& record, unsigned short version, unsigned short type,
-                   PFile::SECTION_FLAGS flags, int compLevel);
+  [[nodiscard]] int writeSection(Marshal::ISerializable& record, unsigned short version, unsigned short type,
+                                 PFile::SECTION_FLAGS flags, int compLevel);
 
  private:
   std::variant<PFile::MemWriter*, PFile::FileWriter*> _target;

@@ -41,7 +41,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the name could not be read; header and measurement codes unchanged. On failure: partly filled,
   /// clear() it.
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// Writes nothing: a single summary does not show itself in dumps, only lists do.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"ResultSummary": {...}}; below and above the full level only the name. The time stamp is local time, as ctime()
@@ -78,7 +78,7 @@ class VELTRA_EXPORT ResultSummaryList : public Marshal::IDumpSerializable, publi
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -1 an element failed: those before it stay; header codes unchanged
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"ResultSummaryList": {"size": n}}, at the full level with "items".
@@ -109,7 +109,7 @@ class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, publi
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the stream ran out; -6 version byte above 1: nothing more is read
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   /// Writes nothing, as for ResultSummary.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"ResultPathSummary": {...}}, all members at every level; the time stamp as in ResultSummary.
@@ -145,7 +145,7 @@ class VELTRA_EXPORT ResultPathSummaryList : public Marshal::IDumpSerializable,
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -1 an element failed: those before it stay; -3 the stream ran out; -6 version byte above 1
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"ResultPathSummaryList": {"size": n, "items": [...]}} at every level.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;

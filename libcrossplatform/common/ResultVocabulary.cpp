@@ -108,8 +108,7 @@ bool fromStatusString(const std::string& text, Status& out) {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): callers compile against this signature
 Status fromStatusString(std::string text) {
   Status status = STATUS_NOT_SET;
-  fromStatusString(text, status);
-  return status;
+  return fromStatusString(text, status) ? status : STATUS_NOT_SET;
 }
 
 bool validateStatus(Status status) {

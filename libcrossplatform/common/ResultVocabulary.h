@@ -26,9 +26,9 @@ VELTRA_EXPORT const char* toString(Status status);
 template <>
 VELTRA_EXPORT gsl::span<const EnumText<Status>> enumTexts<Status>();
 /// @return false, with `out` "Not set", for an unknown text
-VELTRA_EXPORT bool fromStatusString(const std::string& text, Status& out);
+[[nodiscard]] VELTRA_EXPORT bool fromStatusString(const std::string& text, Status& out);
 /// "Not set" for an unknown text.
-VELTRA_EXPORT Status fromStatusString(std::string text);
+[[nodiscard]] VELTRA_EXPORT Status fromStatusString(std::string text);
 VELTRA_EXPORT bool validateStatus(Status status);
 /// Keeps the more severe verdict. From the least to the most severe: Not set, Don't show, Show, Pass, Pass acceptable,
 /// Pass star, Fail star, Fail, any unknown value.
@@ -98,7 +98,7 @@ VELTRA_EXPORT const char* toString(TestType type);
 template <>
 VELTRA_EXPORT gsl::span<const EnumText<TestType>> enumTexts<TestType>();
 /// @return false, with `out` unchanged, for an unknown text and for "OLTS Set Reference Wizard", which is never parsed
-VELTRA_EXPORT bool fromTestTypeString(std::string text, TestType& out);
+[[nodiscard]] VELTRA_EXPORT bool fromTestTypeString(std::string text, TestType& out);
 
 /// Why a result could not be merged into a set: a set of bits, 0 for none. The bit 2 has no name.
 enum TestMergeFlags : int32_t {

@@ -70,12 +70,12 @@ class VELTRA_EXPORT ScaledInt : public Marshal::IDumpSerializable {
   std::string toString() const;
   /// Reads what toString() writes; the scale becomes the number of characters after the first point. "NaN", "+inf"
   /// and "-inf" keep the scale. @return false, with the value unchanged, when the text does not begin with a number
-  bool fromString(const std::string& text);
+  [[nodiscard]] bool fromString(const std::string& text);
 
   void clear() { *this = ScaledInt(); }
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the stream ran out; -5 version byte above 1: nothing more is read
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
  private:

@@ -17,7 +17,7 @@ class VELTRA_EXPORT Settings : public Marshal::ISerializable, public Dump::IDump
   virtual unsigned int getSettingsType() const = 0;
   Json::Value toJson(const Dump::DumpFlags& flags) const override = 0;
   /// Reads the document. @return false, with the record unchanged, on failure
-  virtual bool fromJson(const Json::Value* root) = 0;
+  [[nodiscard]] virtual bool fromJson(const Json::Value* root) = 0;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override = 0;
 
   /// A default-constructed settings object for a combined type id; null for an id that is not a settings record's.

@@ -14,9 +14,9 @@ VELTRA_EXPORT bool stringCaseInsMatch(std::string_view a, std::string_view b);
 /// Reads a whole text as a number with strtoll(): leading spaces and a sign are accepted, values out of range saturate.
 /// @param base  as for strtoll(); 10 for decimal text
 /// @return false for a null or empty text and for anything after the number; `out` then holds what was read, or 0
-VELTRA_EXPORT bool strToInt64(int64_t& out, const char* s, int base);
+[[nodiscard]] VELTRA_EXPORT bool strToInt64(int64_t& out, const char* s, int base);
 /// The same with strtoull(), which takes "-1" as the largest value.
-VELTRA_EXPORT bool strToUInt64(uint64_t& out, const char* s, int base);
+[[nodiscard]] VELTRA_EXPORT bool strToUInt64(uint64_t& out, const char* s, int base);
 
 /// Escapes a name so that it can be a file or folder name: each of space " % * . / : ; < > ? \ | becomes "%" and two
 /// lower-case hexadecimal digits. Bytes of 128 and above stay as they are; a null text counts as empty.

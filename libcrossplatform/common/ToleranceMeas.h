@@ -39,7 +39,7 @@ class VELTRA_EXPORT ToleranceMeas : public Marshal::IDumpSerializable, public Du
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the stream ran out; -5 a version byte above 1, the value's included
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
   /// {"value", "posTolerance", "negTolerance"}, all three as text.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;

@@ -74,7 +74,7 @@ class VELTRA_EXPORT Tweak final : public TweakBase {
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// @return 0; -3 the stream ran out, the value is then unchanged
-  Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
+  [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
 
  private:
   friend class Marshal::FieldAccess;
@@ -104,7 +104,7 @@ struct TweakInfo {
 class VELTRA_EXPORT TweakList {
  public:
   /// Registers a tweak. @return false, reported as an assertion, when the list has one of that name, which stays
-  bool add(TweakBase& tweak);
+  [[nodiscard]] bool add(TweakBase& tweak);
   std::size_t size() const { return _tweaks.size(); }
   /// The tweak of exactly that name; null when there is none.
   TweakBase* find(std::string_view name);

@@ -73,7 +73,7 @@ struct VELTRA_EXPORT WifiProfile {
   /// Reads every member from the stored form; one that is absent or of another kind reads as false, 0 or empty, as
   /// does a secret that does not decrypt.
   /// @return false when `json` is not an object; the profile is then unchanged
-  bool fromJson(const Json::Value& json);
+  [[nodiscard]] bool fromJson(const Json::Value& json);
   bool fromJson(const Json::Value*) = delete;
 
   /// Overwrites keys, passwords and names in memory and leaves them empty.

@@ -23,11 +23,11 @@ VELTRA_EXPORT Json::Value toJson(unsigned long long value);
 /// Parses a document, whatever the locale. Comments are allowed, and kept when asked for, unless there are so many that
 /// their number times the length of the text comes to more than 2^24: JsonCpp would take seconds to place them.
 /// @return false on any fault, nesting beyond 1000 levels included; `out` is then unchanged
-VELTRA_EXPORT bool parseJson(const std::string& text, Json::Value& out, bool collectComments);
+[[nodiscard]] VELTRA_EXPORT bool parseJson(const std::string& text, Json::Value& out, bool collectComments);
 /// Parses a document of unknown origin: an object or array in UTF-8 within the bounds of a stored network profile
 /// (docs/reader-behaviour.md), followed by nothing but white space or zeros. Comments are not kept.
 /// @return false on any fault and beyond the bounds; `out` is then unchanged
-VELTRA_EXPORT bool parseBoundedJson(const std::string& text, Json::Value& out);
+[[nodiscard]] VELTRA_EXPORT bool parseBoundedJson(const std::string& text, Json::Value& out);
 
 /// The value the readers below read: member `key` of the object `v`, or `v` when key is null or `v` is not an object.
 /// @return null when the object has no such member; otherwise a pointer into `v`
@@ -68,10 +68,10 @@ bool convertJson(const Json::Value*, T&) = delete;
 // JsonCpp's own conversions, for the records whose documents were written for them: a null is false, 0 or empty, a
 // number or a boolean is also text, but text is not a number. False, with `out` unchanged, where JsonCpp would throw.
 
-VELTRA_EXPORT bool convertJson(const Json::Value& v, bool& out);
-VELTRA_EXPORT bool convertJson(const Json::Value& v, int& out);       ///< a fraction is cut off
-VELTRA_EXPORT bool convertJson(const Json::Value& v, unsigned& out);  ///< likewise
-VELTRA_EXPORT bool convertJson(const Json::Value& v, std::string& out);
+[[nodiscard]] VELTRA_EXPORT bool convertJson(const Json::Value& v, bool& out);
+[[nodiscard]] VELTRA_EXPORT bool convertJson(const Json::Value& v, int& out);       ///< a fraction is cut off
+[[nodiscard]] VELTRA_EXPORT bool convertJson(const Json::Value& v, unsigned& out);  ///< likewise
+[[nodiscard]] VELTRA_EXPORT bool convertJson(const Json::Value& v, std::string& out);
 
 /// An object of one member: a record's JSON under its root name.
 VELTRA_EXPORT Json::Value rootedJson(const char* name, Json::Value value);

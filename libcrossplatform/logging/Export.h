@@ -6,3 +6,10 @@
 #else
 #define VELTRA_EXPORT
 #endif
+
+/// [[nodiscard]] in headers that C reads too.
+#if defined(__cplusplus)
+#define VELTRA_NODISCARD [[nodiscard]]
+#else
+#define VELTRA_NODISCARD __attribute__((warn_unused_result))
+#endif

@@ -41,7 +41,7 @@ unsigned writeHeaded(Record& record, IObjectWriter& out) {
 }
 
 template <class Record>
-StreamOpStatus readHeaded(Record& record, IObjectReader& in) {
+[[nodiscard]] StreamOpStatus readHeaded(Record& record, IObjectReader& in) {
   Header header;
   const uint32_t start = in.position();
   StreamOpStatus status = STREAM_OK;
@@ -69,7 +69,7 @@ unsigned writeInline(Record& record, IObjectWriter& out) {
 }
 
 template <class Record>
-StreamOpStatus readInline(Record& record, IObjectReader& in) {
+[[nodiscard]] StreamOpStatus readInline(Record& record, IObjectReader& in) {
   FieldReader f(in, Record::CLASS_VERSION);
   f.walkInline(record);
   return f.status();
@@ -86,7 +86,7 @@ unsigned writePlain(Record& record, IObjectWriter& out) {
 }
 
 template <class Record>
-StreamOpStatus readPlain(Record& record, IObjectReader& in) {
+[[nodiscard]] StreamOpStatus readPlain(Record& record, IObjectReader& in) {
   FieldReader f(in, NO_CLASS_VERSION);
   FieldAccess::walk(record, f);
   return f.ok() ? f.streamStatus() : f.status();

@@ -37,10 +37,10 @@ class VELTRA_EXPORT Header {
   }
 
   /// @return 0; -3 the stream ran out; -2 another marker, or format 0; -5 a newer header format
-  StreamOpStatus deserialize(IObjectReader& in);
+  [[nodiscard]] StreamOpStatus deserialize(IObjectReader& in);
   /// Compares what was read with what the record can read.
   /// @return 0; -1 another record's id; -5 a newer class version
-  StreamOpStatus check(uint8_t classVersion, uint32_t combinedId) const {
+  [[nodiscard]] StreamOpStatus check(uint8_t classVersion, uint32_t combinedId) const {
     // One half after the other: a joined load would have to wait for both of the stores just made.
     const SerialTypeID wanted = SerialTypeID::fromCombined(combinedId);
     if (_id.systemId != wanted.systemId || _id.classId != wanted.classId) return STREAM_WRONG_ELEMENT;
@@ -49,7 +49,7 @@ class VELTRA_EXPORT Header {
   /// @param status  how far the record itself got
   /// @return `status` if not 0; -3 the stream has failed; -4 the body was not `length()` bytes; otherwise 0. For a
   ///         stream without positions the length is not compared.
-  StreamOpStatus checkLength(IObjectReader& in, StreamOpStatus status) const {
+  [[nodiscard]] StreamOpStatus checkLength(IObjectReader& in, StreamOpStatus status) const {
     if (status != STREAM_OK) return status;
     if (in.status() != STREAM_OK) return STREAM_SHORT;
     if (_bodyAt == IObjectReader::NO_POSITION) return STREAM_OK;
@@ -64,7 +64,7 @@ class VELTRA_EXPORT Header {
     setBodyAfter(at);
   }
   template <class Fields>
-  VELTRA_ALWAYS_INLINE StreamOpStatus read(Fields& f, uint32_t at) {
+  [[nodiscard]] VELTRA_ALWAYS_INLINE StreamOpStatus read(Fields& f, uint32_t at) {
     f.group("header", *this);
     if (f.streamStatus() != STREAM_OK) return STREAM_SHORT;
     setBodyAfter(at);
@@ -96,6 +96,6 @@ class VELTRA_EXPORT Header {
 /// Reads the combined id of the headed record that comes next, without consuming it.
 /// @return 0; -3 the stream ran out or has no positions; otherwise the code of Header::deserialize. On failure `id` is
 ///         unchanged.
-VELTRA_EXPORT StreamOpStatus peekHeaderSerialTypeID(IObjectReader& in, uint32_t& id);
+[[nodiscard]] VELTRA_EXPORT StreamOpStatus peekHeaderSerialTypeID(IObjectReader& in, uint32_t& id);
 
 }  // namespace Marshal

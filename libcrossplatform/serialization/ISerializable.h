@@ -15,7 +15,7 @@ class VELTRA_EXPORT ISerializable {
   /// Never changes the record. @return bytes written; 0 from an inline record on a stream without positions
   virtual unsigned serialize(IObjectWriter& out) = 0;
   /// @return 0, or a negative code (MarshalTypes.h); the record may then be partly filled: clear() or discard it
-  virtual StreamOpStatus deserialize(IObjectReader& in) = 0;
+  [[nodiscard]] virtual StreamOpStatus deserialize(IObjectReader& in) = 0;
   virtual ~ISerializable() = default;
 };
 

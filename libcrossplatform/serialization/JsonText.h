@@ -26,8 +26,8 @@ VELTRA_EXPORT void writeStyledJson(std::ostream& out, const Json::Value& value, 
 /// The same into a text of at most `most` bytes: the indentation of a deeply nested value can be a thousand times the
 /// size of the document it was read from.
 /// @return false when there is more; `text` then holds its beginning
-VELTRA_EXPORT bool writeStyledJson(std::string& text, const Json::Value& value, const char* indentation,
-                                   std::size_t most);
+[[nodiscard]] VELTRA_EXPORT bool writeStyledJson(std::string& text, const Json::Value& value, const char* indentation,
+                                                 std::size_t most);
 /// Whether that text has at most `most` bytes. Stores none of them.
 VELTRA_EXPORT bool isStyledJsonWithin(const Json::Value& value, const char* indentation, std::size_t most);
 

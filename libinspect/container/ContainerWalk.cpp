@@ -90,7 +90,7 @@ class Walker {
       return false;
     }
     Marshal::ByteStreamReader in(bytes, sizeof bytes);
-    info.header.deserialize(in);
+    (void)info.header.deserialize(in);  // its bytes are there
     const uint32_t crc = PFile::crc32Of(bytes, PFile::Header::HDR_CRC_BYTES);
     if (crc != info.header.hdrCrc) {
       if (isAtRecordedEnd(info.offset)) return false;

@@ -32,7 +32,7 @@ constexpr std::size_t HEADER_BYTES = PFile::Header::BYTES;
 bool isHeader(const uint8_t* bytes) {
   PFile::Header header;
   Marshal::ByteStreamReader in(bytes, HEADER_BYTES);
-  header.deserialize(in);
+  (void)header.deserialize(in);  // its bytes are there
   return header.magic == PFile::Header::MAGIC && PFile::crc32Of(bytes, PFile::Header::HDR_CRC_BYTES) == header.hdrCrc;
 }
 

@@ -102,8 +102,8 @@ class Search {
     const uint8_t* at = nullptr;
     if (_source.view(section.offset, at) < PFile::Header::BYTES) return false;
     Marshal::ByteStreamReader in(at, PFile::Header::BYTES);
-    section.header.deserialize(in);
-    return PFile::crc32Of(at, PFile::Header::HDR_CRC_BYTES) == section.header.hdrCrc;
+    return section.header.deserialize(in) == Marshal::STREAM_OK &&
+           PFile::crc32Of(at, PFile::Header::HDR_CRC_BYTES) == section.header.hdrCrc;
   }
 
   bool isIntact(const SectionInfo& section) const {
@@ -169,7 +169,7 @@ class Search {
     uint8_t bytes[PFile::Header::BYTES] = {};
     const std::size_t got = _source.readAside(section.offset, bytes, sizeof bytes);
     Marshal::ByteStreamReader in(bytes, sizeof bytes);
-    section.header.deserialize(in);
+    (void)section.header.deserialize(in);  // its bytes are there
     _isSummaryLost = _isSummaryLost || isSummary(section.header);  // damaged as it is, it may still tell
     if (!isNoted()) return;
     Finding why = {E05_TRUNCATED, section.offset, section.number, fmt::format("{} bytes of header", sizeof bytes),

@@ -33,7 +33,7 @@ class SectionAnnotation {
     };
     TracingReader tracing(in, _name, onField);
     PFile::Header header;
-    header.deserialize(tracing);
+    (void)header.deserialize(tracing);  // its bytes are there
   }
 
   void tellData() const {

@@ -35,3 +35,9 @@ refuse '{"version": "V3.12", "databases": [{"version": [1, 2, 3, 4]}]}'
 refuse '{"version": "V3.12", "databases": [{"path": "x", "patch": 1}]}'
 refuse "{\"version\": \"V3.12\", \"databases\": [$(printf '{"path": "x"},%.0s' {1..50}){\"path\": \"x\"}]}"
 t ls never.pkg
+# A description of 16 MiB is read, and not a byte more.
+{ cat package.json; head -c 16777216 /dev/zero | tr '\0' ' '; } | head -c 16777216 > full.json
+t veltra manifest new full.json -o full.pkg
+echo >> full.json
+t veltra manifest new full.json -o never.pkg
+cp p.pkg after.pkg && echo more >> after.pkg && t veltra manifest show after.pkg -f csv

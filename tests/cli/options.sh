@@ -124,3 +124,6 @@ t complete_words veltra help d
 t complete_words veltra manifest new --ca
 t complete_words veltra recover x -o ''
 t veltra completion fish
+t veltra doctor a.vres --deep --quick
+t veltra pack no-such-file -o b.vres
+t always list lot/damaged.vres

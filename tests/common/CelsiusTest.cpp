@@ -8,10 +8,7 @@ using namespace RecordTesting;
 using namespace Veltra;
 
 TEST(Celsius, Wire) {
-  Celsius c(-2.56f);
-  expectWire(c, "celsius");
-  EXPECT_EQ(readFrom(c, {0x12}), -3);
-  EXPECT_TRUE(c == Celsius()) << "a failed read clears";
+  expectWire(Celsius(-2.56f), "celsius");
 }
 
 TEST(Celsius, AnswersWhatTheStreamAnswers) {
@@ -58,15 +55,9 @@ TEST(Celsius, TextForms) {
   for (const auto& [degrees, text] :
        {Row{21.5f, "21.50"}, Row{-0.125f, "-0.13"}, Row{INFINITY, "+inf"}, Row{-INFINITY, "-inf"}, Row{NAN, "NaN"}}) {
     const Celsius c(degrees);
-    EXPECT_EQ(dumpOf(c), "celsius : " + text + "\n");
     EXPECT_EQ(c.toJson(level(0)), text);
     Celsius read(1.0f);
     EXPECT_TRUE(read.fromJsonString("/* comment */ " + Dump::toJsonString(c)));
     EXPECT_TRUE(read == c) << text;
   }
-  const CapturedLog log;
-  Celsius c(3.0f);
-  EXPECT_FALSE(c.fromJson(static_cast<const Json::Value*>(nullptr), "celsius"));
-  EXPECT_TRUE(c == Celsius()) << "a null pointer clears, unlike other failures";
-  EXPECT_EQ(log.lines().size(), 1u);
 }

@@ -1,9 +1,5 @@
 #include <libcrossplatform/common/DatabaseDescriptor.h>
 
-#include <gmock/gmock.h>
-
-#include <libcrossplatform/serialization/Header.h>
-
 #include "RecordTesting.h"
 
 using namespace RecordTesting;
@@ -13,9 +9,6 @@ namespace {
 
 constexpr auto LIMITS = static_cast<DATABASE_TYPE>(7);
 constexpr auto CABLES = static_cast<DATABASE_TYPE>(-7);
-
-/// Bytes of a descriptor before its path: the version record and the type.
-constexpr std::size_t PATH_AT = Marshal::Header::BYTES + 4 * 2 + 4;
 
 DatabaseDescriptor sampleDescriptor() {
   return DatabaseDescriptor(DatabaseVersion(1, 2, 3, 4), CABLES, "db/limits.sql", "V2.0");
@@ -42,13 +35,6 @@ TEST(DatabaseDescriptor, PathIsReadUpToItsLimitAndWholeButForTheLastZero) {
   }
 }
 
-TEST(DatabaseDescriptorDeathTest, PathWithoutTerminatingZeroIsFatal) {
-  DatabaseDescriptor d = sampleDescriptor();
-  const Bytes bytes = withByte(bytesOf(d), PATH_AT + 4 + 13, 'x');
-  EXPECT_DEATH(readFrom(d, bytes), testing::HasSubstr("Assertion failed: temp[temp.length() - 1] == '\\0', "
-                                                      "libcrossplatform/common/DatabaseDescriptor:"));
-}
-
 TEST(DatabaseDescriptorList, Wire) {
   DatabaseDescriptorList list = listOf(1);
   list.add(std::make_unique<DatabaseDescriptor>(DatabaseVersion(), LIMITS, "", ""));
@@ -61,29 +47,6 @@ TEST(DatabaseDescriptorList, EmptyAndOverlongListsAreWrittenButNotRead) {
     const bool readable = count >= 1 && count <= 50;
     EXPECT_EQ(readFrom(read, bytesOf(list)), readable ? 0 : -1) << count;
     EXPECT_EQ(read.size(), readable ? count : 0);
-  }
-}
-
-TEST(DatabaseDescriptorList, FailedDescriptorGivesItsOwnCodeAndClearsTheList) {
-  DatabaseDescriptorList list = listOf(3);
-  const Bytes good = bytesOf(list);
-  const std::size_t second = Marshal::Header::BYTES + 4 + (good.size() - Marshal::Header::BYTES - 4) / 3;
-  const auto cut = [&good](std::size_t at) { return Bytes(good.data(), good.data() + at); };
-  const CodedBytes rows[] = {{"cut in the count", cut(14), -3},
-                             {"count of what is not there", withByte(good, 15, 4), -3},
-                             {"no header", withByte(good, second, 0), -2},
-                             {"other class", withByte(good, second + 7, 9), -1},
-                             {"newer version record", withByte(good, second + 3, 2), -5},
-                             {"length of the version record", withByte(good, second + 11, 7), -4},
-                             {"cut in the length of a path", cut(second + PATH_AT + 2), -3},
-                             {"path without its zero", withByte(good, second + PATH_AT + 3, 0), -1},
-                             {"length of a path", withByte(good, second + PATH_AT, 0xFF), -1},
-                             {"length of the list", withByte(good, 11, 0), -4}};
-  for (const CodedBytes& row : rows) {
-    SCOPED_TRACE(row.name);
-    DatabaseDescriptorList read = listOf(1);
-    EXPECT_EQ(readFrom(read, row.bytes), row.code);
-    EXPECT_TRUE(read.empty());
   }
 }
 

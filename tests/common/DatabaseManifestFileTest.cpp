@@ -1,7 +1,5 @@
 #include <libcrossplatform/common/DatabaseManifestFile.h>
 
-#include <tuple>
-
 #include <gmock/gmock.h>
 
 #include "PFileTesting.h"
@@ -11,15 +9,6 @@ using namespace RecordTesting;
 using namespace Veltra;
 
 namespace {
-
-DatabasePackageManifest manifestOf(std::size_t databases, std::size_t pathLength = 9) {
-  DatabaseDescriptorList list;
-  for (std::size_t i = 0; i < databases; ++i) {
-    list.add(std::make_unique<DatabaseDescriptor>(DatabaseVersion(1, 2, 3, static_cast<uint16_t>(i)),
-                                                  static_cast<DATABASE_TYPE>(i), std::string(pathLength, 'p'), "V5.0"));
-  }
-  return DatabasePackageManifest(DatabasePackageManifestSummary({3, 12, "beta"}, 1, 407, 0, "V5.1"), std::move(list));
-}
 
 class DatabaseManifestFile : public testing::Test {
  protected:
@@ -46,24 +35,9 @@ TEST_F(DatabaseManifestFile, PackageOfTheExamplesIsReadAndWrittenByteForByte) {
   EXPECT_EQ(fileBytes(path), fileBytes(golden));
 }
 
-TEST_F(DatabaseManifestFile, BothKindsComeBackEqualWithinTheLimits) {
-  const std::tuple<std::size_t, std::size_t, bool> rows[] = {
-      {0, 9, false}, {1, 9, true}, {50, 1023, true}, {51, 9, false}, {1, 1024, false}};
-  for (const uint16_t type : {PFile::SECTION_LIMIT_MANIFEST, PFile::SECTION_CABLE_MANIFEST}) {
-    for (const auto& [databases, pathLength, isReadable] : rows) {
-      SCOPED_TRACE(std::to_string(databases) + " databases, paths of " + std::to_string(pathLength));
-      DatabasePackageManifest manifest = manifestOf(databases, pathLength);
-      ASSERT_EQ(writeManifestFile(manifest, type, path.c_str()), 0);
-      DatabasePackageManifest read;
-      EXPECT_EQ(readManifestFile(read, path.c_str()), isReadable ? PFile::READER_OK : PFile::READER_CORRUPT);
-      EXPECT_TRUE(!isReadable || read == manifest);
-    }
-  }
-}
-
 TEST_F(DatabaseManifestFile, SaysWhatIsWrong) {
-  DatabasePackageManifest manifest = manifestOf(1);
-  const Bytes record = RecordTesting::bytesOf(manifest);
+  DatabasePackageManifest manifest;
+  const Bytes record = fileBytes(dataPath("good/database_package_manifest_v1.bin"));
   const auto package = [](uint16_t type, const Bytes& data, uint16_t flags = 0) {
     return imageOf({{type, MANIFEST_SECTION_VERSION, flags, data}});
   };

@@ -23,12 +23,12 @@ TEST(DatabaseVersionExDeathTest, MissingArgumentsAreFatal) {
     return testing::HasSubstr("Assertion failed: " + expression + ", libcrossplatform/common/DatabaseVersionEx:");
   };
   EXPECT_DEATH(databaseVersionExDatabaseDescriptorListAdd(&list, nullptr), failed("pdd != nullptr"));
-  EXPECT_DEATH(getManifestFromPFile(nullptr, path), failed("pM != nullptr"));
-  EXPECT_DEATH(getManifestFromPFile(&manifest, nullptr), failed("filename != nullptr"));
-  EXPECT_DEATH(getDbVersionFromManifest(nullptr, text, 8, &build), failed("filename != nullptr"));
-  EXPECT_DEATH(getDbVersionFromManifest(path, text, 8, nullptr), failed("build != nullptr"));
-  EXPECT_DEATH(getDbVersionFromManifest(path, text, 0, &build), failed("len > 0"));
-  EXPECT_DEATH(getDbMinReqFirmwareVersionFromManifest(path, nullptr, 8), failed("dst != nullptr"));
+  EXPECT_DEATH((void)getManifestFromPFile(nullptr, path), failed("pM != nullptr"));
+  EXPECT_DEATH((void)getManifestFromPFile(&manifest, nullptr), failed("filename != nullptr"));
+  EXPECT_DEATH((void)getDbVersionFromManifest(nullptr, text, 8, &build), failed("filename != nullptr"));
+  EXPECT_DEATH((void)getDbVersionFromManifest(path, text, 8, nullptr), failed("build != nullptr"));
+  EXPECT_DEATH((void)getDbVersionFromManifest(path, text, 0, &build), failed("len > 0"));
+  EXPECT_DEATH((void)getDbMinReqFirmwareVersionFromManifest(path, nullptr, 8), failed("dst != nullptr"));
   EXPECT_DEATH(databaseVersionExDatabaseDescriptor(nullptr, 1, "", ""), failed("version != nullptr"));
   EXPECT_DEATH(databaseVersionExDatabasePackageManifest(nullptr, &list), failed("summary != nullptr"));
   EXPECT_DEATH(databaseVersionExDatabasePackageManifest(&summary, nullptr), failed("list != nullptr"));

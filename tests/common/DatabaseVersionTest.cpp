@@ -31,17 +31,3 @@ TEST(CustomerDatabaseVersion, IsReadFromTextFullOfJunk) {
     }
   }
 }
-
-TEST(CustomerDatabaseVersion, RefusedJson) {
-  const CapturedLog log;
-  CustomerDatabaseVersion v(8, 9, "old");
-  Json::Value document;
-  document["CustomDatabaseVersion"]["Version"] = "V3.";
-  EXPECT_FALSE(v.fromJson(&document));
-  EXPECT_EQ(v, CustomerDatabaseVersion(8, 9, "old"));
-  log.lines().clear();
-  EXPECT_FALSE(v.fromJson(nullptr));
-  EXPECT_EQ(v, CustomerDatabaseVersion());
-  ASSERT_EQ(log.lines().size(), 1u);
-  EXPECT_EQ(log.lines()[0].find("13|1|fromJson failed in libcrossplatform/common/DatabaseVersion line "), 0u);
-}

@@ -52,7 +52,6 @@ TEST(EquipmentInformation, OlderVersionsLeaveWhatTheyLackCleared) {
   read = sample();
   EXPECT_EQ(readFrom(read, version1), 0);
   EXPECT_TRUE(read == expected);
-  EXPECT_EQ(readFrom(read, ofClassVersion(whole, 2, 0)), -4) << "version 2 does not go on to the first-use date";
 }
 
 TEST(EquipmentInformation, TextOf101CharactersIsReportedAndStays) {
@@ -78,45 +77,26 @@ TEST(EquipmentInformation, TextOf101CharactersIsReportedAndStays) {
   EXPECT_TRUE(fromBytes == e && fromText == e && asserts.reports().empty()) << "from outside no programming error";
 }
 
-TEST(EquipmentInformation, EveryMemberCountsInItsComparisonAndItsAbsenceIsLogged) {
+TEST(EquipmentInformation, EveryMemberCountsInItsComparison) {
   const std::string ofMain = "softwareVersion modelIdStr modelHardwareRevision modelSerialNumber";
   const EquipmentInformation before = sample();
   const Json::Value document = before.toJson(level(2));
-  const CapturedLog log;
-  const auto isRead = [&log](EquipmentInformation& e, const Json::Value& json) {
-    log.lines().clear();
-    return e.fromJson(json, nullptr);
-  };
-  EquipmentInformation e;
-  Json::Value json;
   for (const std::string& key : document.getMemberNames()) {
     SCOPED_TRACE(key);
-    json = document;
-    json.removeMember(key);
-    if (key == "_classVersion") continue;
-    EXPECT_FALSE(isRead(e, json));
-    ASSERT_EQ(log.lines().size(), 1u);
-    const std::string place = " in libcrossplatform/common/EquipmentInformation line ";
-    EXPECT_EQ(log.lines()[0].find("13|1|fromJson failed for " + key + place), 0u) << log.lines()[0];
-    if (key == "_className") continue;
+    if (key[0] == '_') continue;
+    Json::Value json = document;
     const bool isTime = document[key].asString().find("-0") == 8;
     json[key] = document[key].isInt() ? Json::Value(9) : Json::Value(isTime ? "20010101-0000" : "other");
     EquipmentInformation after;
-    EXPECT_TRUE(isRead(after, json));
+    EXPECT_TRUE(after.fromJson(json, nullptr));
     EXPECT_EQ(before.isMainSameAs(after), ofMain.find(key) == std::string::npos);
     EXPECT_EQ(before.isModuleSameAs(after), ofMain.find(key) != std::string::npos);
     EXPECT_EQ(before.isSoftwareVersionSameAs(after), key != "softwareVersion");
     EXPECT_FALSE(before == after);
   }
-  json = document;
-  json["_className"] = "equipmentInformation";
-  EXPECT_TRUE(!isRead(e, json) && log.lines().empty()) << "another class is not logged";
-  EXPECT_FALSE(isRead(e, "EquipmentInformation")) << "it is not taken for its own \"_className\"";
+  EquipmentInformation e;
+  EXPECT_FALSE(e.fromJson("EquipmentInformation", nullptr)) << "it is not taken for its own \"_className\"";
   EXPECT_TRUE(e.fromJson(document, "equipment") && e == before) << "without the member it names, the value is read";
-  log.lines().clear();
-  EXPECT_FALSE(e.fromJson(static_cast<const Json::Value*>(nullptr), "equipment"));
-  EXPECT_TRUE(e == EquipmentInformation()) << "a null pointer clears, unlike other failures";
-  EXPECT_EQ(log.lines().size(), 1u);
 }
 
 TEST(EquipmentInformation, ProbeKeepsItsFirmwareVersionAsAdapterSerialNumber) {
@@ -129,15 +109,8 @@ TEST(EquipmentInformation, ProbeKeepsItsFirmwareVersionAsAdapterSerialNumber) {
   }
 }
 
-TEST(EquipmentInformation, JsonBothWays) {
+TEST(EquipmentInformation, JsonOfWhatCannotBeTold) {
   EquipmentInformation e = sample(), read;
-  EXPECT_EQ(Dump::toJsonString(e, level(0), false),
-            R"({"_className":"EquipmentInformation","_classVersion":3,"liaCalibrationTime":"20240131-0916",)"
-            R"("liaId":"VLA-401","liaSerialNumber":"A-3003","modelHardwareRevision":-3,"modelIdStr":"Orbel2",)"
-            R"("modelSerialNumber":"M-1001","moduleCalibrationTime":"20240131-0915",)"
-            R"("moduleFirstUseDate":"20200301-0000","moduleHardwareRevision":7,"moduleId":400,)"
-            R"("moduleSerialNumber":"S-2002","softwareVersion":"6.4.1"})");
-  for (const int n : {0, 1, 2}) EXPECT_EQ(dumpOf(e, n), Dump::toJsonString(e));
   Json::Value json = e.toJson(level(2));
   json["liaCalibrationTime"] = "20400101-0000";
   EXPECT_EQ(read.fromJson(json, nullptr), sizeof(time_t) > 4) << "a time past 2038 where time_t has 32 bits";

@@ -37,7 +37,6 @@ TEST(OrbelSettings, Wire) {
   const CapturedLog log;
   OrbelSettings s = sampleSettings();
   expectWire(s, "orbel_settings_v0");
-  EXPECT_EQ(dumpOf(s, 0), Dump::toJsonString(s));
   EXPECT_EQ(bytesOf(s), recordOf(dumpOf(s) + '\0')) << "the length counts the terminating zero";
 }
 
@@ -50,18 +49,14 @@ TEST(OrbelSettings, Codes) {
       {"text ends at its first zero", recordOf(good + std::string(1, '\0') + "]"), 0},
       {"even within a quoted text", recordOf(std::string("{\"OrbelSettings\": {\"sync_username\": \"a\0b\"}}", 43)),
        -1},
-      {"another record's id", withByte(recordOf(good), 7, 4), -1},
       {"no text at all", recordOf(""), -1},
       {"no root member", recordOf("{\"Instrument\": {}}"), -1},
-      {"header claims more", withByte(recordOf(good), 11, 99), -4},
-      {"length of 4 GiB", withByte(recordOf(good), 12, 0xFF), -3},
-      {"cut in the length", {0xAB, 0xCD, 1, 0, 0, 0x51, 0, 0x0B, 0, 0, 0, 40, 0, 0}, -3},
   };
   for (const CodedBytes& row : rows) {
     SCOPED_TRACE(row.name);
     OrbelSettings read;
     EXPECT_EQ(readFrom(read, row.bytes), row.code);
-    EXPECT_EQ(read.autoSave, row.code == 0 || row.code == -4);
+    EXPECT_EQ(read.autoSave, row.code == 0);
   }
 }
 
@@ -170,4 +165,9 @@ TEST(OrbelSettings, ANetworkProfileKeepsItsComments) {
     ASSERT_TRUE(s.fromString("{\"OrbelSettings\": {\"net_profile\":" + profile + "}}"));
     EXPECT_NE(Dump::toJsonString(s).find("// lab"), std::string::npos);
   }
+  std::string comments;  // so many that JsonCpp would look at the text for each of them: none is kept
+  while (comments.size() < 1024 * 1024) comments += "//\n";
+  OrbelSettings s;
+  ASSERT_TRUE(s.fromString("{\"OrbelSettings\": {\"net_profile\": " + comments + "1}}"));
+  EXPECT_EQ(Dump::toJsonString(s).find("//"), std::string::npos);
 }

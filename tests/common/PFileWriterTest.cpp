@@ -84,11 +84,11 @@ TEST(FileWriterDeathTest, ATotalBeyondFourGigabytesIsFatal) {
   ASSERT_NE(memory, MAP_FAILED);
   const auto writeAll = [memory](uint32_t last) {
     FileWriter writer;
-    writer.open("/dev/null");
+    EXPECT_EQ(writer.open("/dev/null"), 0);
     Section section;
     for (const uint32_t size : {PIECE, PIECE, PIECE, last, PIECE}) {
       section.payload.set(size, static_cast<unsigned char const*>(memory), false);
-      writer.write(section);
+      EXPECT_EQ(writer.write(section), 0);
     }
   };
   EXPECT_DEATH(writeAll(PIECE), "fileSizeWithHeader >= headerBytes");

@@ -102,7 +102,8 @@ TEST_F(ResultFileDeathTest, ASectionOfUnknownTypeIsFatalWhenAllAreReadAndGoodWhe
   RecordTesting::writeFile(path, image);
   ResultSummary r;
   EXPECT_EQ(readResultSummary(r, path.c_str(), false), 0);
-  EXPECT_DEATH(readResultSummary(r, path.c_str(), true), "Invalid section type, libcrossplatform/common/ResultFile:");
+  EXPECT_DEATH((void)readResultSummary(r, path.c_str(), true),
+               "Invalid section type, libcrossplatform/common/ResultFile:");
   EXPECT_EQ(check(), 0);
   EXPECT_TRUE(checked.section == 4 && checked.offset == image.size());
   RecordTesting::writeFile(path, withByte(image, image.size() - 22, 9));  // what the unknown type holds

@@ -13,9 +13,7 @@
 #include <libcrossplatform/common/DatabaseVersionEx.h>
 #include <libcrossplatform/common/FileReplacement.h>
 #include <libcrossplatform/common/NetworkProfile.h>
-#include <libcrossplatform/common/OrbelSettings.h>
 #include <libcrossplatform/common/ResultFile.h>
-#include <libcrossplatform/serialization/ByteStreamBuilder.h>
 
 #ifdef VELTRA_HAS_INSPECT
 #include <libinspect/container/Recover.h>
@@ -125,18 +123,16 @@ int package(const std::string& path) {
 int readPackage(const std::string& path) {
   void* const manifest = newManifest();
   if (manifest == nullptr) return READER_ERROR_OPENING_FILE;
-  const auto lengthOfDump = [&] { return databaseVersionExDatabasePackageManifestDumpBuffer(manifest, nullptr, 0); };
-  const int lengths[] = {lengthOfDump(), lengthOfDump()};
   char number[16] = "", firmware[16] = "";
   uint16_t build = 0;
-  int status = lengths[0] == -1 || lengths[1] == -1 ? READER_ERROR_OPENING_FILE : READER_OK;
-  const bool isShort = status == READER_OK && lengths[0] != lengths[1];
+  const int length = databaseVersionExDatabasePackageManifestDumpBuffer(manifest, nullptr, 0);
+  int status = length == -1 ? READER_ERROR_OPENING_FILE : READER_OK;
   if (status == 0) status = getManifestFromPFile(static_cast<DatabaseVersionExManifest>(manifest), path.c_str());
   if (status == 0) status = getDbVersionFromManifest(path.c_str(), number, sizeof number, &build);
   if (status == 0) status = getDbMinReqFirmwareVersionFromManifest(path.c_str(), firmware, sizeof firmware);
   databaseVersionExDeDatabasePackageManifest(manifest);
   const bool isRight = std::string(number) == "V3.12 a suffix " && build == 407 && firmware[3] == '1';
-  return isShort || (status == 0 && !isRight) ? FOREIGN_EXCEPTION : status;
+  return status == 0 && !isRight ? FOREIGN_EXCEPTION : status;
 }
 
 constexpr char ADDRESS[] = "10.20.30.40";
@@ -169,22 +165,6 @@ int keepSecrets(const std::string& path) {
     if (secret != SECRET) return FOREIGN_EXCEPTION;
   }
   return profile.getWirelessKey(2) == "0123456789" ? 0 : 1;
-}
-
-/// A record that is JSON text on the wire, with a stored profile in it.
-int rebuildSettings(const std::string& path) {
-  NetworkProfile profile;
-  if (!profile.readFrom(path)) return 1;
-  Veltra::OrbelSettings settings({"7", "a name beyond the short texts"}, true, false, "user", "password",
-                                 std::move(profile), false, 3);
-  Marshal::ByteStreamBuilder out;
-  settings.serialize(out);
-  if (out.failed()) return 1;
-  Bytes bytes(out.data(), out.data() + out.size());
-  Marshal::StreamOpStatus status = 0;
-  const auto made = Veltra::Settings::create(bytes.data(), out.size(), status);
-  if (made == nullptr) return 1;
-  return static_cast<const Veltra::OrbelSettings&>(*made) == settings ? 0 : FOREIGN_EXCEPTION;
 }
 
 int replace(const std::string& path) {
@@ -244,7 +224,6 @@ const std::vector<Workload>& all() {
       {"replace", replace, OLD, trace(70000), Workload::REPLACES, false, false},
       {"profile_save", saveProfile, OLD, profile, Workload::REPLACES, false, false},
       {"secrets", keepSecrets, profile, profile, Workload::READS, false, false},
-      {"settings", rebuildSettings, profile, profile, Workload::READS, false, false},
 #ifdef VELTRA_HAS_INSPECT
       {"doctor", doctor, wholeResult(), wholeResult(), Workload::READS, true, false},
       {"recover", recover, OLD, wholeResult(), Workload::REPLACES, true, false},

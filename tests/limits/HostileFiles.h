@@ -2,33 +2,22 @@
 
 #include <functional>
 #include <string>
-#include <vector>
 
 #include <libcrossplatform/common/OrbelSettings.h>
-#include <libcrossplatform/common/PFile.h>
 #include <libcrossplatform/serialization/ByteStreamBuilder.h>
 #include <libcrossplatform/serialization/Header.h>
-#include <libcrossplatform/serialization/WireBytes.h>
+
+#include "../ContainerBytes.h"
 
 /// Files that claim much, become much, or keep a reader busy. The limits are counted on small ones, the time is
 /// measured on large ones.
 namespace HostileFiles {
 
-using Bytes = std::vector<uint8_t>;
-
-/// A section as it stands in a file, its CRCs right, whatever its flags say of the data.
-inline Bytes section(uint16_t type, uint16_t flags, const Bytes& data) {
-  PFile::Header header;
-  header.set(type, 1, flags, 0, static_cast<unsigned>(data.size()), data.data());
-  const auto head = header.bytes();
-  Bytes bytes(head.begin(), head.end());
-  bytes.insert(bytes.end(), data.begin(), data.end());
-  return bytes;
-}
+using ContainerBytes::Bytes, ContainerBytes::closedFile, ContainerBytes::headerClaiming, ContainerBytes::storedSection;
 
 inline Bytes compressed(Bytes data) {
   PFile::Section stored;
-  stored.set(0, 0, PFile::SECTION_FLAG_COMPRESS, data.data(), static_cast<unsigned>(data.size()), false, 6);
+  (void)stored.set(0, 0, PFile::SECTION_FLAG_COMPRESS, data.data(), static_cast<unsigned>(data.size()), false, 6);
   return Bytes(stored.payload.data(), stored.payload.data() + stored.payload.size());
 }
 
@@ -39,29 +28,9 @@ inline Bytes repeated(const Bytes& unit, std::size_t room) {
   return bytes;
 }
 
-/// A file header and these sections.
-inline Bytes closedFile(const Bytes& sections) {
-  Bytes length(4);
-  Marshal::storeLittle32(length.data(), static_cast<uint32_t>(PFile::Header::BYTES + 4 + sections.size()));
-  Bytes bytes = section(PFile::FILE_HEADER_TYPE, 0, length);
-  bytes.insert(bytes.end(), sections.begin(), sections.end());
-  return bytes;
-}
-
 /// A section of a few KiB that claims, and has, this many zeros.
 inline Bytes bomb(uint16_t type, uint32_t size) {
-  return section(type, PFile::SECTION_FLAG_COMPRESS, compressed(Bytes(size)));
-}
-
-/// A section header without data that claims so many bytes.
-inline Bytes headerClaiming(uint16_t type, uint32_t size) {
-  PFile::Header header;
-  header.type = type;
-  header.dataSize = size;
-  header.dataCrc = 1;
-  header.hdrCrc = PFile::crc32Of(header.bytes().data(), PFile::Header::HDR_CRC_BYTES);
-  const auto head = header.bytes();
-  return Bytes(head.begin(), head.end());
+  return storedSection(type, PFile::SECTION_FLAG_COMPRESS, compressed(Bytes(size)));
 }
 
 /// Headers alone, each of which claims everything after it.
@@ -94,7 +63,7 @@ inline Bytes settingsRecord(const std::string& profile) {
 inline Bytes record() {
   std::string profile = "[1";
   for (int i = 0; i < 130000; ++i) profile += ",1";
-  return section(104, PFile::SECTION_FLAG_COMPRESS, compressed(settingsRecord(profile + "]")));
+  return storedSection(104, PFile::SECTION_FLAG_COMPRESS, compressed(settingsRecord(profile + "]")));
 }
 
 constexpr std::size_t FILE_HEADER_BYTES = PFile::Header::BYTES + 4;
@@ -112,9 +81,9 @@ struct Kind {
   }
 };
 inline const Kind KINDS[] = {
-    {"sections of one byte", true, [] { return section(300, 0, {'x'}); }},
-    {"unknown types", true, [] { return section(60000, 0, {'x'}); }},
-    {"never closed", false, [] { return section(60000, 0, {'x'}); }},
+    {"sections of one byte", true, [] { return storedSection(300, 0, {'x'}); }},
+    {"unknown types", true, [] { return storedSection(60000, 0, {'x'}); }},
+    {"never closed", false, [] { return storedSection(60000, 0, {'x'}); }},
     {"headers without data", true, [] { return headerClaiming(300, 0); }},
     {"headers that claim the rest", true, nullptr},
     {"zeros", false, [] { return Bytes(1); }},
@@ -127,7 +96,7 @@ inline const Kind KINDS[] = {
      [] {
        Bytes data(64, 'x');
        for (int i = 0; i < 20; ++i) data = compressed(data);
-       return section(301, PFile::SECTION_FLAG_COMPRESS, data);
+       return storedSection(301, PFile::SECTION_FLAG_COMPRESS, data);
      }},
     {"records", true, record},
 };

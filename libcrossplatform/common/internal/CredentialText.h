@@ -25,8 +25,8 @@ std::string sealCredential(gsl::span<const uint8_t> payload, const CredentialKey
 /// Turns a stored text back into the secret.
 /// @param payload  receives the secret, which may be empty; emptied on failure
 /// @return false when any layer of the text is not what sealCredential makes under this key
-bool openCredential(const std::string& text, const CredentialKey& key, const CredentialTrace& trace,
-                    SecretBytes& payload);
+[[nodiscard]] bool openCredential(const std::string& text, const CredentialKey& key, const CredentialTrace& trace,
+                                  SecretBytes& payload);
 
 /// Prints bytes in lines of 16: offset, hexadecimal digits with a gap in the middle, and the characters, which end at
 /// column 79. Trailing spaces are omitted.

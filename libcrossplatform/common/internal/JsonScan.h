@@ -44,6 +44,6 @@ std::string withoutFractions(std::string text);
 /// Restores the fractions of a document that was read without them.
 /// @param text  the document as it was; the values' offsets are places in it
 /// @return false when a number cannot be read: `value` is then partly done
-bool restoreFractions(Json::Value& value, const std::string& text);
+[[nodiscard]] bool restoreFractions(Json::Value& value, const std::string& text);
 
 }  // namespace Veltra

@@ -20,7 +20,7 @@ const char* nonFiniteText(Float value) {
 
 /// @return true, `out` set, when the text is exactly one of the three
 template <class Float>
-bool nonFiniteFromText(std::string_view text, Float& out) {
+[[nodiscard]] bool nonFiniteFromText(std::string_view text, Float& out) {
   using Limits = std::numeric_limits<Float>;
   if (text != NAN_TEXT && text != PLUS_INFINITY_TEXT && text != MINUS_INFINITY_TEXT) return false;
   out = text == NAN_TEXT ? Limits::quiet_NaN() : text == PLUS_INFINITY_TEXT ? Limits::infinity() : -Limits::infinity();

@@ -8,7 +8,7 @@ namespace PFile {
 /// @param onWrongCrc  called when the payload is not what the header records
 /// @return 0; -1 wrong CRC-32 or bad zlib data
 template <class OnWrongCrc>
-int settleSection(Section& section, bool uncompress, OnWrongCrc onWrongCrc) {
+[[nodiscard]] int settleSection(Section& section, bool uncompress, OnWrongCrc onWrongCrc) {
   if (!section.verifyDataCrc()) {
     onWrongCrc();
     return PFILE_FAILED;

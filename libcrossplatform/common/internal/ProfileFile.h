@@ -24,12 +24,12 @@ enum class ProfileOwner : int32_t {
 /// @param expected  what it must still be when it is replaced; null accepts any
 /// @return false with the reason in errno, ESTALE for an unexpected file; the old file is unchanged, unless only its
 ///         folder could not be synced
-bool writeProfileFile(const std::string& path, const std::string& text, const FileStamp* expected);
+[[nodiscard]] bool writeProfileFile(const std::string& path, const std::string& text, const FileStamp* expected);
 
 /// Reads a whole file.
 /// @return false, with `text` unchanged and the reason in errno: it cannot be opened or read (as the system says), is a
 ///         folder (EISDIR), another special file (ENOTSUP) or a link that is not followed (EACCES, ELOOP), has more
 ///         than PROFILE_FILE_MAX_BYTES (EFBIG), or belongs to another owner than allowed (EPERM)
-bool readProfileFile(const std::string& path, ProfileOwner owner, std::string& text);
+[[nodiscard]] bool readProfileFile(const std::string& path, ProfileOwner owner, std::string& text);
 
 }  // namespace Veltra

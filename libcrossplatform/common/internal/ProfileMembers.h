@@ -68,7 +68,7 @@ uint32_t name(const Json::Value& parent, const char* key, const char* const (&na
 
 bool set(Json::Value& parent, const char* key, Json::Value&& value);  ///< always true; no texts
 /// @return false, with nothing stored, for a text that is not UTF-8: it would be read back as another
-bool set(Json::Value& parent, const char* key, const std::string& text);
+[[nodiscard]] bool set(Json::Value& parent, const char* key, const std::string& text);
 bool set(Json::Value& parent, const char* key, const char* text);  ///< always true: a name from a table
 void remove(Json::Value& parent, const char* key);
 Json::Value& writableArray(Json::Value& parent, const char* key);
@@ -87,11 +87,11 @@ Json::Value& writableSecurity(Json::Value& document);
 
 /// Stores a text among the security members.
 /// @return false, with nothing changed, for a text that is not UTF-8
-bool setInSecurity(Json::Value& document, const char* key, const std::string& text);
+[[nodiscard]] bool setInSecurity(Json::Value& document, const char* key, const std::string& text);
 
 /// Stores what EncryptedString made of a secret among the security members.
 /// @return false, nothing changed, when that is empty
-bool setEncrypted(Json::Value& document, const char* key, const std::string& encrypted);
+[[nodiscard]] bool setEncrypted(Json::Value& document, const char* key, const std::string& encrypted);
 
 // WEP keys, by number from 1. A number outside 1..4 has no key.
 
@@ -100,6 +100,6 @@ std::string wirelessKey(const Json::Value& security, unsigned number);
 
 /// Stores a key, or a JSON null for an empty one, in an array of four places at least.
 /// @return false, nothing changed, for a number outside 1..4 or a key that could not be encrypted
-bool setWirelessKey(Json::Value& document, unsigned number, const std::string& key);
+[[nodiscard]] bool setWirelessKey(Json::Value& document, unsigned number, const std::string& key);
 
 }  // namespace Veltra::ProfileMembers
