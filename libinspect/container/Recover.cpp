@@ -169,7 +169,7 @@ class Search {
     uint8_t bytes[PFile::Header::BYTES] = {};
     const std::size_t got = _source.readAside(section.offset, bytes, sizeof bytes);
     Marshal::ByteStreamReader in(bytes, sizeof bytes);
-    (void)section.header.deserialize(in);  // its bytes are there
+    (void)section.header.deserialize(in);                          // its bytes are there
     _isSummaryLost = _isSummaryLost || isSummary(section.header);  // damaged as it is, it may still tell
     if (!isNoted()) return;
     Finding why = {E05_TRUNCATED, section.offset, section.number, fmt::format("{} bytes of header", sizeof bytes),
