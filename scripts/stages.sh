@@ -10,7 +10,8 @@ stage_format() {
   clang-format-14 --dry-run -Werror "${files[@]}"
 }
 
-# Every text file ends in a newline, and nothing names a directory of somebody's machine.
+# Every text file ends in a newline, nothing names a directory of somebody's machine, and the vectors are as they were
+# made.
 stage_text() {
   local files file bad=0
   mapfile -d '' files < <(git grep -Ilz -e '')
@@ -22,6 +23,7 @@ stage_text() {
     say "The lines above name a directory of one machine."
     bad=1
   fi
+  scripts/vectors --check || bad=1
   return $bad
 }
 
