@@ -123,7 +123,7 @@ void parseSection(const Json::Value& json, const std::string& path, DescribedSec
 bool writeDataSection(const DescribedSection& described, int level, PFile::FileWriter& file, std::string& error) {
   ByteSource source;
   source.setLimit(described.compress ? PFile::Section::MAX_UNCOMPRESSED : MAX_PAYLOAD);
-  const bool isOpen = source.open(described.payload, error);
+  const bool isOpen = source.openFile(described.payload, error);
   if (!isOpen && !source.isOverLimit()) return false;
   if (source.size() == 0 || source.size() > MAX_PAYLOAD) {
     error = fmt::format("{}: {} bytes, a payload has 1 to {}", source.name(), source.size(), MAX_PAYLOAD);
@@ -204,13 +204,11 @@ bool packResult(ResultDescription& description, const std::string& path, int lev
   for (const DescribedSection& section : description.sections) {
     if (!writeDataSection(section, level, file.writer(), error)) return false;
   }
+  packed.bytes = file.writer().size();
   if (file.commit() != 0) {
     error = fmt::format("{}: {}", path, std::strerror(errno));
     return false;
   }
-  ByteSource written;
-  if (!written.open(path, error)) return false;
-  packed.bytes = written.size();
   packed.sections = static_cast<int>(description.sections.size()) + 2;
   return true;
 }
