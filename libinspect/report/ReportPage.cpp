@@ -241,6 +241,16 @@ Data dataOf(const FileNote& note) {
   return data;
 }
 
+/// Whether a file begins as every page does. False if it cannot be read.
+bool isReportPage(const std::string& path) {
+  const std::string form = REPORT_TEMPLATE;
+  const std::string firstLine = form.substr(0, form.find('\n'));
+  std::string begin(firstLine.size(), '\0'), error;
+  ByteSource source;
+  return source.openFile(path, error) && source.readAt(0, begin.data(), begin.size()) == begin.size() &&
+         begin == firstLine;
+}
+
 }  // namespace
 
 std::string reportPage(const JobFiles& job, const std::string& title) {
@@ -267,12 +277,10 @@ std::string reportPage(const JobFiles& job, const std::string& title) {
   return form.render(page);
 }
 
-bool isReportPage(const std::string& path) {
-  const std::string form = REPORT_TEMPLATE;
-  const std::string firstLine = form.substr(0, form.find('\n'));
-  std::string begin(firstLine.size(), '\0'), error;
-  ByteSource source;
-  return source.open(path, error) && source.readAt(0, begin.data(), begin.size()) == begin.size() && begin == firstLine;
+void leaveOutPage(std::vector<std::string>& files, const std::string& page) {
+  if (!isReportPage(page)) return;
+  const auto isPage = [&page](const std::string& file) { return isSameFile(file, page); };
+  files.erase(std::remove_if(files.begin(), files.end(), isPage), files.end());
 }
 
 }  // namespace Inspect

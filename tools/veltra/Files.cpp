@@ -45,7 +45,7 @@ int codeOfOther(const Inspect::FileRun& run, const std::string& file, const std:
 }
 
 void complainOfFile(const std::string& file, const Inspect::Findings& findings, const Options& options) {
-  if (!options.quiet) complainOfEach(file == "-" ? "standard input" : file, findings);
+  if (!options.quiet) complainOfEach(Inspect::inputName(file), findings);
 }
 
 }  // namespace
@@ -217,7 +217,7 @@ bool refusesToReplace(const std::string& path, bool force, const std::vector<std
   }
   for (const std::string& input : inputs) {
     if (!Inspect::isSameFile(input, path)) continue;
-    complain((input == "-" ? "standard input" : input) + ": is the input and would be replaced");
+    complain(Inspect::inputName(input) + ": is the input and would be replaced");
     return true;
   }
   return false;

@@ -19,15 +19,14 @@ struct ManifestArguments {
 };
 
 int newManifest(const ManifestArguments& args) {
-  constexpr uint64_t MAX_DESCRIPTION = uint64_t{16} * 1024 * 1024;
   std::string text, error;
   Veltra::DatabasePackageManifest manifest;
-  if (!Inspect::readText(args.input, MAX_DESCRIPTION, text, error)) {
+  if (!Inspect::readText(args.input, Inspect::MOST_TEXT, text, error)) {
     complain(error);
     return EXIT_COULD_NOT;
   }
   if (!Inspect::parsePackage(text, manifest, error)) {
-    complain(fmt::format("{}: {}", args.input == "-" ? "standard input" : args.input, error));
+    complain(fmt::format("{}: {}", Inspect::inputName(args.input), error));
     return EXIT_COULD_NOT;
   }
   if (refusesToReplace(args.output, args.force, {args.input})) return EXIT_COULD_NOT;

@@ -10,8 +10,6 @@
 namespace Command {
 namespace {
 
-constexpr uint64_t MAX_DESCRIPTION = uint64_t{16} * 1024 * 1024;
-
 struct PackArguments {
   std::string description;
   std::string output;
@@ -28,13 +26,13 @@ std::string directoryOf(const std::string& path) {
 int pack(const PackArguments& args, const Options& options) {
   std::string text, error;
   Inspect::ResultDescription description;
-  if (!Inspect::readText(args.description, MAX_DESCRIPTION, text, error)) {
+  if (!Inspect::readText(args.description, Inspect::MOST_TEXT, text, error)) {
     complain(error);
     return EXIT_COULD_NOT;
   }
   const std::string payloads = args.payloads.empty() ? directoryOf(args.description) : args.payloads;
   if (!Inspect::parseDescription(text, payloads, description, error)) {
-    complain(fmt::format("{}: {}", args.description == "-" ? "standard input" : args.description, error));
+    complain(fmt::format("{}: {}", Inspect::inputName(args.description), error));
     return EXIT_COULD_NOT;
   }
   std::vector<std::string> inputs = {args.description};

@@ -29,9 +29,7 @@ int report(const ReportArguments& args, const Options& options) {
   int code = EXIT_DONE;
   std::vector<std::string> files = filesOf(args.paths, options, code);
   if (code == EXIT_COULD_NOT) return code;  // nobody can say what the page would leave out
-  // The previous page may be among the files of the job.
-  const auto isPage = [&args](const std::string& file) { return Inspect::isSameFile(file, args.output); };
-  if (Inspect::isReportPage(args.output)) files.erase(std::remove_if(files.begin(), files.end(), isPage), files.end());
+  Inspect::leaveOutPage(files, args.output);
   if (refusesToReplace(args.output, true, files)) return EXIT_COULD_NOT;
   if (args.expected.empty() && complainsOfNoFiles(args.paths, files)) return EXIT_COULD_NOT;
   const Inspect::FileRun run(std::move(files), args.paths, options.maxSize);
