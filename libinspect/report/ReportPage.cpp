@@ -82,10 +82,7 @@ std::string factsOf(const Report& report) {
   constexpr std::size_t DAY = 10;  // characters of a date
   std::string text;
   for (const MediumReport& medium : report.media) {
-    std::string name = medium.name;
-    name[0] = static_cast<char>(name[0] | 0x20);  // within a sentence
-    text += (text.empty() ? "" : ", ") + (name == "no medium" ? fmt::format("{} without a medium", medium.rows.size())
-                                                              : fmt::format("{} {}", medium.rows.size(), name));
+    text += fmt::format("{}{} {}", text.empty() ? "" : ", ", medium.rows.size(), medium.phrase);
   }
   if (!text.empty()) text += ". ";
   if (report.firstTime == 0) return text;

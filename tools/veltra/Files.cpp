@@ -69,6 +69,18 @@ bool complainsOfNoResults(const std::vector<std::string>& paths, const Inspect::
   return true;
 }
 
+Argument& addExpect(Subcommand& command, std::string& expected) {
+  return command.option("--expect", "FIRST..LAST", &expected,
+                        "the IDs of the job; tells which are missing, damaged, tested twice or not expected");
+}
+
+bool takeExpected(const std::string& expected, Inspect::CableIdSet& set) {
+  std::string error;
+  if (expected.empty() || Inspect::parseExpected(expected, set, error)) return true;
+  complain(error);
+  return false;
+}
+
 void tellOfOthers(uint64_t others, const Options& options) {
   if (others == 0 || options.quiet) return;
   complain(others == 1 ? "1 other file, which is no container"

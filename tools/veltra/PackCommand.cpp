@@ -64,7 +64,7 @@ Subcommand packCommand(const Options& options) {
   command.option("--payloads", "DIR", &args->payloads,
                  "directory of the payload files, instead of the description's own");
   command.option("--level", "0|1|2|3|4|5|6|7|8|9", &args->level, "zlib level of compressed sections").showingPreset();
-  command.flag("--force", args->force, "replace an existing file");
+  command.flag("--force", args->force, FORCE_HELP);
   command.run = [args, &options] { return pack(*args, options); };
   return command;
 }

@@ -105,7 +105,7 @@ Subcommand recoverCommand(const Options& options) {
   Subcommand command("recover", "Save every intact section of a damaged file into a new one");
   command.place("FILE", "FILE", &args->file, "the damaged file; - reads standard input").required();
   command.option("-o,--output", "NEW", &args->output, "the file to write").required();
-  command.flag("--force", args->force, "replace an existing file");
+  command.flag("--force", args->force, FORCE_HELP);
   command.run = [args, &options] { return recover(*args, options); };
   return command;
 }

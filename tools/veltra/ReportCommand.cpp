@@ -20,11 +20,7 @@ struct ReportArguments {
 
 int report(const ReportArguments& args, const Options& options) {
   Inspect::CableIdSet expected;
-  std::string error;
-  if (!args.expected.empty() && !parseExpected(args.expected, expected, error)) {
-    complain(error);
-    return EXIT_USAGE;
-  }
+  if (!takeExpected(args.expected, expected)) return EXIT_USAGE;
   if (refusesToReplace(args.output, args.force, args.paths)) return EXIT_COULD_NOT;
   int code = EXIT_DONE;
   std::vector<std::string> files = filesOf(args.paths, options, code);
@@ -61,10 +57,9 @@ Subcommand reportCommand(const Options& options) {
   Subcommand command("report", "One page about many results, to print or to hand over");
   command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
   command.option("-o,--output", "PAGE", &args->output, "the page to write, HTML").required();
-  command.option("--expect", "FIRST..LAST", &args->expected,
-                 "the IDs of the job; tells which are missing, damaged, tested twice or not expected");
+  addExpect(command, args->expected);
   command.option("--title", "TEXT", &args->title, "the page's headline").showingPreset();
-  command.flag("--force", args->force, "replace an existing file");
+  command.flag("--force", args->force, FORCE_HELP);
   command.run = [args, &options] { return report(*args, options); };
   return command;
 }
