@@ -170,7 +170,7 @@ Subcommand netprofileCommand(const Options& options) {
   const auto args = std::make_shared<NetprofileArguments>();
   Subcommand command("netprofile", "Show, change and check the stored network profile");
   const Take takeFile = [args](const std::string& file) {
-    args->file = file;
+    args->file = file == "-" ? "./-" : file;  // never standard input: it is changed in place
     args->isNamed = true;
   };
   command.option("--file", "F", takeFile, "the stored profile").showing(args->file);
