@@ -31,6 +31,7 @@ int codeOfFile(const Inspect::ReadOutcome& outcome, const Inspect::Findings& fin
   if (outcome.state == Inspect::ReadOutcome::WAS_READ) return codeOf(findings);
   const bool isLeftOut = outcome.state == Inspect::ReadOutcome::LEFT_OUT;
   if (!isLeftOut || !options.quiet) complain(outcome.error);
+  if (outcome.state == Inspect::ReadOutcome::OUT_OF_MEMORY) return EXIT_COULD_NOT;
   return isLeftOut ? EXIT_WITH_LOSS : unread;
 }
 
