@@ -67,7 +67,7 @@ void checkRecord(const ByteSource& source, const SectionInfo& section) {
   if (plain.outcome == DecodedRecord::NO_RECORD) return;
   FUZZ_CHECK(plain.used <= bytes.size());
   plain.toJson(false);
-  maskSecrets(bytes);
+  maskSecrets(bytes, Inspect::decodeRecord(bytes));
   if (plain.outcome == DecodedRecord::DECODED) FUZZ_CHECK(at == plain.used && traced.used == plain.used);
 }
 

@@ -86,7 +86,7 @@ stage_coverage() { scripts/coverage; }
 stage_report() {
   quietly cmake --preset release
   cmake --build --preset release -j "$jobs" --target veltra -- --quiet
-  tests/report/render.sh build/release/tools/veltra build/report
+  tests/libinspect/report/render.sh build/release/tools/veltra build/report
 }
 
 stage_tidy() {

@@ -32,7 +32,7 @@ PFile::PFileReaderStatus readManifestFile(DatabasePackageManifest& manifest, cha
   PFile::Section section;
   if (file.read(section, true) != PFile::PFILE_OK) return PFile::READER_WRONG_FILE_TYPE;
   const uint16_t type = section.header.type;
-  if (type != PFile::SECTION_LIMIT_MANIFEST && type != PFile::SECTION_CABLE_MANIFEST) {
+  if (!PFile::isManifestSection(type)) {
     return PFile::READER_WRONG_FILE_TYPE;
   }
   Marshal::ByteStreamReader in(section.payload.data(), section.payload.size());

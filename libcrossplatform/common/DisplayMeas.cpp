@@ -1,7 +1,5 @@
 #include <libcrossplatform/common/DisplayMeas.h>
 
-#include <utility>
-
 #include <libcrossplatform/serialization/FieldCodec.h>
 
 namespace Veltra {

@@ -10,11 +10,14 @@
 
 #include <pcg_random.hpp>
 
+#include <libcrossplatform/common/internal/CredentialEnvelope.h>
 #include <libcrossplatform/common/internal/CredentialText.h>
 
 #include "CredentialKey.h"  // written at configure time, seen by this unit alone
 
 namespace {
+
+static_assert(EncryptedString::MAX_BYTES == Veltra::ENVELOPE_MAX_PAYLOAD);
 
 constexpr std::size_t SHORTEST_TEXT_FORM = 61;
 

@@ -13,11 +13,13 @@
 /// of the flags below was turned on.
 class VELTRA_EXPORT EncryptedString {
  public:
+  static constexpr std::size_t MAX_BYTES = 65535;  ///< of a secret
+
   EncryptedString() = delete;
 
   /// The text form of a secret, a different one at each call.
-  /// @return at least 64 characters in lines of 64, no line break at the end; empty when the secret has more than 65535
-  ///         bytes or the system has no random numbers
+  /// @return at least 64 characters in lines of 64, no line break at the end; empty when the secret has more than
+  ///         MAX_BYTES or the system has no random numbers
   static std::string Encrypt(const std::string& text);
   static std::string EncryptBlob(const std::vector<uint8_t>& data);
 

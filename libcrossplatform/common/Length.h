@@ -19,6 +19,9 @@ enum LengthRoundedTo : int32_t {
 /// "LENGTH_ROUNDED_TO_HUNDREDS".
 VELTRA_EXPORT const char* toString(LengthRoundedTo roundedTo);
 
+// Below, a precision outside the list is taken as that number of decimals, and a length that is not a number or not
+// finite stays so; it has the digits that saturateToInt32() of ScaledInt.h gives it.
+
 /// The length in metres, rounded half away from zero.
 VELTRA_EXPORT float displayLengthMeters(float meters, LengthRoundedTo roundedTo);
 /// The length in feet, rounded half away from zero.

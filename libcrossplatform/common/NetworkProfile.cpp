@@ -16,7 +16,6 @@ namespace Stored = Veltra::ProfileMembers;
 namespace {
 
 constexpr char INDENTATION[] = "\t";
-static_assert(Veltra::PROFILE_FILE_MAX_BYTES >= Veltra::JsonBounds::STYLED_BYTES, "what is saved can be read");
 
 // The wired and the USB Wi-Fi settings differ only in their keys: these serve both.
 

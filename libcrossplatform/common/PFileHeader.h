@@ -60,6 +60,9 @@ class VELTRA_EXPORT Header : public Marshal::ISerializable, public Dump::IDumpab
   uint32_t computeHdrCrc() const;
 };
 
+/// The first section of every container: a header and the total length.
+constexpr uint32_t FILE_HEADER_BYTES = Header::BYTES + sizeof(uint32_t);
+
 /// zlib's CRC-32 started from 0; 0 for no bytes. `data` may be null when `size` is 0.
 VELTRA_EXPORT uint32_t crc32Of(unsigned char const* data, unsigned int size);
 

@@ -25,7 +25,7 @@ class VELTRA_EXPORT FileReader {
   /// @return 0; -1 a file is open already, null path, a directory, it could not be opened, or it does not begin with an
   ///         intact file header; -2 it is empty. If the file itself could be opened, it stays open: close() it.
   [[nodiscard]] int open(char const* path);
-  /// The same, reading `readAhead` bytes at a time instead of 64 KiB: less is faster for a few sections.
+  /// The same, reading `readAhead` bytes, 1 or more, at a time instead of 64 KiB: less is faster for a few sections.
   [[nodiscard]] int open(char const* path, std::size_t readAhead);
   /// Reads the next section header and stops after it. The magic is not checked; the header's CRC covers it.
   [[nodiscard]] int getHeader(Header& header);

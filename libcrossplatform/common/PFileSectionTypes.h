@@ -14,6 +14,11 @@ constexpr uint16_t SECTION_LIMIT_MANIFEST = 101;
 constexpr uint16_t SECTION_CABLE_MANIFEST = 102;
 constexpr uint16_t SECTION_RESULT_SUMMARY = 200;
 
+/// Whether sections of a type hold a database package.
+constexpr bool isManifestSection(unsigned int id) {
+  return id == SECTION_LIMIT_MANIFEST || id == SECTION_CABLE_MANIFEST;
+}
+
 /// What is known of a section type. Every function below, the versions that result files are checked against and the
 /// lists of the `veltra` command read these rows.
 struct SectionType {

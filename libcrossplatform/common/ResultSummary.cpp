@@ -80,17 +80,17 @@ void ResultSummary::setResultName(const char* name) {
 // Inlined, because result lists read thousands of these: as a separate call, reading takes a sixth longer.
 template <class Fields>
 VELTRA_ALWAYS_INLINE void ResultSummary::fields(Fields& f) {
-  f.text("resultName", resultName);
-  f.i8("resultType", resultType);
-  f.i64("timeStamp", timeStamp);
-  f.i8("status", status);
-  f.record("length", length);
-  f.record("headroom", headroom);
-  f.u32("testFlags", testFlags);
+  f.text(SummaryNames::RESULT_NAME, resultName);
+  f.i8(SummaryNames::RESULT_TYPE, resultType);
+  f.i64(SummaryNames::TIME_STAMP, timeStamp);
+  f.i8(SummaryNames::STATUS, status);
+  f.record(SummaryNames::LENGTH, length);
+  f.record(SummaryNames::HEADROOM, headroom);
+  f.u32(SummaryNames::TEST_FLAGS, testFlags);
   // One byte on the wire, though held as int: 200 comes back as -56. Result files of other instruments rely on it.
-  f.i8("numPassTests", numPassTests);
-  f.i8("numPassStarTests", numPassStarTests);
-  f.i8("numFailTests", numFailTests);
+  f.i8(SummaryNames::NUM_PASS_TESTS, numPassTests);
+  f.i8(SummaryNames::NUM_PASS_STAR_TESTS, numPassStarTests);
+  f.i8(SummaryNames::NUM_FAIL_TESTS, numFailTests);
 }
 
 unsigned ResultSummary::serialize(Marshal::IObjectWriter& out) {
@@ -107,21 +107,17 @@ void ResultSummary::dump(Dump::IFormatter&, const Dump::DumpFlags&) const {
 
 Json::Value ResultSummary::toJson(const Dump::DumpFlags& flags) const {
   Json::Value object(Json::objectValue);
-  object["resultName"] = resultName;
+  object[SummaryNames::RESULT_NAME] = resultName;
   if (flags.level == Dump::DumpFlags::FULL_LEVEL) {
-    object["resultType"] = toString(resultType);
-    object["timeStamp"] = localTimeText(timeStamp);
-    object["status"] = toString(status);
-    object["length"] = length.toString();
-    object["headroom"] = headroom.toString();
-    Json::Value& tests = object["testFlags"] = Json::Value(Json::arrayValue);
-    for (uint32_t bit = 1; bit != 0; bit <<= 1) {
-      // The array holds signed integers: bit 31 reads -2147483648.
-      if ((testFlags & bit) != 0) tests.append(static_cast<int>(bit));
-    }
-    object["numPassTests"] = numPassTests;
-    object["numPassStarTests"] = numPassStarTests;
-    object["numFailTests"] = numFailTests;
+    object[SummaryNames::RESULT_TYPE] = toString(resultType);
+    object[SummaryNames::TIME_STAMP] = localTimeText(timeStamp);
+    object[SummaryNames::STATUS] = toString(status);
+    object[SummaryNames::LENGTH] = length.toString();
+    object[SummaryNames::HEADROOM] = headroom.toString();
+    object[SummaryNames::TEST_FLAGS] = bitsToJson(testFlags);
+    object[SummaryNames::NUM_PASS_TESTS] = numPassTests;
+    object[SummaryNames::NUM_PASS_STAR_TESTS] = numPassStarTests;
+    object[SummaryNames::NUM_FAIL_TESTS] = numFailTests;
   }
   return rootedJson(JSON_ROOT_NAME, std::move(object));
 }

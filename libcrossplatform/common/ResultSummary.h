@@ -4,7 +4,6 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include <libcrossplatform/common/DisplayMeas.h>
 #include <libcrossplatform/common/RecordList.h>
@@ -12,6 +11,20 @@
 #include <libcrossplatform/serialization/IJsonable.h>
 
 namespace Veltra {
+
+/// The names of a summary's members, in JSON and where its fields are traced.
+namespace SummaryNames {
+constexpr char RESULT_NAME[] = "resultName";
+constexpr char RESULT_TYPE[] = "resultType";
+constexpr char TIME_STAMP[] = "timeStamp";
+constexpr char STATUS[] = "status";
+constexpr char LENGTH[] = "length";
+constexpr char HEADROOM[] = "headroom";
+constexpr char TEST_FLAGS[] = "testFlags";
+constexpr char NUM_PASS_TESTS[] = "numPassTests";
+constexpr char NUM_PASS_STAR_TESTS[] = "numPassStarTests";
+constexpr char NUM_FAIL_TESTS[] = "numFailTests";
+}  // namespace SummaryNames
 
 /// The small record that stands for one saved test result in result lists.
 /// A plain value: default-constructed cleared, copied freely. On the wire: headed record, docs/format.md#resultsummary.

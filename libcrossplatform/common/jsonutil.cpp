@@ -1,5 +1,6 @@
 #include <libcrossplatform/common/jsonutil.h>
 
+#include <cerrno>
 #include <cstring>
 #include <limits>
 #include <new>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <string>
@@ -11,6 +12,14 @@
 
 namespace Veltra {
 
+/// The limits of a stored document: docs/reader-behaviour.md, "The bounds of JSON". Values take a hundred times
+/// their size in memory, and a deeply nested document a thousand times its bytes when it is written again.
+namespace JsonBounds {
+constexpr std::size_t VALUES = std::size_t{128} * 1024;
+constexpr std::size_t LEVELS = 1000;  ///< what JsonCpp reads; parseJson() refuses more
+constexpr std::size_t STYLED_BYTES = std::size_t{4} * 1024 * 1024;
+}  // namespace JsonBounds
+
 /// JSON form of a float: a number, or the texts "NaN", "+inf" and "-inf" that ScaledInt uses too.
 VELTRA_EXPORT Json::Value toJson(float value);
 VELTRA_EXPORT Json::Value toJson(double value);
@@ -19,6 +28,15 @@ VELTRA_EXPORT Json::Value toJson(double value);
 VELTRA_EXPORT Json::Value toJson(long long value);
 /// The same through the signed conversion: values of 2^63 and above come out as negative text.
 VELTRA_EXPORT Json::Value toJson(unsigned long long value);
+
+/// JSON form of a set of flags: a list of the bits that are set, as signed integers, so that bit 31 is -2147483648.
+inline Json::Value bitsToJson(uint32_t bits) {
+  Json::Value list(Json::arrayValue);
+  for (uint32_t bit = 1; bit != 0; bit <<= 1) {
+    if ((bits & bit) != 0) list.append(static_cast<int>(bit));
+  }
+  return list;
+}
 
 /// Parses a document, whatever the locale. Comments are allowed, and kept when asked for, unless there are so many that
 /// their number times the length of the text comes to more than 2^24: JsonCpp would take seconds to place them.

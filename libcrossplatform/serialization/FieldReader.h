@@ -1,7 +1,5 @@
 #pragma once
 
-#include <algorithm>
-#include <cstring>
 #include <string>
 
 #include <libcrossplatform/serialization/FieldEncoder.h>

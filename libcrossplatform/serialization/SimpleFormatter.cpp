@@ -1,7 +1,6 @@
 #include <libcrossplatform/serialization/SimpleFormatter.h>
 
 #include <ostream>
-#include <string>
 
 #include <libcrossplatform/serialization/NumberText.h>
 

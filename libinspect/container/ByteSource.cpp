@@ -28,6 +28,10 @@ int namelessFile() {
   return file;
 }
 
+bool isStandardInput(const std::string& path) {
+  return path == "-";
+}
+
 bool writeAll(int file, const uint8_t* bytes, std::size_t size) {
   while (size > 0) {
     const ssize_t put = Veltra::uninterrupted([&] { return write(file, bytes, size); });
@@ -84,19 +88,27 @@ ByteSource::~ByteSource() {
 }
 
 void ByteSource::close() {
-  const bool isOwn = _taken == nullptr && _descriptor > STDIN_FILENO;
-  if (isOwn) ::close(_descriptor);
+  const bool isOwn = _taken == nullptr && !_isStandardInput;
+  if (isOwn && _descriptor >= 0) ::close(_descriptor);
   _descriptor = -1;
   _taken.reset();
   _windowSize = 0;
 }
 
 bool ByteSource::open(const std::string& path, std::string& error) {
+  return openInput(path, isStandardInput(path), error);
+}
+
+bool ByteSource::openFile(const std::string& path, std::string& error) {
+  return openInput(path, false, error);
+}
+
+bool ByteSource::openInput(const std::string& path, bool isStandardInput, std::string& error) {
   close();
   _isOverLimit = false;
   _hasFailed = false;
-  _isStandardInput = path == "-";
-  _name = _isStandardInput ? "standard input" : path;
+  _isStandardInput = isStandardInput;
+  _name = isStandardInput ? inputName(path) : path;
   // A FIFO among the files of a folder must not block.
   _descriptor = _isStandardInput ? STDIN_FILENO : ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   struct stat info {};
@@ -131,8 +143,8 @@ bool ByteSource::openAgain(const std::string& path, const Taken& taken, std::str
   if (taken == nullptr) return open(path, error);
   close();
   _hasFailed = false;
-  _isStandardInput = path == "-";
-  _name = _isStandardInput ? "standard input" : path;
+  _isStandardInput = isStandardInput(path);
+  _name = inputName(path);
   use(taken);
   return true;
 }
@@ -229,10 +241,14 @@ std::size_t ByteSource::readAside(uint64_t offset, void* to, std::size_t size) c
   return _inMemory ? readAt(offset, to, size) : readFile(offset, static_cast<uint8_t*>(to), size);
 }
 
+std::string inputName(const std::string& path) {
+  return isStandardInput(path) ? "standard input" : path;
+}
+
 bool isSameFile(const std::string& input, const std::string& path) {
   struct stat a {
   }, b{};
-  const bool isKnown = (input == "-" ? fstat(STDIN_FILENO, &a) : stat(input.c_str(), &a)) == 0;
+  const bool isKnown = (isStandardInput(input) ? fstat(STDIN_FILENO, &a) : stat(input.c_str(), &a)) == 0;
   return isKnown && stat(path.c_str(), &b) == 0 && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 

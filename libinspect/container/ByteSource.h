@@ -34,12 +34,14 @@ class ByteSource {
   /// Opens an input in place of the one before. A FIFO that nobody writes to is refused, not waited for.
   /// @return false, with `error` saying what is wrong with which input
   [[nodiscard]] bool open(const std::string& path, std::string& error);
+  /// The same of a file, also one named "-": for what was written, or is named by another file.
+  [[nodiscard]] bool openFile(const std::string& path, std::string& error);
   /// Opens what another source has open once more: a file by its name, what was taken in from where it is.
   [[nodiscard]] bool openAgain(const std::string& path, const Taken& taken, std::string& error);
   /// For openAgain(): null for a file.
   const Taken& taken() const { return _taken; }
   bool isOverLimit() const { return _isOverLimit; }  ///< whether open() refused it for its size
-  const std::string& name() const { return _name; }  ///< the path, or "standard input"
+  const std::string& name() const { return _name; }  ///< inputName() of the path
   /// As open() took it: "-" for standard input.
   std::string path() const { return _isStandardInput ? "-" : _name; }
   /// Also when open() refused it: of a file its size, of another input what was taken in until then.
@@ -55,6 +57,7 @@ class ByteSource {
 
  private:
   void close();
+  [[nodiscard]] bool openInput(const std::string& path, bool isStandardInput, std::string& error);
   bool hasWriter(Stream& stream);
   [[nodiscard]] bool takeIn(Stream& stream, bool isDevice, std::string& error);
   void use(const Taken& taken);
@@ -76,11 +79,17 @@ class ByteSource {
   mutable std::size_t _windowSize = 0;
 };
 
+/// What messages call an input: its path, or "standard input" for "-".
+std::string inputName(const std::string& path);
+
 /// Whether an input, "-" for standard input, is the file that a path leads to, whatever its name: by device and inode.
 /// False if one of them cannot be examined.
 bool isSameFile(const std::string& input, const std::string& path);
 
-/// A whole file as text, for descriptions and lists. @return false, with `error` filled, also above `limit` bytes
+constexpr uint64_t MOST_TEXT = uint64_t{16} << 20;  ///< bytes of a description or a list that a person made
+
+/// A whole input as text, for descriptions and lists. Of a pipe no more than `limit` bytes and a piece are taken in.
+/// @return false, with `error` filled, also above `limit` bytes
 [[nodiscard]] bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error);
 
 }  // namespace Inspect

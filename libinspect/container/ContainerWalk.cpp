@@ -59,7 +59,8 @@ class Walker {
 
   bool next(SectionInfo& info) {
     if (_isOver) return false;
-    if (_report.size == 0) add(E02_NO_FILE_HEADER, 0, 0, "20 bytes of file header", "an empty file");
+    if (_report.size == 0)
+      add(E02_NO_FILE_HEADER, 0, 0, fmt::format("{} bytes of file header", PFile::Header::BYTES), "an empty file");
     info = SectionInfo();
     info.number = static_cast<int>(_report.sections);
     info.offset = _end;
@@ -105,8 +106,8 @@ class Walker {
           fmt::format("0x{:04x}", info.header.magic));
     }
     if (info.number == 0 && info.header.type != PFile::FILE_HEADER_TYPE) {
-      add(E02_NO_FILE_HEADER, info.offset, info.number, "a first section of type 1",
-          fmt::format("type {}", info.header.type));
+      add(E02_NO_FILE_HEADER, info.offset, info.number,
+          fmt::format("a first section of type {}", PFile::FILE_HEADER_TYPE), fmt::format("type {}", info.header.type));
     }
     return true;
   }
@@ -262,6 +263,12 @@ Json::Value toJson(const SectionInfo& section) {
   return json;
 }
 
+const std::vector<std::string>& sectionColumns() {
+  static const std::vector<std::string> COLUMNS = {"number",     "offset",       "type",       "name", "version",
+                                                   "storedSize", "originalSize", "compressed", "crc"};
+  return COLUMNS;
+}
+
 ContainerReport walk(const ByteSource& source, WalkDepth depth, const OnSection& onSection) {
   return Walker(source, depth, onSection).run();
 }
@@ -337,9 +344,10 @@ bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<
 
 Finding inflateFinding(const SectionInfo& info) {
   const bool tooBig = info.originalSize > PFile::Section::MAX_UNCOMPRESSED;
-  return {tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED, info.payloadOffset(), info.number,
-          tooBig ? "8388608 bytes at most" : "a zlib stream of the original size",
-          fmt::format("{} bytes claimed", info.originalSize.value_or(0))};
+  return {
+      tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED, info.payloadOffset(), info.number,
+      tooBig ? fmt::format("{} bytes at most", PFile::Section::MAX_UNCOMPRESSED) : "a zlib stream of the original size",
+      fmt::format("{} bytes claimed", info.originalSize.value_or(0))};
 }
 
 std::string typeName(uint16_t type) {

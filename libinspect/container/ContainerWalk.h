@@ -28,6 +28,8 @@ struct SectionInfo {
   uint64_t payloadOffset() const { return offset + PFile::Header::BYTES; }
 };
 Json::Value toJson(const SectionInfo& section);
+/// The columns of that object in order, without its flags.
+const std::vector<std::string>& sectionColumns();
 /// A section's flags for people: "compressed, level 6", or "none".
 std::string flagWords(uint16_t flags);
 

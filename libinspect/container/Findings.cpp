@@ -105,6 +105,11 @@ Json::Value toJson(const Finding& finding) {
   return json;
 }
 
+const std::vector<std::string>& findingColumns() {
+  static const std::vector<std::string> COLUMNS = {"offset", "section", "code", "meaning", "wanted", "found"};
+  return COLUMNS;
+}
+
 std::string nameOf(const Finding& finding) {
   return fmt::format("{} {}", toString(finding.code), meaningOf(finding.code));
 }

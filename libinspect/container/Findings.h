@@ -51,6 +51,8 @@ struct Finding {
 };
 
 Json::Value toJson(const Finding& finding);
+/// The columns of that object in order.
+const std::vector<std::string>& findingColumns();
 /// One line for people: "offset 24, section 1: E04 data CRC differs: expected ..., found ..."
 std::string describe(const Finding& finding);
 /// The same after "FILE: ".

@@ -8,15 +8,14 @@
 #include <fmt/format.h>
 #include <zlib.h>
 
-#include <libcrossplatform/common/PFileSafeWriter.h>
+#include <libcrossplatform/common/FileReplacement.h>
+#include <libcrossplatform/common/PFileWriter.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/WireBytes.h>
 #include <libinspect/container/Doctor.h>
 
 namespace Inspect {
 namespace {
-
-constexpr uint64_t FILE_HEADER_BYTES = PFile::Header::BYTES + 4;
 
 /// CRC-32 of any range of the input at a bounded cost: the CRCs of all bytes before each checkpoint, and the rule that
 /// removes the CRC of a beginning from the CRC of the whole (zlib's crc32_combine). Without it a file of many headers
@@ -80,7 +79,7 @@ class Search {
       } else if (!isIntact(section)) {
         // An unclosed file header is one of these: it is written anew anyway.
         if (section.header.type == PFile::FILE_HEADER_TYPE) {
-          _next = section.offset + FILE_HEADER_BYTES;
+          _next = section.offset + PFile::FILE_HEADER_BYTES;
         } else {
           loseSection(section);
         }
@@ -200,7 +199,7 @@ class Search {
   /// The bytes between the last section kept and `end` are lost, except a file header at the beginning.
   void lose(uint64_t end) {
     uint64_t begin = _covered;
-    if (begin == 0 && isFileHeader()) begin = std::min(FILE_HEADER_BYTES, end);
+    if (begin == 0 && isFileHeader()) begin = std::min<uint64_t>(PFile::FILE_HEADER_BYTES, end);
     if (end > begin) _recovery.lost.push_back({begin, end - begin});
   }
 
@@ -213,13 +212,25 @@ class Search {
   CrcIndex _crcs;
   Recovery _recovery;
   uint64_t _covered = 0;
-  uint64_t _next = FILE_HEADER_BYTES;  ///< where a section must begin
-  int _number = 1;                     ///< of that section
+  uint64_t _next = PFile::FILE_HEADER_BYTES;  ///< where a section must begin
+  int _number = 1;                            ///< of that section
   uint64_t _recordedEnd = UINT64_MAX;
   bool _hasSummary = false;  ///< among those kept
   bool _hasResultData = false;
   bool _isSummaryLost = false;
 };
+
+/// Whether every section of what was written is as it was kept. What was wrong with a record still is.
+bool isWhole(const std::string& written, const std::string& path, std::string& error) {
+  ByteSource source;
+  if (!source.openFile(written, error)) return false;
+  const Findings findings = walk(source, WalkDepth::HEADERS_AND_CRCS).findings;
+  const auto damage =
+      std::find_if(findings.begin(), findings.end(), [](const Finding& finding) { return isDamage(finding.code); });
+  if (damage == findings.end()) return true;
+  error = describe(path, *damage);
+  return false;
+}
 
 }  // namespace
 
@@ -238,19 +249,20 @@ Recovery findSections(const ByteSource& source) {
 }
 
 bool writeRecovered(const ByteSource& source, const Recovery& recovery, const std::string& path, std::string& error) {
-  PFile::SafeFileWriter file;
+  Veltra::FileReplacement file;
+  PFile::FileWriter writer;
   const auto failed = [&] {
     error = fmt::format("{}: {}", path, std::strerror(errno));
     return false;
   };
-  uint64_t total = FILE_HEADER_BYTES;
+  uint64_t total = PFile::FILE_HEADER_BYTES;
   for (const SectionInfo& info : recovery.kept) total += PFile::Header::BYTES + uint64_t{info.header.dataSize};
   if (total > PFile::FileWriter::MAX_BYTES) {
-    error = fmt::format("{}: the sections found are {} bytes together, a container holds at most {}", source.name(),
-                        total, PFile::FileWriter::MAX_BYTES);
+    error = fmt::format("{}: expected sections that make a container of at most {} bytes, found {}", source.name(),
+                        PFile::FileWriter::MAX_BYTES, total);
     return false;
   }
-  if (file.open(path.c_str()) != 0) return failed();
+  if (!file.open(path) || writer.open(file.temporaryPath().c_str()) != 0) return failed();
   for (const SectionInfo& info : recovery.kept) {
     std::unique_ptr<unsigned char[]> bytes(new unsigned char[info.header.dataSize]);
     if (source.readAt(info.payloadOffset(), bytes.get(), info.header.dataSize) != info.header.dataSize) {
@@ -261,9 +273,10 @@ bool writeRecovered(const ByteSource& source, const Recovery& recovery, const st
     section.header = info.header;
     section.payload.set(info.header.dataSize, bytes.release(), true);
     section.compressed = section.compressable();  // as stored: it is written unchanged
-    if (file.writer().write(section) != 0) return failed();
+    if (writer.write(section) != 0) return failed();
   }
-  return file.commit() == 0 || failed();
+  if (writer.close(false) != 0) return failed();
+  return isWhole(file.temporaryPath(), path, error) && (file.commit() || failed());
 }
 
 }  // namespace Inspect

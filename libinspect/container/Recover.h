@@ -40,7 +40,8 @@ struct Recovery {
 /// whatever it claims. Ends early when the source fails: check hasFailed().
 Recovery findSections(const ByteSource& source);
 
-/// Writes the sections found, byte for byte, into a new container next to `path` and renames it into place.
+/// Writes the sections found, byte for byte, into a new container next to `path`, reads it back, and renames it into
+/// place if every section is as it was kept.
 /// @return false, with `error` filled; the file at `path` is then unchanged
 [[nodiscard]] bool writeRecovered(const ByteSource& source, const Recovery& recovery, const std::string& path,
                                   std::string& error);

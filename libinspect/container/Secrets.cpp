@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <iterator>
 #include <string_view>
 
 #include <libcrossplatform/common/jsonutil.h>
@@ -70,11 +69,6 @@ bool maskWithin(const Json::Value& value, bool isWithinSecret, uint8_t* text, st
 }
 
 }  // namespace
-
-bool isSecret(const std::string& member) {
-  return std::any_of(std::begin(SECRETS), std::end(SECRETS),
-                     [&member](const Secret& secret) { return member == secret.member; });
-}
 
 bool isSecret(const std::string& member, const Json::Value& value) {
   return isSecret(member) || (member == NET_PROFILE && !(value.isObject() || value.isArray()));

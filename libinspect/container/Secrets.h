@@ -3,8 +3,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include <json/value.h>
+
+#include <libcrossplatform/common/ProfileNames.h>
 
 namespace Inspect {
 
@@ -19,18 +22,23 @@ struct Secret {
 // clang-format off
 constexpr Secret SECRETS[] = {
     {"sync_userpass", SecretForm::PLAIN},
-    {"Wireless Password", SecretForm::ENCRYPTED_TEXT},
-    {"User", SecretForm::ENCRYPTED_TEXT},
-    {"Password", SecretForm::ENCRYPTED_TEXT},
-    {"ID", SecretForm::ENCRYPTED_TEXT},
-    {"Certificate", SecretForm::ENCRYPTED_BLOB},
-    {"Certificate Key", SecretForm::ENCRYPTED_BLOB},
-    {"Key", SecretForm::ENCRYPTED_TEXTS},
+    {Veltra::ProfileNames::WIRELESS_PASSWORD, SecretForm::ENCRYPTED_TEXT},
+    {Veltra::ProfileNames::USER, SecretForm::ENCRYPTED_TEXT},
+    {Veltra::ProfileNames::PASSWORD, SecretForm::ENCRYPTED_TEXT},
+    {Veltra::ProfileNames::SECURITY_ID, SecretForm::ENCRYPTED_TEXT},
+    {Veltra::ProfileNames::CERTIFICATE, SecretForm::ENCRYPTED_BLOB},
+    {Veltra::ProfileNames::CERTIFICATE_KEY, SecretForm::ENCRYPTED_BLOB},
+    {Veltra::ProfileNames::KEYS, SecretForm::ENCRYPTED_TEXTS},
 };
 // clang-format on
 
 /// Whether a member of this name is a secret.
-bool isSecret(const std::string& member);
+constexpr bool isSecret(std::string_view member) {
+  for (const Secret& secret : SECRETS) {
+    if (member == secret.member) return true;
+  }
+  return false;
+}
 /// The same of a member with its value: a network profile that is a plain text is one, too.
 bool isSecret(const std::string& member, const Json::Value& value);
 

@@ -6,8 +6,6 @@
 #include <fmt/format.h>
 #include <json/writer.h>
 
-#include <libcrossplatform/common/jsonutil.h>
-
 namespace Inspect {
 namespace {
 

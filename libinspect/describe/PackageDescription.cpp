@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 #include <limits>
+#include <memory>
 
 #include <fmt/format.h>
 
@@ -10,6 +11,7 @@
 #include <libcrossplatform/common/FileReplacement.h>
 #include <libcrossplatform/common/jsonutil.h>
 #include <libinspect/describe/ObjectReader.h>
+#include <libinspect/records/ProfileView.h>
 
 namespace Inspect {
 namespace {
@@ -29,7 +31,9 @@ void parseVersion(ObjectReader& in, Veltra::DatabaseVersion& version) {
     ok = part.isUInt() && part.asUInt() <= MOST_16;
     if (ok) *parts[i] = static_cast<uint16_t>(part.asUInt());
   }
-  if (!ok) in.fail("version", *v, "a list of four numbers from 0 to 65535 (schema, content, object, build)");
+  if (!ok)
+    in.fail("version", *v,
+            fmt::format("a list of four numbers from 0 to {} (schema, content, object, build)", MOST_16));
 }
 
 void parseDatabase(const Json::Value& json, const std::string& path, DatabaseDescriptor& database, std::string& error) {
@@ -60,7 +64,7 @@ bool parsePackage(const std::string& text, DatabasePackageManifest& manifest, st
   Json::Value root;
   error.clear();
   if (!Veltra::parseJson(text, root, false)) {
-    error = "not JSON";
+    error = jsonFaultIn(text);
     return false;
   }
   if (root.isObject()) root.removeMember("schema");  // printed packages have it

@@ -15,6 +15,7 @@
 #include <libinspect/container/ContainerWalk.h>
 #include <libinspect/describe/ObjectReader.h>
 #include <libinspect/records/IsoTime.h>
+#include <libinspect/records/ProfileView.h>
 
 namespace Inspect {
 namespace {
@@ -85,17 +86,18 @@ void count(ObjectReader& in, const char* key, int& out) {
 }
 
 void parseSummary(const Json::Value& json, Veltra::ResultSummary& s, std::string& error) {
+  namespace Names = Veltra::SummaryNames;
   ObjectReader in(json, "summary", error);
-  in.text("resultName", s.resultName);
-  enumeration(in, "resultType", s.resultType);
-  timeStamp(in, "timeStamp", s.timeStamp);
-  enumeration(in, "status", s.status);
-  measurement(in, "length", s.length);
-  measurement(in, "headroom", s.headroom);
-  testFlags(in, "testFlags", s.testFlags);
-  count(in, "numPassTests", s.numPassTests);
-  count(in, "numPassStarTests", s.numPassStarTests);
-  count(in, "numFailTests", s.numFailTests);
+  in.text(Names::RESULT_NAME, s.resultName);
+  enumeration(in, Names::RESULT_TYPE, s.resultType);
+  timeStamp(in, Names::TIME_STAMP, s.timeStamp);
+  enumeration(in, Names::STATUS, s.status);
+  measurement(in, Names::LENGTH, s.length);
+  measurement(in, Names::HEADROOM, s.headroom);
+  testFlags(in, Names::TEST_FLAGS, s.testFlags);
+  count(in, Names::NUM_PASS_TESTS, s.numPassTests);
+  count(in, Names::NUM_PASS_STAR_TESTS, s.numPassStarTests);
+  count(in, Names::NUM_FAIL_TESTS, s.numFailTests);
   in.finish();
 }
 
@@ -123,15 +125,15 @@ void parseSection(const Json::Value& json, const std::string& path, DescribedSec
 bool writeDataSection(const DescribedSection& described, int level, PFile::FileWriter& file, std::string& error) {
   ByteSource source;
   source.setLimit(described.compress ? PFile::Section::MAX_UNCOMPRESSED : MAX_PAYLOAD);
-  const bool isOpen = source.open(described.payload, error);
+  const bool isOpen = source.openFile(described.payload, error);
   if (!isOpen && !source.isOverLimit()) return false;
   if (source.size() == 0 || source.size() > MAX_PAYLOAD) {
-    error = fmt::format("{}: {} bytes, a payload has 1 to {}", source.name(), source.size(), MAX_PAYLOAD);
+    error = fmt::format("{}: expected a payload of 1 to {} bytes, found {}", source.name(), MAX_PAYLOAD, source.size());
     return false;
   }
   if (described.compress && source.size() > PFile::Section::MAX_UNCOMPRESSED) {
-    error = fmt::format("{}: {} bytes, readers uncompress at most {}: store it uncompressed", source.name(),
-                        source.size(), PFile::Section::MAX_UNCOMPRESSED);
+    error = fmt::format("{}: expected at most {} bytes to compress, found {}: store it uncompressed", source.name(),
+                        PFile::Section::MAX_UNCOMPRESSED, source.size());
     return false;
   }
   if (!isOpen) return false;
@@ -149,8 +151,8 @@ bool writeDataSection(const DescribedSection& described, int level, PFile::FileW
   }
   const uint64_t total = uint64_t{file.size()} + PFile::Header::BYTES + section.payload.size();
   if (total > PFile::FileWriter::MAX_BYTES) {
-    error = fmt::format("{}: the file would have {} bytes with it, a container holds at most {}", source.name(), total,
-                        PFile::FileWriter::MAX_BYTES);
+    error = fmt::format("{}: expected a container of at most {} bytes, found {} with it", source.name(),
+                        PFile::FileWriter::MAX_BYTES, total);
     return false;
   }
   if (file.write(section) == 0) return true;
@@ -165,7 +167,7 @@ bool parseDescription(const std::string& text, const std::string& payloads, Resu
   Json::Value root;
   error.clear();
   if (!Veltra::parseJson(text, root, false)) {
-    error = "not JSON";
+    error = jsonFaultIn(text);
     return false;
   }
   ObjectReader in(root, "description", error);
@@ -204,13 +206,11 @@ bool packResult(ResultDescription& description, const std::string& path, int lev
   for (const DescribedSection& section : description.sections) {
     if (!writeDataSection(section, level, file.writer(), error)) return false;
   }
+  packed.bytes = file.writer().size();
   if (file.commit() != 0) {
     error = fmt::format("{}: {}", path, std::strerror(errno));
     return false;
   }
-  ByteSource written;
-  if (!written.open(path, error)) return false;
-  packed.bytes = written.size();
   packed.sections = static_cast<int>(description.sections.size()) + 2;
   return true;
 }

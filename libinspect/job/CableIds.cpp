@@ -1,8 +1,11 @@
 #include <libinspect/job/CableIds.h>
 
+#include <sstream>
+
 #include <fmt/format.h>
 
 #include <libcrossplatform/common/CableIDSeq.h>
+#include <libinspect/container/ByteSource.h>
 
 namespace Inspect {
 namespace {
@@ -76,6 +79,17 @@ std::optional<uint32_t> CableIdSet::ordinalOf(const std::string& id) const {
   CIDNumber number(_number);
   if (!_pattern.setOrdinal(id, number)) return std::nullopt;
   return number.Ordinal();
+}
+
+bool readUsedIds(const std::string& path, std::vector<std::string>& used, std::string& error) {
+  std::string text;
+  if (!readText(path, MOST_TEXT, text, error)) return false;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.empty() && line.back() == '\r') line.pop_back();
+    if (!line.empty()) used.push_back(line);
+  }
+  return true;
 }
 
 std::vector<std::string> nextFreeIds(const std::string& first, const std::string& last,

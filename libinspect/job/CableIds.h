@@ -25,6 +25,10 @@ class CableIdSet {
   CIDNumber _number;
 };
 
+/// Appends the lines of an input, "-" for standard input, that are not empty; their ends may be those of Windows.
+/// @return false, with `error` filled: it could not be read, or has more than MOST_TEXT bytes
+[[nodiscard]] bool readUsedIds(const std::string& path, std::vector<std::string>& used, std::string& error);
+
 /// Up to `most` free IDs after those used, in the order they are to be used.
 /// @param used     IDs taken so far, in the order they were taken
 /// @param foreign  receives the used IDs that are not in the set, or were listed before

@@ -24,7 +24,7 @@ FileNote noteOf(const JudgedFile& file, OutputPlace place) {
 void JobFiles::add(const std::string& name, const ReadOutcome& outcome, const JudgedFile* file, const FileRun& run) {
   const bool isRead = outcome.state == ReadOutcome::WAS_READ && file != nullptr;
   const bool isOther = isRead && file->state == FileState::OTHER;
-  const std::string shown = name == "-" ? "standard input" : name;
+  const std::string shown = inputName(name);
   if (isOther && !run.isNamed(name)) {
     ++others;
     return;

@@ -66,6 +66,11 @@ unsigned threadsFor(const ReadingOptions& options, std::size_t files) {
   return static_cast<unsigned>(std::min<std::size_t>(threads, std::max<std::size_t>(files, 1)));
 }
 
+bool isOfMemory(const std::exception& exception) {
+  return dynamic_cast<const std::bad_alloc*>(&exception) != nullptr ||
+         dynamic_cast<const Json::RuntimeError*>(&exception) != nullptr;
+}
+
 ReadOutcome readOne(const std::string& file, ByteSource& source, const std::function<void()>& read) {
   ReadOutcome outcome;
   try {
@@ -77,6 +82,8 @@ ReadOutcome readOne(const std::string& file, ByteSource& source, const std::func
     if (source.hasFailed()) outcome.error = source.name() + ": read error";
   } catch (const std::exception& e) {  // it must not end the other threads
     outcome.error = file + ": " + causeOf(e);
+    outcome.state = isOfMemory(e) ? ReadOutcome::OUT_OF_MEMORY : ReadOutcome::COULD_NOT;
+    return outcome;
   }
   if (!outcome.error.empty()) outcome.state = ReadOutcome::COULD_NOT;
   return outcome;
@@ -85,9 +92,7 @@ ReadOutcome readOne(const std::string& file, ByteSource& source, const std::func
 }  // namespace
 
 const char* causeOf(const std::exception& exception) {
-  const bool isMemory = dynamic_cast<const std::bad_alloc*>(&exception) != nullptr ||
-                        dynamic_cast<const Json::RuntimeError*>(&exception) != nullptr;
-  return isMemory ? "out of memory" : exception.what();
+  return isOfMemory(exception) ? "out of memory" : exception.what();
 }
 
 std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool recursive,

@@ -25,9 +25,9 @@ struct ReadingOptions {
 
 /// Outcome of reading one file.
 struct ReadOutcome {
-  enum State { WAS_READ, LEFT_OUT, COULD_NOT };
+  enum State { WAS_READ, LEFT_OUT, COULD_NOT, OUT_OF_MEMORY };
   State state = WAS_READ;
-  std::string error;  ///< why not; also for a skipped file
+  std::string error;  ///< why it was not read, or why it was skipped
 };
 
 /// What an exception says to people: "out of memory" for that of the library and for JsonCpp's.

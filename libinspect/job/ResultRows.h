@@ -1,7 +1,5 @@
 #pragma once
 
-#include <ctime>
-#include <optional>
 #include <string>
 #include <vector>
 

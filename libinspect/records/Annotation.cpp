@@ -43,7 +43,7 @@ class SectionAnnotation {
     std::string error;
     if (!loadPayload(_source, _section, bytes, error)) return tellUntaken(at, present, error);
     if (_section.number == 0 && bytes.size() == WORD) return tellWord(bytes, "totalLength");
-    if (!_reveal) maskSecrets(bytes);
+    if (!_reveal) maskSecrets(bytes, decodeRecord(bytes));
     if (!_section.originalSize) return tellRecord(bytes, at);
     std::vector<uint8_t> word(WORD);
     _source.readAt(at, word.data(), word.size());
@@ -88,6 +88,21 @@ class SectionAnnotation {
 };
 
 }  // namespace
+
+Json::Value toJson(const AnnotatedStretch& stretch) {
+  Json::Value json(Json::objectValue);
+  json["offset"] = static_cast<Json::UInt64>(stretch.offset);
+  json["size"] = static_cast<Json::UInt64>(stretch.size);
+  json["kind"] = stretch.kind;
+  json["field"] = stretch.field;
+  json["value"] = stretch.value;
+  return json;
+}
+
+const std::vector<std::string>& stretchColumns() {
+  static const std::vector<std::string> COLUMNS = {"offset", "size", "kind", "field", "value"};
+  return COLUMNS;
+}
 
 void annotate(const ByteSource& source, const SectionInfo& section, bool reveal, const OnStretch& onStretch) {
   const SectionAnnotation annotation(source, section, reveal, onStretch);

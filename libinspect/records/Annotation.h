@@ -21,6 +21,9 @@ struct AnnotatedStretch {
   const uint8_t* bytes;  ///< `size` bytes, valid during the call; null for a stretch that is not split into fields
   std::string words;     ///< what the value means, where a number is not enough: a section's flags
 };
+Json::Value toJson(const AnnotatedStretch& stretch);
+/// The columns of that object in order.
+const std::vector<std::string>& stretchColumns();
 using OnStretch = std::function<void(const AnnotatedStretch&)>;
 
 /// Reports every field of a section, header first, in the order of its bytes.

@@ -140,4 +140,9 @@ Json::Value toJson(const JudgedFile& file) {
   return json;
 }
 
+const std::vector<std::string>& fileColumns() {
+  static const std::vector<std::string> COLUMNS = {"file", "kind", "damaged", "bytes", "recordedBytes", "sections"};
+  return COLUMNS;
+}
+
 }  // namespace Inspect

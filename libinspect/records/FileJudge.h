@@ -48,5 +48,7 @@ std::string noContainerText(const JudgedFile& file);
 
 /// The JSON form: file, kind, sizes, sections, findings and the summary's members.
 Json::Value toJson(const JudgedFile& file);
+/// The columns of that object in order, without its findings and its summary.
+const std::vector<std::string>& fileColumns();
 
 }  // namespace Inspect

@@ -1,5 +1,6 @@
 #include <libinspect/records/Measurements.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
@@ -59,8 +60,8 @@ Json::Value measurementJson(const Veltra::DisplayMeas& measurement) {
 }
 
 bool isMeasurement(const Json::Value& value) {
-  return value.isObject() && value.size() == 3 && value["relation"].isString() && value.isMember("value") &&
-         value.isMember("text");
+  return value.isObject() && value.getOffsetLimit() == 0 && value.size() == 3 && value["relation"].isString() &&
+         value.isMember("value") && value.isMember("text");
 }
 
 std::string digitsOf(const Json::Value& measurement) {

@@ -18,7 +18,7 @@ std::string measurementText(const Veltra::DisplayMeas& measurement);
 /// {"relation": "=", "text": "12.50", "value": 12.5}; relation one of "=", ">", "<", "n/a", "none"; value null where
 /// there is no number. A scale without a text gives null for value and text, where the library would abort.
 Json::Value measurementJson(const Veltra::DisplayMeas& measurement);
-/// Whether a value is such an object.
+/// Whether a value is such an object; one that was parsed from a text is a document from outside and is shown as it is.
 bool isMeasurement(const Json::Value& value);
 /// The number of such an object with all measured digits, such as 12.50; empty where it has none.
 std::string digitsOf(const Json::Value& measurement);

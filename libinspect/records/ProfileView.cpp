@@ -13,19 +13,27 @@
 #include <json/reader.h>
 
 #include <libcrossplatform/common/EncryptedString.h>
+#include <libcrossplatform/common/ProfileNames.h>
 #include <libcrossplatform/serialization/Utf8Text.h>
 #include <libinspect/container/Secrets.h>
 
 namespace Inspect {
 namespace {
 
+namespace Names = Veltra::ProfileNames;
+
 constexpr char WANTED_ADDRESS[] = "an IPv4 address an interface can have, such as 192.168.1.20";
 constexpr char WANTED_MASK[] = "an IPv4 mask of ones followed by zeros, such as 255.255.255.0";
 constexpr char WANTED_FLAG[] = "yes or no";
-constexpr char WANTED_TEXT[] = "a text of at most 65535 bytes";
 constexpr char WANTED_DNS[] = "an IPv4 address (servers are set in order, at most 3)";
 constexpr char WANTED_KEY[] =
     "5 characters or 10 hexadecimal digits, 13 or 26 for WEP-128 (an empty line removes the key)";
+
+/// "None, WEP-64 or WEP-128"
+template <std::size_t N>
+std::string choiceOf(const char* const (&names)[N]) {
+  return fmt::format("{} or {}", fmt::join(names, names + N - 1, ", "), names[N - 1]);
+}
 
 Json::Value textOrNull(const std::string& text) {
   return text.empty() ? Json::Value() : Json::Value(text);
@@ -89,8 +97,14 @@ Json::Value certificateSize(const std::vector<uint8_t>& bytes) {
 
 using P = NetworkProfile;
 
+static_assert(isSecret(Names::KEYS) && isSecret(Names::WIRELESS_PASSWORD) && isSecret(Names::USER) &&
+                  isSecret(Names::PASSWORD) && isSecret(Names::SECURITY_ID),
+              "shown masked");
+
 /// Made when it is first asked for: what is made before main() ends the program where memory is short.
 const std::vector<ProfileSetting>& settings() {
+  static const std::string WANTED_TEXT = fmt::format("a text of at most {} bytes", EncryptedString::MAX_BYTES);
+  static const std::string SECURITY_TYPES = choiceOf(UsbWifiSecurity::desc), ENCRYPTIONS = choiceOf(Encryption::desc);
   static const std::vector<ProfileSetting> LIST = {
       {"wifi", false, WANTED_FLAG, flag<&P::getWifiEnabled>, setFlag<&P::setWifiEnabled>},
       {"address", false, WANTED_ADDRESS, text<&P::getInetAddr>, setText<&P::setInetAddr>},
@@ -110,26 +124,27 @@ const std::vector<ProfileSetting>& settings() {
       {"wifi-dns2", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 1>, setDns<&P::setUsbWifiDNS, 1>},
       {"wifi-dns3", false, WANTED_DNS, dns<&P::getUsbWifiDNS, 2>, setDns<&P::setUsbWifiDNS, 2>},
       {"ssid", false, "a network name in UTF-8", text<&P::getUsbWifiSSID>, setText<&P::setUsbWifiSSID>},
-      {"security", false, "Open, WEP, WPA-WPA2-Personal or WPA-WPA2-Enterprise",
+      {"security", false, SECURITY_TYPES.c_str(),
        [](const P& p) { return Json::Value(UsbWifiSecurity::desc[p.getUsbWifiSecurity()]); },
        [](P& p, const std::string& name) { return setByName<UsbWifiSecurity>(p, name, &P::setUsbWifiSecurity); }},
-      {"encryption", false, "None, WEP-64, WEP-128, Auto, TKIP, AES or WEP",
+      {"encryption", false, ENCRYPTIONS.c_str(),
        [](const P& p) { return Json::Value(Encryption::desc[p.getEncryption()]); },
        [](P& p, const std::string& name) { return setByName<Encryption>(p, name, &P::setEncryption); }},
       {"eap", false, "an EAP method such as \"PEAP MSCHAP V2\" or \"TTLS PAP\"",
        [](const P& p) { return p.anyEap() ? Json::Value(Eap::desc[p.getEap()]) : Json::Value(); },
        [](P& p, const std::string& name) { return setByName<Eap>(p, name, &P::setEap); }},
-      {"wep-key1", isSecret("Key"), WANTED_KEY, wepKey<1>, setWepKey<1>},
-      {"wep-key2", isSecret("Key"), WANTED_KEY, wepKey<2>, setWepKey<2>},
-      {"wep-key3", isSecret("Key"), WANTED_KEY, wepKey<3>, setWepKey<3>},
-      {"wep-key4", isSecret("Key"), WANTED_KEY, wepKey<4>, setWepKey<4>},
+      {"wep-key1", isSecret(Names::KEYS), WANTED_KEY, wepKey<1>, setWepKey<1>},
+      {"wep-key2", isSecret(Names::KEYS), WANTED_KEY, wepKey<2>, setWepKey<2>},
+      {"wep-key3", isSecret(Names::KEYS), WANTED_KEY, wepKey<3>, setWepKey<3>},
+      {"wep-key4", isSecret(Names::KEYS), WANTED_KEY, wepKey<4>, setWepKey<4>},
       {"active-key", false, "the number of a key that is set, 1 to 4",
        [](const P& p) { return p.getActiveKey() != 0 ? Json::Value(p.getActiveKey()) : Json::Value(); }, setActiveKey},
-      {"passphrase", isSecret("Wireless Password"), WANTED_TEXT, text<&P::getWirelessPassword>,
+      {"passphrase", isSecret(Names::WIRELESS_PASSWORD), WANTED_TEXT.c_str(), text<&P::getWirelessPassword>,
        setText<&P::setWirelessPassword>},
-      {"user", isSecret("User"), WANTED_TEXT, text<&P::getUser>, setText<&P::setUser>},
-      {"password", isSecret("Password"), WANTED_TEXT, text<&P::getPassword>, setText<&P::setPassword>},
-      {"identity", isSecret("ID"), WANTED_TEXT, text<&P::getSecurityId>, setText<&P::setSecurityId>},
+      {"user", isSecret(Names::USER), WANTED_TEXT.c_str(), text<&P::getUser>, setText<&P::setUser>},
+      {"password", isSecret(Names::PASSWORD), WANTED_TEXT.c_str(), text<&P::getPassword>, setText<&P::setPassword>},
+      {"identity", isSecret(Names::SECURITY_ID), WANTED_TEXT.c_str(), text<&P::getSecurityId>,
+       setText<&P::setSecurityId>},
       {"alternate-id", false, WANTED_FLAG, flag<&P::getAlternateId>, setFlag<&P::setAlternateId>},
       {"certificate-name", false, "a text in UTF-8", text<&P::getCertificateName>, setText<&P::setCertificateName>},
       {"certificate", false, nullptr, [](const P& p) { return certificateSize(p.getCertificate()); }, nullptr},
@@ -162,14 +177,15 @@ struct StoredKind {
 };
 constexpr StoredKind STORED_KINDS[] = {
     // clang-format off
-    {"true or false", &Json::Value::isBool, {"Wifi Interface", "Use DHCP", "UsbWifiUse DHCP", "Alternate Id"}},
+    {"true or false", &Json::Value::isBool, {Names::WIFI_INTERFACE, Names::WIRED.useDhcp, Names::USB_WIFI.useDhcp, Names::ALTERNATE_ID}},
     {"a text", &Json::Value::isString,
-     {"InetAddr", "Mask", "Broadcast", "Gateway", "UsbWifiInetAddr", "UsbWifiMask", "UsbWifiBroadcast", "UsbWifiGateway",
-      "WiFi SSID", "Security Type", "Encryption", "EAP", "Wireless Password", "User", "Password", "ID", "Certificate",
-      "Certificate Key", "Certificate Name"}},
-    {"a list", &Json::Value::isArray, {"DNSList", "UsbWifiDNSList", "Recent", "Key"}},
-    {"an object", &Json::Value::isObject, {"Wireless Security"}},
-    {"a key number", &Json::Value::isUInt, {"Active Key"}},
+     {Names::WIRED.inetAddr, Names::WIRED.mask, Names::WIRED.broadcast, Names::WIRED.gateway,
+      Names::USB_WIFI.inetAddr, Names::USB_WIFI.mask, Names::USB_WIFI.broadcast, Names::USB_WIFI.gateway,
+      Names::SSID, Names::SECURITY_TYPE, Names::ENCRYPTION, Names::EAP, Names::WIRELESS_PASSWORD, Names::USER,
+      Names::PASSWORD, Names::SECURITY_ID, Names::CERTIFICATE, Names::CERTIFICATE_KEY, Names::CERTIFICATE_NAME}},
+    {"a list", &Json::Value::isArray, {Names::WIRED.dnsList, Names::USB_WIFI.dnsList, Names::RECENT, Names::KEYS}},
+    {"an object", &Json::Value::isObject, {Names::SECURITY}},
+    {"a key number", &Json::Value::isUInt, {Names::ACTIVE_KEY}},
     // clang-format on
 };
 
@@ -179,9 +195,9 @@ struct ListedName {
   std::size_t count;
 };
 const ListedName LISTED_NAMES[] = {
-    {"Security Type", UsbWifiSecurity::desc, std::size(UsbWifiSecurity::desc)},
-    {"Encryption", Encryption::desc, std::size(Encryption::desc)},
-    {"EAP", Eap::desc, std::size(Eap::desc)},
+    {Names::SECURITY_TYPE, UsbWifiSecurity::desc, std::size(UsbWifiSecurity::desc)},
+    {Names::ENCRYPTION, Encryption::desc, std::size(Encryption::desc)},
+    {Names::EAP, Eap::desc, std::size(Eap::desc)},
 };
 
 /// Checks a stored document: the whole profile or one of its recent networks.
@@ -191,7 +207,7 @@ class ProfileDocumentCheck {
 
   void run(const Json::Value& document) {
     checkKinds(document);
-    const Json::Value& security = document["Wireless Security"];
+    const Json::Value& security = document[Names::SECURITY];
     if (!security.isObject()) return;
     checkKinds(security);
     for (const ListedName& listed : LISTED_NAMES) checkName(listed, security[listed.member]);
@@ -283,8 +299,9 @@ std::string placeOfFault(const std::string& text, std::initializer_list<const ch
 
 }  // namespace
 
-std::string placeOfJsonFault(const std::string& text) {
-  return placeOfFault(text, {});
+std::string jsonFaultIn(const std::string& text) {
+  const std::string place = placeOfFault(text, {});
+  return "expected JSON" + (place.empty() ? "" : ", found something else at " + place);
 }
 
 std::vector<std::string> checkProfileText(const std::string& text) {
@@ -334,7 +351,7 @@ std::vector<std::string> checkProfile(const NetworkProfile& profile) {
   }
   checkValues(profile, found);
   ProfileDocumentCheck("", found).run(document);
-  const Json::Value& recent = document["Recent"];
+  const Json::Value& recent = document[Names::RECENT];
   for (Json::ArrayIndex i = 0; recent.isArray() && i < recent.size(); ++i) {
     const std::string place = fmt::format("recent network {}: ", i + 1);
     if (recent[i].isObject()) {

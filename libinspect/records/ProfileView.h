@@ -9,15 +9,17 @@
 
 namespace Inspect {
 
-/// One setting of the network profile, as the command names it. One table serves show, set and check.
+/// One setting of the network profile, as the command names it. One table serves show, set and check; its texts live
+/// as long as the program.
 struct ProfileSetting {
   const char* name;
   bool secret;
   const char* wanted;  ///< what a value must be, for refusals; null where a setting is only shown
-  Json::Value (*get)(const NetworkProfile& profile);  ///< null where it is not set
-  bool (*set)(NetworkProfile& profile, const std::string& text);
+  Json::Value (*get)(const NetworkProfile& profile);              ///< null where it is not set
+  bool (*set)(NetworkProfile& profile, const std::string& text);  ///< null where a setting is only shown
 };
 
+/// All settings in the order they are shown; the list lives as long as the program.
 const std::vector<ProfileSetting>& profileSettings();
 /// Null for an unknown name.
 const ProfileSetting* findProfileSetting(const std::string& name);
@@ -33,7 +35,8 @@ std::vector<std::string> checkProfile(const NetworkProfile& profile);
 /// the document, and bytes that are not UTF-8. One line each, with the place of the first, without secrets.
 std::vector<std::string> checkProfileText(const std::string& text);
 
-/// "line 3, column 5": where a text stops being JSON. Empty if it does not.
-std::string placeOfJsonFault(const std::string& text);
+/// "expected JSON, found something else at line 3, column 5": why a text was refused. Without the place where the
+/// parser finds nothing wrong with it.
+std::string jsonFaultIn(const std::string& text);
 
 }  // namespace Inspect

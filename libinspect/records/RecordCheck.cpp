@@ -75,7 +75,10 @@ DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section
   }
   if (record.outcome != DecodedRecord::DECODED) return record;
   if (record.scaleWithoutText) {
-    add(E10_SCALE_WITHOUT_TEXT, "a scale from -1 to 4", std::to_string(*record.scaleWithoutText));
+    add(E10_SCALE_WITHOUT_TEXT,
+        fmt::format("a scale from {} to {}", static_cast<int>(Veltra::ScaledInt::SCALED_TO_TENS),
+                    static_cast<int>(Veltra::ScaledInt::SCALED_TO_TENTHOUSANDTHS)),
+        std::to_string(*record.scaleWithoutText));
   }
   if (record.hasNegativeCount) add(W04_NEGATIVE_COUNT, "counts of 0 to 127", "a negative count");
   if (record.used < bytes.size()) {

@@ -136,21 +136,19 @@ constexpr Decoder DECODERS[] = {
 }  // namespace
 
 Json::Value summaryJson(const ResultSummary& summary) {
+  namespace Names = Veltra::SummaryNames;
   Json::Value json;
   Json::Value& object = json[ResultSummary::JSON_ROOT_NAME];
-  object["resultName"] = summary.resultName;
-  object["resultType"] = toString(summary.resultType);
-  object["timeStamp"] = isoUtc(static_cast<time_t>(summary.timeStamp));
-  object["status"] = toString(summary.status);
-  object["length"] = measurementJson(summary.length);
-  object["headroom"] = measurementJson(summary.headroom);
-  Json::Value& flags = object["testFlags"] = Json::Value(Json::arrayValue);
-  for (uint32_t bit = 1; bit != 0; bit <<= 1) {
-    if ((summary.testFlags & bit) != 0) flags.append(static_cast<int>(bit));  // signed, as the library writes them
-  }
-  object["numPassTests"] = summary.numPassTests;
-  object["numPassStarTests"] = summary.numPassStarTests;
-  object["numFailTests"] = summary.numFailTests;
+  object[Names::RESULT_NAME] = summary.resultName;
+  object[Names::RESULT_TYPE] = toString(summary.resultType);
+  object[Names::TIME_STAMP] = isoUtc(static_cast<time_t>(summary.timeStamp));
+  object[Names::STATUS] = toString(summary.status);
+  object[Names::LENGTH] = measurementJson(summary.length);
+  object[Names::HEADROOM] = measurementJson(summary.headroom);
+  object[Names::TEST_FLAGS] = Veltra::bitsToJson(summary.testFlags);
+  object[Names::NUM_PASS_TESTS] = summary.numPassTests;
+  object[Names::NUM_PASS_STAR_TESTS] = summary.numPassStarTests;
+  object[Names::NUM_FAIL_TESTS] = summary.numFailTests;
   return json;
 }
 
@@ -159,9 +157,8 @@ Json::Value DecodedRecord::toJson(bool reveal) const {
   return reveal ? json : withoutSecrets(std::move(json));
 }
 
-void maskSecrets(std::vector<uint8_t>& bytes) {
+void maskSecrets(std::vector<uint8_t>& bytes, const DecodedRecord& record) {
   constexpr std::size_t TEXT_AT = Marshal::Header::BYTES + sizeof(uint32_t);
-  const DecodedRecord record = decodeRecord(bytes);
   const bool isDecoded = record.outcome == DecodedRecord::DECODED;
   const std::size_t end = isDecoded ? record.used : 0;
   if (record.id == Veltra::OrbelSettings::SERIAL_TYPE_ID && bytes.size() > TEXT_AT) {

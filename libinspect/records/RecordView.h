@@ -52,6 +52,7 @@ DecodedRecord decodeRecord(const std::vector<uint8_t>& bytes, const OnField& onF
 
 /// Overwrites by asterisks what may not be shown of a payload: the secrets of the settings it begins with, and all
 /// bytes of a damaged record of settings or of anything else that names secrets.
-void maskSecrets(std::vector<uint8_t>& bytes);
+/// @param record  what decodeRecord() made of the bytes
+void maskSecrets(std::vector<uint8_t>& bytes, const DecodedRecord& record);
 
 }  // namespace Inspect

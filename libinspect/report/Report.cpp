@@ -6,7 +6,11 @@
 namespace Inspect {
 namespace {
 
-constexpr const char* MEDIA[] = {"Copper", "Fibre", "No medium"};
+struct Medium {
+  const char* name;
+  const char* phrase;
+};
+constexpr Medium MEDIA[] = {{"Copper", "copper"}, {"Fibre", "fibre"}, {"No medium", "without a medium"}};
 
 std::size_t mediumOf(const ResultRow& row) {
   if (row.summary.resultType == Veltra::RESULT_TYPE_COPPER) return 0;
@@ -31,7 +35,7 @@ void addMedia(const JobFiles& job, Report& report) {
   for (std::size_t i = 0; i < std::size(MEDIA); ++i) {
     if (rows[i].empty()) continue;
     sortByNeed(rows[i]);
-    report.media.push_back({MEDIA[i], std::move(rows[i])});
+    report.media.push_back({MEDIA[i].name, MEDIA[i].phrase, std::move(rows[i])});
   }
 }
 

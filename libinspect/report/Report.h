@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <cstdint>
 #include <ctime>
 #include <string>
 #include <vector>
@@ -20,6 +19,7 @@ struct ReportRow {
 /// The results of one medium.
 struct MediumReport {
   std::string name;
+  const char* phrase;           ///< after a number of results: "copper"
   std::vector<ReportRow> rows;  ///< the worst verdict first, then the least headroom, then by ID
 };
 

@@ -82,10 +82,7 @@ std::string factsOf(const Report& report) {
   constexpr std::size_t DAY = 10;  // characters of a date
   std::string text;
   for (const MediumReport& medium : report.media) {
-    std::string name = medium.name;
-    name[0] = static_cast<char>(name[0] | 0x20);  // within a sentence
-    text += (text.empty() ? "" : ", ") + (name == "no medium" ? fmt::format("{} without a medium", medium.rows.size())
-                                                              : fmt::format("{} {}", medium.rows.size(), name));
+    text += fmt::format("{}{} {}", text.empty() ? "" : ", ", medium.rows.size(), medium.phrase);
   }
   if (!text.empty()) text += ". ";
   if (report.firstTime == 0) return text;
@@ -241,6 +238,16 @@ Data dataOf(const FileNote& note) {
   return data;
 }
 
+/// Whether a file begins as every page does. False if it cannot be read.
+bool isReportPage(const std::string& path) {
+  const std::string form = REPORT_TEMPLATE;
+  const std::string firstLine = form.substr(0, form.find('\n'));
+  std::string begin(firstLine.size(), '\0'), error;
+  ByteSource source;
+  return source.openFile(path, error) && source.readAt(0, begin.data(), begin.size()) == begin.size() &&
+         begin == firstLine;
+}
+
 }  // namespace
 
 std::string reportPage(const JobFiles& job, const std::string& title) {
@@ -267,12 +274,10 @@ std::string reportPage(const JobFiles& job, const std::string& title) {
   return form.render(page);
 }
 
-bool isReportPage(const std::string& path) {
-  const std::string form = REPORT_TEMPLATE;
-  const std::string firstLine = form.substr(0, form.find('\n'));
-  std::string begin(firstLine.size(), '\0'), error;
-  ByteSource source;
-  return source.open(path, error) && source.readAt(0, begin.data(), begin.size()) == begin.size() && begin == firstLine;
+void leaveOutPage(std::vector<std::string>& files, const std::string& page) {
+  if (!isReportPage(page)) return;
+  const auto isPage = [&page](const std::string& file) { return isSameFile(file, page); };
+  files.erase(std::remove_if(files.begin(), files.end(), isPage), files.end());
 }
 
 }  // namespace Inspect

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include <libinspect/report/Report.h>
 
@@ -11,7 +12,7 @@ namespace Inspect {
 /// @param title  the page's headline
 std::string reportPage(const JobFiles& job, const std::string& title);
 
-/// Whether a file begins as every page does. False if it cannot be read.
-bool isReportPage(const std::string& path);
+/// Leaves out of the files of a job the page it is about to replace, under any name, if that begins as every page does.
+void leaveOutPage(std::vector<std::string>& files, const std::string& page);
 
 }  // namespace Inspect

@@ -45,3 +45,5 @@ printf '{ "Mask": "255.0.0.0",\n "Use DHCP": true, "Use DHCP": false,\n "WiFi SS
 t np check
 echo '[]' > p.dat
 t np check
+# A profile named "-" is a file, too.
+cp p.dat ./- && t veltra netprofile check --file -

@@ -96,3 +96,5 @@ image none '\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\x02\x80\0\0\x01'
 image none '\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\0\0\0\x01\xe0'
 image none 'P5 99999999999 1 255 '
 image none '\xff\xd8\xff\xe0\0\x00ab\xff\xc0\0\x0b\x08\x01\xe0\x02\x80'
+# A document that looks like a measurement is shown as it is.
+json like '{"a": {"relation": ">", "value": 16, "text": "many"}}' && t veltra show like.vres -s 2

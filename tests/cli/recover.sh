@@ -39,3 +39,12 @@ t veltra recover trace.bin -o none.new
 t ls none.new
 mkfifo pipe.new
 t veltra recover cut.vres -o pipe.new --force
+
+# What is written under the name "-" is a file; a closed standard input is none; a pipe without an end is not taken in.
+t veltra recover cut.vres -o -
+printf '{"summary": {}}' > summary.json
+t veltra pack summary.json -o - --force
+closed_input() { veltra "$@" <&-; }
+t closed_input doctor -q -j 1 whole.vres -
+endless() { yes | veltra pack - -o never.vres 2>&1 | sed -E 's/found 167[0-9]{5}|found 168[0-9]{5}/found little more/'; }
+t endless

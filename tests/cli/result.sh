@@ -64,3 +64,5 @@ t veltra info no-such-file a.vres
 t veltra list .
 help_on_full_disk() { veltra --help > /dev/full; }
 t help_on_full_disk
+: > empty.bin
+refuse '{"summary": {}, "sections": [{"type": 300, "version": 1, "payload": "empty.bin"}]}'

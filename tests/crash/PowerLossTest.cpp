@@ -33,15 +33,16 @@ std::vector<Step> steps;
 int descriptor = -1, duplicate = -1, directoryDescriptor = -1;
 std::size_t position = 0;
 
-/// Follows the one descriptor that is written to, and the one that a stream has of the same file.
+/// Follows the first descriptor of the file that is written, and the one that a stream has of it.
 void record(int number, const long* arguments, long result) {
   if (result < 0) return;
   const int fd = static_cast<int>(arguments[0]);
   const bool isFile = fd >= 0 && (fd == descriptor || fd == duplicate);
   if (number == SYS_openat) {
     if ((arguments[2] & O_DIRECTORY) != 0) directoryDescriptor = static_cast<int>(result);
-    if ((arguments[2] & O_ACCMODE) == O_WRONLY) descriptor = static_cast<int>(result);
-    if (result == descriptor) position = 0;
+    if ((arguments[2] & O_ACCMODE) != O_WRONLY) return;
+    (descriptor < 0 ? descriptor : duplicate) = static_cast<int>(result);
+    position = 0;
   } else if (number == SYS_fcntl && fd == descriptor && arguments[1] == F_DUPFD_CLOEXEC) {
     duplicate = static_cast<int>(result);
   } else if (number == SYS_write && isFile) {

@@ -28,18 +28,13 @@ std::string valueText(const Inspect::AnnotatedStretch& stretch) {
 class Annotation {
  public:
   explicit Annotation(const Options& options)
-      : _format(options.format), _rows(options, "fields", {"offset", "size", "kind", "field", "value"}) {
+      : _format(options.format), _rows(options, "fields", Inspect::stretchColumns()) {
     if (_format == FORMAT_TABLE)
       fmt::print("{}", painted(line("Offset", "Bytes", "Kind", "Field", "Value"), Tone::HEADING));
   }
   void add(const Inspect::AnnotatedStretch& stretch) {
     if (_format == FORMAT_TABLE) return _rows.print(textOf(stretch), Json::Value(), {});
-    Json::Value row(Json::objectValue);
-    row["offset"] = static_cast<Json::UInt64>(stretch.offset);
-    row["size"] = static_cast<Json::UInt64>(stretch.size);
-    row["kind"] = stretch.kind;
-    row["field"] = stretch.field;
-    row["value"] = stretch.value;
+    Json::Value row = toJson(stretch);
     std::vector<Json::Value> rows;
     if (_format != FORMAT_JSON) rows.emplace_back().swap(row);
     _rows.print("", row, rows);

@@ -12,6 +12,7 @@
 namespace Command {
 
 constexpr char REVEAL_HELP[] = "show secrets as they are";
+constexpr char FORCE_HELP[] = "replace an existing file";
 
 /// What a command found in one file.
 struct FileAnswer {
@@ -34,6 +35,11 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Op
 
 /// True, with a complaint, when nothing but files that are no containers, or could not be read, were found.
 [[nodiscard]] bool complainsOfNoResults(const std::vector<std::string>& paths, const Inspect::JobFiles& job);
+
+/// The option that names the IDs of a job.
+Argument& addExpect(Subcommand& command, std::string& expected);
+/// Makes the set of that option. @return false, with a complaint, for wrong usage
+[[nodiscard]] bool takeExpected(const std::string& expected, Inspect::CableIdSet& set);
 
 /// Tells of files in folders that are no containers.
 void tellOfOthers(uint64_t others, const Options& options);

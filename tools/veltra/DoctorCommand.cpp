@@ -57,7 +57,9 @@ std::string totalOf(std::size_t files, std::size_t damaged, std::size_t doubtful
 }
 
 int doctor(const DoctorArguments& args, const Options& options) {
-  const std::vector<std::string> columns = {"file", "offset", "section", "code", "meaning", "wanted", "found", "next"};
+  std::vector<std::string> columns = Inspect::findingColumns();
+  columns.insert(columns.begin(), "file");
+  columns.emplace_back("next");
   const Inspect::Examination examination = args.quick  ? Inspect::Examination::QUICK
                                            : args.deep ? Inspect::Examination::DEEP
                                                        : Inspect::Examination::ORDINARY;

@@ -48,7 +48,7 @@ Subcommand extractCommand(const Options& options) {
   command.option("-s,--section", "N", &args->section, "its number as list shows it").required();
   command.option("-o,--output", "OUT", &args->output, "the file to write (default: standard output)");
   command.flag("--raw", args->raw, "as stored, still compressed");
-  command.flag("--force", args->force, "replace an existing file");
+  command.flag("--force", args->force, FORCE_HELP);
   command.run = [args, &options] { return extract(*args, options); };
   return command;
 }

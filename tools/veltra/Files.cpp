@@ -31,6 +31,7 @@ int codeOfFile(const Inspect::ReadOutcome& outcome, const Inspect::Findings& fin
   if (outcome.state == Inspect::ReadOutcome::WAS_READ) return codeOf(findings);
   const bool isLeftOut = outcome.state == Inspect::ReadOutcome::LEFT_OUT;
   if (!isLeftOut || !options.quiet) complain(outcome.error);
+  if (outcome.state == Inspect::ReadOutcome::OUT_OF_MEMORY) return EXIT_COULD_NOT;
   return isLeftOut ? EXIT_WITH_LOSS : unread;
 }
 
@@ -45,7 +46,7 @@ int codeOfOther(const Inspect::FileRun& run, const std::string& file, const std:
 }
 
 void complainOfFile(const std::string& file, const Inspect::Findings& findings, const Options& options) {
-  if (!options.quiet) complainOfEach(file == "-" ? "standard input" : file, findings);
+  if (!options.quiet) complainOfEach(Inspect::inputName(file), findings);
 }
 
 }  // namespace
@@ -67,6 +68,18 @@ bool complainsOfNoResults(const std::vector<std::string>& paths, const Inspect::
   if (!job.isEmpty()) return false;
   complain(fmt::format("{}: no results", fmt::join(paths, ", ")));
   return true;
+}
+
+Argument& addExpect(Subcommand& command, std::string& expected) {
+  return command.option("--expect", "FIRST..LAST", &expected,
+                        "the IDs of the job; tells which are missing, damaged, tested twice or not expected");
+}
+
+bool takeExpected(const std::string& expected, Inspect::CableIdSet& set) {
+  std::string error;
+  if (expected.empty() || Inspect::parseExpected(expected, set, error)) return true;
+  complain(error);
+  return false;
 }
 
 void tellOfOthers(uint64_t others, const Options& options) {
@@ -217,7 +230,7 @@ bool refusesToReplace(const std::string& path, bool force, const std::vector<std
   }
   for (const std::string& input : inputs) {
     if (!Inspect::isSameFile(input, path)) continue;
-    complain((input == "-" ? "standard input" : input) + ": is the input and would be replaced");
+    complain(Inspect::inputName(input) + ": is the input and would be replaced");
     return true;
   }
   return false;

@@ -1,18 +1,14 @@
 #include <algorithm>
 #include <memory>
-#include <sstream>
 
 #include <fmt/format.h>
 
-#include <libinspect/container/ByteSource.h>
 #include <libinspect/job/CableIds.h>
 
 #include "Commands.h"
 
 namespace Command {
 namespace {
-
-constexpr uint64_t MAX_USED_LIST = uint64_t{16} * 1024 * 1024;
 
 struct IdsArguments {
   std::string first;
@@ -97,15 +93,10 @@ int check(const Inspect::CableIdSet& set, const std::vector<std::string>& ids, c
 int take(const Inspect::CableIdSet& set, const IdsArguments& args, uint32_t count, const Options& options) {
   std::vector<std::string> used, foreign;
   if (!args.used.empty()) {
-    std::string text, error;
-    if (!Inspect::readText(args.used, MAX_USED_LIST, text, error)) {
+    std::string error;
+    if (!Inspect::readUsedIds(args.used, used, error)) {
       complain(error);
       return EXIT_COULD_NOT;
-    }
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-      if (!line.empty() && line.back() == '\r') line.pop_back();  // a list written on Windows
-      if (!line.empty()) used.push_back(line);
     }
   }
   const std::vector<std::string> ids = Inspect::nextFreeIds(args.first, args.last, used, count, foreign);

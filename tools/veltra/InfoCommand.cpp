@@ -53,7 +53,7 @@ Json::Value rowOf(const Inspect::JudgedFile& file) {
 }
 
 int info(const std::vector<std::string>& files, const Options& options) {
-  std::vector<std::string> columns = {"file", "kind", "damaged", "bytes", "recordedBytes", "sections"};
+  std::vector<std::string> columns = Inspect::fileColumns();
   columns.insert(columns.end(), Inspect::rowColumns().begin() + 1,
                  Inspect::rowColumns().end());  // both begin with "file"
   const auto answerOf = [&options](const Inspect::JudgedFile& file, Inspect::OutputPlace) {

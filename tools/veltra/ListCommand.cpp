@@ -56,8 +56,8 @@ struct Listing {
 };
 
 int list(const std::vector<std::string>& files, const Options& options) {
-  const std::vector<std::string> columns = {"file",    "number",     "offset",       "type",       "name",
-                                            "version", "storedSize", "originalSize", "compressed", "crc"};
+  std::vector<std::string> columns = Inspect::sectionColumns();
+  columns.insert(columns.begin(), "file");
   const bool several = files.size() > 1 || options.recursive;
   int again = EXIT_DONE;
   const int code = answerForFiles(files, options, columns, true, [&](const Inspect::ByteSource& source) {

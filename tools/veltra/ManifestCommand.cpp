@@ -19,15 +19,14 @@ struct ManifestArguments {
 };
 
 int newManifest(const ManifestArguments& args) {
-  constexpr uint64_t MAX_DESCRIPTION = uint64_t{16} * 1024 * 1024;
   std::string text, error;
   Veltra::DatabasePackageManifest manifest;
-  if (!Inspect::readText(args.input, MAX_DESCRIPTION, text, error)) {
+  if (!Inspect::readText(args.input, Inspect::MOST_TEXT, text, error)) {
     complain(error);
     return EXIT_COULD_NOT;
   }
   if (!Inspect::parsePackage(text, manifest, error)) {
-    complain(fmt::format("{}: {}", args.input == "-" ? "standard input" : args.input, error));
+    complain(fmt::format("{}: {}", Inspect::inputName(args.input), error));
     return EXIT_COULD_NOT;
   }
   if (refusesToReplace(args.output, args.force, {args.input})) return EXIT_COULD_NOT;
@@ -57,8 +56,7 @@ int showManifest(const ManifestArguments& args, const Options& options) {
   const Inspect::JudgedFile file = Inspect::judge(source);
   Inspect::Findings findings = file.report.findings;
   const std::optional<Inspect::SectionInfo>& first = file.report.first;
-  const bool isPackage = first && (first->header.type == PFile::SECTION_LIMIT_MANIFEST ||
-                                   first->header.type == PFile::SECTION_CABLE_MANIFEST);
+  const bool isPackage = first && PFile::isManifestSection(first->header.type);
   std::vector<uint8_t> bytes;
   Inspect::DecodedRecord record;
   if (isPackage && first->verdict == Inspect::DataVerdict::OK) record = examineRecord(source, *first, bytes, findings);
@@ -83,7 +81,7 @@ Subcommand manifestCommand(const Options& options) {
   creating.place("DESCRIPTION", "PACKAGE.json", &args->input, "the description; - reads standard input").required();
   creating.option("-o,--output", "FILE", &args->output, "the file to write").required();
   creating.flag("--cable", args->cable, "a cable database package instead of a limit database package");
-  creating.flag("--force", args->force, "replace an existing file");
+  creating.flag("--force", args->force, FORCE_HELP);
   creating.run = [args] { return newManifest(*args); };
 
   Subcommand& showing = command.commands.emplace_back("show", "What a package holds");

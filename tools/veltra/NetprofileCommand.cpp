@@ -10,6 +10,7 @@
 #include <fmt/format.h>
 #include <gsl/util>
 
+#include <libcrossplatform/common/jsonutil.h>
 #include <libinspect/container/ByteSource.h>
 #include <libinspect/records/ProfileView.h>
 
@@ -26,13 +27,11 @@ struct NetprofileArguments {
   std::optional<std::string> value;
 };
 
-constexpr uint64_t MOST_BYTES = uint64_t{4} * 1024 * 1024;
-
 /// Where a file stops being JSON, for a complaint.
 std::string faultIn(const std::string& file) {
   std::string text, error;
-  const std::string place = Inspect::readText(file, MOST_BYTES, text, error) ? Inspect::placeOfJsonFault(text) : "";
-  return "expected JSON" + (place.empty() ? "" : ", found something else at " + place);
+  return Inspect::readText(file, Veltra::JsonBounds::STYLED_BYTES, text, error) ? Inspect::jsonFaultIn(text)
+                                                                                : "expected JSON";
 }
 
 /// Why a profile could not be read, by the reason that reading it left in errno.
@@ -43,7 +42,8 @@ std::string refusalOf(const std::string& file, int reason) {
     case ENOTSUP:
       return "expected a regular file, found a FIFO, a device or a socket";
     case EFBIG:
-      return "expected at most 4 MiB of JSON with at most 131072 values, found more";
+      return fmt::format("expected at most {} MiB of JSON with at most {} values, found more",
+                         Veltra::JsonBounds::STYLED_BYTES >> 20, Veltra::JsonBounds::VALUES);
     case EPERM:
       return "expected a file of yours or root's, found somebody else's in a folder that others can write to; --file "
              "reads any";
@@ -142,7 +142,7 @@ int check(const NetprofileArguments& args, const Options& options) {
   NetworkProfile profile;
   if (!readProfile(args, false, profile)) return EXIT_COULD_NOT;
   std::string bytes, error;
-  if (!Inspect::readText(args.file, MOST_BYTES, bytes, error)) {
+  if (!Inspect::readText(args.file, Veltra::JsonBounds::STYLED_BYTES, bytes, error)) {
     complain(error);
     return EXIT_COULD_NOT;
   }
@@ -170,7 +170,7 @@ Subcommand netprofileCommand(const Options& options) {
   const auto args = std::make_shared<NetprofileArguments>();
   Subcommand command("netprofile", "Show, change and check the stored network profile");
   const Take takeFile = [args](const std::string& file) {
-    args->file = file;
+    args->file = file == "-" ? "./-" : file;  // never standard input: it is changed in place
     args->isNamed = true;
   };
   command.option("--file", "F", takeFile, "the stored profile").showing(args->file);

@@ -10,8 +10,6 @@
 namespace Command {
 namespace {
 
-constexpr uint64_t MAX_DESCRIPTION = uint64_t{16} * 1024 * 1024;
-
 struct PackArguments {
   std::string description;
   std::string output;
@@ -28,13 +26,13 @@ std::string directoryOf(const std::string& path) {
 int pack(const PackArguments& args, const Options& options) {
   std::string text, error;
   Inspect::ResultDescription description;
-  if (!Inspect::readText(args.description, MAX_DESCRIPTION, text, error)) {
+  if (!Inspect::readText(args.description, Inspect::MOST_TEXT, text, error)) {
     complain(error);
     return EXIT_COULD_NOT;
   }
   const std::string payloads = args.payloads.empty() ? directoryOf(args.description) : args.payloads;
   if (!Inspect::parseDescription(text, payloads, description, error)) {
-    complain(fmt::format("{}: {}", args.description == "-" ? "standard input" : args.description, error));
+    complain(fmt::format("{}: {}", Inspect::inputName(args.description), error));
     return EXIT_COULD_NOT;
   }
   std::vector<std::string> inputs = {args.description};
@@ -66,7 +64,7 @@ Subcommand packCommand(const Options& options) {
   command.option("--payloads", "DIR", &args->payloads,
                  "directory of the payload files, instead of the description's own");
   command.option("--level", "0|1|2|3|4|5|6|7|8|9", &args->level, "zlib level of compressed sections").showingPreset();
-  command.flag("--force", args->force, "replace an existing file");
+  command.flag("--force", args->force, FORCE_HELP);
   command.run = [args, &options] { return pack(*args, options); };
   return command;
 }

@@ -65,21 +65,6 @@ std::string textOf(const RecoverArguments& args, const Inspect::Recovery& recove
   return text;
 }
 
-/// Whether every section of the output is as it was kept; complains otherwise. What was wrong with a record still is.
-bool isWhole(const std::string& path) {
-  std::string error;
-  Inspect::ByteSource written;
-  if (!written.open(path, error)) {
-    complain(error);
-    return false;
-  }
-  const Inspect::ContainerReport report = walk(written, Inspect::WalkDepth::HEADERS_AND_CRCS);
-  for (const Inspect::Finding& finding : report.findings) {
-    if (Inspect::isDamage(finding.code)) complain(describe(path, finding));
-  }
-  return !report.damaged();
-}
-
 int recover(const RecoverArguments& args, const Options& options) {
   std::string error;
   Inspect::ByteSource source;
@@ -105,7 +90,6 @@ int recover(const RecoverArguments& args, const Options& options) {
     complain(error);
     return EXIT_COULD_NOT;
   }
-  if (!isWhole(args.output)) return EXIT_COULD_NOT;
   if (options.format == FORMAT_TABLE) {
     if (!options.quiet) fmt::print("{}", textOf(args, recovery));
   } else {
@@ -121,7 +105,7 @@ Subcommand recoverCommand(const Options& options) {
   Subcommand command("recover", "Save every intact section of a damaged file into a new one");
   command.place("FILE", "FILE", &args->file, "the damaged file; - reads standard input").required();
   command.option("-o,--output", "NEW", &args->output, "the file to write").required();
-  command.flag("--force", args->force, "replace an existing file");
+  command.flag("--force", args->force, FORCE_HELP);
   command.run = [args, &options] { return recover(*args, options); };
   return command;
 }

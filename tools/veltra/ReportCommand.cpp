@@ -20,18 +20,12 @@ struct ReportArguments {
 
 int report(const ReportArguments& args, const Options& options) {
   Inspect::CableIdSet expected;
-  std::string error;
-  if (!args.expected.empty() && !parseExpected(args.expected, expected, error)) {
-    complain(error);
-    return EXIT_USAGE;
-  }
+  if (!takeExpected(args.expected, expected)) return EXIT_USAGE;
   if (refusesToReplace(args.output, args.force, args.paths)) return EXIT_COULD_NOT;
   int code = EXIT_DONE;
   std::vector<std::string> files = filesOf(args.paths, options, code);
   if (code == EXIT_COULD_NOT) return code;  // nobody can say what the page would leave out
-  // The previous page may be among the files of the job.
-  const auto isPage = [&args](const std::string& file) { return Inspect::isSameFile(file, args.output); };
-  if (Inspect::isReportPage(args.output)) files.erase(std::remove_if(files.begin(), files.end(), isPage), files.end());
+  Inspect::leaveOutPage(files, args.output);
   if (refusesToReplace(args.output, true, files)) return EXIT_COULD_NOT;
   if (args.expected.empty() && complainsOfNoFiles(args.paths, files)) return EXIT_COULD_NOT;
   const Inspect::FileRun run(std::move(files), args.paths, options.maxSize);
@@ -63,10 +57,9 @@ Subcommand reportCommand(const Options& options) {
   Subcommand command("report", "One page about many results, to print or to hand over");
   command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
   command.option("-o,--output", "PAGE", &args->output, "the page to write, HTML").required();
-  command.option("--expect", "FIRST..LAST", &args->expected,
-                 "the IDs of the job; tells which are missing, damaged, tested twice or not expected");
+  addExpect(command, args->expected);
   command.option("--title", "TEXT", &args->title, "the page's headline").showingPreset();
-  command.flag("--force", args->force, "replace an existing file");
+  command.flag("--force", args->force, FORCE_HELP);
   command.run = [args, &options] { return report(*args, options); };
   return command;
 }

@@ -44,7 +44,7 @@ int showPayload(uint16_t type, std::vector<uint8_t> bytes, bool reveal, Json::Va
     json["image"]["width"] = payload.image->width;
     json["image"]["height"] = payload.image->height;
   } else if (shown.isNull()) {
-    if (!reveal) Inspect::maskSecrets(bytes);
+    if (!reveal) Inspect::maskSecrets(bytes, record);
     document.hex = {"hex", &bytes};
   } else {
     std::vector<uint8_t>().swap(bytes);

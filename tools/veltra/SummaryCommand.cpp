@@ -83,12 +83,8 @@ int summaryInPassing(const Inspect::FileRun& run, const Options& options, int co
 
 int summary(const SummaryArguments& args, const Options& options) {
   Inspect::CableIdSet expected;
-  std::string error;
   const bool hasExpected = !args.expected.empty();
-  if (hasExpected && !parseExpected(args.expected, expected, error)) {
-    complain(error);
-    return EXIT_USAGE;
-  }
+  if (!takeExpected(args.expected, expected)) return EXIT_USAGE;
   int code = EXIT_DONE;
   const Inspect::FileRun run(filesOf(args.paths, options, code), args.paths, options.maxSize);
   if (!hasExpected && complainsOfNoFiles(args.paths, run.files())) return EXIT_COULD_NOT;
@@ -137,8 +133,7 @@ Subcommand summaryCommand(const Options& options) {
   const auto args = std::make_shared<SummaryArguments>();
   Subcommand command("summary", "One row for each result, in the order of their IDs");
   command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
-  command.option("--expect", "FIRST..LAST", &args->expected,
-                 "the IDs of the job; tells which are missing, damaged, tested twice or not expected");
+  addExpect(command, args->expected);
   command.flag("--unsorted", args->unsorted, "in the order of the files, each row as soon as it is known")
       .excluding("--expect");
   command.run = [args, &options] { return summary(*args, options); };

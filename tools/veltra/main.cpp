@@ -1,3 +1,7 @@
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -87,6 +91,15 @@ void handleSignals() {
   std::signal(SIGXFSZ, SIG_IGN);  // writing then fails, which is reported
 }
 
+/// A file that is opened must not take the place of a standard stream that is closed: it would be read as input, or
+/// printed into. What stands there instead fails just as a closed one.
+void occupyClosedStreams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    const bool isClosed = fcntl(stream, F_GETFD) == -1 && errno == EBADF;
+    if (isClosed) (void)open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+  }
+}
+
 int endBy(const char* reason) {
   try {
     complain(reason);
@@ -103,6 +116,7 @@ int endBy(const char* reason) {
 int main(int argc, char** argv) {
   std::setlocale(LC_CTYPE, "");  // widths of characters in tables; numbers stay in the C locale
   handleSignals();
+  occupyClosedStreams();
   try {
     return runCommand(argc, argv);
   } catch (const std::exception& e) {  // out of memory, or a closed standard output

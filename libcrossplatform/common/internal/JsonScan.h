@@ -5,17 +5,11 @@
 
 #include <json/value.h>
 
+#include <libcrossplatform/common/jsonutil.h>
+
 namespace Veltra {
 
 // Looks at JSON text before JsonCpp reads it.
-
-/// The limits of a stored document: docs/reader-behaviour.md, "The bounds of JSON". Values take a hundred times
-/// their size in memory, and a deeply nested document a thousand times its bytes when it is written again.
-namespace JsonBounds {
-constexpr std::size_t VALUES = std::size_t{128} * 1024;
-constexpr std::size_t LEVELS = 1000;  ///< what JsonCpp reads; parseJson() refuses more
-constexpr std::size_t STYLED_BYTES = std::size_t{4} * 1024 * 1024;
-}  // namespace JsonBounds
 
 /// The size of a document, counted on its text. For text that is not JSON, neither number is less than what JsonCpp
 /// makes of it.

@@ -5,6 +5,7 @@
 #include <string>
 
 #include <libcrossplatform/common/FileReplacement.h>
+#include <libcrossplatform/common/jsonutil.h>
 
 namespace Veltra {
 
@@ -13,7 +14,7 @@ namespace Veltra {
 /// It is a regular file: a FIFO, device or folder is refused at once, without blocking on it. A symbolic link is
 /// followed when it belongs to root or to the caller, and refused otherwise.
 
-constexpr std::size_t PROFILE_FILE_MAX_BYTES = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t PROFILE_FILE_MAX_BYTES = JsonBounds::STYLED_BYTES;  // what is saved can be read
 
 enum class ProfileOwner : int32_t {
   ANY,

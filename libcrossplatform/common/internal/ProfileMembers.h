@@ -6,43 +6,15 @@
 
 #include <json/value.h>
 
+#include <libcrossplatform/common/ProfileNames.h>
+
 /// Access to the members of a stored network profile, shared by all units that read or write one.
 ///
 /// The readers never throw: a member that is absent, of another kind, or of a parent that is not an object reads as
 /// false, 0 or empty. The writers first turn a parent that is not an object into an empty object.
 namespace Veltra::ProfileMembers {
 
-/// The keys of one interface.
-struct InterfaceKeys {
-  const char* inetAddr;
-  const char* mask;
-  const char* broadcast;
-  const char* gateway;
-  const char* useDhcp;
-  const char* dnsList;
-};
-constexpr InterfaceKeys WIRED = {"InetAddr", "Mask", "Broadcast", "Gateway", "Use DHCP", "DNSList"};
-constexpr InterfaceKeys USB_WIFI = {"UsbWifiInetAddr", "UsbWifiMask",     "UsbWifiBroadcast",
-                                    "UsbWifiGateway",  "UsbWifiUse DHCP", "UsbWifiDNSList"};
-constexpr char WIFI_INTERFACE[] = "Wifi Interface";
-constexpr char SSID[] = "WiFi SSID";
-constexpr char RECENT[] = "Recent";
-constexpr char SECURITY[] = "Wireless Security";
-
-// Members of the security object.
-constexpr char SECURITY_TYPE[] = "Security Type";
-constexpr char ENCRYPTION[] = "Encryption";
-constexpr char EAP[] = "EAP";
-constexpr char KEYS[] = "Key";
-constexpr char ACTIVE_KEY[] = "Active Key";
-constexpr char WIRELESS_PASSWORD[] = "Wireless Password";
-constexpr char USER[] = "User";
-constexpr char PASSWORD[] = "Password";
-constexpr char SECURITY_ID[] = "ID";
-constexpr char ALTERNATE_ID[] = "Alternate Id";
-constexpr char CERTIFICATE[] = "Certificate";
-constexpr char CERTIFICATE_KEY[] = "Certificate Key";
-constexpr char CERTIFICATE_NAME[] = "Certificate Name";
+using namespace ProfileNames;
 
 constexpr unsigned WIRELESS_KEYS = 4;
 

@@ -3,7 +3,7 @@
 # Makes the page of a varied job and renders it in a browser: wide, narrow, dark and printed, into DIRECTORY. Fails when
 # a picture is missing or empty, or when the browser complained of the page or asked for anything but the page.
 set -euo pipefail
-. "$(dirname -- "$0")/../../scripts/lib.sh"
+. "$(dirname -- "$0")/../../../scripts/lib.sh"
 veltra=$(realpath -- "$1")
 pictures=$(realpath -m -- "$2")
 job=$pictures/job
