@@ -39,7 +39,7 @@ endfunction()
 function(veltra_test_flags target)
   veltra_flags(${target})
   if(NOT VELTRA_FUZZ)
-    target_compile_options(${target} PRIVATE $<$<NOT:$<CONFIG:Release>>:-O0>)
+    target_compile_options(${target} PRIVATE -O0)
   endif()
   # Unoptimised, g++ takes the odd address of a Thumb function for a misaligned reference.
   if(VELTRA_SANITIZE AND CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")

@@ -326,6 +326,12 @@ bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<
     error = fmt::format("section {}: {}", info.number, meaningOf(E07_INFLATE_FAILED));
     return false;
   }
+  // What is damaged need not be held.
+  constexpr uint32_t LARGE = 1024 * 1024;
+  if (header.dataSize > LARGE && crcOf(source, info.payloadOffset(), header.dataSize) != header.dataCrc) {
+    error = fmt::format("section {}: {}", info.number, meaningOf(E04_DATA_CRC));
+    return false;
+  }
   std::vector<uint8_t> compressed;
   std::vector<uint8_t>& stored = isCompressed ? compressed : bytes;
   stored.resize(header.dataSize);

@@ -38,8 +38,8 @@ struct JobFiles {
   void add(const std::string& name, const ReadOutcome& outcome, const JudgedFile* file, const FileRun& run);
   /// Brings everything into the order of IDs and names. Call it after the last.
   void sort();
-  /// No file has been read but others.
-  bool isEmpty() const { return rows.empty() && notes.empty() && withoutResult.empty(); }
+  /// No result was found, nor what may have been one.
+  bool isEmpty() const { return rows.empty() && notes.empty(); }
   Coverage coverageOf(const CableIdSet& set) const;
 };
 

@@ -69,7 +69,9 @@ DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section
   }
   record = decodeRecord(bytes);
   if (record.outcome == DecodedRecord::DAMAGED) {
-    add(E09_RECORD, "a " + record.name, fmt::format("code {}", record.status));
+    const bool isOther = bound != nullptr && record.id != bound->id;
+    add(E09_RECORD, bound != nullptr ? wanted : "a " + record.name,
+        fmt::format("{}code {}", isOther ? "a " + record.name + ", " : "", record.status));
   } else if (bound != nullptr && record.id != bound->id) {
     add(E09_RECORD, wanted, record.name.empty() ? "no known record" : record.name);
   }

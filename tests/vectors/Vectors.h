@@ -30,13 +30,15 @@ void expectAnswers(const AnswersTo& answersTo) {
     Json::Value known(Json::objectValue), answers(Json::objectValue);
     if (std::ifstream in(beside); in) in >> known;
     answersTo(file.string(), answers);
+    Json::StreamWriterBuilder builder;
+    builder["indentation"] = "  ";
     if (std::getenv("UPDATE_GOLDEN") == nullptr) {
-      for (const std::string& member : answers.getMemberNames()) EXPECT_EQ(known[member], answers[member]) << member;
+      for (const std::string& member : answers.getMemberNames()) {
+        EXPECT_EQ(Json::writeString(builder, known[member]), Json::writeString(builder, answers[member])) << member;
+      }
       continue;
     }
     for (const std::string& member : answers.getMemberNames()) known[member] = answers[member];
-    Json::StreamWriterBuilder builder;
-    builder["indentation"] = "  ";
     std::ofstream(beside) << Json::writeString(builder, known) << '\n';
   }
 }

@@ -95,6 +95,7 @@ class Annotation {
 int annotate(const AnnotateArguments& args, const Options& options) {
   Inspect::ByteSource source;
   if (!openInput(source, args.file, options)) return EXIT_COULD_NOT;
+  if (complainsOfOther(source)) return answerAfter(source, EXIT_COULD_NOT);
   Annotation out(options);
   bool isThere = !args.section.has_value();
   const auto annotateSection = [&](const Inspect::SectionInfo& section, Inspect::Findings&) {

@@ -82,6 +82,10 @@ void complainOfEach(const std::string& name, const Inspect::Findings& findings);
 /// A section by its number. @return none, with complaints, and the exit code in `code`
 [[nodiscard]] std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code);
 
+/// True, with a complaint, when an input is no container, nor what may be left of one: the command ends with
+/// EXIT_COULD_NOT.
+[[nodiscard]] bool complainsOfOther(const Inspect::ByteSource& source);
+
 /// Complains of a section that a container does not have. @return the exit code
 [[nodiscard]] int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::ContainerReport& report,
                                       int number);

@@ -107,7 +107,7 @@ int answerForEach(const std::vector<std::string>& paths, const Options& options,
     if (outcome.state != Inspect::ReadOutcome::WAS_READ) return;
     const bool isOther = !given->noContainer.empty();
     deep += given->deepFindings;
-    if (!isOther || showsOthers) {
+    if (!isOther || (showsOthers && run.isNamed(file))) {
       answers.print(given->text, given->json, given->rows, given->list);
       if (given->print && options.format == FORMAT_TABLE) {
         makeRoom(stdout);
@@ -134,9 +134,19 @@ int answerForEach(const std::vector<std::string>& paths, const Options& options,
 int answerForFiles(const std::vector<std::string>& paths, const Options& options,
                    const std::vector<std::string>& columns, bool complainOfFindings,
                    const std::function<FileAnswer(const Inspect::ByteSource&)>& answer) {
-  return answerForEach(
-      paths, options, columns, complainOfFindings, true, {},
-      [&answer](const Inspect::ByteSource& source, const Inspect::FileRun&) { return answer(source); });
+  return answerForEach(paths, options, columns, complainOfFindings, false, {},
+                       [&answer](const Inspect::ByteSource& source, const Inspect::FileRun& run) {
+                         FileAnswer given = answer(source);
+                         if (given.findings.empty() || given.findings.begin()->code != Inspect::E02_NO_FILE_HEADER)
+                           return given;
+                         const Inspect::JudgedFile file =
+                             judge(source, Inspect::Examination::QUICK,
+                                   [&run](const std::string& path) { return run.isNamedAsResult(path); });
+                         if (file.state != Inspect::FileState::OTHER) return given;
+                         given.findings = {};
+                         given.noContainer = noContainerText(file);
+                         return given;
+                       });
 }
 
 int answerForJudged(const std::vector<std::string>& paths, const Options& options,
@@ -203,10 +213,21 @@ int answerAfter(const Inspect::ByteSource& source, int code) {
   return EXIT_COULD_NOT;
 }
 
+bool complainsOfOther(const Inspect::ByteSource& source) {
+  const Inspect::JudgedFile file = Inspect::judge(source, Inspect::Examination::QUICK);
+  if (file.state != Inspect::FileState::OTHER) return false;
+  complain(noContainerText(file));
+  return true;
+}
+
 std::optional<Inspect::SectionInfo> sectionOf(const Inspect::ByteSource& source, int number, int& code) {
   Inspect::ContainerReport report;
   std::optional<Inspect::SectionInfo> section = findSection(source, number, report);
   if (section) return section;
+  if (complainsOfOther(source)) {
+    code = answerAfter(source, EXIT_COULD_NOT);
+    return section;
+  }
   complainOfEach(source.name(), report.findings);
   code = complainOfNoSection(source, report, number);
   return section;

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <string_view>
 
@@ -42,31 +43,39 @@ std::map<std::string, FlatMember> flatMembers(const Json::Value& row) {
   return members;
 }
 
-/// What JsonCpp writes texts and numbers by. It takes longer to make one than to use it.
-Json::StreamWriter& scalarWriter() {
-  constexpr int NUMBER_DIGITS = 10;  // the digits of a 32-bit measurement
-  thread_local const std::unique_ptr<Json::StreamWriter> writer = [] {
+/// As JsonCpp writes it; a number exactly, also where JsonCpp would round it.
+std::string scalarText(const Json::Value& value) {
+  constexpr unsigned NUMBER_DIGITS = 10;  // the digits of a 32-bit measurement
+  if (value.isNull()) return "null";
+  if (value.isBool()) return Json::valueToString(value.asBool());
+  if (value.type() == Json::intValue) return std::to_string(value.asInt64());
+  if (value.type() == Json::uintValue) return std::to_string(value.asUInt64());
+  const double number = value.asDouble();
+  std::string text = Json::valueToString(number, NUMBER_DIGITS);
+  const bool isExact = !std::isfinite(number) || std::strtod(text.c_str(), nullptr) == number;
+  return isExact ? text : fmt::format("{}", number);
+}
+
+/// Writes texts as JSON. Takes longer to make than to use.
+class TextWriter {
+ public:
+  TextWriter() {
     Json::StreamWriterBuilder builder;
     builder["indentation"] = "";
     builder["commentStyle"] = "None";
-    builder["precision"] = NUMBER_DIGITS;
     builder["emitUTF8"] = false;  // read by terminals of any encoding
-    return std::unique_ptr<Json::StreamWriter>(builder.newStreamWriter());
-  }();
-  return *writer;
-}
+    _writer.reset(builder.newStreamWriter());
+  }
+  std::string of(const std::string& text) const {
+    std::ostringstream out;
+    out.exceptions(std::ios::badbit);  // memory that runs out is no shorter text
+    _writer->write(text, &out);
+    return out.str();
+  }
 
-/// As JsonCpp writes it; a number exactly, also where JsonCpp would round it.
-std::string scalarText(const Json::Value& value) {
-  if (value.type() == Json::intValue) return std::to_string(value.asInt64());
-  if (value.type() == Json::uintValue) return std::to_string(value.asUInt64());
-  std::ostringstream out;
-  out.exceptions(std::ios::badbit);  // memory that runs out is no shorter text
-  scalarWriter().write(value, &out);
-  if (value.type() != Json::realValue || !std::isfinite(value.asDouble())) return out.str();
-  const bool isExact = std::strtod(out.str().c_str(), nullptr) == value.asDouble();
-  return isExact ? out.str() : fmt::format("{}", value.asDouble());
-}
+ private:
+  std::unique_ptr<Json::StreamWriter> _writer;
+};
 
 bool hasIllFormedName(const Json::Value& object) {
   for (auto member = object.begin(); member != object.end(); ++member) {
@@ -166,7 +175,8 @@ class JsonLayout {
     const bool isPlain =
         std::all_of(text.begin(), text.end(), [](char c) { return c >= 0x20 && c < 0x7F && c != '"' && c != '\\'; });
     if (!isPlain) {  // names may hold any bytes; JSON may not
-      return put(scalarText(Dump::isUtf8(text) ? text : Dump::withoutIllFormedUtf8(text)));
+      if (!_texts) _texts.emplace();
+      return put(_texts->of(Dump::isUtf8(text) ? text : Dump::withoutIllFormedUtf8(text)));
     }
     put("\"");
     put(text);
@@ -230,6 +240,7 @@ class JsonLayout {
   const char* _indentation;
   std::FILE* _to;
   std::string _text;
+  std::optional<TextWriter> _texts;
 };
 
 }  // namespace

@@ -75,7 +75,8 @@ int recover(const RecoverArguments& args, const Options& options) {
   progress.expect(PASSES * source.size());
   source.onRead([&progress](std::size_t bytes) { progress.advance(bytes); });
   const Inspect::Recovery recovery = findSections(source);
-  const bool isNothing = recovery.kept.empty() && !recovery.isContainer;
+  const bool isNothing =
+      recovery.kept.empty() && !recovery.isContainer && Inspect::judge(source).state != Inspect::FileState::INTACT;
   if (source.hasFailed() || isNothing) progress.hide();
   if (source.hasFailed()) return answerAfter(source, EXIT_COULD_NOT);
   if (isNothing) {

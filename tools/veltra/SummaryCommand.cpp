@@ -1,5 +1,6 @@
 #include <map>
 #include <memory>
+#include <sstream>
 #include <utility>
 
 #include <fmt/format.h>
@@ -120,7 +121,10 @@ int summary(const SummaryArguments& args, const Options& options) {
       return tableOf(rows) + (lists.empty() ? "All expected IDs were tested once.\n" : lists);
     };
     const bool isWhole = options.format == FORMAT_TABLE || options.format == FORMAT_JSON;
-    if (!isWhole && !options.quiet && !lists.empty()) complain(lists.substr(0, lists.size() - 1));
+    if (!isWhole && !options.quiet) {
+      std::istringstream lines(lists);
+      for (std::string line; std::getline(lines, line);) complain(line);
+    }
     code = worse(code, codeOf(coverage));
   }
   if (!rows.empty() || options.format != FORMAT_JSONL) printDocument(document, options);

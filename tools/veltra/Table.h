@@ -40,7 +40,7 @@ class Table {
 
  private:
   /// No other cell is filled up for a wider one: it may have millions of characters.
-  static constexpr std::size_t MOST_WIDTH = 1000;
+  static constexpr std::size_t MOST_WIDTH = 200;
 
   std::vector<Column> _columns;
   std::string _noun;
