@@ -98,3 +98,8 @@ input=-r t veltra doctor -
 next() { veltra doctor -r names -f jsonl | sed -E 's/.*"next":"veltra recover (.*) -o [^"]*".*/\1/; s/\\\\/\\/g'; }
 eval "set -- $(next | tr '\n' ' ')"
 cmp -s "$1" ./-r && cmp -s "$2" ./-r && cmp -s "$3" ./-r && cmp -s "$4" ./-r && echo "$# files found again"
+
+# What is no container is the same for commands that look at one file: named, it is 4, in a folder it is counted.
+for command in list annotate "show -s 1" "extract -s 1"; do t veltra $command mixed/notes.txt; done
+t veltra list -r mixed -f csv -q | grep notes
+t veltra list -q mixed/notes.txt mixed/whole.VRES -f json

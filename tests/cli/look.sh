@@ -15,6 +15,7 @@ echo "no container" > job/notes.txt
 t veltra summary -r job --expect A08..A10
 rm job/notes.txt
 t veltra summary -r job -f jsonl --expect A08..A10 -q
+t veltra summary job/1.vres -f csv --expect A08..A09
 t veltra summary job/1.vres --expect A2..A1
 t veltra annotate job/1.vres
 t veltra annotate job/1.vres -s 0 -f csv
