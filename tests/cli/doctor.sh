@@ -24,6 +24,9 @@ damaged e11-no-summary && patch "$file" 26 006e && header_crc "$file" 24
 damaged w01-newer && patch "$file" 101 0d && header_crc "$file" 96
 damaged w02-type && patch "$file" 98 7777 && header_crc "$file" 96
 damaged w03-after && echo more >> "$file"
+damaged w03-header && head -c 20 /dev/zero >> "$file"
+damaged w03-section && tail -c +25 lot/whole.vres | head -c 72 >> "$file"
+damaged e03-after && patch "$file" 99 09 && head -c 20 /dev/zero >> "$file"
 damaged w04-count && patch "$file" 95 80 && data_crc "$file" 24 52
 damaged w05-magic && patch "$file" 24 4747 && header_crc "$file" 24
 # A package of zeros is no package; a record of more than 8 MiB is not decoded.
@@ -51,6 +54,7 @@ t veltra doctor lot/sub/w03-after.vres missing.vres lot -f json
 cp lot/whole.vres odd.vres && patch odd.vres 6 0001 && header_crc odd.vres 0
 t veltra doctor odd.vres
 t veltra doctor odd.vres --quick
+cp lot/whole.vres odd.vres && patch odd.vres 0 4747 && header_crc odd.vres 0 && t veltra doctor odd.vres
 
 # A folder as it comes: what is no container is counted, unless it may be what is left of a result. Two files of one name
 # are recovered side by side.
@@ -83,6 +87,7 @@ t veltra manifest show lot/sub/limit.pkg
 
 : > empty.vres
 t veltra info lot/sub/e01-unclosed.vres lot/sub/e03-header.vres lot/sub/e04-data.vres empty.vres
+t veltra info -q lot/sub/w03-{header,section}.vres lot/sub/e0{3-after,5-header}.vres -f csv
 t veltra list lot/sub/e04-total.vres
 t veltra list lot/sub/e05-cut.vres
 t veltra list lot/sub/w05-magic.vres
