@@ -1,11 +1,7 @@
 # What doctor finds, at each depth, in each format, in whole folders; and what other commands say of the same files.
 printf 'trace data\n%.0s' {1..50} > trace.bin
 mkdir -p lot/sub names
-veltra pack - -o lot/whole.vres > /dev/null << 'JSON'
-{"summary": {"resultName": "B-1", "resultType": "FIBER", "status": "Fail", "length": "12.5"},
- "sections": [{"type": 300, "version": 12, "payload": "trace.bin", "compress": true},
-              {"type": 301, "version": 3, "payload": "trace.bin"}]}
-JSON
+veltra pack "$data/cli/two_payloads.json" --payloads . -o lot/whole.vres > /dev/null
 damaged() { file=lot/sub/$1.vres && cp lot/whole.vres "$file"; }
 
 damaged e01-unclosed && never_closed "$file"

@@ -1,13 +1,7 @@
 # Pack a result, look at it, and see every kind of refusal.
 printf 'trace data\n%.0s' {1..500} > trace.bin
 printf '\001\002\003' > plot.bin
-cat > result.json <<'JSON'
-{"summary": {"resultName": "A-017 \u001b[31m", "resultType": "COPPER", "timeStamp": "2024-01-31T09:15:00Z",
-             "status": "Pass star", "length": "45.2", "headroom": "<1.30", "testFlags": [1, 4, -2147483648],
-             "numPassTests": 12, "numPassStarTests": 1, "numFailTests": -56},
- "sections": [{"type": "OTDR_END_1_TEST", "version": 12, "payload": "trace.bin", "compress": true},
-              {"type": 777, "version": 3, "payload": "plot.bin"}]}
-JSON
+cp "$data/cli/result.json" .
 t veltra pack result.json -o a.vres
 t veltra pack result.json -o a.vres
 t veltra pack result.json -o a.vres --force --level 9 -f json

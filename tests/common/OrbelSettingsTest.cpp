@@ -60,17 +60,6 @@ TEST(OrbelSettings, Codes) {
   }
 }
 
-TEST(OrbelSettings, OnlyMembersTheTextNamesAreSet) {
-  OrbelSettings expected = sampleSettings();
-  expected.autoSave = false;
-  OrbelSettings read = sampleSettings();
-  ASSERT_EQ(readFrom(read, recordOf("{\"OrbelSettings\": {\"auto_save\": false, \"key_position\": null}}")), 0);
-  EXPECT_EQ(read, expected) << "not cleared first";
-  EXPECT_FALSE(read.fromJson(nullptr));
-  EXPECT_EQ(read, expected);
-  EXPECT_EQ(OrbelSettings().project, Project::ProjectId("", "DEFAULT"));
-}
-
 TEST(OrbelSettings, WholeNumbersOfTheProfileCompareByValue) {
   const auto with = [](const Json::Value& value) {
     OrbelSettings s = sampleSettings();
