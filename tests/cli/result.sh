@@ -22,25 +22,10 @@ t veltra pack again.json -o again.vres
 t cmp <(veltra show again.vres -f jsonl | sed 's/again.vres//') <(veltra show a.vres -f jsonl | sed 's/a.vres//')
 
 # Descriptions that are refused.
-refuse() { printf '%s' "$1" > bad.json; t veltra pack bad.json -o never.vres; }
-refuse '{'
-refuse '[]'
-refuse '{"sections": []}'
-refuse '{"summary": {"resultNam": "x"}}'
-refuse '{"summary": {"resultName": 7}}'
-refuse '{"summary": {"status": "Passed"}}'
-refuse '{"summary": {"timeStamp": "2024-02-30T00:00:00Z"}}'
-refuse '{"summary": {"length": "45.23456"}}'
-refuse '{"summary": {"length": "45m"}}'
-refuse '{"summary": {"length": 45.2}}'
-refuse '{"summary": {"headroom": {"relation": "="}}}'
-refuse '{"summary": {"testFlags": [3]}}'
-refuse '{"summary": {"numFailTests": 200}}'
-refuse '{"summary": {}, "sections": [{"type": "NO_SUCH", "version": 1, "payload": "plot.bin"}]}'
-refuse '{"summary": {}, "sections": [{"type": 1, "version": 1, "payload": "plot.bin"}]}'
-refuse '{"summary": {}, "sections": [{"type": 300, "version": 1}]}'
-refuse '{"summary": {}, "sections": [{"type": 300, "version": 1, "payload": "missing.bin"}]}'
-refuse '{"summary": {}, "sections": [{"type": 300, "version": 70000, "payload": "plot.bin"}]}'
+while IFS= read -r description; do
+  printf '%s' "$description" > bad.json
+  t veltra pack bad.json -o never.vres
+done < "$data/cli/refused_results.txt"
 t ls never.vres
 
 # How it is called.

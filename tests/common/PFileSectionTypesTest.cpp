@@ -23,8 +23,12 @@ TEST(PFileSectionTypes, NamesNewestVersionsAndClassesOfEveryType) {
   }
 }
 
-TEST(PFileReaderStatus, Codes) {
-  std::string codes;
-  for (int i = -8; i < 3; ++i) codes += std::to_string(streamOpToReaderStatus(i));
-  EXPECT_EQ(codes, "33223333033");
+TEST(ReaderStatus, OfEachStreamStatus) {
+  std::string container, result;
+  for (int i = -8; i < 3; ++i) {
+    container += std::to_string(streamOpToReaderStatus(i));
+    result += std::to_string(Veltra::streamOpToReaderStatus(i));
+  }
+  EXPECT_EQ(container, "33223333033");
+  EXPECT_EQ(result, "44323333044");
 }
