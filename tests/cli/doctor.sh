@@ -8,6 +8,7 @@ damaged e01-unclosed && never_closed "$file"
 damaged e02-not-one && patch "$file" 0 00
 damaged e03-header && patch "$file" 30 ff
 damaged e04-data && patch "$file" 60 ff
+damaged e04-nothing && patch "$file" 104 0000000000000000 && header_crc "$file" 96
 damaged e04-total && patch "$file" 20 00000000
 damaged e05-cut && truncate -s 400 "$file"
 damaged e05-header && truncate -s 150 "$file"
@@ -84,6 +85,8 @@ t veltra manifest show lot/sub/limit.pkg
 : > empty.vres
 t veltra info lot/sub/e01-unclosed.vres lot/sub/e03-header.vres lot/sub/e04-data.vres empty.vres
 t veltra info -q lot/sub/w03-{header,section}.vres lot/sub/e0{3-after,5-header}.vres -f csv
+t veltra show lot/sub/e04-nothing.vres -s 2
+t veltra recover lot/sub/e04-nothing.vres -o nothing.vres
 t veltra list lot/sub/e04-total.vres
 t veltra list lot/sub/e05-cut.vres
 t veltra list lot/sub/w05-magic.vres

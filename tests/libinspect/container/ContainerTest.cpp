@@ -4,7 +4,6 @@
 #include <libinspect/container/ContainerWalk.h>
 #include <libinspect/container/FileDiff.h>
 #include <libinspect/container/PrintableText.h>
-#include <libinspect/container/Recover.h>
 
 #include "PFileTesting.h"
 
@@ -44,19 +43,6 @@ TEST(PrintableText, OnlyWholeHarmlessCharactersAreShownAsTheyStand) {
     table += printable(text) + '\n';
   }
   RecordTesting::expectGoldenText(table, "printable_texts");
-}
-
-TEST(ContainerWalk, APayloadWithoutBytesIsNotLoaded) {
-  const OpenFile file(closedFile(headerClaiming(110, 0) + storedSection(110, 0, {1})));
-  const std::vector<SectionInfo> sections = sectionsOf(file.source);
-  ASSERT_EQ(sections.size(), 3u);
-  std::vector<uint8_t> bytes;
-  std::string error;
-  EXPECT_FALSE(loadPayload(file.source, sections[1], bytes, error)) << "the CRC of nothing is right";
-  EXPECT_EQ(error, "section 1: data CRC differs");
-  EXPECT_TRUE(loadPayload(file.source, sections[2], bytes, error));
-  EXPECT_EQ(bytes, Bytes{1});
-  EXPECT_EQ(findSections(file.source).kept[0].number, 1) << "in the new file";
 }
 
 TEST(FileDiff, ALongNameIsNotRepeatedForEachValue) {
