@@ -2,26 +2,13 @@
 #include <libcrossplatform/common/PFile.h>
 #include <libcrossplatform/logging/Assert.h>
 
-#include <fstream>
-#include <iterator>
-
-#include <gtest/gtest.h>
+#include <tests/RecordTesting.h>
 
 #include "ContainerImage.h"
 
 using Fuzz::Bytes;
 
 void Fuzz::runTarget(const Input&) {}
-
-namespace {
-
-std::string textOf(const char* name) {
-  std::ifstream in(std::string(VELTRA_SOURCE_DIR "/") + name, std::ios::binary);
-  EXPECT_TRUE(in.good()) << name;
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
-}  // namespace
 
 TEST(ListedAssertionsDeathTest, AnyButThoseOfThePageEndsTheProgram) {
   Fuzz::watchAssertions();
@@ -33,8 +20,7 @@ TEST(ListedAssertionsDeathTest, AnyButThoseOfThePageEndsTheProgram) {
 }
 
 TEST(ContainerImage, RepairMakesADamagedImageReadableAndLeavesAGoodOneAlone) {
-  const std::string text = textOf("tests/data/good/limit_package.bin");
-  const Bytes good(text.begin(), text.end());
+  const Bytes good = RecordTesting::fileBytes(RecordTesting::dataPath("good/limit_package.bin"));
   Fuzz::Image image(good.data(), good.size());
   image.repair();
   EXPECT_EQ(image.bytes(), good);

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdarg>
 #include <cstdlib>
@@ -138,6 +140,25 @@ struct TempDir {
   ~TempDir() { std::filesystem::remove_all(path); }
   std::string file(const std::string& name) const { return path + "/" + name; }
 };
+
+/// Runs it in a process of its own, with which the changes end that it makes to the process.
+/// @param body  returns whether this machine allows what it tests; the test is skipped otherwise
+template <class Body>
+void inChild(const Body& body) {
+  constexpr int FAILED = 1, SKIPPED = 2;
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child == 0) {
+    const bool isAllowed = body();
+    std::fflush(nullptr);
+    _exit(::testing::Test::HasFailure() ? FAILED : isAllowed ? 0 : SKIPPED);
+  }
+  int status = 0;
+  ASSERT_EQ(waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
+  if (WEXITSTATUS(status) == SKIPPED) GTEST_SKIP() << "this machine does not allow it";
+  EXPECT_EQ(WEXITSTATUS(status), 0);
+}
 
 /// The bytes are those of tests/data/good/<name>.bin. UPDATE_GOLDEN=1 in the environment rewrites the file instead: a
 /// change of a golden file is a change of the format.

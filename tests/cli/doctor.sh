@@ -1,17 +1,14 @@
 # What doctor finds, at each depth, in each format, in whole folders; and what other commands say of the same files.
 printf 'trace data\n%.0s' {1..50} > trace.bin
 mkdir -p lot/sub names
-veltra pack - -o lot/whole.vres > /dev/null << 'JSON'
-{"summary": {"resultName": "B-1", "resultType": "FIBER", "status": "Fail", "length": "12.5"},
- "sections": [{"type": 300, "version": 12, "payload": "trace.bin", "compress": true},
-              {"type": 301, "version": 3, "payload": "trace.bin"}]}
-JSON
+veltra pack "$data/cli/two_payloads.json" --payloads . -o lot/whole.vres > /dev/null
 damaged() { file=lot/sub/$1.vres && cp lot/whole.vres "$file"; }
 
 damaged e01-unclosed && never_closed "$file"
 damaged e02-not-one && patch "$file" 0 00
 damaged e03-header && patch "$file" 30 ff
 damaged e04-data && patch "$file" 60 ff
+damaged e04-nothing && patch "$file" 104 0000000000000000 && header_crc "$file" 96
 damaged e04-total && patch "$file" 20 00000000
 damaged e05-cut && truncate -s 400 "$file"
 damaged e05-header && truncate -s 150 "$file"
@@ -24,6 +21,9 @@ damaged e11-no-summary && patch "$file" 26 006e && header_crc "$file" 24
 damaged w01-newer && patch "$file" 101 0d && header_crc "$file" 96
 damaged w02-type && patch "$file" 98 7777 && header_crc "$file" 96
 damaged w03-after && echo more >> "$file"
+damaged w03-header && head -c 20 /dev/zero >> "$file"
+damaged w03-section && tail -c +25 lot/whole.vres | head -c 72 >> "$file"
+damaged e03-after && patch "$file" 99 09 && head -c 20 /dev/zero >> "$file"
 damaged w04-count && patch "$file" 95 80 && data_crc "$file" 24 52
 damaged w05-magic && patch "$file" 24 4747 && header_crc "$file" 24
 # A package of zeros is no package; a record of more than 8 MiB is not decoded.
@@ -51,6 +51,7 @@ t veltra doctor lot/sub/w03-after.vres missing.vres lot -f json
 cp lot/whole.vres odd.vres && patch odd.vres 6 0001 && header_crc odd.vres 0
 t veltra doctor odd.vres
 t veltra doctor odd.vres --quick
+cp lot/whole.vres odd.vres && patch odd.vres 0 4747 && header_crc odd.vres 0 && t veltra doctor odd.vres
 
 # A folder as it comes: what is no container is counted, unless it may be what is left of a result. Two files of one name
 # are recovered side by side.
@@ -83,6 +84,9 @@ t veltra manifest show lot/sub/limit.pkg
 
 : > empty.vres
 t veltra info lot/sub/e01-unclosed.vres lot/sub/e03-header.vres lot/sub/e04-data.vres empty.vres
+t veltra info -q lot/sub/w03-{header,section}.vres lot/sub/e0{3-after,5-header}.vres -f csv
+t veltra show lot/sub/e04-nothing.vres -s 2
+t veltra recover lot/sub/e04-nothing.vres -o nothing.vres
 t veltra list lot/sub/e04-total.vres
 t veltra list lot/sub/e05-cut.vres
 t veltra list lot/sub/w05-magic.vres

@@ -24,10 +24,7 @@ never_closed stick/A-06.vres
 result A-07 Pass 31.0 4.75 40 > result.json
 printf 'A-08\n' > used.txt
 printf 'correct horse battery\n' > passphrase.txt
-cat > package.json << 'JSON'
-{"version": "V5.2", "releaseType": 1, "build": 7, "type": 1, "firmware": "V5.1",
- "databases": [{"version": [1, 2, 0, 7], "type": 0, "path": "limits/office.db", "firmware": "V5.0"}]}
-JSON
+cp "$data/cli/office_package.json" package.json
 
 # replayed FILE: the transcript with what its command lines print now; what a line showed ends at an empty line.
 replayed() {

@@ -17,6 +17,11 @@ rm job/notes.txt
 t veltra summary -r job -f jsonl --expect A08..A10 -q
 t veltra summary job/1.vres -f csv --expect A08..A09
 t veltra summary job/1.vres --expect A2..A1
+# Of a folder regular files and links to them, not the folders that links lead to; what is named is tried.
+mkdir -p tree/inner && cp job/1.vres tree/c && cp job/2.vres tree/inner/a && mkfifo tree/fifo
+ln -s c tree/link && ln -s nowhere tree/dangling && ln -s loop tree/loop && ln -s . tree/inner/up
+t veltra info -r tree tree/dangling -f csv
+t veltra info tree tree/loop -f csv
 t veltra annotate job/1.vres
 t veltra annotate job/1.vres -s 0 -f csv
 t veltra annotate job/1.vres -s -1 -f csv
@@ -98,6 +103,13 @@ for format in table json; do t within diff.$format diff x.pf bomb.vres -f $forma
 t within annotated annotate x.pf
 t wc -l list.table list.csv diff.table diff.json show.table annotated
 t cmp list.table <(cat x.pf | "$veltra" list -)
+# Nor does doctor hold what a record is followed by, whatever its section says it is.
+cp "$data/good/orbel_settings_v0.bin" zeros && truncate -s 40M zeros && sed 's/trace.bin/zeros/' plain.json > large.json
+veltra pack large.json -o large.vres > /dev/null && { head -c 24 large.vres; tail -c +97 large.vres; } > first.vres
+for header in 0068000c0000 012d00030000 012d00036001 00c800010000 006500010000; do # type, version, flags
+  patch first.vres 26 $header && header_crc first.vres 24 && t within doctor.txt doctor first.vres -q -j 1 --deep -f csv
+  cut -d, -f2-5 doctor.txt
+done
 # A long pipe is kept in a file, if there is room for it.
 head -c 12000000 /dev/zero > zeros && sed 's/trace.bin/zeros/' plain.json > big.json && veltra pack big.json -o big.vres > /dev/null
 piped() { cat big.vres | (TMPDIR=$1 && export TMPDIR && ulimit -v "$2" && "$veltra" extract - -s 2) | cmp - zeros; }

@@ -1,10 +1,5 @@
 # Database packages: from a description and back, the same bytes as the C and Python clients write, and refusals.
-cat > package.json <<'JSON'
-{"version": "V3.12 beta", "releaseType": 1, "build": 407, "type": 0, "firmware": "V5.1",
- "databases": [{"version": [4, 118, 2, 407], "type": 1, "path": "limits/copper.db", "firmware": "V5.0"},
-               {"version": [4, 97, 2, 407], "type": 2, "path": "limits/fiber.db", "firmware": "V5.0"},
-               {"version": [1, 6, 1, 12], "type": 3, "path": "limits/custom.db", "firmware": "V5.1"}]}
-JSON
+cp "$data/cli/package.json" .
 t veltra manifest new package.json -o p.pkg
 cp "$data/good/limit_package.bin" limit_package.bin
 t cmp p.pkg limit_package.bin

@@ -30,11 +30,7 @@ t np check
 sed -i 's/192.168.1.20/300.1.1.1/; s/"Auto"/"auto"/; s/"Wireless Password" : "./&!/' p.dat
 t np check
 t np check -f jsonl
-cat > p.dat << 'EOF'
-{ "InetAddr": 5, "DNSList": "10.0.0.1", "Use DHCP": "yes",
-  "Wireless Security": { "Active Key": -1, "Key": [7], "Certificate": "typed in", "EAP": 3 },
-  "Recent": [null, 5, { "WiFi SSID": "old", "Wireless Security": { "Encryption": "WEP-32" } }] }
-EOF
+cp "$data/cli/wrong_profile.json" p.dat
 t np check
 echo '[' > p.dat
 t np set wifi no

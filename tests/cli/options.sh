@@ -47,27 +47,14 @@ t veltra doctor -q -r lot --max-size 1M
 t veltra show --max-size 95 lot/whole.vres
 input=lot/whole.vres t veltra info - --max-size 96
 
-# A file that comes more than a second after the command has opened it: the bar stands, and is gone from the line before
-# anything is printed. The command begins to count when it starts, before it opens anything.
-mkfifo slow
-slowly() { # OPTION...
-  cat <<END
-exec 9<> slow
-'$veltra' doctor slow lot/whole.vres --color never $* 9<&- &
-until ls -l /proc/\$!/fd 2> /dev/null | grep -v ' 9 ->' | grep -q slow; do sleep 0.01; done
-sleep 1.1
-cat lot/whole.vres >&9
-exec 9<&-
-wait
-END
-}
-echo "bar:" && terminal "$(slowly)" | grep -oE '\[#+ *\] +[0-9]+ %|CRESC\[K' | tail -n 2
-# It stays while work goes on: only its end clears it.
-mkdir lots && mkfifo late && for i in {1..40}; do cp lot/whole.vres lots/$i.vres; done
-lasting() {
+# Files that come more than a second after the command has opened the first: the bar stands while work goes on, only its
+# end clears it, and it is gone from the line before anything is printed. The command begins to count when it starts,
+# before it opens anything.
+mkdir lots && mkfifo slow late && for i in {1..40}; do cp lot/whole.vres lots/$i.vres; done
+lasting() { # OPTION...
   cat <<END
 exec 8<> late 9<> slow
-'$veltra' doctor -j 1 slow lots/*.vres late > /dev/null 8<&- 9<&- &
+'$veltra' doctor -j 1 slow lots/*.vres late --color never $* 8<&- 9<&- &
 is_open() { ls -l /proc/\$!/fd 2> /dev/null | grep -v ' [89] ->' | grep -q \$1; }
 until is_open slow || ! kill -0 \$!; do sleep 0.01; done
 sleep 1.1
@@ -81,9 +68,10 @@ wait
 END
 }
 terminal "$(lasting)" > lasting.txt
+echo "bar:" && grep -oE '\[#+ *\] +[0-9]+ %|CRESC\[K' lasting.txt | tail -n 2
 echo "what it says:" && grep -oE '[0-9]+/42 files, [0-9.]+/[0-9.]+ kB, [0-9.]+ k?B/s, [0-9]:[0-9]{2} left' lasting.txt | sed -E 's/, [0-9].*//' | tail -n 1
 echo "times cleared: $(grep -o 'CRESC\[K' lasting.txt | wc -l)"
-echo "no bar:" && terminal "$(slowly --progress never)"
+echo "no bar:" && terminal "$(lasting --progress never)"
 
 # A FIFO that nobody writes to is named and not waited for; one with a writer is read, and so is process substitution.
 mkfifo nobody

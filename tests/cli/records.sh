@@ -65,6 +65,14 @@ every_screen() { # OPTION...
 every_screen > masked.txt; every_screen --reveal > revealed.txt
 t grep -ciE 'hush|68 ?75 ?73 ?68' masked.txt revealed.txt
 
+# Doctor decodes a MiB of the records in a small file, and says once that it leaves the others.
+settings wide "{\"OrbelSettings\": {\"net_profile\": [1$(printf ',1%.0s' {1..130000})]}}"
+row='{"type": 910, "version": 1, "payload": "wide.bin", "compress": true}'
+echo '{"summary": {}, "sections": ['"$row, $row, $row, $row, $row, $row, $row"']}' > wide.json
+veltra pack wide.json -o wide.vres --force > /dev/null
+t veltra doctor wide.vres
+t veltra doctor wide.vres --deep
+
 # Names of members that are not UTF-8 stay apart where JSON has to replace them.
 LC_ALL=C sed 's/"WiFi SSID": "Site",/"n\xff": 1, "n\xfe": 2,   /' one.bin > names.bin
 t veltra show --record names.bin -f jsonl

@@ -1,12 +1,7 @@
 # What can be saved of damaged files is saved.
 printf 'trace data\n%.0s' {1..50} > trace.bin
 printf 'plot data\n%.0s' {1..20} > plot.bin
-veltra pack - -o whole.vres > /dev/null << 'JSON'
-{"summary": {"resultName": "B-1", "resultType": "FIBER", "status": "Fail", "length": "12.5"},
- "sections": [{"type": 300, "version": 12, "payload": "trace.bin", "compress": true},
-              {"type": 301, "version": 3, "payload": "trace.bin"},
-              {"type": 4711, "version": 9, "payload": "plot.bin"}]}
-JSON
+veltra pack "$data/cli/three_payloads.json" --payloads . -o whole.vres > /dev/null
 for name in unclosed header-crc length-lies cut zeroed summary; do cp whole.vres "$name.vres"; done
 never_closed unclosed.vres
 patch header-crc.vres 30 ff

@@ -61,10 +61,11 @@ rm empty/notes.txt
 t veltra report -r empty -o empty.html
 t veltra summary -r empty
 # An expected ID is damaged, not missing, when the summary in a damaged file or the name of one tells it. A09 was tested
-# again.
-mkdir again && cp job/1.vres again/1.vres && patch again/1.vres 8 ff
+# again, and A07 twice more.
+mkdir -p again/old && cp job/1.vres again/1.vres && patch again/1.vres 8 ff
 pack again/A02.vres A02 FIBER Pass 1 1 && truncate -s 60 again/A02.vres
-pack again/A09.vres A09 FIBER Pass 1 1 && cp again/A09.vres again/again.vres && patch again/again.vres 90 ff
+pack again/A09.vres A09 FIBER Pass 1 1 && cp again/A09.vres again/old && patch again/old/A09.vres 90 ff
+for i in 7 8 9; do pack again/$i.vres A07 FIBER Pass 1 1; done
 pack again/x.vres A08 FIBER Pass 1 1 && echo trailing >> again/x.vres && patch again/x.vres 20 ff
 t veltra summary -q -r again --expect A01..A09
 veltra summary -q -r again --expect A01..A09 -f json | grep -A3 '"damaged"'

@@ -1,13 +1,7 @@
 # Pack a result, look at it, and see every kind of refusal.
 printf 'trace data\n%.0s' {1..500} > trace.bin
 printf '\001\002\003' > plot.bin
-cat > result.json <<'JSON'
-{"summary": {"resultName": "A-017 \u001b[31m", "resultType": "COPPER", "timeStamp": "2024-01-31T09:15:00Z",
-             "status": "Pass star", "length": "45.2", "headroom": "<1.30", "testFlags": [1, 4, -2147483648],
-             "numPassTests": 12, "numPassStarTests": 1, "numFailTests": -56},
- "sections": [{"type": "OTDR_END_1_TEST", "version": 12, "payload": "trace.bin", "compress": true},
-              {"type": 777, "version": 3, "payload": "plot.bin"}]}
-JSON
+cp "$data/cli/result.json" .
 t veltra pack result.json -o a.vres
 t veltra pack result.json -o a.vres
 t veltra pack result.json -o a.vres --force --level 9 -f json
@@ -28,25 +22,11 @@ t veltra pack again.json -o again.vres
 t cmp <(veltra show again.vres -f jsonl | sed 's/again.vres//') <(veltra show a.vres -f jsonl | sed 's/a.vres//')
 
 # Descriptions that are refused.
-refuse() { printf '%s' "$1" > bad.json; t veltra pack bad.json -o never.vres; }
-refuse '{'
-refuse '[]'
-refuse '{"sections": []}'
-refuse '{"summary": {"resultNam": "x"}}'
-refuse '{"summary": {"resultName": 7}}'
-refuse '{"summary": {"status": "Passed"}}'
-refuse '{"summary": {"timeStamp": "2024-02-30T00:00:00Z"}}'
-refuse '{"summary": {"length": "45.23456"}}'
-refuse '{"summary": {"length": "45m"}}'
-refuse '{"summary": {"length": 45.2}}'
-refuse '{"summary": {"headroom": {"relation": "="}}}'
-refuse '{"summary": {"testFlags": [3]}}'
-refuse '{"summary": {"numFailTests": 200}}'
-refuse '{"summary": {}, "sections": [{"type": "NO_SUCH", "version": 1, "payload": "plot.bin"}]}'
-refuse '{"summary": {}, "sections": [{"type": 1, "version": 1, "payload": "plot.bin"}]}'
-refuse '{"summary": {}, "sections": [{"type": 300, "version": 1}]}'
-refuse '{"summary": {}, "sections": [{"type": 300, "version": 1, "payload": "missing.bin"}]}'
-refuse '{"summary": {}, "sections": [{"type": 300, "version": 70000, "payload": "plot.bin"}]}'
+: > empty.bin
+while IFS= read -r description; do
+  printf '%s' "$description" > bad.json
+  t veltra pack bad.json -o never.vres
+done < "$data/cli/refused_results.txt"
 t ls never.vres
 
 # How it is called.
@@ -64,5 +44,3 @@ t veltra info no-such-file a.vres
 t veltra list .
 help_on_full_disk() { veltra --help > /dev/full; }
 t help_on_full_disk
-: > empty.bin
-refuse '{"summary": {}, "sections": [{"type": 300, "version": 1, "payload": "empty.bin"}]}'

@@ -25,16 +25,6 @@ using DatabaseManifestFileDeathTest = DatabaseManifestFile;
 
 }  // namespace
 
-TEST_F(DatabaseManifestFile, PackageOfTheExamplesIsReadAndWrittenByteForByte) {
-  const std::string golden = dataPath("good/limit_package.bin");
-  DatabasePackageManifest manifest;
-  ASSERT_EQ(readManifestFile(manifest, golden.c_str()), PFile::READER_OK);
-  EXPECT_EQ(manifest.descriptors.size(), 3u);
-  EXPECT_EQ(manifest.summary.getFullVersionString(), "V3.12.407 beta");
-  EXPECT_EQ(writeManifestFile(manifest, PFile::SECTION_LIMIT_MANIFEST, path.c_str()), 0);
-  EXPECT_EQ(fileBytes(path), fileBytes(golden));
-}
-
 TEST_F(DatabaseManifestFile, SaysWhatIsWrong) {
   DatabasePackageManifest manifest;
   const Bytes record = fileBytes(dataPath("good/database_package_manifest_v1.bin"));

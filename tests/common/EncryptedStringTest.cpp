@@ -1,6 +1,5 @@
 #include <libcrossplatform/common/EncryptedString.h>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -134,10 +133,7 @@ TEST(CredentialText, HexDumpLayout) {
   bytes[34] = ' ';
   std::ostringstream out;
   hexDump(out, bytes);
-  const std::string gap(8, ' ');
-  EXPECT_EQ(out.str(), "0000  1F 20 21 22 23 24 25 26  27 28 29 2A 2B 2C 2D 2E " + gap + ". !\"#$%&'()*+,-.\n" +
-                           "0010  AB AB AB AB AB AB AB AB  AB AB AB AB AB AB AB AB " + gap + "................\n" +
-                           "0020  7A 7A 20" + std::string(49, ' ') + "zz\n");
+  RecordTesting::expectGoldenText(out.str(), "credential_dump");
 }
 
 TEST(EncryptedString, ShortTextsAreNoCiphertext) {
@@ -166,19 +162,17 @@ TEST(EncryptedString, ConcurrentDrawsNeverRepeat) {
   draw(0, 1);  // the generator of this thread is there before
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
-  const pid_t child = fork();
-  if (child == 0) {
+  RecordTesting::inChild([&] {
     draw(0, 1);
-    _exit(write(ends[1], texts[0].data(), texts[0].size()) == static_cast<ssize_t>(texts[0].size()) ? 0 : 1);
-  }
+    EXPECT_EQ(write(ends[1], texts[0].data(), texts[0].size()), static_cast<ssize_t>(texts[0].size()));
+    return true;
+  });
   draw(1, 2);
   std::thread first(draw, 2, 1000), second(draw, 1000, 2001);
   first.join();
   second.join();
   texts.back().resize(texts[0].size());
   EXPECT_EQ(read(ends[0], &texts.back()[0], texts[0].size()), static_cast<ssize_t>(texts[0].size()));
-  int status = -1;
-  EXPECT_TRUE(waitpid(child, &status, 0) == child && status == 0);
   EXPECT_TRUE(close(ends[0]) == 0 && close(ends[1]) == 0);
   EXPECT_EQ(std::set<std::string>(texts.begin(), texts.end()).size(), texts.size());
   for (const std::string& text : texts) ASSERT_EQ(EncryptedString::Decrypt(text), "same");

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -162,13 +161,11 @@ TEST_F(FileReplacementTest, ALongNameAndOneWithoutAFolderAreSavedWhereverTheProg
 TEST_F(FileReplacementTest, WhatIsUnfinishedIsRemovedAtOnceButNotByAChild) {
   FileReplacement first, second;
   ASSERT_TRUE(first.open(path) && second.open(path));
-  const pid_t child = fork();
-  if (child == 0) {
+  RecordTesting::inChild([&first] {
     FileReplacement::removeUnfinished();
     first.discard();
-    _exit(0);
-  }
-  ASSERT_EQ(waitpid(child, nullptr, 0), child);
+    return true;
+  });
   EXPECT_EQ(entries(), 3);
   EXPECT_TRUE(first.commit());
   FileReplacement::removeUnfinished();

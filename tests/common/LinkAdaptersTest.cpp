@@ -25,7 +25,5 @@ TEST(LinkAdapters, NoTextAndNoIdOutsideTheTableIsFound) {
   for (const char* text : {"", "VLA-", "VLA-201", "VLA-1", "vla-400", "VLA-400 ", "pla2g"}) {
     EXPECT_EQ(findLinkAdapterByPartNumber(text), nullptr) << text;
   }
-  int found = 0;
-  for (int id = -1000; id <= 1000; ++id) found += findLinkAdapter(id) != nullptr ? 1 : 0;
-  EXPECT_EQ(found, 82);
+  for (const int id : {-1, 999}) EXPECT_EQ(findLinkAdapter(id), nullptr) << id;
 }

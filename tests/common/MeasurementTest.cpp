@@ -101,16 +101,9 @@ TEST(ScaledInt, AlignmentWrapsAndReportsScalesTooFarApart) {
 // Floats are rounded in one step, texts in two; scales are floats; a bound's type goes with its text.
 TEST(Measurements, AreReadAndShownAsTheTableSays) {
   std::ostringstream table;
-  for (const auto& [value, scale] : {std::pair{2.5f, 0},
-                                     {-2.5f, 0},
-                                     {-2.4f, 0},
-                                     {125.0f, -1},
-                                     {838860.1f, 1},
-                                     {1e10f, 0},
-                                     {-3.4028235e38f, 4},
-                                     {INF, 0},
-                                     {-INF, 0},
-                                     {NONE, 1}}) {
+  const std::pair<float, int> floats[] = {{2.5f, 0},  {-2.5f, 0},          {-2.4f, 0}, {125.0f, -1}, {838860.1f, 1},
+                                          {1e10f, 0}, {-3.4028235e38f, 4}, {INF, 0},   {-INF, 0},    {NONE, 1}};
+  for (const auto& [value, scale] : floats) {
     table << value << " at scale " << scale << ": " << shown(ScaledInt(value, static_cast<Scale>(scale))) << '\n';
   }
   for (const std::string& text :
@@ -122,15 +115,10 @@ TEST(Measurements, AreReadAndShownAsTheTableSays) {
     table << '"' << text << "\": " << isNumber << ' ' << shown(v) << ' ' << isMeasurement << ' ' << m.type << ' '
           << shown(m.value) << " \"" << (m.value.hasPrintableScale() ? m.toString() : "no text") << "\"\n";
   }
-  for (const auto& [value, scale] : {std::pair{12, -1},
-                                     {-12, 0},
-                                     {-5, 1},
-                                     {1, 4},
-                                     {12345678, 4},
-                                     {125, 2},
-                                     {-2147483647, 1},
-                                     {2147483647, 2},
-                                     {-2147483646, 0}}) {
+  constexpr std::pair<int32_t, int> RAWS[] = {{12, -1},         {-12, 0},        {-5, 1},
+                                              {1, 4},           {12345678, 4},   {125, 2},
+                                              {-2147483647, 1}, {2147483647, 2}, {-2147483646, 0}};
+  for (const auto& [value, scale] : RAWS) {
     const ScaledInt v = raw(value, scale);
     table << shown(v) << ": " << v.toString() << ' ' << v.toFloat() << ' ' << Dump::fixedToStr(v.toDouble(), 9) << ' '
           << v.scalingValue() << '\n';

@@ -54,12 +54,6 @@ struct ResultFileTest : ::testing::Test {
 
 }  // namespace
 
-TEST(ResultFile, Codes) {
-  std::string codes;
-  for (int i = -8; i < 3; ++i) codes += std::to_string(streamOpToReaderStatus(i));
-  EXPECT_EQ(codes, "44323333044");
-}
-
 TEST_F(ResultFileTest, StatusesOfBothForms) {
   const Bytes summary = sampleBytes();
   const auto only = [](uint16_t version, const Bytes& data) { return imageOf({{200, version, 0, data}}); };

@@ -17,7 +17,7 @@
 #include "Workloads.h"
 
 using namespace Workloads;
-using RecordTesting::fileBytes, RecordTesting::writeFile;
+using RecordTesting::inChild, RecordTesting::writeFile;
 
 namespace {
 
@@ -107,6 +107,12 @@ class Disk {
   std::vector<Bytes> _versions;
   bool _isSynced = false;
 };
+
+/// What an environment variable says.
+unsigned long numberFrom(const char* variable, unsigned long otherwise) {
+  const char* const text = std::getenv(variable);
+  return text != nullptr ? std::strtoul(text, nullptr, 10) : otherwise;
+}
 
 /// The steps of a workload, recorded from its system calls.
 bool recordSteps(const Workload& workload) {

@@ -20,12 +20,15 @@ using RecordTesting::fileBytes, RecordTesting::writeFile, RecordTesting::Bytes;
 
 constexpr int COULD_NOT = 4;
 
-/// How one run ended.
-struct End {
-  int code = 0;  ///< negative: by this signal
-  bool isRefused = false;
-  long allocations = 0;
+/// What the allocator counted in one run.
+struct Counts {
+  long refused = 0, allocations = 0;
   std::size_t peak = 0;  ///< bytes
+};
+
+/// How one run ended.
+struct End : Counts {
+  int code = 0;  ///< negative: by this signal
   Bytes printed, complained;
 };
 
@@ -47,12 +50,8 @@ class CommandRuns : public ::testing::Test {
   /// Runs the command in a process and the scratch directory.
   /// @param before  allocations before the refused one; negative: none is refused
   End run(std::vector<const char*> arguments, long before, bool forGood) const {
-    struct Shared {
-      long refused, allocations;
-      std::size_t peak;
-    };
-    auto* const shared =
-        static_cast<Shared*>(mmap(nullptr, sizeof(Shared), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+    auto* const counts =
+        static_cast<Counts*>(mmap(nullptr, sizeof(Counts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
     arguments.insert(arguments.begin(), "veltra");
     std::fflush(nullptr);
     const pid_t child = fork();
@@ -70,22 +69,16 @@ class CommandRuns : public ::testing::Test {
       Allocations::startMeasuring();
       if (before >= 0) Allocations::refuseAfter(before, forGood);
       const int code = veltraMain(static_cast<int>(arguments.size()), argv.data());
-      shared->allocations = Allocations::countSinceStart();
-      shared->refused = Allocations::stopRefusing();
-      shared->peak = Allocations::peak();
+      const long allocations = Allocations::countSinceStart();
+      *counts = {Allocations::stopRefusing(), allocations, Allocations::peak()};
       std::fflush(nullptr);
       _exit(code);
     }
     int status = 0;
     waitpid(child, &status, 0);
-    End end;
-    end.code = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    end.isRefused = shared->refused > 0;
-    end.allocations = shared->allocations;
-    end.peak = shared->peak;
-    end.printed = fileBytes(_streams.file("out"));
-    end.complained = fileBytes(_streams.file("err"));
-    munmap(shared, sizeof(Shared));
+    const int code = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    const End end = {*counts, code, fileBytes(_streams.file("out")), fileBytes(_streams.file("err"))};
+    munmap(counts, sizeof(Counts));
     return end;
   }
 
@@ -130,9 +123,9 @@ TEST_P(CommandSweep, EveryRefusedAllocationIsFourAndALine) {
   for (const bool forGood : {false, true}) {
     End end;
     // Of those that refuse all later ones, some stand for all.
-    for (long k = begin; k == begin || end.isRefused || end.code < 0; k += forGood ? 7 : 1) {
+    for (long k = begin; k == begin || end.refused > 0 || end.code < 0; k += forGood ? 7 : 1) {
       end = run(GetParam(), k, forGood);
-      if (!end.isRefused && end.code >= 0) break;
+      if (end.refused == 0 && end.code >= 0) break;
       ++met;
       SCOPED_TRACE("allocation " + std::to_string(k) + (forGood ? " and all later ones" : " alone"));
       const std::string said(end.complained.begin(), end.complained.end());

@@ -11,6 +11,7 @@
 #include "Workloads.h"
 
 using namespace Workloads;
+using RecordTesting::inChild;
 
 namespace {
 

@@ -2,8 +2,6 @@
 
 #include <fcntl.h>
 #include <openssl/crypto.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <new>
 #include <ostream>
@@ -308,27 +306,6 @@ bool isClean(const std::string& path) {
   const std::uintmax_t size = std::filesystem::file_size(path);
   return code == PFILE_END_OF_DATA && size > 0 && reader.recordedLength() == size;
 #endif
-}
-
-void inChild(const std::function<bool()>& body) {
-  constexpr int FAILED = 1, SKIPPED = 2;
-  std::fflush(nullptr);
-  const pid_t child = fork();
-  if (child == 0) {
-    const bool isAllowed = body();
-    std::fflush(nullptr);
-    _exit(::testing::Test::HasFailure() ? FAILED : isAllowed ? 0 : SKIPPED);
-  }
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
-  if (WEXITSTATUS(status) == SKIPPED) GTEST_SKIP() << "this machine does not allow it";
-  EXPECT_EQ(WEXITSTATUS(status), 0);
-}
-
-unsigned long numberFrom(const char* variable, unsigned long otherwise) {
-  const char* const text = std::getenv(variable);
-  return text != nullptr ? std::strtoul(text, nullptr, 10) : otherwise;
 }
 
 }  // namespace Workloads

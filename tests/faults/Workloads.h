@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -59,11 +58,5 @@ int openDescriptors();
 /// Whether nothing is wrong with a container, as far as the build can tell: by the checks of the command where they are
 /// built, and otherwise by reading every section and comparing the recorded length.
 bool isClean(const std::string& path);
-
-/// Runs it in a process of its own, with which the changes end that it makes to the process.
-/// @param body  returns whether this machine allows what it tests; the test is skipped otherwise
-void inChild(const std::function<bool()>& body);
-/// What an environment variable says.
-unsigned long numberFrom(const char* variable, unsigned long otherwise);
 
 }  // namespace Workloads

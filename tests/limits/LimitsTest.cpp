@@ -155,48 +155,6 @@ TEST_F(Limits, WhatIsDoneFollowsTheSizeOfAHostileFile) {
   }
 }
 
-#ifdef VELTRA_HAS_INSPECT
-TEST_F(Limits, NoLargeSectionIsHeldInMemory) {
-  constexpr uint32_t LARGE = 64 * MIB;
-  const Bytes record = HostileFiles::settingsRecord("1"), other(100, 'x');
-  const std::tuple<uint16_t, uint16_t, const Bytes&> kinds[] = {{104, 0, record},
-                                                                {301, 0, other},
-                                                                {301, PFile::SECTION_FLAG_COMPRESS, other},
-                                                                {SECTION_RESULT_SUMMARY, 0, record},
-                                                                {PFile::SECTION_LIMIT_MANIFEST, 0, other}};
-  for (const auto& [type, flags, data] : kinds) {
-    SCOPED_TRACE(type);
-    Bytes payload = data;
-    payload.resize(LARGE);
-    PFile::Header header;
-    header.set(type, 1, flags, 0, LARGE, payload.data());
-    const auto head = header.bytes();
-    Bytes begin(head.begin(), head.end());
-    begin.insert(begin.end(), data.begin(), data.end());
-    RecordTesting::writeFile(path, HostileFiles::closedFile(begin));
-    std::filesystem::resize_file(path, HostileFiles::FILE_HEADER_BYTES + PFile::Header::BYTES + uint64_t{LARGE});
-    startCounting();
-    doctor(path, {});
-    EXPECT_LT(Allocations::peak(), MIB);
-  }
-}
-
-TEST_F(Limits, DoctorSaysOnceThatFurtherRecordsAreNotDecoded) {
-  const Bytes sections = HostileFiles::repeated(HostileFiles::record(), 20000);
-  ASSERT_GT(sections.size(), 10 * HostileFiles::record().size());
-  RecordTesting::writeFile(path, HostileFiles::closedFile(sections));
-  std::string error;
-  Inspect::ByteSource source;
-  ASSERT_TRUE(source.open(path, error)) << error;
-  EXPECT_TRUE(judge(source).report.findings.empty());
-  const Inspect::ContainerReport report = judge(source, Inspect::Examination::DEEP).report;
-  ASSERT_EQ(std::distance(report.findings.begin(), report.findings.end()), 1);
-  EXPECT_EQ(report.findings.begin()->code, Inspect::W06_RECORDS_NOT_DECODED);
-  EXPECT_EQ(report.findings.begin()->section, 6) << "five records of 260 kB are more than 1 MiB";
-  EXPECT_FALSE(report.damaged());
-}
-#endif
-
 TEST_F(Limits, OneMebibyteOfJsonIsReadOrRefusedAtABoundedCost) {
   const auto filled = [](const std::string& before, const std::string& unit, const std::string& after) {
     std::string text = before;

@@ -4,7 +4,6 @@
 #include <libinspect/container/ContainerWalk.h>
 #include <libinspect/container/FileDiff.h>
 #include <libinspect/container/PrintableText.h>
-#include <libinspect/container/Recover.h>
 
 #include "PFileTesting.h"
 
@@ -44,57 +43,6 @@ TEST(PrintableText, OnlyWholeHarmlessCharactersAreShownAsTheyStand) {
     table += printable(text) + '\n';
   }
   RecordTesting::expectGoldenText(table, "printable_texts");
-}
-
-TEST(Findings, TheNextCommandFitsTheFinding) {
-  const std::string recover = "veltra recover f -o f.recovered", list = "veltra list f";
-  const std::tuple<FindingCode, uint64_t, std::optional<int>, std::string> rows[] = {
-      {E02_NO_FILE_HEADER, 0, 0, recover},
-      {E02_NO_FILE_HEADER, 0, std::nullopt, recover},
-      {E01_NEVER_CLOSED, 0, 0, recover},
-      {E07_INFLATE_FAILED, 20, 0, recover},
-      {E07_INFLATE_FAILED, 44, 1, "veltra annotate f -s 1"},
-      {W05_WRONG_MAGIC, 0, 0, "veltra annotate f -s 0"},
-      {W03_BYTES_AFTER_END, 24, std::nullopt, list},
-  };
-  for (const auto& [code, offset, section, command] : rows) {
-    EXPECT_EQ(nextCommand("f", {code, offset, section, "", ""}), command) << toString(code) << " at " << offset;
-  }
-}
-
-TEST(ContainerWalk, OnlyWhatStandsAfterTheRecordedEndIsNoSection) {
-  const Bytes whole = imageOf({{110, 1, 0, Bytes(30, 'a')}, {110, 1, 0, Bytes(30, 'b')}});
-  constexpr std::size_t SECOND = 24 + 50;
-  const std::tuple<const char*, Bytes, const char*, uint64_t> rows[] = {
-      {"whole", whole, "", 3},
-      {"bytes after it", whole + Bytes(5, 'x'), "W03", 3},
-      {"as many as a header has", whole + Bytes(20, 'x'), "W03", 3},
-      {"a section after it", whole + storedSection(110, 0, {1}), "W03", 4},
-      {"a damaged header", RecordTesting::withByte(whole, SECOND + 3, 9), "E03", 2},
-      {"the same and bytes after it", RecordTesting::withByte(whole, SECOND + 3, 9) + Bytes(20, 'x'), "E03 W03", 2},
-      {"cut in a header", Bytes(whole.begin(), whole.begin() + SECOND + 7), "E05 E06", 2},
-      {"cut before a header", Bytes(whole.begin(), whole.begin() + SECOND), "E06", 2},
-  };
-  for (const auto& [name, bytes, codes, sections] : rows) {
-    SCOPED_TRACE(name);
-    const OpenFile file(bytes);
-    const ContainerReport report = walk(file.source, WalkDepth::HEADERS_AND_CRCS);
-    EXPECT_EQ(codesOf(report.findings), codes);
-    EXPECT_EQ(report.sections, sections);
-  }
-}
-
-TEST(ContainerWalk, APayloadWithoutBytesIsNotLoaded) {
-  const OpenFile file(closedFile(headerClaiming(110, 0) + storedSection(110, 0, {1})));
-  const std::vector<SectionInfo> sections = sectionsOf(file.source);
-  ASSERT_EQ(sections.size(), 3u);
-  std::vector<uint8_t> bytes;
-  std::string error;
-  EXPECT_FALSE(loadPayload(file.source, sections[1], bytes, error)) << "the CRC of nothing is right";
-  EXPECT_EQ(error, "section 1: data CRC differs");
-  EXPECT_TRUE(loadPayload(file.source, sections[2], bytes, error));
-  EXPECT_EQ(bytes, Bytes{1});
-  EXPECT_EQ(findSections(file.source).kept[0].number, 1) << "in the new file";
 }
 
 TEST(FileDiff, ALongNameIsNotRepeatedForEachValue) {

@@ -15,21 +15,11 @@ trap 'rm -rf "$profile"' EXIT
 
 # Copper and fibre, every verdict, a bound, values that are none, an outlier, a name that is markup.
 mkdir "$job"
-verdicts=(Pass Pass 'Pass star' Pass Fail 'Fail star' Pass)
-for ((i = 1; i <= 40; ++i)); do
-  id=$(printf 'A%03d' "$i") type=COPPER verdict=${verdicts[i % 7]} length=$((12 + i * 37 % 80)).$((i % 10)) headroom=$((i * 13 % 7 - 2)).$((i % 9))1
-  case $i in
-    *[789]) id=B${id#A} type=FIBER length=$((300 + i * 41)) ;;
-    12) id='<img src=x onerror=alert(1)>\u0007 & \u202eTAB' ;;
-    16) verdict='Not set' length=N/A headroom=NaN ;;
-    22) verdict=Fail headroom=-48.00 ;;
-    23) length=2000.0 ;;
-    31) id='Drum 0418' type=NOT_SET verdict=Show length='>150.0' headroom=--- ;;
-  esac
-  printf '{"summary": {"resultName": "%s", "resultType": "%s", "status": "%s", "length": "%s", "headroom": "%s",
-    "timeStamp": %d, "numPassTests": 14}}' "$id" "$type" "$verdict" "$length" "$headroom" $((1706691600 + i * 310)) |
-    "$veltra" pack - -o "$(printf '%s/%05d.vres' "$job" "$i")" > /dev/null
-done
+count=0
+while IFS= read -r description; do
+  printf -v file '%s/%05d.vres' "$job" $((++count))
+  "$veltra" pack - -o "$file" <<< "$description" > /dev/null
+done < "$root/tests/data/cli/varied_job.txt"
 printf '\377' | dd of="$job/00005.vres" bs=1 seek=40 conv=notrunc status=none
 truncate -s 50 "$job/00009.vres"
 echo after >> "$job/00010.vres"
