@@ -31,6 +31,11 @@ function(veltra_flags target)
     target_compile_options(${target} PRIVATE -fsanitize=${VELTRA_SANITIZE} -fno-sanitize-recover=all
       -fno-omit-frame-pointer)
     target_link_options(${target} PRIVATE -fsanitize=${VELTRA_SANITIZE})
+    # clang gives a program in C only half of what the library in C++ was compiled to call.
+    if(CMAKE_C_COMPILER_ID STREQUAL "Clang" AND VELTRA_SANITIZE MATCHES "undefined")
+      target_link_options(${target} PRIVATE $<$<LINK_LANGUAGE:C>:-fsanitize-link-c++-runtime>)
+      target_link_libraries(${target} PRIVATE $<$<LINK_LANGUAGE:C>:stdc++>)
+    endif()
   endif()
 endfunction()
 

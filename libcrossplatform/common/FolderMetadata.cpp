@@ -18,7 +18,7 @@ struct ListedFolder {
   FolderMetadata& folder;
 
   Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) {
-    folder.deserialize(in);
+    (void)folder.deserialize(in);
     return in.status() == Marshal::STREAM_OK ? Marshal::STREAM_OK : Marshal::STREAM_WRONG_ELEMENT;
   }
 };
