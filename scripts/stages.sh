@@ -41,7 +41,9 @@ build_and_test() {
   sed -n '/ tests passed, /,$p' "$log"
 }
 
-stage_dev() { build_and_test dev; }
+stage_dev() { build_and_test dev -LE long; }
+# What takes too long for every change.
+stage_long() { build_and_test dev -L long; }
 stage_clang() { build_and_test clang; }
 stage_release() { build_and_test release; }
 # Without what lets every call, allocation and byte fail in turn, which takes long under qemu: stage_armhf_faults.
