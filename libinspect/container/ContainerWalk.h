@@ -46,6 +46,10 @@ struct ContainerReport {
   Findings findings;
 
   bool damaged() const { return findings.hasDamage(); }
+  /// There is no file header, and nothing that could be a section: the input may be anything.
+  bool isNoContainer() const {
+    return sections == 0 && !findings.empty() && findings.begin()->code == E02_NO_FILE_HEADER;
+  }
 };
 
 enum class WalkDepth { HEADERS, HEADERS_AND_CRCS };

@@ -12,10 +12,6 @@ namespace {
 /// gigabytes of them.
 constexpr uint64_t MOST_RECORD_BYTES = uint64_t{1} * 1024 * 1024;
 
-bool isNoContainer(const ContainerReport& report) {
-  return report.sections == 0 && !report.findings.empty() && report.findings.begin()->code == E02_NO_FILE_HEADER;
-}
-
 std::string kindOf(const ContainerReport& report) {
   for (const Finding& finding : report.findings) {
     if (finding.code == E02_NO_FILE_HEADER) return "not a container";
@@ -49,7 +45,7 @@ class Judge {
     }
     _file.kind = kindOf(report);
     _file.state = report.damaged() ? FileState::DAMAGED : FileState::INTACT;
-    if (isNoContainer(report) && !looksLost(_source) && !(isNamedAsResult && isNamedAsResult(report.path))) {
+    if (report.isNoContainer() && !looksLost(_source) && !(isNamedAsResult && isNamedAsResult(report.path))) {
       _file.state = FileState::OTHER;
     }
     return std::move(_file);

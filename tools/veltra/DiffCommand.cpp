@@ -32,10 +32,9 @@ Json::Value jsonOf(const Inspect::Difference& difference) {
 
 /// Whether a file is no container at all, with a complaint.
 bool complainsOfNoContainer(const Inspect::ContainerReport& report) {
-  const bool isNone =
-      report.sections == 0 && !report.findings.empty() && report.findings.begin()->code == Inspect::E02_NO_FILE_HEADER;
-  if (isNone) complain(describe(report.name, *report.findings.begin()));
-  return isNone;
+  if (!report.isNoContainer()) return false;
+  complain(describe(report.name, *report.findings.begin()));
+  return true;
 }
 
 int diff(const DiffArguments& args, const Options& options) {
