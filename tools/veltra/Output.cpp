@@ -15,7 +15,7 @@ namespace {
 
 using Inspect::isMeasurement;
 
-std::string scalarText(const Json::Value& value) {
+std::string cellOfScalar(const Json::Value& value) {
   if (isMeasurement(value)) return value["text"].isString() ? value["text"].asString() : "-";
   if (value.isNull()) return "-";
   if (value.isString()) return printable(value.asString());
@@ -30,9 +30,9 @@ void appendIndented(const std::string& name, const Json::Value& value, int depth
   if (isScalar || isFlat) {
     std::string text;
     if (isScalar) {
-      text = scalarText(value);
+      text = cellOfScalar(value);
     } else {
-      for (const Json::Value& element : value) text += (text.empty() ? "" : ", ") + scalarText(element);
+      for (const Json::Value& element : value) text += (text.empty() ? "" : ", ") + cellOfScalar(element);
     }
     out += fmt::format("{}{}: {}\n", indent, name, text);
     return;
