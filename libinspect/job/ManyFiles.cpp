@@ -4,12 +4,13 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
+#include <condition_variable>
 #include <cstring>
 #include <exception>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <thread>
 #include <utility>
@@ -89,6 +90,125 @@ ReadOutcome readOne(const std::string& file, ByteSource& source, const std::func
   return outcome;
 }
 
+/// One thread for each place it is worth having one, which stay for all files. The calling thread takes the outcomes in
+/// order, and reads as the others do while the next one is not there yet.
+class OrderedReading {
+ public:
+  OrderedReading(const std::vector<std::string>& files, const ReadingOptions& options, const OnOpened& onOpened)
+      : _files(files), _options(options), _onOpened(onOpened), _places(readAhead(options, files.size())) {}
+  OrderedReading(const OrderedReading&) = delete;
+  OrderedReading& operator=(const OrderedReading&) = delete;
+  ~OrderedReading() {
+    {
+      const std::lock_guard<std::mutex> lock(_mutex);
+      _isOver = true;
+    }
+    _changed.notify_all();
+    for (std::thread& thread : _threads) thread.join();
+  }
+
+  void run(const OnOutcome& onOutcome) {
+    startThreads();
+    Reader reader(*this);
+    for (std::size_t file = 0; file < _files.size(); ++file) {
+      Place& place = _places[file % _places.size()];
+      {
+        std::unique_lock<std::mutex> lock(_mutex);
+        while (!place.isRead && !_isOutOfMemory) {
+          if (mayRead()) {
+            readNext(reader, lock);
+          } else {
+            _changed.wait(lock);
+          }
+        }
+        if (_isOutOfMemory) throw std::bad_alloc();
+        place.isRead = false;
+      }
+      onOutcome(file, file % _places.size(), place.outcome);
+      const std::lock_guard<std::mutex> lock(_mutex);
+      ++_told;
+      _changed.notify_all();
+    }
+  }
+
+ private:
+  struct Place {
+    ReadOutcome outcome;
+    bool isRead = false;
+  };
+
+  /// What one thread reads with.
+  struct Reader {
+    explicit Reader(const OrderedReading& reading) {
+      source.setLimit(reading._options.maxSize);
+      source.onRead([this, &reading](std::size_t bytes) {
+        done += bytes;
+        if (reading._options.onRead) reading._options.onRead(bytes);
+      });
+    }
+    Reader(const Reader&) = delete;
+    Reader& operator=(const Reader&) = delete;
+
+    ByteSource source;
+    uint64_t done = 0;
+  };
+
+  void startThreads() {
+    const unsigned threads = threadsFor(_options, _files.size());
+    try {
+      _threads.reserve(threads);
+      while (_threads.size() + 1 < threads) _threads.emplace_back([this] { work(); });
+    } catch (const std::exception&) {  // no more threads, or no memory for them: those there are read all files
+    }
+  }
+
+  void work() {
+    try {
+      Reader reader(*this);
+      std::unique_lock<std::mutex> lock(_mutex);
+      while (!_isOver && _next < _files.size()) {
+        if (mayRead()) {
+          readNext(reader, lock);
+          _changed.notify_all();
+        } else {
+          _changed.wait(lock);
+        }
+      }
+    } catch (const std::exception&) {  // nothing may leave a thread
+      const std::lock_guard<std::mutex> lock(_mutex);
+      _isOutOfMemory = true;
+      _changed.notify_all();
+    }
+  }
+
+  bool mayRead() const { return _next < _files.size() && _next < _told + _places.size(); }
+
+  void readNext(Reader& reader, std::unique_lock<std::mutex>& lock) {
+    const std::size_t file = _next++, at = file % _places.size();
+    lock.unlock();
+    reader.done = 0;
+    ReadOutcome outcome = readOne(_files[file], reader.source, [&] { _onOpened(at, reader.source); });
+    // Bytes that need not be read count as done.
+    if (_options.onRead && reader.source.size() > reader.done) _options.onRead(reader.source.size() - reader.done);
+    if (_options.onFile) _options.onFile();
+    lock.lock();
+    _places[at].outcome = std::move(outcome);
+    _places[at].isRead = true;
+  }
+
+  const std::vector<std::string>& _files;
+  const ReadingOptions& _options;
+  const OnOpened& _onOpened;
+  std::vector<std::thread> _threads;
+  std::mutex _mutex;  // guards what follows, but for the outcome of a place that is being told
+  std::condition_variable _changed;
+  std::vector<Place> _places;  // file i has place i modulo their number
+  std::size_t _next = 0;       // file to be read next
+  std::size_t _told = 0;       // files whose outcomes were taken
+  bool _isOver = false;
+  bool _isOutOfMemory = false;
+};
+
 }  // namespace
 
 const char* causeOf(const std::exception& exception) {
@@ -121,48 +241,14 @@ uint64_t bytesOf(const std::vector<std::string>& files) {
   return bytes;
 }
 
-std::size_t batchSize(const ReadingOptions& options, std::size_t files) {
+std::size_t readAhead(const ReadingOptions& options, std::size_t files) {
   constexpr std::size_t FILES_A_THREAD = 16;  // a hostile file may have a thousand findings
-  return threadsFor(options, files) * FILES_A_THREAD;
+  return std::min(threadsFor(options, files) * FILES_A_THREAD, std::max<std::size_t>(files, 1));
 }
 
-std::vector<ReadOutcome> readBatch(const std::vector<std::string>& files, std::size_t begin, std::size_t end,
-                                   const ReadingOptions& options,
-                                   const std::function<void(std::size_t file, const ByteSource&)>& read) {
-  std::vector<ReadOutcome> outcomes(end - begin);
-  const unsigned threads = threadsFor(options, files.size());
-  std::atomic<std::size_t> next{0};
-  std::atomic<bool> isOutOfMemory{false};
-  const auto work = [&] {
-    try {
-      ByteSource source;
-      uint64_t done = 0;
-      source.setLimit(options.maxSize);
-      source.onRead([&](std::size_t bytes) {
-        done += bytes;
-        if (options.onRead) options.onRead(bytes);
-      });
-      for (std::size_t i = next++; i < outcomes.size(); i = next++) {
-        done = 0;
-        outcomes[i] = readOne(files[begin + i], source, [&] { read(begin + i, source); });
-        // Bytes that need not be read count as done.
-        if (options.onRead && source.size() > done) options.onRead(source.size() - done);
-        if (options.onFile) options.onFile();
-      }
-    } catch (const std::exception&) {  // nothing may leave a thread
-      isOutOfMemory = true;
-    }
-  };
-  std::vector<std::thread> others;
-  try {
-    others.reserve(threads);
-    while (others.size() + 1 < threads) others.emplace_back(work);
-  } catch (const std::exception&) {  // no more threads, or no memory for them: those there are read all files
-  }
-  work();
-  for (std::thread& thread : others) thread.join();
-  if (isOutOfMemory) throw std::bad_alloc();
-  return outcomes;
+void readInOrder(const std::vector<std::string>& files, const ReadingOptions& options, const OnOpened& onOpened,
+                 const OnOutcome& onOutcome) {
+  OrderedReading(files, options, onOpened).run(onOutcome);
 }
 
 }  // namespace Inspect

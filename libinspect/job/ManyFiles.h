@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -41,15 +40,19 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool rec
 /// How many bytes files have, as far as known.
 uint64_t bytesOf(const std::vector<std::string>& files);
 
-/// How many files are read before they are reported.
-std::size_t batchSize(const ReadingOptions& options, std::size_t files);
+/// How many files are read before the outcome of the first of them is taken.
+std::size_t readAhead(const ReadingOptions& options, std::size_t files);
 
-/// Opens files[begin] to files[end - 1] on several threads, or on fewer where the system gives no more.
-/// @param read  called with the number of each that opened; from any thread. Memory that runs out in it is an outcome
-/// @throw std::bad_alloc if there is no memory for an outcome
-std::vector<ReadOutcome> readBatch(const std::vector<std::string>& files, std::size_t begin, std::size_t end,
-                                   const ReadingOptions& options,
-                                   const std::function<void(std::size_t file, const ByteSource&)>& read);
+/// Receives a file that was opened, and its place among readAhead(): it is that of no other file until its outcome was
+/// taken. Called from any thread; memory that runs out in it is an outcome.
+using OnOpened = std::function<void(std::size_t place, const ByteSource&)>;
+/// Takes the outcome of a file, by its number and its place; in the order of the files, from the calling thread.
+using OnOutcome = std::function<void(std::size_t file, std::size_t place, const ReadOutcome&)>;
+
+/// Opens files on several threads, or on fewer where the system gives no more, readAhead() ahead of what was taken.
+/// @throw std::bad_alloc if there is no memory to read with; what `onOutcome` throws
+void readInOrder(const std::vector<std::string>& files, const ReadingOptions& options, const OnOpened& onOpened,
+                 const OnOutcome& onOutcome);
 
 /// Calls `ask` for each file, on several threads, and `tell` with the answers in the order of the files. Nothing of a
 /// file is kept after that.
@@ -60,15 +63,12 @@ void askEach(const std::vector<std::string>& files, const ReadingOptions& option
              const std::function<Answer(const ByteSource&)>& ask,
              const std::function<void(const std::string& file, const ReadOutcome&, std::optional<Answer>)>& tell) {
   if (options.onBegin) options.onBegin(files.size(), bytesOf(files));
-  const std::size_t step = batchSize(options, files.size());
-  for (std::size_t begin = 0; begin < files.size(); begin += step) {
-    const std::size_t end = std::min(files.size(), begin + step);
-    std::vector<std::optional<Answer>> answers(end - begin);
-    const std::vector<ReadOutcome> outcomes =
-        readBatch(files, begin, end, options,
-                  [&](std::size_t file, const ByteSource& source) { answers[file - begin] = ask(source); });
-    for (std::size_t i = 0; i < answers.size(); ++i) tell(files[begin + i], outcomes[i], std::move(answers[i]));
-  }
+  std::vector<std::optional<Answer>> answers(readAhead(options, files.size()));
+  readInOrder(
+      files, options, [&](std::size_t place, const ByteSource& source) { answers[place] = ask(source); },
+      [&](std::size_t file, std::size_t place, const ReadOutcome& outcome) {
+        tell(files[file], outcome, std::exchange(answers[place], std::nullopt));
+      });
 }
 
 }  // namespace Inspect
