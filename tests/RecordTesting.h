@@ -321,12 +321,4 @@ struct CodedBytes {
   Marshal::StreamOpStatus code;
 };
 
-/// A headed record as a writer of another class version left it: without its last `dropped` bytes.
-inline Bytes ofClassVersion(Bytes bytes, uint8_t classVersion, std::size_t dropped) {
-  bytes.resize(bytes.size() - dropped);
-  bytes[3] = classVersion;
-  Marshal::storeBig(&bytes[8], static_cast<uint32_t>(bytes.size() - Marshal::Header::BYTES));
-  return bytes;
-}
-
 }  // namespace RecordTesting

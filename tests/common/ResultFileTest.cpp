@@ -132,28 +132,3 @@ TEST_F(ResultFileTest, WritesRecordsIntoFilesAndMemory) {
   EXPECT_EQ(readResultSummary(read, path.c_str(), true), 0);
   EXPECT_EQ(RecordTesting::bytesOf(read), sampleBytes());
 }
-
-TEST_F(ResultFileTest, EveryFlippedBitIsNoticedAndEveryCutHasItsCode) {
-  const Bytes good = imageOf({{200, 1, SECTION_FLAG_COMPRESS, sampleBytes()}, {301, 3, 0, {1, 2, 3, 4, 5}}});
-  const std::size_t afterSummary = good.size() - 25;
-  // The check names the place; of a cut the section that is not there.
-  const auto expectPlace = [&](std::size_t at) {
-    const uint32_t section = at < 24 ? 0 : at < afterSummary ? 1 : 2;
-    EXPECT_NE(checked.status, 0) << at;
-    EXPECT_EQ(checked.section, section) << at;
-    EXPECT_EQ(checked.offset, section == 0 ? 0 : section == 1 ? 24 : afterSummary) << at;
-  };
-  for (std::size_t bit = 0; bit < 8 * good.size(); ++bit) {
-    const Statuses statuses = statusesOf(withByte(good, bit / 8, good[bit / 8] ^ 1 << bit % 8));
-    EXPECT_NE(statuses[1], 0) << "bit " << bit;
-    expectPlace(bit / 8);
-    EXPECT_EQ(statuses[2] == 0, bit / 8 >= afterSummary) << "bit " << bit;
-  }
-  for (const std::size_t n : {std::size_t{23}, std::size_t{25}, afterSummary - 1, afterSummary, afterSummary + 19,
-                              afterSummary + 20, good.size() - 1}) {
-    const Statuses statuses = statusesOf(Bytes(&good[0], &good[n]));
-    EXPECT_EQ(statuses[1] == 0, n >= afterSummary && n < afterSummary + 20) << "a cut header reads as the end: " << n;
-    EXPECT_EQ(statuses[2] == 0, n >= afterSummary) << n;
-    expectPlace(n);
-  }
-}
