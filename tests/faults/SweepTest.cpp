@@ -1,5 +1,4 @@
 // Every system call and every allocation of every workload fails in turn.
-#include <gtest/gtest.h>
 
 #include <cerrno>
 #include <cstring>

@@ -9,7 +9,6 @@
 #include <gsl/util>
 
 #include <libcrossplatform/common/DatabaseVersionEx.h>
-#include <libcrossplatform/common/FileReplacement.h>
 #include <libcrossplatform/common/NetworkProfile.h>
 #include <libcrossplatform/common/ResultFile.h>
 
@@ -165,11 +164,6 @@ int keepSecrets(const std::string& path) {
   return profile.getWirelessKey(2) == "0123456789" ? 0 : 1;
 }
 
-int replace(const std::string& path) {
-  const Bytes bytes = trace(70000);
-  return Veltra::replaceFile(path, bytes.data(), bytes.size()) ? 0 : 1;
-}
-
 #ifdef VELTRA_HAS_INSPECT
 
 int doctor(const std::string& path) try {
@@ -219,7 +213,6 @@ const std::vector<Workload>& all() {
       {"reopen", reopen, wholeResult(), wholeResult(), Workload::READS, true, false},
       {"package", package, OLD, manifest, Workload::OVERWRITES, true, true},
       {"package_read", readPackage, manifest, manifest, Workload::READS, true, true},
-      {"replace", replace, OLD, trace(70000), Workload::REPLACES, false, false},
       {"profile_save", saveProfile, OLD, profile, Workload::REPLACES, false, false},
       {"secrets", keepSecrets, profile, profile, Workload::READS, false, false},
 #ifdef VELTRA_HAS_INSPECT
@@ -274,11 +267,13 @@ std::string check(const Workload& workload, const std::string& directory, int co
   if (workload.kind == Workload::REPLACES && !isWhole && now != workload.before)
     return "neither the old file nor the new";
   if (workload.kind == Workload::READS && !isWhole) return "reading changed the file";
+#ifdef VELTRA_HAS_INSPECT
   // A writer that an exception ends closes the file with the sections it has.
   const bool mayBeShorter = fault == Fault::ALLOCATION && workload.kind == Workload::OVERWRITES;
   if (workload.isContainer && !mayBeShorter && isClean(pathIn(directory)) != isWhole) {
     return "taken for whole and is not, or the reverse";
   }
+#endif
   const std::filesystem::directory_iterator first(directory);
   if (fault != Fault::REMOVING && std::distance(first, {}) > 2) return "a temporary file was left";
   return {};
@@ -291,21 +286,12 @@ int openDescriptors() {
   return open;
 }
 
-bool isClean(const std::string& path) {
 #ifdef VELTRA_HAS_INSPECT
+bool isClean(const std::string& path) {
   std::string error;
   Inspect::ByteSource source;
   return source.open(path, error) && judge(source, Inspect::Examination::DEEP).report.findings.empty();
-#else
-  FileReader reader;
-  int code = reader.open(path.c_str());
-  while (code == 0) {
-    Section section;
-    code = reader.read(section, true);
-  }
-  const std::uintmax_t size = std::filesystem::file_size(path);
-  return code == PFILE_END_OF_DATA && size > 0 && reader.recordedLength() == size;
-#endif
 }
+#endif
 
 }  // namespace Workloads
