@@ -132,6 +132,12 @@ TEST(CredentialText, HexDumpLayout) {
   RecordTesting::expectGoldenText(out.str(), "credential_dump");
 }
 
+TEST(EncryptedString, ShortTextsAreNoCiphertext) {
+  const std::string text = EncryptedString::Encrypt("secret");
+  EXPECT_EQ(EncryptedString::Decrypt(text.substr(0, 60)), text.substr(0, 60));
+  EXPECT_EQ(EncryptedString::Decrypt(text.substr(0, 61)), "");
+}
+
 TEST(EncryptedString, Crc32InvertsOnEntryAndExit) {
   const char digits[] = "123456789";
   EXPECT_EQ(EncryptedString::crc32(0, digits, 9), 0xCBF43926U);           // the common CRC-32
