@@ -160,7 +160,7 @@ int endAnywhere(const Workload& workload, const Bytes& before, unsigned long sub
 class PowerLoss : public ::testing::TestWithParam<const char*> {};
 
 INSTANTIATE_TEST_SUITE_P(Of, PowerLoss,
-                         ::testing::Values("save", "save_in_place", "package", "profile_save", "recover"));
+                         ::testing::Values("save", "save_in_place", "package", "replace", "profile_save", "recover"));
 
 }  // namespace
 

@@ -9,6 +9,7 @@
 #include <gsl/util>
 
 #include <libcrossplatform/common/DatabaseVersionEx.h>
+#include <libcrossplatform/common/FileReplacement.h>
 #include <libcrossplatform/common/NetworkProfile.h>
 #include <libcrossplatform/common/ResultFile.h>
 
@@ -164,6 +165,11 @@ int keepSecrets(const std::string& path) {
   return profile.getWirelessKey(2) == "0123456789" ? 0 : 1;
 }
 
+int replace(const std::string& path) {
+  const Bytes bytes = trace(70000);
+  return Veltra::replaceFile(path, bytes.data(), bytes.size()) ? 0 : 1;
+}
+
 #ifdef VELTRA_HAS_INSPECT
 
 int doctor(const std::string& path) try {
@@ -213,6 +219,7 @@ const std::vector<Workload>& all() {
       {"reopen", reopen, wholeResult(), wholeResult(), Workload::READS, true, false},
       {"package", package, OLD, manifest, Workload::OVERWRITES, true, true},
       {"package_read", readPackage, manifest, manifest, Workload::READS, true, true},
+      {"replace", replace, OLD, trace(70000), Workload::REPLACES, false, false},
       {"profile_save", saveProfile, OLD, profile, Workload::REPLACES, false, false},
       {"secrets", keepSecrets, profile, profile, Workload::READS, false, false},
 #ifdef VELTRA_HAS_INSPECT
