@@ -96,8 +96,9 @@ interrupted() { # SIGNAL
 for signal in INT TERM HUP PIPE; do t interrupted $signal; done
 printf 'x%.0s' {1..3000} > long.bin
 printf '%s' '{"summary": {"resultName": "B-3"}, "sections": [{"type": 302, "version": 1, "payload": "long.bin"}]}' > long.json
-too_long() { (ulimit -f 1; exec env --default-signal=XFSZ "$veltra" pack long.json -o lot/new.vres); }
-t too_long
+too_long() { (ulimit -f 1; exec env --default-signal=XFSZ "$veltra" "$@" -o lot/new.vres); } # ARGUMENT...
+t too_long pack long.json
+veltra pack long.json -o long.vres > /dev/null && t too_long extract long.vres -s 2
 t ls lot
 
 veltra completion bash > completion.bash

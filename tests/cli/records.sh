@@ -1,5 +1,5 @@
 # Every record that show knows, from a bare file and from a section.
-for record in "$data"/good/{equipment_information_v1,equipment_information_v3,folder_metadata_list_v1,instrument_settings_v1,orbel_settings_v0,\
+for record in "$data"/good/{equipment_information_v{1,2,3},folder_metadata_list_v1,instrument_settings_v{1,2},orbel_settings_v0,\
 database_version_v1,database_package_manifest_summary_v1,database_descriptor_list_v1,database_package_manifest_v1,\
 otdr_span_v1}.bin; do
   cp "$record" record.bin

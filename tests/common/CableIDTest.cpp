@@ -5,8 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <random>
-#include <string>
-#include <vector>
 
 #include "RecordTesting.h"
 

@@ -33,27 +33,6 @@ TEST(EquipmentInformation, Wire) {
   expectWire(sample(), "equipment_information_v3");
 }
 
-TEST(EquipmentInformation, OlderVersionsLeaveWhatTheyLackCleared) {
-  constexpr std::size_t FIRST_USE_BYTES = 8, ADAPTER_BYTES = 4 + (4 + 6) + 8;
-  EquipmentInformation expected = sample(), read = sample();
-  const Bytes whole = bytesOf(expected);
-  const Bytes version2 = ofClassVersion(whole, 2, FIRST_USE_BYTES);
-  const Bytes version1 = ofClassVersion(whole, 1, FIRST_USE_BYTES + ADAPTER_BYTES);
-  expectGoldenBytes(version2, "equipment_information_v2");
-  expectGoldenBytes(version1, "equipment_information_v1");
-
-  expected.setModuleFirstUseDate(0);
-  EXPECT_EQ(readFrom(read, version2), 0);
-  EXPECT_TRUE(read == expected);
-
-  expected.setLiaId(0);
-  expected.setLiaSerialNumber("");
-  expected.setLiaCalibrationTime(0);
-  read = sample();
-  EXPECT_EQ(readFrom(read, version1), 0);
-  EXPECT_TRUE(read == expected);
-}
-
 TEST(EquipmentInformation, TextOf101CharactersIsReportedAndStays) {
   EquipmentInformation e;
   CapturedAsserts asserts;

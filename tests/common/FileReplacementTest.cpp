@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <regex>
@@ -132,7 +131,7 @@ TEST_F(FileReplacementTest, ReplacesOnlyWhatIsExpected) {
     file.expect(FileStamp::of(path));
     EXPECT_TRUE(change != 2 || replace(path));
     if (change == 3) std::filesystem::remove(path);
-    if (change == 1 || change == 4) writeFile(path, {3, 2, 1});
+    if (change == 1 || change == 4) writeFile(path, Bytes{3, 2, 1});
     errno = 0;
     EXPECT_EQ(file.commit(), change == 0);
     EXPECT_EQ(errno == ESTALE, change != 0);

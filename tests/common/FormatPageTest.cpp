@@ -1,8 +1,6 @@
 #include <libcrossplatform/common/RecordTypes.h>
 #include <libcrossplatform/common/ResultFile.h>
 
-#include <sstream>
-
 #include "PFileTesting.h"
 
 using namespace RecordTesting;
@@ -43,8 +41,7 @@ TEST(FormatPage, ResultFileReadsAsItsRemarksSay) {
 }
 
 TEST(FormatPage, HasAllRecordsUnderTheirNamesWithTheirIds) {
-  const Bytes bytes = fileBytes(VELTRA_SOURCE_DIR "/docs/format.md");
-  const std::string page(bytes.begin(), bytes.end());
+  const std::string page = fileText(VELTRA_SOURCE_DIR "/docs/format.md");
   for (const RecordType& type : recordTypes()) {
     std::ostringstream id;
     id << " id 0x" << std::hex << type.id;

@@ -44,22 +44,6 @@ TEST(InstrumentSettings, Wire) {
   EXPECT_TRUE(read.locale == 255 && read.ipAddressSource == 254) << "choices are read back as unsigned bytes";
 }
 
-TEST(InstrumentSettings, OlderClassVersionsFillTheirOwnMembersOnly) {
-  InstrumentSettings s = sampleSettings();
-  const std::size_t hostName = 4 + s.hostName.size(), timeZone = 4 + s.timeZone.size();
-  const Bytes v2 = ofClassVersion(bytesOf(s), 2, hostName), v1 = ofClassVersion(bytesOf(s), 1, hostName + timeZone);
-  expectGoldenBytes(v2, "instrument_settings_v2");
-  expectGoldenBytes(v1, "instrument_settings_v1");
-
-  InstrumentSettings read = sampleSettings();
-  s.hostName.clear();
-  ASSERT_EQ(readFrom(read, v2), 0);
-  EXPECT_EQ(read, s);
-  s.timeZone.clear();
-  ASSERT_EQ(readFrom(read, v1), 0);
-  EXPECT_EQ(read, s);
-}
-
 TEST(InstrumentSettings, MissingChoicesAreUnknownAndOtherMissingMembersAreTheFactorySettings) {
   InstrumentSettings factory;
   Bytes expected = bytesOf(factory);

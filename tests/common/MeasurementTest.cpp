@@ -1,7 +1,9 @@
 #include <cmath>
 #include <limits>
-#include <sstream>
 
+#include <libcrossplatform/common/Celsius.h>
+#include <libcrossplatform/common/Length.h>
+#include <libcrossplatform/common/OtdrSpan.h>
 #include <libcrossplatform/common/ToleranceMeas.h>
 #include <libcrossplatform/serialization/NumberText.h>
 
@@ -9,6 +11,7 @@
 
 using namespace RecordTesting;
 using namespace Veltra;
+using FibDbus::OtdrSpan;
 
 namespace {
 
@@ -31,6 +34,13 @@ ToleranceMeas tol(float value, int type, float pos, float neg) {
 
 std::string shown(const ToleranceMeas& m) {
   return "[" + std::to_string(m.type) + " " + m.toString() + "]";
+}
+
+OtdrSpan span(const char* start, const char* end) {
+  OtdrSpan s;
+  EXPECT_TRUE(s.spanStart.fromString(start));
+  EXPECT_TRUE(s.spanEnd.fromString(end));
+  return s;
 }
 
 }  // namespace
@@ -158,4 +168,80 @@ TEST(ToleranceMeas, TextsAndEquality) {
 TEST(ToleranceMeas, QuadratureIsFused) {
   EXPECT_EQ(subtractWithQuadratureTolerance(tol(1, 1, 0.1f, 1e-3f), tol(1, 1, 0.7f, 3.0f)).posTolerance,
             std::sqrt(std::fmaf(0.1f, 0.1f, 0.7f * 0.7f)));
+}
+
+// Halves are rounded away from zero, at every precision, in metres and in feet; each length with its digits.
+TEST(Length, IsShownAsTheTableSays) {
+  std::ostringstream table;
+  for (const float meters : {12.345f, -12.35f, 1234.0f, 2.5f, -2.5f, 15.0f, 99.96f, 49.0f, 0.125f, INFINITY}) {
+    for (const int decimals : {-2, -1, 0, 1, 2}) {
+      const auto r = static_cast<LengthRoundedTo>(decimals);
+      table << meters << " to " << decimals << ": " << displayLengthMeters(meters, r) << " of "
+            << getMetersNumSigDigits(meters, r) << ", " << displayLengthFeet(meters, r) << " of "
+            << getFeetNumSigDigits(meters, r) << '\n';
+    }
+  }
+  expectGoldenText(table.str(), "lengths");
+  EXPECT_EQ(getMetersNumSigDigits(NAN, LENGTH_ROUNDED_TO_ONES), 1);
+}
+
+TEST(Length, ProductAndHalfAreOneRoundingStep) {
+  const float length = 4.99999952f;  // a tenth of it plus a half is just below 1, but rounds to 1 in two steps
+  ASSERT_EQ(std::floor(length * 0.1f + 0.5f), 1.0f) << "not the example it was chosen to be";
+  EXPECT_EQ(displayLengthMeters(length, LENGTH_ROUNDED_TO_TENS), 0.0f);
+  EXPECT_EQ(displayLengthMeters(-length, LENGTH_ROUNDED_TO_TENS), 0.0f);
+}
+
+TEST(Celsius, Wire) {
+  expectWire(Celsius(-2.56f), "celsius");
+}
+
+TEST(Celsius, AnswersWhatTheStreamAnswers) {
+  struct OddWriter : PlainWriter {
+    unsigned writeInt16(int16_t v) override { return 699 + PlainWriter::writeInt16(v); }
+  } out;
+  EXPECT_EQ(Celsius(1.0f).serialize(out), 701u);
+  struct RefusingReader : PlainReader {
+    using PlainReader::PlainReader;
+    bool readInt16(int16_t&) override { return false; }
+  } in(out.bytes);
+  Celsius c(3.0f);
+  EXPECT_EQ(c.deserialize(in), -3) << "though the stream's status is 0";
+  EXPECT_TRUE(c == Celsius());
+}
+
+// Rounded half away from zero to hundredths, within what 16 bits hold; a text comes back as the same temperature.
+TEST(Celsius, IsScaledAndShownAsTheTableSays) {
+  std::ostringstream table;
+  for (const float degrees : {0.125f, -0.125f, -0.001f, 21.5f, 327.66f, 327.67f, 400.0f, INFINITY, -327.66f, -327.68f,
+                              -400.0f, -INFINITY, NAN}) {
+    const Celsius c(degrees);
+    Celsius read(1.0f);
+    EXPECT_TRUE(read.fromJsonString("/* comment */ " + Dump::toJsonString(c)));
+    table << degrees << ": " << c.getScaled() << ' ' << c.toJson(level(0)).asString()
+          << (read == c ? ", read back\n" : "\n");
+  }
+  expectGoldenText(table.str(), "temperatures");
+  EXPECT_TRUE(Celsius() == Celsius()) << "not set equals not set";
+  EXPECT_TRUE(Celsius(20.001f) == Celsius(20.004f)) << "the same hundredth";
+  EXPECT_TRUE(Celsius() != Celsius(0.0f));
+}
+
+TEST(Celsius, EveryScaledValueComesBackTimesTheFloatHundredth) {
+  Celsius c;
+  for (int scaled = -32767; scaled <= 32767; ++scaled) {
+    c.setFromScaled(static_cast<int16_t>(scaled));
+    ASSERT_EQ(c.degrees, static_cast<float>(scaled) * 0.01f);
+    ASSERT_EQ(c.getScaled(), scaled);
+  }
+  c.setFromScaled(-32768);
+  EXPECT_TRUE(std::isnan(c.degrees));
+}
+
+TEST(OtdrSpan, Wire) {
+  const OtdrSpan s = span("-12.5", "2041.03");
+  expectWire(OtdrSpan(s), "otdr_span_v1");
+  OtdrSpan read;
+  EXPECT_TRUE(read.fromJsonString("// a comment\n" + Dump::toJsonString(s)) && read == s);
+  EXPECT_TRUE(s == span("-12.50", "2041.03") && OtdrSpan() != OtdrSpan()) << "ends that are no numbers equal nothing";
 }

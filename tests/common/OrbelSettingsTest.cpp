@@ -5,9 +5,11 @@
 #include <libcrossplatform/serialization/JsonText.h>
 
 #include "RecordTesting.h"
+#include "limits/HostileFiles.h"
 
 using namespace RecordTesting;
 using namespace Veltra;
+using HostileFiles::recordOf;
 
 namespace {
 
@@ -18,17 +20,6 @@ OrbelSettings sampleSettings() {
   profile["List"].append(2.5);
   profile["List"].append(Json::Value());
   return OrbelSettings({"4711", "Tower \"B\""}, true, true, "user", "p\xC3\xA4ss", profile, true, 4000000000u);
-}
-
-/// A record whose text is exactly this.
-Bytes recordOf(const std::string& text, uint8_t classVersion = 0) {
-  Marshal::ByteStreamBuilder out;
-  Marshal::Header header(OrbelSettings::SERIAL_TYPE_ID, classVersion);
-  header.serialize(out);
-  out.writeUInt32(static_cast<uint32_t>(text.size()));
-  out.writeBytes(reinterpret_cast<const uint8_t*>(text.data()), static_cast<uint32_t>(text.size()));
-  header.serializeLength(out);
-  return Bytes(out.data(), out.data() + out.size());
 }
 
 }  // namespace

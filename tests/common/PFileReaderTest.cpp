@@ -1,7 +1,5 @@
 #include <libcrossplatform/common/PFileReader.h>
 
-#include <unistd.h>
-
 #include <cerrno>
 
 #include "PFileTesting.h"

@@ -1,7 +1,6 @@
 #include <libcrossplatform/common/PFileWriter.h>
 
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include <array>
 

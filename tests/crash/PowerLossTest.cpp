@@ -2,10 +2,8 @@
 // everything written since the last sync any subset of the sectors, in place of the others what stood there before,
 // zeros, or whatever the disk held. How many images is in VELTRA_SUBSETS, drawn from VELTRA_SEED, which is printed.
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <random>

@@ -8,12 +8,12 @@
 #include <cstdlib>
 #include <cstring>
 
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define __SANITIZE_ADDRESS__ 1
+#ifndef __has_feature
+#define __has_feature(feature) 0
 #endif
-#endif
-#if !defined(__SANITIZE_ADDRESS__)
+#if defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
+#define VELTRA_OWN_MALLOC 0
+#else
 #define VELTRA_OWN_MALLOC 1
 #endif
 
@@ -42,11 +42,7 @@ long stopRefusing() {
 }
 
 bool isReplaced() {
-#ifdef VELTRA_OWN_MALLOC
-  return true;
-#else
-  return false;
-#endif
+  return VELTRA_OWN_MALLOC != 0;
 }
 
 std::size_t live() {
@@ -69,7 +65,7 @@ std::size_t peak() {
 
 }  // namespace Allocations
 
-#ifdef VELTRA_OWN_MALLOC
+#if VELTRA_OWN_MALLOC
 
 namespace {
 
@@ -82,7 +78,11 @@ bool isRefused() {
   return refuses;
 }
 
-void* counted(void* memory) {
+/// What `allocate` gives, unless it is refused.
+template <class Allocate>
+void* counted(Allocate allocate) {
+  void* const memory = isRefused() ? nullptr : allocate();
+  if (memory == nullptr) errno = ENOMEM;
   if (memory != nullptr) liveBytes += malloc_usable_size(memory);
   peakBytes = std::max<std::size_t>(peakBytes, liveBytes);
   return memory;
@@ -98,26 +98,20 @@ void* __libc_realloc(void*, std::size_t);
 void __libc_free(void*);
 
 void* malloc(std::size_t size) {
-  if (!isRefused()) return counted(__libc_malloc(size));
-  errno = ENOMEM;
-  return nullptr;
+  return counted([=] { return __libc_malloc(size); });
 }
 
 void* calloc(std::size_t members, std::size_t size) {
-  if (!isRefused()) return counted(__libc_calloc(members, size));
-  errno = ENOMEM;
-  return nullptr;
+  return counted([=] { return __libc_calloc(members, size); });
 }
 
 void* realloc(void* memory, std::size_t size) {
-  if (isRefused()) {
-    errno = ENOMEM;
-    return nullptr;
-  }
-  const std::size_t before = memory != nullptr ? malloc_usable_size(memory) : 0;
-  void* const moved = __libc_realloc(memory, size);
-  if (moved != nullptr || size == 0) liveBytes -= before;
-  return counted(moved);
+  return counted([=] {
+    const std::size_t before = memory != nullptr ? malloc_usable_size(memory) : 0;
+    void* const moved = __libc_realloc(memory, size);
+    if (moved != nullptr || size == 0) liveBytes -= before;
+    return moved;
+  });
 }
 
 void free(void* memory) {

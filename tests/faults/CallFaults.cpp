@@ -16,6 +16,16 @@
 #include <vector>
 
 namespace Calls {
+namespace {
+
+int failing = -1;
+long allowed = -1;  ///< calls until the next that fails; negative: none does
+int failure = 0;
+bool failsForGood = false;
+volatile long failed = 0;
+Observer observer = nullptr;
+
+}  // namespace
 
 #if defined(__x86_64__)
 
@@ -33,13 +43,6 @@ constexpr unsigned LET_PASS = 0x5EC0FFEE;
 
 /// Far more than a caller that gives up meets.
 constexpr long MOST_FAILED = 100000;
-
-int failing = -1;
-long allowed = -1;  ///< calls until the next that fails; negative: none does
-int failure = 0;
-bool failsForGood = false;
-volatile long failed = 0;
-Observer observer = nullptr;
 
 bool isToFail(int number) {
   if (number != failing || allowed < 0) return false;
@@ -96,6 +99,16 @@ bool trap() {
   return prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }
 
+#else
+
+const std::vector<Call> ALL;
+
+bool trap() {
+  return false;
+}
+
+#endif
+
 void failAfter(int number, long before, int error, bool forGood) {
   failed = 0;
   failing = number;
@@ -112,20 +125,5 @@ long stopFailing() {
 void observe(Observer wanted) {
   observer = wanted;
 }
-
-#else
-
-const std::vector<Call> ALL;
-
-bool trap() {
-  return false;
-}
-void failAfter(int, long, int, bool) {}
-long stopFailing() {
-  return 0;
-}
-void observe(Observer) {}
-
-#endif
 
 }  // namespace Calls

@@ -1,13 +1,9 @@
 // Every allocation of the command is refused in turn: it ends with a code and a line, or as if nothing had happened.
 // And what it holds is counted.
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 
 #include "AllocationFaults.h"
 #include "RecordTesting.h"
@@ -16,7 +12,7 @@ int veltraMain(int argc, char** argv);
 
 namespace {
 
-using RecordTesting::fileBytes, RecordTesting::writeFile, RecordTesting::Bytes;
+using RecordTesting::fileBytes, RecordTesting::fileText, RecordTesting::writeFile, RecordTesting::Bytes;
 
 constexpr int COULD_NOT = 4;
 
@@ -29,14 +25,14 @@ struct Counts {
 /// How one run ended.
 struct End : Counts {
   int code = 0;  ///< negative: by this signal
-  Bytes printed, complained;
+  std::string printed, complained;
 };
 
 class CommandRuns : public ::testing::Test {
  protected:
   CommandRuns() {
-    writeFile(at("profile.dat"), textBytes(R"({"InetAddr": "10.0.0.1", "Use DHCP": true})"));
-    writeFile(at("result.json"), textBytes(R"({"summary": {"resultName": "A-1", "length": "12.5", "status": "Pass"},
+    writeFile(at("profile.dat"), std::string(R"({"InetAddr": "10.0.0.1", "Use DHCP": true})"));
+    writeFile(at("result.json"), std::string(R"({"summary": {"resultName": "A-1", "length": "12.5", "status": "Pass"},
       "sections": [{"type": 302, "version": 1, "payload": "result.json", "compress": true}]})"));
     for (const char* const file : {"a.vres", "b.vres"}) run({"pack", "result.json", "-o", file}, -1, false);
     Bytes damaged = fileBytes(at("a.vres"));
@@ -45,7 +41,6 @@ class CommandRuns : public ::testing::Test {
   }
 
   std::string at(const char* file) const { return _scratch.file(file); }
-  static Bytes textBytes(const std::string& text) { return Bytes(text.begin(), text.end()); }
 
   /// Runs the command in a process and the scratch directory.
   /// @param before  allocations before the refused one; negative: none is refused
@@ -77,7 +72,7 @@ class CommandRuns : public ::testing::Test {
     int status = 0;
     waitpid(child, &status, 0);
     const int code = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    const End end = {*counts, code, fileBytes(_streams.file("out")), fileBytes(_streams.file("err"))};
+    const End end = {*counts, code, fileText(_streams.file("out")), fileText(_streams.file("err"))};
     munmap(counts, sizeof(Counts));
     return end;
   }
@@ -128,7 +123,7 @@ TEST_P(CommandSweep, EveryRefusedAllocationIsFourAndALine) {
       if (end.refused == 0 && end.code >= 0) break;
       ++met;
       SCOPED_TRACE("allocation " + std::to_string(k) + (forGood ? " and all later ones" : " alone"));
-      const std::string said(end.complained.begin(), end.complained.end());
+      const std::string& said = end.complained;
       const bool isAsEver = end.code == whole.code && end.printed == whole.printed;  // libc does without some memory
       ASSERT_TRUE(end.code == COULD_NOT || isAsEver) << end.code << "\n" << said;
       if (isAsEver) continue;

@@ -1,6 +1,5 @@
 // Runs with an allocator and a compress2() of its own, so it is a program of its own.
 #include <dlfcn.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include <random>

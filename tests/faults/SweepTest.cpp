@@ -1,9 +1,6 @@
-// Every system call and every allocation of every workload fails in turn; every file ends at every length.
-#include <gtest/gtest.h>
-#include <sys/resource.h>
+// Every system call and every allocation of every workload fails in turn.
 
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 
 #include "AllocationFaults.h"
@@ -94,25 +91,4 @@ TEST_P(Sweep, EveryAllocationFailsInTurn) {
     }
   }
   std::printf("%ld runs met a failing allocation\n", _met);
-}
-
-TEST_P(Sweep, EveryFileEndsAtEveryLength) {
-  std::signal(SIGXFSZ, SIG_IGN);
-  rlimit before{};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
-  const std::size_t size = workload.after.size();
-  const std::size_t step = size > 4096 ? 997 : 1;
-  for (std::size_t most = 0; most < size + step; most += step) {
-    SCOPED_TRACE("no file beyond " + std::to_string(most) + " bytes");
-    const auto limit = [&](rlim_t bytes) {
-      const rlimit wanted = {bytes, before.rlim_max};
-      setrlimit(RLIMIT_FSIZE, &wanted);
-    };
-    prepare(workload, _directory);
-    limit(most);
-    const int code = run(workload, _path);
-    limit(before.rlim_cur);
-    EXPECT_EQ(check(workload, _directory, code, Fault::CALL), "");
-    EXPECT_EQ(code == 0, workload.kind == Workload::READS || most >= size);
-  }
 }

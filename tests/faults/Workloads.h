@@ -1,8 +1,6 @@
 #pragma once
 
 #include <iosfwd>
-#include <string>
-#include <vector>
 
 #include "RecordTesting.h"
 
@@ -55,8 +53,7 @@ std::string check(const Workload& workload, const std::string& directory, int co
 /// Descriptors open in this process, counted without opening one.
 int openDescriptors();
 
-/// Whether nothing is wrong with a container, as far as the build can tell: by the checks of the command where they are
-/// built, and otherwise by reading every section and comparing the recorded length.
+/// Whether the command finds nothing wrong with a container; only where it is built.
 bool isClean(const std::string& path);
 
 }  // namespace Workloads

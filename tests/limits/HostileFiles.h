@@ -44,19 +44,19 @@ inline Bytes lyingHeaders(std::size_t room) {
   return bytes;
 }
 
+/// A settings record whose text is exactly this.
+inline Bytes recordOf(const std::string& text, uint8_t classVersion = 0) {
+  Marshal::ByteStreamBuilder out;
+  Marshal::Header header(Veltra::OrbelSettings::SERIAL_TYPE_ID, classVersion);
+  header.serialize(out);
+  out.writeString(text);
+  header.serializeLength(out);
+  return Bytes(out.data(), out.data() + out.size());
+}
+
 /// A settings record that says of the network what `profile` is.
 inline Bytes settingsRecord(const std::string& profile) {
-  constexpr auto HEADER = Marshal::Header::BYTES;
-  const std::string text = R"({"OrbelSettings": {"net_profile": )" + profile + "}}";
-  Veltra::OrbelSettings settings;
-  Marshal::ByteStreamBuilder out(0);
-  settings.serialize(out);
-  Bytes bytes(out.data(), out.data() + HEADER + 4);
-  bytes.insert(bytes.end(), text.begin(), text.end());
-  bytes.push_back(0);
-  Marshal::storeBig(&bytes[8], static_cast<uint32_t>(bytes.size() - HEADER));
-  Marshal::storeBig(&bytes[HEADER], static_cast<uint32_t>(text.size() + 1));
-  return bytes;
+  return recordOf(R"({"OrbelSettings": {"net_profile": )" + profile + "}}" + '\0');
 }
 
 /// A compressed settings record: 400 bytes, 260 kB, 130,000 values.

@@ -1,7 +1,6 @@
 // The most expensive bytes there are: how much work reading them is, counted where it is done. bench/HostileBench.cpp
 // measures how long that takes.
 #include <dlfcn.h>
-#include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>

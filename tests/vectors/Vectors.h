@@ -1,11 +1,7 @@
 #pragma once
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <set>
 
-#include <gtest/gtest.h>
 #include <json/json.h>
 
 #include "RecordTesting.h"

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <libcrossplatform/serialization/Utf8Text.h>
 #include <libinspect/container/ContainerWalk.h>
 #include <libinspect/container/FileDiff.h>

@@ -1,6 +1,3 @@
-#include <gtest/gtest.h>
-
-#include <sys/stat.h>
 
 #include <libinspect/job/JobFiles.h>
 

@@ -1,8 +1,6 @@
 #include <libinspect/records/RecordView.h>
 
-#include <algorithm>
 #include <set>
-#include <sstream>
 
 #include <libcrossplatform/common/RecordTypes.h>
 #include <libcrossplatform/common/Settings.h>

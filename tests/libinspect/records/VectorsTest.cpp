@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <libinspect/container/Recover.h>
 #include <libinspect/records/FileJudge.h>
 
