@@ -58,6 +58,18 @@ stage_armhf_faults() {
   build_and_test armhf -L faults
 }
 
+# The library as the instruments get it does not grow unnoticed.
+stage_size() {
+  local size most=300000
+  scripts/armhf-sysroot
+  quietly cmake --preset device
+  cmake --build --preset device -j "$jobs" --target veltracommon -- --quiet
+  arm-linux-gnueabihf-strip -o build/device/stripped.so build/device/libcrossplatform/libveltracommon.so
+  size=$(stat -c %s build/device/stripped.so)
+  say "libveltracommon.so for armhf, stripped: $size bytes; at most $most"
+  ((size <= most))
+}
+
 # What was found is kept in build/fuzz-corpus; the inputs in the tree are replayed by the tests of other stages.
 stage_fuzz() { scripts/fuzz --seconds 600; }
 
