@@ -84,6 +84,10 @@ TEST(ResultSummary, Wire) {
   EXPECT_TRUE(read.resultName == r.resultName && read.timeStamp == -2);
   EXPECT_TRUE(read.numPassTests == -1 && read.numPassStarTests == 127 && read.numFailTests == -56);
   EXPECT_TRUE(read.resultType == -3 && read.status == -128);
+  Bytes claims = bytesOf(r);
+  claims[11] = static_cast<uint8_t>(claims[11] + 100);
+  claims[15] = static_cast<uint8_t>(claims[15] + 100);
+  EXPECT_EQ(readFrom(read, claims), -3) << "record and name agree on bytes that are not there";
 }
 
 TEST(ResultSummary, ItsTimeIsThatOfTheZone) {
