@@ -140,6 +140,18 @@ void encodeLimit(benchmark::State& state) {
 }
 BENCHMARK(encodeLimit)->Name("encode/limit");
 
+void encodeFreshLimit(benchmark::State& state) {
+  const std::size_t size = sampleBytes(state).size();
+  const SummaryFields fields = sampleFields();
+  const AllocationCounter allocs(state);
+  for (auto _ : state) {
+    const std::unique_ptr<uint8_t[]> buffer(new uint8_t[size]);
+    benchmark::DoNotOptimize(storeSummary(buffer.get(), fields));
+    benchmark::ClobberMemory();
+  }
+}
+BENCHMARK(encodeFreshLimit)->Name("encode fresh/limit");
+
 template <class Record>
 void encodeReused(benchmark::State& state, Record& record) {
   Marshal::ByteStreamBuilder out;
@@ -148,6 +160,16 @@ void encodeReused(benchmark::State& state, Record& record) {
   for (auto _ : state) {
     out.reset();
     record.serialize(out);
+    benchmark::DoNotOptimize(out.data());
+    benchmark::ClobberMemory();
+  }
+}
+
+void encodeFresh(benchmark::State& state, ResultSummary& summary) {
+  const AllocationCounter allocs(state);
+  for (auto _ : state) {
+    Marshal::ByteStreamBuilder out;
+    summary.serialize(out);
     benchmark::DoNotOptimize(out.data());
     benchmark::ClobberMemory();
   }
@@ -185,12 +207,25 @@ void decodeReused(benchmark::State& state, const std::vector<uint8_t>& bytes, Re
   }
 }
 
+template <class Record>
+void decodeFresh(benchmark::State& state, const std::vector<uint8_t>& bytes) {
+  const AllocationCounter allocs(state);
+  for (auto _ : state) {
+    Record record;
+    Marshal::ByteStreamReader in(bytes.data(), static_cast<uint32_t>(bytes.size()));
+    if (record.deserialize(in) != 0) state.SkipWithError("not read");
+    benchmark::DoNotOptimize(&record);
+    benchmark::ClobberMemory();
+  }
+}
+
 template <void (*RUN)(benchmark::State&, ResultSummary&)>
 void one(benchmark::State& state) {
   ResultSummary summary = sampleSummary();
   RUN(state, summary);
 }
 BENCHMARK(one<encodeReused>)->Name("encode/veltra");
+BENCHMARK(one<encodeFresh>)->Name("encode fresh/veltra");
 BENCHMARK(one<encodeOwn>)->Name("encode/own stream");
 BENCHMARK(one<countBytes>)->Name("count/veltra");
 
@@ -205,17 +240,39 @@ void decodeLimit(benchmark::State& state) {
 }
 BENCHMARK(decodeLimit)->Name("decode/limit");
 
+void decodeFreshLimit(benchmark::State& state) {
+  const std::vector<uint8_t> bytes = sampleBytes(state);
+  const AllocationCounter allocs(state);
+  for (auto _ : state) {
+    SummaryFields fields;
+    benchmark::DoNotOptimize(loadSummary(bytes.data(), fields));
+    benchmark::ClobberMemory();
+  }
+}
+BENCHMARK(decodeFreshLimit)->Name("decode fresh/limit");
+
 template <class Stream>
 void decodeOne(benchmark::State& state) {
   ResultSummary summary = sampleSummary();
   decodeReused<Stream>(state, sampleBytes(state), summary);
 }
+void decodeOneFresh(benchmark::State& state) {
+  decodeFresh<ResultSummary>(state, sampleBytes(state));
+}
 BENCHMARK(decodeOne<Marshal::ByteStreamReader>)->Name("decode/veltra");
+BENCHMARK(decodeOneFresh)->Name("decode fresh/veltra");
 BENCHMARK(decodeOne<OwnReader>)->Name("decode/own stream");
 
-void encodeListLimit(benchmark::State& state) {
-  std::vector<std::unique_ptr<SummaryFields>> list;
+using FieldsList = std::vector<std::unique_ptr<SummaryFields>>;
+
+FieldsList sampleFieldsList() {
+  FieldsList list;
   for (int i = 0; i < LIST_SIZE; ++i) list.push_back(std::make_unique<SummaryFields>(sampleFields()));
+  return list;
+}
+
+void encodeListLimit(benchmark::State& state) {
+  const FieldsList list = sampleFieldsList();
   std::vector<uint8_t> buffer = sampleListBytes();
   const AllocationCounter allocs(state);
   for (auto _ : state) {
@@ -238,13 +295,26 @@ BENCHMARK(thousand<encodeReused>)->Name("encode list/veltra");
 BENCHMARK(thousand<encodeOwn>)->Name("encode list/own stream");
 BENCHMARK(thousand<countBytes>)->Name("count list/veltra");
 
-/// A list owns its elements one by one, so the limit allocates them one by one too.
 void decodeListLimit(benchmark::State& state) {
   const std::vector<uint8_t> bytes = sampleListBytes();
-  std::vector<std::unique_ptr<SummaryFields>> list;
+  const FieldsList list = sampleFieldsList();
   const AllocationCounter allocs(state);
   for (auto _ : state) {
-    list.clear();
+    const uint8_t* from = bytes.data() + LIST_HEAD_BYTES;
+    for (const auto& element : list) from = loadSummary(from, *element);
+    benchmark::DoNotOptimize(from);
+    benchmark::ClobberMemory();
+  }
+}
+BENCHMARK(decodeListLimit)->Name("decode list/limit");
+
+/// A list owns its elements one by one, so the limit allocates them one by one too.
+void decodeListFreshLimit(benchmark::State& state) {
+  const std::vector<uint8_t> bytes = sampleListBytes();
+  const AllocationCounter allocs(state);
+  for (auto _ : state) {
+    FieldsList list;
+    list.reserve(LIST_SIZE);
     const uint8_t* from = bytes.data() + LIST_HEAD_BYTES;
     for (int i = 0; i < LIST_SIZE; ++i) {
       list.push_back(std::make_unique<SummaryFields>());
@@ -254,7 +324,7 @@ void decodeListLimit(benchmark::State& state) {
     benchmark::ClobberMemory();
   }
 }
-BENCHMARK(decodeListLimit)->Name("decode list/limit");
+BENCHMARK(decodeListFreshLimit)->Name("decode list fresh/limit");
 
 template <class Stream>
 void decodeThousand(benchmark::State& state) {
@@ -263,6 +333,10 @@ void decodeThousand(benchmark::State& state) {
   decodeReused<Stream>(state, bytesOf(list), list);
 }
 BENCHMARK(decodeThousand<Marshal::ByteStreamReader>)->Name("decode list/veltra");
+void decodeThousandFresh(benchmark::State& state) {
+  decodeFresh<ResultSummaryList>(state, sampleListBytes());
+}
+BENCHMARK(decodeThousandFresh)->Name("decode list fresh/veltra");
 BENCHMARK(decodeThousand<OwnReader>)->Name("decode list/own stream");
 
 }  // namespace

@@ -87,19 +87,16 @@ const DatabaseDescriptor* DatabaseDescriptorList::getDatabaseDescriptor(DATABASE
 
 template <class Fields>
 void DatabaseDescriptorList::fields(Fields& f) {
-  auto count = static_cast<uint32_t>(size());
-  f.u32("count", count);
   if constexpr (Fields::READING) {
+    uint32_t count = 0;
+    f.u32("count", count);
     if (f.streamStatus() != Marshal::STREAM_OK) return f.fail(Marshal::STREAM_SHORT);
     // Every package has a database: an empty list can be written, but not read back.
     if (count == 0 || count > MAX_ENTRIES) return f.fail(Marshal::STREAM_WRONG_ELEMENT);
-    for (uint32_t i = 0; i < count && f.ok(); ++i) {
-      auto descriptor = std::make_unique<DatabaseDescriptor>();
-      f.record(Marshal::ELEMENT_NAME, *descriptor);
-      if (f.ok()) add(std::move(descriptor));
-    }
+    readElements(f, count);
   } else {
-    for (const std::unique_ptr<DatabaseDescriptor>& d : *this) f.record(Marshal::ELEMENT_NAME, *d);
+    f.u32("count", size());
+    writeElements(f);
   }
 }
 

@@ -16,6 +16,8 @@ namespace Veltra {
 template <class T>
 class RecordList {
  public:
+  using Element = T;  ///< names a record that holds elements; reading it starts with those that are there
+
   std::size_t size() const { return _elements.size(); }
   bool empty() const { return _elements.empty(); }
   /// @param i  below size()
@@ -47,17 +49,25 @@ class RecordList {
   /// read before stay. The count of a longer list is cut to 16 bits, its elements all follow.
   template <class Fields>
   void fields16(Fields& f) {
-    auto count = static_cast<uint16_t>(_elements.size());
-    f.u16("count", count);
     if constexpr (Fields::READING) {
-      for (uint16_t i = 0; i < count && f.ok(); ++i) {
-        auto element = std::make_unique<T>();
-        f.record(Marshal::ELEMENT_NAME, *element, Marshal::STREAM_WRONG_ELEMENT);
-        if (f.ok()) _elements.push_back(std::move(element));
-      }
+      uint16_t count = 0;
+      f.u16("count", count);
+      readElements(f, count, Marshal::STREAM_WRONG_ELEMENT);
     } else {
-      for (const std::unique_ptr<T>& element : _elements) f.record(Marshal::ELEMENT_NAME, *element);
+      f.u16("count", _elements.size());
+      writeElements(f);
     }
+  }
+
+  /// The elements alone, in place of those that were there.
+  /// @param failure  code of a list whose element failed, in place of the element's own
+  template <class Fields>
+  void readElements(Fields& f, std::size_t count, Marshal::StreamOpStatus failure = Marshal::STREAM_OK) {
+    f.elements(Marshal::ELEMENT_NAME, _elements, count, failure);
+  }
+  template <class Fields>
+  void writeElements(Fields& f) {
+    f.elements(Marshal::ELEMENT_NAME, _elements);
   }
 
   /// Appends; null is reported as an assertion at the list's own place, and nothing is added.

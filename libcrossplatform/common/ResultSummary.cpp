@@ -69,8 +69,8 @@ bool ResultSummary::operator==(const ResultSummary& other) const {
 }
 
 void ResultSummary::clear() {
-  static const ResultSummary CLEARED;  // one for all: reading clears a record each time
-  copyMembers(CLEARED);
+  static_assert(ResultType() == RESULT_TYPE_NOT_SET && Status() == STATUS_NOT_SET);
+  std::apply([](auto&... member) { ((member = std::decay_t<decltype(member)>()), ...); }, membersOf(*this));
 }
 
 void ResultSummary::setResultName(const char* name) {

@@ -32,6 +32,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
  public:
   static constexpr uint8_t CLASS_VERSION = 1;
   static constexpr uint32_t SERIAL_TYPE_ID = 0x510001;
+  static constexpr bool IS_FLAT = true;  ///< numbers, texts and measurements, all of them on the wire
   static constexpr const char* JSON_ROOT_NAME = "ResultSummary";
 
   ResultSummary() = default;

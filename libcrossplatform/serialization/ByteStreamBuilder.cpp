@@ -36,12 +36,6 @@ bool ByteStreamBuilder::rewriteUInt32(uint32_t at, uint32_t value) {
   return true;
 }
 
-WriteWindow ByteStreamBuilder::window(uint32_t need) {
-  // A window with a null cursor would send even an empty record through the single operations.
-  if ((!hasRoom(need) || _begin == nullptr) && !grow(need)) return {};
-  return {_cursor, _end};
-}
-
 unsigned ByteStreamBuilder::append(const void* data, uint32_t size) {
   if (!hasRoom(size) && !grow(size)) return 0;
   if (size != 0) std::memcpy(_cursor, data, size);

@@ -24,7 +24,11 @@ class VELTRA_EXPORT ByteStreamBuilder final : public ByteStreamEncoder<ByteStrea
 
   uint32_t position() const override { return size(); }
   bool rewriteUInt32(uint32_t at, uint32_t value) override;
-  WriteWindow window(uint32_t need) override;
+  WriteWindow window(uint32_t need) override {
+    // A window with a null cursor would send even an empty record through the single operations.
+    if ((!hasRoom(need) || _begin == nullptr) && !grow(need)) return {};
+    return {_cursor, _end};
+  }
   void advanceTo(uint8_t* cursor) override { _cursor = cursor; }
   /// True when the bytes would not fit 32-bit sizes: some were lost.
   bool failed() const override { return _failed; }

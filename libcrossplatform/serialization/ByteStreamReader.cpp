@@ -8,9 +8,9 @@ namespace {
 constexpr char SOURCE[] = "libcrossplatform/serialization/ByteStreamReader";
 }
 
-ByteStreamReader::ByteStreamReader(const uint8_t* p, uint32_t size) : _data(p), _size(size) {
+void ByteStreamReader::refuse(const uint8_t* p) {
   if (p == nullptr) Veltra::assertFatal("p != nullptr", SOURCE, 116);
-  if (size == 0) Veltra::assertFatal("size > 0", SOURCE, 117);
+  Veltra::assertFatal("size > 0", SOURCE, 117);
 }
 
 bool ByteStreamReader::seek(int offset, StreamPosition whence) {
@@ -91,11 +91,6 @@ bool ByteStreamReader::readString(std::string& value) {
   value.assign(reinterpret_cast<const char*>(_data + _position), size);
   _position += size;
   return true;
-}
-
-ReadWindow ByteStreamReader::window() {
-  if (_status != STREAM_OK) return {};
-  return {_data + _position, _data + _size};
 }
 
 }  // namespace Marshal

@@ -8,7 +8,9 @@ namespace Marshal {
 class VELTRA_EXPORT ByteStreamReader final : public IObjectReader {
  public:
   /// A null buffer and a size of 0 are fatal assertions: check for them where the bytes come from outside.
-  ByteStreamReader(const uint8_t* p, uint32_t size);
+  ByteStreamReader(const uint8_t* p, uint32_t size) : _data(p), _size(size) {
+    if (p == nullptr || size == 0) refuse(p);
+  }
 
   /// Goes `offset` bytes from `whence`.
   /// @return false, with the position unchanged, outside 0..size, for an unknown `whence`, and after a failed read
@@ -29,11 +31,15 @@ class VELTRA_EXPORT ByteStreamReader final : public IObjectReader {
   bool readBytes(uint8_t* data, uint32_t size) override;
   bool readString(std::string& value) override;
   StreamOpStatus status() const override { return _status; }
-  ReadWindow window() override;
+  ReadWindow window() override {
+    if (_status != STREAM_OK) return {};
+    return {_data + _position, _data + _size};
+  }
   void advanceTo(const uint8_t* cursor) override { _position = static_cast<uint32_t>(cursor - _data); }
   bool seekTo(uint32_t position) override;
 
  private:
+  [[noreturn]] static void refuse(const uint8_t* p);
   template <class T>
   bool get(T& value);
   bool has(uint32_t size);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <libcrossplatform/serialization/FieldReader.h>
-#include <libcrossplatform/serialization/Header.h>
+#include <libcrossplatform/serialization/FlatRecord.h>
 
 /// The three shapes of a record on the wire. A record has a field list for FieldAccess and calls one pair of these:
 ///
@@ -21,8 +21,9 @@ uint32_t countFields(Record& record) {
   return counter.total();
 }
 
+/// A headed record in any stream, field by field.
 template <class Record>
-unsigned writeHeaded(Record& record, IObjectWriter& out) {
+__attribute__((noinline)) unsigned writeHeadedFields(Record& record, IObjectWriter& out) {
   Header header(Record::SERIAL_TYPE_ID, Record::CLASS_VERSION);
   const uint32_t start = out.position();
   // A stream that cannot rewrite needs the right length at once.
@@ -41,7 +42,7 @@ unsigned writeHeaded(Record& record, IObjectWriter& out) {
 }
 
 template <class Record>
-[[nodiscard]] StreamOpStatus readHeaded(Record& record, IObjectReader& in) {
+[[nodiscard]] __attribute__((noinline)) StreamOpStatus readHeadedFields(Record& record, IObjectReader& in) {
   Header header;
   const uint32_t start = in.position();
   StreamOpStatus status = STREAM_OK;
@@ -49,12 +50,45 @@ template <class Record>
     FieldReader f(in, NO_CLASS_VERSION);
     if (const StreamOpStatus s = header.read(f, start); s != STREAM_OK) return s;
     if (const StreamOpStatus s = header.check(Record::CLASS_VERSION, Record::SERIAL_TYPE_ID); s != STREAM_OK) return s;
-    record.clear();
+    if constexpr (!HasElements<Record>::value) record.clear();
     f.setVersion(header.classVersion());
     FieldAccess::walk(record, f);
     status = f.status();
   }
   return header.checkLength(in, status);
+}
+
+// A flat record goes past the operations of the library's own streams. The other way is a call, which keeps the frame
+// of this one small.
+template <class Record>
+unsigned writeHeaded(Record& record, IObjectWriter& out) {
+  if constexpr (IsFlat<Record>::value) {
+    if (auto* const own = exactly<ByteStreamBuilder>(out)) {
+      const std::size_t size = flatBytes(record);
+      const bool isShort = size <= std::numeric_limits<uint32_t>::max();
+      const WriteWindow window = isShort ? own->window(static_cast<uint32_t>(size)) : WriteWindow();
+      if (window.cursor != nullptr) {
+        storeFlat(record, window.cursor, size);
+        own->advanceTo(window.cursor + size);
+        return static_cast<unsigned>(size);
+      }
+    }
+  }
+  return writeHeadedFields(record, out);
+}
+
+template <class Record>
+[[nodiscard]] StreamOpStatus readHeaded(Record& record, IObjectReader& in) {
+  if constexpr (IsFlat<Record>::value) {
+    if (auto* const own = exactly<ByteStreamReader>(in)) {
+      ReadWindow window = own->window();
+      if (loadFlat(record, window)) {
+        own->advanceTo(window.cursor);
+        return STREAM_OK;
+      }
+    }
+  }
+  return readHeadedFields(record, in);
 }
 
 template <class Record>

@@ -1,29 +1,15 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <libcrossplatform/serialization/ByteStreamCounter.h>
 #include <libcrossplatform/serialization/ISerializable.h>
-#include <libcrossplatform/serialization/WireBytes.h>
+#include <libcrossplatform/serialization/RecordShape.h>
 
 namespace Marshal {
-
-/// Walks a record's field list, `template <class Fields> void fields(Fields&)`: its members in wire order, each named
-/// once. The list is private to the record, which has this class as a friend.
-class FieldAccess {
- public:
-  template <class Record, class Fields>
-  VELTRA_ALWAYS_INLINE static void walk(Record& record, Fields& f) {
-    record.fields(f);
-  }
-};
-
-/// True for a versioned inline record (FieldCodec.h) whose field list can be walked in place of its serialize().
-template <class Record, class = void>
-struct IsWalkedInline : std::false_type {};
-template <class Record>
-struct IsWalkedInline<Record, std::void_t<decltype(Record::TOO_NEW_STATUS)>> : std::true_type {};
 
 /// Stores fields into a stream: straight into its window when it offers one, through its operations otherwise.
 class StreamOut {
@@ -72,6 +58,11 @@ class StreamOut {
     _window = _stream.window(0);
   }
 
+  /// A flat record in place, header and all, which saves the stream's operations that record() needs. False, with
+  /// nothing written, where those operations could be seen: in a caller's own stream.
+  template <class Record>
+  VELTRA_ALWAYS_INLINE bool flat(Record& nested);
+
  private:
   void commit() {
     if (_window.cursor != nullptr) _stream.advanceTo(_window.cursor);
@@ -112,27 +103,37 @@ class StreamOut {
   WriteWindow _window;
 };
 
-/// Only adds up what StreamOut would store; texts are counted by their size.
+/// Only adds up what StreamOut would store; texts are counted by their size. What a list of fields adds up to without
+/// its texts is a constant to the compiler.
 class CountOut {
  public:
   template <class T>
   VELTRA_ALWAYS_INLINE void put(T) {
-    _bytes += static_cast<uint32_t>(sizeof(T));
+    _fixed += sizeof(T);
   }
-  void bytes(const void*, uint32_t size) { _bytes += size; }
-  void text(const std::string& value) { _bytes += static_cast<uint32_t>(sizeof(uint32_t) + value.size()); }
+  VELTRA_ALWAYS_INLINE void bytes(const void*, uint32_t size) { _texts += size; }
+  VELTRA_ALWAYS_INLINE void text(const std::string& value) {
+    _fixed += sizeof(uint32_t);
+    _texts += value.size();
+  }
   void record(ISerializable& nested) {
     ByteStreamCounter counter;
     nested.serialize(counter);
-    _bytes += counter.size();
+    _texts += counter.size();
   }
-  uint32_t total() const { return _bytes; }
+  template <class Record>
+  VELTRA_ALWAYS_INLINE bool flat(Record& nested);
+
+  std::size_t fixed() const { return _fixed; }  ///< without the bytes of texts and nested records
+  std::size_t size() const { return _fixed + _texts; }
+  uint32_t total() const { return static_cast<uint32_t>(size()); }
 
  private:
-  uint32_t _bytes = 0;
+  std::size_t _fixed = 0;
+  std::size_t _texts = 0;
 };
 
-/// Stores fixed-width fields into the caller's buffer, which must have room for all of them.
+/// Stores fields into the caller's buffer, which must have room for all of them.
 class FixedOut {
  public:
   explicit FixedOut(uint8_t* cursor) : _cursor(cursor) {}
@@ -140,6 +141,11 @@ class FixedOut {
   VELTRA_ALWAYS_INLINE void put(T value) {
     storeBig(_cursor, value);
     _cursor += sizeof(T);
+  }
+  VELTRA_ALWAYS_INLINE void text(const std::string& value) {
+    put(static_cast<uint32_t>(value.size()));
+    std::memcpy(_cursor, value.data(), value.size());
+    _cursor += value.size();
   }
 
  private:
@@ -159,7 +165,7 @@ class FieldEncoder : public Out {
   uint8_t version() const { return _version; }  ///< class version being written
   bool ok() const { return true; }
 
-  void boolean(const char*, bool v) { this->put(v); }
+  VELTRA_ALWAYS_INLINE void boolean(const char*, bool v) { this->put(v); }
   template <class T>
   VELTRA_ALWAYS_INLINE void u8(const char*, const T& v) {
     this->put(static_cast<uint8_t>(v));
@@ -188,14 +194,14 @@ class FieldEncoder : public Out {
   VELTRA_ALWAYS_INLINE void i64(const char*, const T& v) {
     this->put(static_cast<int64_t>(v));
   }
-  void f32(const char*, float v) { this->put(v); }
+  VELTRA_ALWAYS_INLINE void f32(const char*, float v) { this->put(v); }
   /// An enumeration written as `i8` that is read back as `u8` and widened.
   template <class T>
   void i8ReadAsU8(const char* name, const T& v) {
     i8(name, v);
   }
 
-  void text(const char*, const std::string& v) { Out::text(v); }
+  VELTRA_ALWAYS_INLINE void text(const char*, const std::string& v) { Out::text(v); }
   /// The counted zero-terminated string: `u32` length plus one, the bytes, a zero byte.
   void terminatedText(const char*, const std::string& v) {
     const auto size = static_cast<uint32_t>(v.size() + 1);
@@ -215,6 +221,21 @@ class FieldEncoder : public Out {
       FieldAccess::walk(nested, *this);
     } else {
       Out::record(nested);
+    }
+  }
+
+  /// The elements of a list. One of a subclass is written by its own serialize().
+  template <class Record>
+  void elements(const char* name, const std::vector<std::unique_ptr<Record>>& list) {
+    for (const std::unique_ptr<Record>& element : list) {
+      if (exactly<Record>(*element) == nullptr) {
+        Out::record(*element);
+        continue;
+      }
+      if constexpr (IsFlat<Record>::value) {
+        if (Out::flat(*element)) continue;
+      }
+      record(name, *element);
     }
   }
 

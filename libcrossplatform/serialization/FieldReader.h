@@ -1,18 +1,18 @@
 #pragma once
 
+#include <memory>
 #include <string>
+#include <vector>
 
-#include <libcrossplatform/serialization/FieldEncoder.h>
+#include <libcrossplatform/serialization/FlatRecord.h>
 
 namespace Marshal {
 
 /// Walks a record's field list and reads: straight from the stream's window when it offers one, through its operations
 /// otherwise. Keeps the first failed text or record; every later verb then does nothing. A failed fixed-width read is
 /// not kept: it leaves its target as it was and shows in the stream's status.
-class FieldReader {
+class FieldReader : public FixedFields<FieldReader> {
  public:
-  static constexpr bool READING = true;
-
   FieldReader(IObjectReader& stream, uint8_t classVersion)
       : _stream(stream), _window(stream.window()), _version(classVersion) {}
   ~FieldReader() { commit(); }
@@ -33,41 +33,6 @@ class FieldReader {
     if (!ok()) return;
     _window = closed(_stream, _window);
     _status = status;
-  }
-
-  void boolean(const char* name, bool& v) { get(name, v); }
-  template <class T>
-  VELTRA_ALWAYS_INLINE void u8(const char* name, T& v) {
-    getAs<uint8_t>(name, v);
-  }
-  template <class T>
-  VELTRA_ALWAYS_INLINE void i8(const char* name, T& v) {
-    getAs<int8_t>(name, v);
-  }
-  template <class T>
-  VELTRA_ALWAYS_INLINE void u16(const char* name, T& v) {
-    getAs<uint16_t>(name, v);
-  }
-  template <class T>
-  VELTRA_ALWAYS_INLINE void i16(const char* name, T& v) {
-    getAs<int16_t>(name, v);
-  }
-  template <class T>
-  VELTRA_ALWAYS_INLINE void u32(const char* name, T& v) {
-    getAs<uint32_t>(name, v);
-  }
-  template <class T>
-  VELTRA_ALWAYS_INLINE void i32(const char* name, T& v) {
-    getAs<int32_t>(name, v);
-  }
-  template <class T>
-  VELTRA_ALWAYS_INLINE void i64(const char* name, T& v) {
-    getAs<int64_t>(name, v);
-  }
-  void f32(const char* name, float& v) { get(name, v); }
-  template <class T>
-  void i8ReadAsU8(const char* name, T& v) {
-    getAs<uint8_t>(name, v);
   }
 
   /// A `string`; a failed read ends the walk with -3.
@@ -119,6 +84,33 @@ class FieldReader {
     if (traced) _stream.endRecord();
   }
 
+  /// The elements of a list: read over those that are there, as far as their type is `Record` itself, and cut after the
+  /// last one read, whatever ends the walk. A list read again allocates nothing for elements it had before.
+  template <class Record>
+  void elements(const char* name, std::vector<std::unique_ptr<Record>>& list, std::size_t count,
+                StreamOpStatus failure = STREAM_OK) {
+    struct Cut {
+      std::vector<std::unique_ptr<Record>>& list;
+      std::size_t size = 0;
+      ~Cut() { list.resize(size); }
+    } cut{list};
+    // In a caller's own stream each element asks for its position and window, which can be seen.
+    const bool isOwn = exactly<ByteStreamReader>(_stream) != nullptr;
+    for (; cut.size < count; ++cut.size) {
+      if (cut.size == list.size()) {
+        list.push_back(std::make_unique<Record>());
+      } else if (exactly<Record>(*list[cut.size]) == nullptr) {
+        list[cut.size] = std::make_unique<Record>();
+      }
+      Record& element = *list[cut.size];
+      if constexpr (IsFlat<Record>::value) {
+        if (isOwn && loadFlat(element, _window)) continue;
+      }
+      record(name, element, failure);
+      if (!ok()) return;
+    }
+  }
+
   /// Fields under their own name, without a version.
   template <class Group>
   VELTRA_ALWAYS_INLINE void group(const char* name, Group& nested) {
@@ -134,7 +126,7 @@ class FieldReader {
     uint8_t version = 0;
     if (!get("version", version)) return fail(STREAM_SHORT);
     if (version > Record::CLASS_VERSION) return fail(Record::TOO_NEW_STATUS);
-    nested.clear();
+    if constexpr (!HasElements<Record>::value) nested.clear();
     FieldAccess::walk(nested, *this);
     if (streamStatus() != STREAM_OK) fail(STREAM_SHORT);
   }
@@ -158,13 +150,6 @@ class FieldReader {
   std::size_t remaining() const { return static_cast<std::size_t>(_window.end - _window.cursor); }
   void commit() {
     if (_window.cursor != nullptr) _stream.advanceTo(_window.cursor);
-  }
-
-  template <class Wire, class T>
-  VELTRA_ALWAYS_INLINE void getAs(const char* name, T& v) {
-    Wire wire{};
-    // NOLINTNEXTLINE(bugprone-signed-char-misuse,cert-str34-c): a signed byte on the wire is a signed number
-    if (get(name, wire)) v = static_cast<T>(wire);
   }
 
   // The window goes in and out by value, and nothing here takes the walker's own address, so that the cursor can stay

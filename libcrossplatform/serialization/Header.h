@@ -12,6 +12,11 @@ class VELTRA_EXPORT Header {
   static constexpr uint8_t FORMAT = 1;
   static constexpr uint32_t BYTES = 2 + 1 + 1 + 2 + 2 + 4;  // marker, format, class version, system, class, length
 
+  /// The eight bytes before the length, as one number: what fields() writes for this format.
+  static constexpr uint64_t beginning(uint32_t combinedId, uint8_t classVersion) {
+    return uint64_t{MARKER} << 48 | uint64_t{FORMAT} << 40 | uint64_t{classVersion} << 32 | combinedId;
+  }
+
   /// For reading: class version and id 0.
   Header() = default;
   /// For writing.

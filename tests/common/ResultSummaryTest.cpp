@@ -29,6 +29,34 @@ void addCopy(List& list, const Element& element) {
   list.add(std::make_unique<Element>(element));
 }
 
+/// A summary or path summary that goes its own way onto the wire.
+template <class Record>
+struct Own : Record {
+  explicit Own(const Record& record) : Record(record) {}
+  unsigned serialize(Marshal::IObjectWriter& out) override { return out.writeUInt16(0xBEEF); }
+};
+
+/// A caller's own streams that offer a window: what they are asked for is noted.
+struct WindowWriter : PlainWriter {
+  Marshal::ByteStreamBuilder own{1};  // its window moves
+  mutable std::string calls;
+  uint32_t position() const override { return calls += 'p', own.position(); }
+  Marshal::WriteWindow window(uint32_t need) override { return calls += 'w', own.window(need); }
+  void advanceTo(uint8_t* cursor) override { calls += 'a', own.advanceTo(cursor); }
+  bool rewriteUInt32(uint32_t at, uint32_t v) override { return calls += 'r', own.rewriteUInt32(at, v); }
+  bool countsOnly() const override { return calls += 'c', false; }
+};
+struct WindowReader : PlainReader {
+  explicit WindowReader(const Bytes& bytes)
+      : PlainReader(bytes), own(bytes.data(), static_cast<uint32_t>(bytes.size())) {}
+  Marshal::ByteStreamReader own;
+  mutable std::string calls;
+  uint32_t position() const override { return calls += 'p', own.position(); }
+  Marshal::ReadWindow window() override { return calls += 'w', own.window(); }
+  void advanceTo(const uint8_t* cursor) override { calls += 'a', own.advanceTo(cursor); }
+  Marshal::StreamOpStatus status() const override { return calls += 's', own.status(); }
+};
+
 /// Runs in a time zone of its own; the tests need none besides.
 struct InZone {
   explicit InZone(const char* zone) { setenv("TZ", zone, 1); }
@@ -56,6 +84,10 @@ TEST(ResultSummary, Wire) {
   EXPECT_TRUE(read.resultName == r.resultName && read.timeStamp == -2);
   EXPECT_TRUE(read.numPassTests == -1 && read.numPassStarTests == 127 && read.numFailTests == -56);
   EXPECT_TRUE(read.resultType == -3 && read.status == -128);
+  Bytes claims = bytesOf(r);
+  claims[11] = static_cast<uint8_t>(claims[11] + 100);
+  claims[15] = static_cast<uint8_t>(claims[15] + 100);
+  EXPECT_EQ(readFrom(read, claims), -3) << "record and name agree on bytes that are not there";
 }
 
 TEST(ResultSummary, ItsTimeIsThatOfTheZone) {
@@ -89,6 +121,50 @@ TEST(ResultSummaryList, SeventyThousandAreWrittenBehindACountCutToSixteenBits) {
   EXPECT_EQ(readFrom(read, bytes), -4) << "bytes are left over";
   ASSERT_EQ(read.size(), 4464u);
   EXPECT_EQ(read[4463].testFlags, 7u);
+}
+
+TEST(ResultSummaryList, IsReadOverTheElementsThatAreThere) {
+  ResultSummaryList two, list;
+  for (const char* const name : {"a name that needs memory", "short"}) {
+    addCopy(two, sampleSummary());
+    two[two.size() - 1].resultName = name;
+  }
+  addCopy(list, ResultSummary());
+  list.add(std::make_unique<Own<ResultSummary>>(sampleSummary()));
+  addCopy(list, sampleSummary());
+  const ResultSummary* const first = &list[0];
+  const Bytes good = bytesOf(two);
+  ASSERT_EQ(readFrom(list, good), 0);
+  EXPECT_EQ(bytesOf(list), good) << "a subclass is replaced, a third element cut";
+  EXPECT_EQ(&list[0], first);
+  EXPECT_EQ(readFrom(list, withByte(good, 14 + 12, 0xFF)), -1) << "the first name is too long";
+  EXPECT_TRUE(list.empty());
+  for (int i = 0; i < 3; ++i) addCopy(list, sampleSummary());
+  EXPECT_EQ(readFrom(list, withByte(good, good.size() - 15, 2)), -1) << "the version of the last headroom";
+  ASSERT_EQ(list.size(), 1u) << "nothing older stays after the last that was read";
+  EXPECT_EQ(list[0], two[0]);
+  EXPECT_EQ(readFrom(list, Bytes(good.begin(), good.begin() + 13)), -3) << "no count";
+  EXPECT_TRUE(list.empty());
+}
+
+TEST(ResultSummaryList, AsksACallersStreamForEachElementAndElementsForTheirOwnBytes) {
+  ResultSummaryList list;
+  for (int i = 0; i < 2; ++i) addCopy(list, sampleSummary());
+  const Bytes written = bytesOf(list);
+  WindowWriter out;
+  EXPECT_EQ(list.serialize(out), written.size());
+  EXPECT_EQ(Bytes(out.own.data(), out.own.data() + out.own.size()), written);
+  EXPECT_EQ(out.calls, "pwawapwaprwapwaprwapr");
+  WindowReader in(written);
+  EXPECT_EQ(list.deserialize(in), 0);
+  EXPECT_EQ(in.calls, "pwapwaspwapwaspwasp");
+
+  list.add(std::make_unique<Own<ResultSummary>>(sampleSummary()));
+  ResultPathSummaryList paths;
+  paths.add(std::make_unique<Own<ResultPathSummary>>(samplePath()));
+  for (const Bytes& bytes : {bytesOf(list), bytesOf(paths)}) {
+    EXPECT_EQ(Bytes(bytes.end() - 2, bytes.end()), (Bytes{0xBE, 0xEF})) << "an overriding serialize() is called";
+  }
 }
 
 TEST(ResultPathSummary, Wire) {
