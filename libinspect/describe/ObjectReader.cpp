@@ -1,7 +1,6 @@
 #include <libinspect/describe/ObjectReader.h>
 
 #include <algorithm>
-#include <limits>
 
 #include <fmt/format.h>
 #include <json/writer.h>
@@ -9,20 +8,32 @@
 namespace Inspect {
 namespace {
 
-/// On one line, numbers with the digits that a person types.
-std::string asTyped(const Json::Value& value) {
+/// On one line, numbers as they stand in the text that the value was parsed from.
+std::string asTyped(const Json::Value& value, const std::string& text) {
+  if (value.isArray() || value.isObject()) {
+    std::string list;
+    for (auto it = value.begin(); it != value.end(); ++it) {
+      list += list.empty() ? "" : ",";
+      list += value.isObject() ? asTyped(it.key(), text) + ":" : "";
+      list += asTyped(*it, text);
+    }
+    return (value.isArray() ? "[" : "{") + list + (value.isArray() ? "]" : "}");
+  }
+  const auto begin = static_cast<std::size_t>(value.getOffsetStart());
+  if (value.isNumeric() && value.getOffsetLimit() > value.getOffsetStart()) {
+    return text.substr(begin, text.find_first_not_of("+-.0123456789eE", begin) - begin);
+  }
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
   builder["commentStyle"] = "None";
   builder["emitUTF8"] = false;
-  builder["precision"] = std::numeric_limits<double>::digits10;
   return Json::writeString(builder, value);
 }
 
 }  // namespace
 
-ObjectReader::ObjectReader(const Json::Value& json, std::string path, std::string& error)
-    : _json(json), _path(std::move(path)), _error(error) {
+ObjectReader::ObjectReader(const Json::Value& json, const std::string& source, std::string path, std::string& error)
+    : _json(json), _source(source), _path(std::move(path)), _error(error) {
   if (!json.isObject()) fail("", json, "an object");
 }
 
@@ -64,7 +75,8 @@ void ObjectReader::finish() {
 
 void ObjectReader::fail(const std::string& key, const Json::Value& found, const std::string& wanted) {
   if (!ok()) return;
-  _error = fmt::format("{}{}{}: expected {}, found {}", _path, key.empty() ? "" : ".", key, wanted, asTyped(found));
+  _error =
+      fmt::format("{}{}{}: expected {}, found {}", _path, key.empty() ? "" : ".", key, wanted, asTyped(found, _source));
 }
 
 }  // namespace Inspect
