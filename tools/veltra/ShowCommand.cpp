@@ -97,7 +97,7 @@ Subcommand showCommand(const Options& options) {
   const auto args = std::make_shared<ShowArguments>();
   Subcommand command("show", "What a section holds: a record, JSON or an image, or else its bytes");
   command.place("FILE", "FILE", &args->file, "the file; - reads standard input").required();
-  command.option("-s,--section", "INT", &args->section, "number of the section as list shows it").showingPreset();
+  command.option("-s,--section", "N", &args->section, "number of the section as list shows it").showingPreset();
   command.flag("--record", args->bareRecord, "the file is a bare record, not a container");
   command.flag("--reveal", args->reveal, REVEAL_HELP);
   command.run = [args, &options] {
