@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 #include <memory>
+#include <new>
 #include <stdexcept>
 #include <string_view>
 #include <unordered_set>
@@ -169,7 +171,8 @@ std::string jsonFaultIn(const std::string& text) {
   std::string errors;
   try {
     if (reader->parse(text.data(), text.data() + text.size(), &document, &errors)) return EXPECTED;
-  } catch (const std::runtime_error&) {
+  } catch (const std::runtime_error& e) {
+    if (std::strstr(e.what(), "allocate") != nullptr) throw std::bad_alloc();
     return fmt::format("{}, found something else at a level that is too deep", EXPECTED);
   }
   unsigned line = 1, column = 1;  // "* Line 3, Column 5"; what follows may quote a secret
