@@ -6,7 +6,6 @@
 #include <memory>
 #include <new>
 #include <stdexcept>
-#include <string_view>
 #include <unordered_set>
 
 #include <fmt/format.h>
@@ -178,6 +177,12 @@ std::string jsonFaultIn(const std::string& text) {
   unsigned line = 1, column = 1;  // "* Line 3, Column 5"; what follows may quote a secret
   (void)std::sscanf(errors.c_str(), "* Line %u, Column %u", &line, &column);
   return fmt::format("{}, found something else at line {}, column {}", EXPECTED, line, column);
+}
+
+std::string numberIn(std::string_view text, const Json::Value& number) {
+  if (number.getOffsetLimit() <= number.getOffsetStart()) return {};
+  const auto begin = static_cast<std::size_t>(number.getOffsetStart());
+  return std::string(text.substr(begin, text.find_first_not_of("+-.0123456789eE", begin) - begin));
 }
 
 bool parseWholeJson(const std::string& text, Json::Value& document, std::string& error) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <json/value.h>
@@ -36,6 +37,9 @@ std::string toString(const JsonOversight& oversight);
 /// "expected JSON, found something else at line 3, column 5": why parseJson() refuses a text. Without the place where
 /// no fault is found in it.
 std::string jsonFaultIn(const std::string& text);
+
+/// A number as it stands in the text that it was parsed from; empty for a value that was not parsed.
+std::string numberIn(std::string_view text, const Json::Value& number);
 
 /// Parses a document that a person wrote: nothing of it is passed over but comments.
 /// @return false, with `error` saying what was found where; `document` is then unchanged

@@ -5,6 +5,8 @@
 #include <fmt/format.h>
 #include <json/writer.h>
 
+#include <libinspect/container/JsonFaults.h>
+
 namespace Inspect {
 namespace {
 
@@ -19,9 +21,9 @@ std::string asTyped(const Json::Value& value, const std::string& text) {
     }
     return (value.isArray() ? "[" : "{") + list + (value.isArray() ? "]" : "}");
   }
-  const auto begin = static_cast<std::size_t>(value.getOffsetStart());
-  if (value.isNumeric() && value.getOffsetLimit() > value.getOffsetStart()) {
-    return text.substr(begin, text.find_first_not_of("+-.0123456789eE", begin) - begin);
+  if (value.isNumeric()) {
+    const std::string number = numberIn(text, value);
+    if (!number.empty()) return number;
   }
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";

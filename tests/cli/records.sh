@@ -107,6 +107,7 @@ t veltra diff empty.vres filled.vres
 json wide "[\"$(printf 'w%.0s' {1..9000})\"]" && t veltra diff wide.vres list.vres | awk '{ print length($0) }'
 json rest '[1] [2]' && t veltra show rest.vres -s 2
 json bytes '["\xff"]' && t veltra show bytes.vres -s 2
+json digits '[1.10, {"a": 100000000000000000001}, 1e2]' && t veltra show digits.vres -s 2
 json number '17' && t veltra show number.vres -s 2
 json deep "$(printf '[%.0s' {1..5000})" && t veltra show deep.vres -s 2 | head -n 2
 { printf '%s' '{"relation":"=","value":16,"text":"0x10"}' > forged.bin; payload forged 920; t veltra show forged.vres -s 2 -f jsonl; }
