@@ -149,7 +149,8 @@ void readFolders(const fs::path& folder) {
     }
     const std::vector<std::string> named = {folder.string()};
     row("read a folder of results", count, 10000 / count, [&] {
-      const Inspect::FileRun run(Inspect::filesOf(named, true, faults), named, 0);
+      std::size_t passedOver = 0;
+      const Inspect::FileRun run(Inspect::filesOf(named, true, faults, passedOver), named, 0, 0);
       const Inspect::JobFiles job =
           readJob(run, {}, [](const std::string&, const Inspect::ReadOutcome&, const Inspect::JudgedFile*) {});
       need(job.rows.size() == count, "reading a folder");

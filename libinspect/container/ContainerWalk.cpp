@@ -60,7 +60,7 @@ class Walker {
   bool next(SectionInfo& info) {
     if (_isOver) return false;
     if (_report.size == 0)
-      add(E02_NO_FILE_HEADER, 0, 0, fmt::format("{} bytes of file header", PFile::Header::BYTES), "an empty file");
+      add(E02_NO_FILE_HEADER, 0, 0, counted(PFile::Header::BYTES, "byte") + " of file header", "an empty file");
     info = SectionInfo();
     info.number = static_cast<int>(_report.sections);
     info.offset = _end;
@@ -87,7 +87,7 @@ class Walker {
     if (got < sizeof bytes) {
       if (isAtRecordedEnd(info.offset)) return false;
       add(info.number == 0 ? E02_NO_FILE_HEADER : E05_TRUNCATED, info.offset, info.number,
-          fmt::format("{} bytes of header", sizeof bytes), fmt::format("{} bytes", got));
+          counted(sizeof bytes, "byte") + " of header", counted(got, "byte"));
       return false;
     }
     Marshal::ByteStreamReader in(bytes, sizeof bytes);
@@ -118,8 +118,8 @@ class Walker {
     const uint64_t left = _report.size - info.payloadOffset();
     if (header.dataSize > left) {
       info.verdict = DataVerdict::CUT;
-      add(E05_TRUNCATED, info.payloadOffset(), info.number, fmt::format("{} bytes of data", header.dataSize),
-          fmt::format("{} bytes", left));
+      add(E05_TRUNCATED, info.payloadOffset(), info.number, counted(header.dataSize, "byte") + " of data",
+          counted(left, "byte"));
       note(info);
       return false;
     }
@@ -185,7 +185,7 @@ class Walker {
     }
     if (total.size() < sizeof(uint32_t)) {
       add(E02_NO_FILE_HEADER, info.payloadOffset(), info.number, "4 bytes of total length",
-          fmt::format("{} bytes", total.size()));
+          counted(total.size(), "byte"));
     } else {
       _report.recordedLength = Marshal::loadLittle32(total.data());
     }
@@ -195,8 +195,7 @@ class Walker {
     if (!_report.recordedLength || *_report.recordedLength == _report.size) return;
     const bool isLonger = *_report.recordedLength > _report.size;
     add(isLonger ? E06_LENGTH_DIFFERS : W03_BYTES_AFTER_END, isLonger ? _report.size : *_report.recordedLength,
-        std::nullopt, fmt::format("{} bytes, as recorded", *_report.recordedLength),
-        fmt::format("{} bytes", _report.size));
+        std::nullopt, counted(*_report.recordedLength, "byte") + ", as recorded", counted(_report.size, "byte"));
   }
 
   const ByteSource& _source;
@@ -317,8 +316,8 @@ std::optional<SectionInfo> findSection(const ByteSource& source, int number, Con
 bool loadPayload(const ByteSource& source, const SectionInfo& info, std::vector<uint8_t>& bytes, std::string& error) {
   const PFile::Header& header = info.header;
   if (header.dataSize > source.size() - info.payloadOffset()) {
-    error =
-        fmt::format("section {}: expected {} bytes of data, the file ends before them", info.number, header.dataSize);
+    error = fmt::format("section {}: expected {} of data, the file ends before them", info.number,
+                        counted(header.dataSize, "byte"));
     return false;
   }
   const bool isCompressed = (header.flags & PFile::SECTION_FLAG_COMPRESS) != 0;
@@ -353,7 +352,7 @@ Finding inflateFinding(const SectionInfo& info) {
   return {
       tooBig ? E08_TOO_BIG : E07_INFLATE_FAILED, info.payloadOffset(), info.number,
       tooBig ? fmt::format("{} bytes at most", PFile::Section::MAX_UNCOMPRESSED) : "a zlib stream of the original size",
-      fmt::format("{} bytes claimed", info.originalSize.value_or(0))};
+      counted(info.originalSize.value_or(0), "byte") + " claimed"};
 }
 
 std::string typeName(uint16_t type) {

@@ -32,7 +32,8 @@ bool isSame(const Stretch& a, const Stretch& b) {
 /// "5 bytes, CRC 0x01234567"; null for none.
 Json::Value described(const Stretch& stretch) {
   if (stretch.size == 0) return {};
-  return fmt::format("{} bytes, CRC 0x{:08x}", stretch.size, crcOf(stretch.source, stretch.offset, stretch.size));
+  return fmt::format("{}, CRC 0x{:08x}", counted(stretch.size, "byte"),
+                     crcOf(stretch.source, stretch.offset, stretch.size));
 }
 
 Stretch stretchOf(const ByteSource& source, const SectionInfo& section) {
@@ -40,8 +41,9 @@ Stretch stretchOf(const ByteSource& source, const SectionInfo& section) {
   return {source, section.offset, std::min(size, source.size() - section.offset)};
 }
 
+/// An empty object or array is a value like any other.
 bool isDeep(const Json::Value* value) {
-  return value != nullptr && (value->isObject() || value->isArray());
+  return value != nullptr && (value->isObject() || value->isArray()) && !value->empty();
 }
 
 /// A path without its middle, if it is very long: a document may repeat a long name for each of its values.
@@ -121,27 +123,26 @@ class FileDiff {
     tell(described(a), described(b), false);
   }
 
-  void compare(const Json::Value* a, const Json::Value* b, bool isWithinSecret) {
-    const bool isDeepA = isDeep(a), isDeepB = isDeep(b);
-    if (!isDeepA && !isDeepB) {
+  /// @param isMasked  what differs is not told
+  void compare(const Json::Value* a, const Json::Value* b, bool isMasked) {
+    if (isMasked || (!isDeep(a) && !isDeep(b))) {
       const Json::Value null;
       const Json::Value &valueA = a != nullptr ? *a : null, &valueB = b != nullptr ? *b : null;
-      if (valueA != valueB) tell(valueA, valueB, isWithinSecret);
+      if (valueA != valueB) tell(valueA, valueB, isMasked);
     } else if (a != nullptr && b != nullptr && a->type() != b->type()) {
-      if (!a->isNull()) compare(a, nullptr, isWithinSecret);
-      if (!b->isNull()) compare(nullptr, b, isWithinSecret);
-    } else if ((isDeepA ? a : b)->isArray()) {
+      if (!a->isNull()) compare(a, nullptr, false);
+      if (!b->isNull()) compare(nullptr, b, false);
+    } else if ((isDeep(a) ? a : b)->isArray()) {
       const Json::ArrayIndex sizeA = a != nullptr ? a->size() : 0, sizeB = b != nullptr ? b->size() : 0;
       for (Json::ArrayIndex i = 0; i < std::max(sizeA, sizeB); ++i) {
-        compareChild(fmt::format("[{}]", i), i < sizeA ? &(*a)[i] : nullptr, i < sizeB ? &(*b)[i] : nullptr,
-                     isWithinSecret);
+        compareChild(fmt::format("[{}]", i), i < sizeA ? &(*a)[i] : nullptr, i < sizeB ? &(*b)[i] : nullptr, false);
       }
     } else {
-      compareMembers(a, b, isWithinSecret);
+      compareMembers(a, b);
     }
   }
 
-  void compareMembers(const Json::Value* a, const Json::Value* b, bool isWithinSecret) {
+  void compareMembers(const Json::Value* a, const Json::Value* b) {
     Json::Value names(Json::objectValue);  // of both, in order
     for (const Json::Value* const value : {a, b}) {
       if (value == nullptr) continue;
@@ -152,21 +153,24 @@ class FileDiff {
         return value != nullptr ? value->find(name.data(), name.data() + name.size()) : nullptr;
       };
       const Json::Value *const inA = in(a), *const inB = in(b);
-      const auto isMasked = [&name](const Json::Value* value) { return value != nullptr && isSecret(name, *value); };
-      compareChild("." + name, inA, inB, isWithinSecret || isMasked(inA) || isMasked(inB));
+      const auto isMasked = [&](const Json::Value* value) {
+        return !_reveal && value != nullptr && isSecret(name, *value);
+      };
+      const std::string shown = _reveal || !namesSecret(name) ? name : masked(name).asString();
+      compareChild("." + shown, inA, inB, isMasked(inA) || isMasked(inB));
     }
   }
 
-  void compareChild(const std::string& name, const Json::Value* a, const Json::Value* b, bool isWithinSecret) {
+  void compareChild(const std::string& name, const Json::Value* a, const Json::Value* b, bool isMasked) {
     const std::size_t size = _path.size();
     _path += name;
-    compare(a, b, isWithinSecret);
+    compare(a, b, isMasked);
     _path.resize(size);
   }
 
-  void tell(const Json::Value& a, const Json::Value& b, bool isWithinSecret) {
+  void tell(const Json::Value& a, const Json::Value& b, bool isMasked) {
     const auto shown = [&](const Json::Value& value) {
-      return _reveal ? value : isWithinSecret ? masked(value) : withoutSecrets(value);
+      return _reveal ? value : isMasked ? masked(value) : withoutSecrets(value);
     };
     ++_differences;
     _onDifference({shortened(_path), shown(a), shown(b)});

@@ -67,11 +67,31 @@ const FindingRow& rowOf(FindingCode code) {
   return UNKNOWN;
 }
 
-/// "A-05.recovered.vres" for "stick/A-05.vres"; beside it "stick/A-05.recovered.vres".
+/// A name without its end, if it is longer than `most` bytes.
+std::string shortened(std::string name, std::size_t most) {
+  if (name.size() <= most) return name;
+  while (most > 0 && (static_cast<unsigned char>(name[most]) & 0xC0) == 0x80) --most;
+  name.resize(most);
+  return name;
+}
+
+/// "A-05.recovered.vres" for "stick/A-05.vres"; beside it "stick/A-05.recovered.vres". If there is such a file,
+/// "A-05.recovered-2.vres" and so on.
 std::string recoveredName(const std::string& path, OutputPlace place) {
-  const std::filesystem::path file = path == "-" ? "standard-input" : path;
-  const std::string name = file.stem().string() + ".recovered" + file.extension().string();
-  return place == OutputPlace::BESIDE_INPUT ? (file.parent_path() / name).string() : name;
+  namespace fs = std::filesystem;
+  constexpr std::size_t MOST_BYTES = 255;  // of a name
+  constexpr int MOST_TRIES = 1000;
+  const fs::path file = path;
+  const std::string extension = shortened(file.extension().string(), MOST_BYTES / 2);
+  const fs::path folder = place == OutputPlace::BESIDE_INPUT ? file.parent_path() : fs::path();
+  std::string found;
+  for (int i = 1; i <= MOST_TRIES; ++i) {
+    const std::string ending = (i == 1 ? ".recovered" : fmt::format(".recovered-{}", i)) + extension;
+    found = (folder / (shortened(file.stem().string(), MOST_BYTES - ending.size()) + ending)).string();
+    std::error_code unknown;
+    if (fs::symlink_status(found, unknown).type() == fs::file_type::not_found) break;
+  }
+  return found;
 }
 
 }  // namespace
@@ -131,10 +151,16 @@ std::string describe(const std::string& file, const Finding& finding) {
   return file + ": " + describe(finding);
 }
 
+bool asksForRecovery(const Finding& finding) {
+  // A new file header is written in place of an unusable one.
+  return rowOf(finding.code).help == FindingHelp::RECOVER || (finding.section == 0 && isDamage(finding.code));
+}
+
 std::string nextCommand(const std::string& path, const Finding& finding, OutputPlace place, Charset charset) {
+  std::error_code unreadable;
+  if (path == "-" || !std::filesystem::is_regular_file(path, unreadable)) return {};
   const std::string file = shellWord(path, charset);
-  // recover writes a new file header in place of an unusable one.
-  if (rowOf(finding.code).help == FindingHelp::RECOVER || (finding.section == 0 && isDamage(finding.code))) {
+  if (asksForRecovery(finding)) {
     return fmt::format("veltra recover {} -o {}", file, shellWord(recoveredName(path, place), charset));
   }
   if (finding.section) return fmt::format("veltra annotate {} -s {}", file, *finding.section);

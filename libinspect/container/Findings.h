@@ -65,9 +65,13 @@ std::string detailsOf(const Finding& finding);
 /// beside its input, so that the commands for both can be run.
 enum class OutputPlace { CURRENT_FOLDER, BESIDE_INPUT };
 
-/// The command line to run next for a finding, ready for a shell.
+/// Whether what is intact of a file should be saved to another after this.
+bool asksForRecovery(const Finding& finding);
+
+/// The command line to run next for a finding, ready for a shell. It writes to a file that does not exist yet.
 /// @param path     of the file, "-" for standard input
 /// @param charset  of where it is shown
+/// @return empty for what a command cannot read once more: standard input, a pipe, a device
 std::string nextCommand(const std::string& path, const Finding& finding,
                         OutputPlace place = OutputPlace::CURRENT_FOLDER, Charset charset = Charset::UTF8);
 

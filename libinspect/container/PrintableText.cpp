@@ -37,6 +37,10 @@ std::size_t sequenceLength(const std::string& text, std::size_t at) {
 
 }  // namespace
 
+std::string counted(uint64_t count, const std::string& noun) {
+  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+}
+
 std::string printable(const std::string& text, Charset charset) {
   std::string shown;
   for (std::size_t at = 0; at < text.size();) {

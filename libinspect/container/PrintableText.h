@@ -1,11 +1,15 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace Inspect {
 
 /// The characters that can be shown where a text goes.
 enum class Charset { UTF8, ASCII };
+
+/// "1 file", "2 files"
+std::string counted(uint64_t count, const std::string& noun);
 
 /// Text from outside as a terminal may show it: control characters, those that begin a line or change the direction of
 /// writing, bytes that are not UTF-8, and with ASCII all others beyond it, become \xNN.

@@ -73,7 +73,7 @@ class Search {
     _recovery.isContainer = isFileHeader();
     while (at < _source.size() && !_source.hasFailed()) {
       SectionInfo section;
-      section.offset = at;
+      at = section.offset = afterZeros(at);
       if (!hasHeader(section)) {
         ++at;
       } else if (!isIntact(section)) {
@@ -97,6 +97,15 @@ class Search {
   }
 
  private:
+  /// Where the next header may begin: none is zeros alone, since their CRC-32 is not zero.
+  uint64_t afterZeros(uint64_t at) const {
+    const uint8_t* bytes = nullptr;
+    const std::size_t got = _source.view(at, bytes);
+    const uint8_t* const found = std::find_if(bytes, bytes + got, [](uint8_t byte) { return byte != 0; });
+    const auto zeros = static_cast<std::size_t>(found - bytes);
+    return zeros < PFile::Header::BYTES ? at : at + zeros - (PFile::Header::BYTES - 1);
+  }
+
   bool hasHeader(SectionInfo& section) const {
     const uint8_t* at = nullptr;
     if (_source.view(section.offset, at) < PFile::Header::BYTES) return false;
@@ -151,8 +160,7 @@ class Search {
     const uint32_t size = section.header.dataSize;
     if (size == 0) return {E04_DATA_CRC, begin, section.number, "data of at least one byte", "none"};
     if (size > left) {
-      return {E05_TRUNCATED, begin, section.number, fmt::format("{} bytes of data", size),
-              fmt::format("{} bytes", left)};
+      return {E05_TRUNCATED, begin, section.number, counted(size, "byte") + " of data", counted(left, "byte")};
     }
     return {E04_DATA_CRC, begin, section.number, fmt::format("0x{:08x}", section.header.dataCrc),
             fmt::format("0x{:08x}", _crcs.crcOf(begin, begin + size))};
@@ -171,8 +179,8 @@ class Search {
     (void)section.header.deserialize(in);                          // its bytes are there
     _isSummaryLost = _isSummaryLost || isSummary(section.header);  // damaged as it is, it may still tell
     if (!isNoted()) return;
-    Finding why = {E05_TRUNCATED, section.offset, section.number, fmt::format("{} bytes of header", sizeof bytes),
-                   fmt::format("{} bytes", got)};
+    Finding why = {E05_TRUNCATED, section.offset, section.number, counted(sizeof bytes, "byte") + " of header",
+                   counted(got, "byte")};
     if (got == sizeof bytes) {
       why = {E03_HEADER_CRC, section.offset, section.number, fmt::format("0x{:08x}", section.header.hdrCrc),
              fmt::format("0x{:08x}", PFile::crc32Of(bytes, PFile::Header::HDR_CRC_BYTES))};

@@ -39,23 +39,28 @@ constexpr bool isSecret(std::string_view member) {
   }
   return false;
 }
-/// The same of a member with its value: a network profile that is a plain text is one, too.
+/// The same of a member with its value: a network profile that is no object is one, too.
 bool isSecret(const std::string& member, const Json::Value& value);
 
-/// What stands for a secret on a screen: "********", or the value itself where there is none, null or an empty text.
+/// Whether a text is, or contains, a JSON document that names a secret as a member, also by escapes and in a document
+/// within a string of it. In doubt it does.
+bool namesSecret(std::string_view text);
+
+/// What stands for a secret on a screen: "********", or the value itself where there is none: null, or anything empty.
 Json::Value masked(const Json::Value& value);
 
-/// A document with every value that is a secret, or within one, or a text that is a document with secrets, masked.
+/// A document with every value masked that is a secret, whatever is in it, and every text and name of a member that is
+/// a document with secrets.
 Json::Value withoutSecrets(Json::Value document);
 
 /// Overwrites bytes by asterisks.
 void maskAll(uint8_t* bytes, std::size_t size);
 
-/// Overwrites the secrets of a JSON text by asterisks; all of the text where they cannot be told apart: it is no JSON,
-/// has comments, or names a secret twice.
+/// Overwrites what withoutSecrets() masks, in a JSON text, by asterisks; all of the text where that is not all there is
+/// to it: it is no JSON, has comments, a name twice, or anything after its end, or a name or number has to be masked.
 void maskSecretsInText(uint8_t* text, std::size_t size);
 
-/// The same for bytes of unknown meaning: all of them if a secret is named among them as in a JSON text.
+/// The same for bytes of unknown meaning: all of them if namesSecret().
 void maskSecretsInBytes(uint8_t* bytes, std::size_t size);
 
 }  // namespace Inspect

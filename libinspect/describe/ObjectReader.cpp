@@ -1,28 +1,41 @@
 #include <libinspect/describe/ObjectReader.h>
 
 #include <algorithm>
-#include <limits>
 
 #include <fmt/format.h>
 #include <json/writer.h>
 
+#include <libinspect/container/JsonFaults.h>
+
 namespace Inspect {
 namespace {
 
-/// On one line, numbers with the digits that a person types.
-std::string asTyped(const Json::Value& value) {
+/// On one line, numbers as they stand in the text that the value was parsed from.
+std::string asTyped(const Json::Value& value, const std::string& text) {
+  if (value.isArray() || value.isObject()) {
+    std::string list;
+    for (auto it = value.begin(); it != value.end(); ++it) {
+      list += list.empty() ? "" : ",";
+      list += value.isObject() ? asTyped(it.key(), text) + ":" : "";
+      list += asTyped(*it, text);
+    }
+    return (value.isArray() ? "[" : "{") + list + (value.isArray() ? "]" : "}");
+  }
+  if (value.isNumeric()) {
+    const std::string number = numberIn(text, value);
+    if (!number.empty()) return number;
+  }
   Json::StreamWriterBuilder builder;
   builder["indentation"] = "";
   builder["commentStyle"] = "None";
   builder["emitUTF8"] = false;
-  builder["precision"] = std::numeric_limits<double>::digits10;
   return Json::writeString(builder, value);
 }
 
 }  // namespace
 
-ObjectReader::ObjectReader(const Json::Value& json, std::string path, std::string& error)
-    : _json(json), _path(std::move(path)), _error(error) {
+ObjectReader::ObjectReader(const Json::Value& json, const std::string& source, std::string path, std::string& error)
+    : _json(json), _source(source), _path(std::move(path)), _error(error) {
   if (!json.isObject()) fail("", json, "an object");
 }
 
@@ -64,7 +77,8 @@ void ObjectReader::finish() {
 
 void ObjectReader::fail(const std::string& key, const Json::Value& found, const std::string& wanted) {
   if (!ok()) return;
-  _error = fmt::format("{}{}{}: expected {}, found {}", _path, key.empty() ? "" : ".", key, wanted, asTyped(found));
+  _error =
+      fmt::format("{}{}{}: expected {}, found {}", _path, key.empty() ? "" : ".", key, wanted, asTyped(found, _source));
 }
 
 }  // namespace Inspect

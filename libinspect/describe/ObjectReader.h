@@ -12,9 +12,10 @@ namespace Inspect {
 /// expected and what was found; refuses unknown members. A missing member does not change its target.
 class ObjectReader {
  public:
-  /// @param path   name of the object in faults
-  /// @param error  empty, or the fault of an enclosing object: nothing is read then
-  ObjectReader(const Json::Value& json, std::string path, std::string& error);
+  /// @param source  the text that it was parsed from; outlives the reader
+  /// @param path    name of the object in faults
+  /// @param error   empty, or the fault of an enclosing object: nothing is read then
+  ObjectReader(const Json::Value& json, const std::string& source, std::string path, std::string& error);
 
   bool ok() const { return _error.empty(); }
   /// The member, or null when it is not there.
@@ -35,6 +36,7 @@ class ObjectReader {
   void wholeNumber(const char* key, int64_t& out, int64_t least, int64_t most);
 
   const Json::Value& _json;
+  const std::string& _source;
   std::string _path;
   std::string& _error;
   std::vector<std::string> _taken;

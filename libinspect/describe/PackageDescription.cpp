@@ -9,9 +9,8 @@
 
 #include <libcrossplatform/common/DatabaseManifestFile.h>
 #include <libcrossplatform/common/FileReplacement.h>
-#include <libcrossplatform/common/jsonutil.h>
+#include <libinspect/container/JsonFaults.h>
 #include <libinspect/describe/ObjectReader.h>
-#include <libinspect/records/ProfileView.h>
 
 namespace Inspect {
 namespace {
@@ -36,8 +35,9 @@ void parseVersion(ObjectReader& in, Veltra::DatabaseVersion& version) {
             fmt::format("a list of four numbers from 0 to {} (schema, content, object, build)", MOST_16));
 }
 
-void parseDatabase(const Json::Value& json, const std::string& path, DatabaseDescriptor& database, std::string& error) {
-  ObjectReader in(json, path, error);
+void parseDatabase(const Json::Value& json, const std::string& text, const std::string& path,
+                   DatabaseDescriptor& database, std::string& error) {
+  ObjectReader in(json, text, path, error);
   parseVersion(in, database.version);
   in.integer("type", database.dbType, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max());
   in.text("path", database.filePath);
@@ -63,12 +63,9 @@ void parseCustomerVersion(ObjectReader& in, Veltra::CustomerDatabaseVersion& ver
 bool parsePackage(const std::string& text, DatabasePackageManifest& manifest, std::string& error) {
   Json::Value root;
   error.clear();
-  if (!Veltra::parseJson(text, root, false)) {
-    error = jsonFaultIn(text);
-    return false;
-  }
+  if (!parseWholeJson(text, root, error)) return false;
   if (root.isObject()) root.removeMember("schema");  // printed packages have it
-  ObjectReader in(root, "package", error);
+  ObjectReader in(root, text, "package", error);
   Veltra::DatabasePackageManifestSummary& summary = manifest.summary;
   parseCustomerVersion(in, summary.customerVersion);
   in.integer("releaseType", summary.releaseType, 0, MOST_16);
@@ -84,7 +81,7 @@ bool parsePackage(const std::string& text, DatabasePackageManifest& manifest, st
   }
   for (Json::ArrayIndex i = 0; isList && in.ok() && i < databases->size(); ++i) {
     auto database = std::make_unique<DatabaseDescriptor>();
-    parseDatabase((*databases)[i], fmt::format("databases[{}]", i), *database, error);
+    parseDatabase((*databases)[i], text, fmt::format("databases[{}]", i), *database, error);
     manifest.descriptors.add(std::move(database));
   }
   in.finish();

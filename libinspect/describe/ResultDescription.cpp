@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <new>
 
 #include <fmt/format.h>
 
@@ -13,9 +14,9 @@
 #include <libcrossplatform/common/jsonutil.h>
 #include <libinspect/container/ByteSource.h>
 #include <libinspect/container/ContainerWalk.h>
+#include <libinspect/container/JsonFaults.h>
 #include <libinspect/describe/ObjectReader.h>
 #include <libinspect/records/IsoTime.h>
-#include <libinspect/records/ProfileView.h>
 
 namespace Inspect {
 namespace {
@@ -85,9 +86,9 @@ void count(ObjectReader& in, const char* key, int& out) {
   in.integer(key, out, std::numeric_limits<int8_t>::min(), std::numeric_limits<int8_t>::max());
 }
 
-void parseSummary(const Json::Value& json, Veltra::ResultSummary& s, std::string& error) {
+void parseSummary(const Json::Value& json, const std::string& text, Veltra::ResultSummary& s, std::string& error) {
   namespace Names = Veltra::SummaryNames;
-  ObjectReader in(json, "summary", error);
+  ObjectReader in(json, text, "summary", error);
   in.text(Names::RESULT_NAME, s.resultName);
   enumeration(in, Names::RESULT_TYPE, s.resultType);
   timeStamp(in, Names::TIME_STAMP, s.timeStamp);
@@ -101,8 +102,9 @@ void parseSummary(const Json::Value& json, Veltra::ResultSummary& s, std::string
   in.finish();
 }
 
-void parseSection(const Json::Value& json, const std::string& path, DescribedSection& section, std::string& error) {
-  ObjectReader in(json, path, error);
+void parseSection(const Json::Value& json, const std::string& text, const std::string& path, DescribedSection& section,
+                  std::string& error) {
+  ObjectReader in(json, text, path, error);
   if (json.isObject() && json["type"].isString()) {
     std::string name;
     in.text("type", name);
@@ -145,9 +147,9 @@ bool writeDataSection(const DescribedSection& described, int level, PFile::FileW
   }
   PFile::Section section;
   const PFile::SECTION_FLAGS flags = described.compress ? PFile::SECTION_FLAG_COMPRESS : PFile::SECTION_FLAGS{0};
+  // With bytes to compress and a known level zlib lacks nothing but memory.
   if (section.set(described.type, described.version, flags, bytes.release(), size, true, level) != 0) {
-    error = fmt::format("{}: cannot be compressed", source.name());
-    return false;
+    throw std::bad_alloc();
   }
   const uint64_t total = uint64_t{file.size()} + PFile::Header::BYTES + section.payload.size();
   if (total > PFile::FileWriter::MAX_BYTES) {
@@ -166,14 +168,11 @@ bool parseDescription(const std::string& text, const std::string& payloads, Resu
                       std::string& error) {
   Json::Value root;
   error.clear();
-  if (!Veltra::parseJson(text, root, false)) {
-    error = jsonFaultIn(text);
-    return false;
-  }
-  ObjectReader in(root, "description", error);
+  if (!parseWholeJson(text, root, error)) return false;
+  ObjectReader in(root, text, "description", error);
   const Json::Value* const summary = in.take("summary");
   if (summary != nullptr) {
-    parseSummary(*summary, description.summary, error);
+    parseSummary(*summary, text, description.summary, error);
   } else if (in.ok()) {
     in.fail("summary", Json::Value(), "an object");
   }
@@ -181,7 +180,7 @@ bool parseDescription(const std::string& text, const std::string& payloads, Resu
   if (in.ok() && sections != nullptr && !sections->isArray()) in.fail("sections", *sections, "a list");
   for (Json::ArrayIndex i = 0; in.ok() && sections != nullptr && i < sections->size(); ++i) {
     DescribedSection section;
-    parseSection((*sections)[i], fmt::format("sections[{}]", i), section, error);
+    parseSection((*sections)[i], text, fmt::format("sections[{}]", i), section, error);
     if (section.payload[0] != '/' && !payloads.empty()) section.payload = payloads + "/" + section.payload;
     description.sections.push_back(section);
   }

@@ -20,8 +20,9 @@ std::string extensionOf(const std::string& file) {
 
 }  // namespace
 
-FileRun::FileRun(std::vector<std::string> files, const std::vector<std::string>& named, uint64_t maxSize)
-    : _files(std::move(files)), _named(named.begin(), named.end()), _maxSize(maxSize) {
+FileRun::FileRun(std::vector<std::string> files, const std::vector<std::string>& named, uint64_t maxSize,
+                 std::size_t passedOver)
+    : _files(std::move(files)), _named(named.begin(), named.end()), _maxSize(maxSize), _passedOver(passedOver) {
   for (const std::string& file : _files) ++_names[fs::path(file).filename().string()];
 }
 

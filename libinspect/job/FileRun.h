@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <mutex>
@@ -13,12 +14,15 @@ namespace Inspect {
 /// The files of one run of a command: what is said of a file because of the others.
 class FileRun {
  public:
-  /// @param files    all of them
-  /// @param named    what was named: those files of which it is not enough to be found in a folder
-  /// @param maxSize  larger files are not looked into; 0: no limit
-  FileRun(std::vector<std::string> files, const std::vector<std::string>& named, uint64_t maxSize);
+  /// @param files       all of them
+  /// @param named       what was named: those files of which it is not enough to be found in a folder
+  /// @param maxSize     larger files are not looked into; 0: no limit
+  /// @param passedOver  how much else there is in the folders, which is no file
+  FileRun(std::vector<std::string> files, const std::vector<std::string>& named, uint64_t maxSize,
+          std::size_t passedOver);
 
   const std::vector<std::string>& files() const { return _files; }
+  std::size_t passedOver() const { return _passedOver; }
   bool isNamed(const std::string& file) const { return _named.count(file) > 0; }
   /// Whether another file has the same name, in another folder.
   bool sharesName(const std::string& file) const;
@@ -33,6 +37,7 @@ class FileRun {
   std::unordered_set<std::string> _named;
   std::unordered_map<std::string, unsigned> _names;
   uint64_t _maxSize;
+  std::size_t _passedOver;
   mutable std::mutex _mutex;  // guards what follows
   mutable std::map<std::string, bool> _extensions;
 };

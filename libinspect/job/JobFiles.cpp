@@ -1,6 +1,7 @@
 #include <libinspect/job/JobFiles.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace Inspect {
 
@@ -16,7 +17,10 @@ FileNote noteOf(const JudgedFile& file, OutputPlace place) {
     } else {
       ++note.leftOut;
     }
-    if (note.next.empty()) note.next = nextCommand(report.path, finding, place);
+    if (!note.next.empty() || !note.advice.empty()) continue;
+    NextStep step = nextStep(file, finding, place);
+    note.next = std::move(step.command);
+    note.advice = std::move(step.advice);
   }
   return note;
 }
@@ -67,8 +71,13 @@ JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile
                         job.add(name, outcome, judged, run);
                         if (!onRow) return;
                         for (const ResultRow& row : job.rows) onRow(row);
+                        const bool isEmpty = job.isEmpty();
+                        const std::size_t others = job.others;
                         job = JobFiles();
+                        job.hasPassed = !isEmpty;
+                        job.others = others;
                       });
+  job.others += run.passedOver();
   job.sort();
   return job;
 }

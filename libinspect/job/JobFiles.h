@@ -20,6 +20,7 @@ struct FileNote {
   std::vector<std::string> findings;
   uint64_t leftOut = 0;  ///< findings not listed
   std::string next;      ///< the command that helps next
+  std::string advice;    ///< what to do where no command helps
 };
 FileNote noteOf(const JudgedFile& file, OutputPlace place);
 
@@ -30,6 +31,7 @@ struct JobFiles {
   std::vector<std::string> withoutResult;  ///< intact, but not result files
   std::vector<std::string> unread;         ///< could not be opened or read to the end, or named and no container
   std::size_t others = 0;                  ///< files of folders that are no containers
+  bool hasPassed = false;                  ///< there were rows or notes, which are not held
   const CableIdSet* expected = nullptr;    ///< null if no IDs were given
 
   /// Takes in one file.
@@ -39,7 +41,7 @@ struct JobFiles {
   /// Brings everything into the order of IDs and names. Call it after the last.
   void sort();
   /// No result was found, nor what may have been one.
-  bool isEmpty() const { return rows.empty() && notes.empty(); }
+  bool isEmpty() const { return rows.empty() && notes.empty() && !hasPassed; }
   Coverage coverageOf(const CableIdSet& set) const;
 };
 
@@ -50,7 +52,8 @@ using OnFile = std::function<void(const std::string& file, const ReadOutcome&, c
 using OnRow = std::function<void(const ResultRow&)>;
 
 /// Reads the result of each file of a run and notes the others.
-/// @param onRow  if given, receives the results in the order of the files, and the answer is empty: nothing is held
+/// @param onRow  if given, receives the results in the order of the files, and is not held: the answer only counts the
+/// others
 JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile, const OnRow& onRow = {});
 
 }  // namespace Inspect

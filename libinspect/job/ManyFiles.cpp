@@ -24,8 +24,10 @@ namespace {
 namespace fs = std::filesystem;
 
 /// The regular files of a folder, also those that links lead to, and its folders.
+/// @param others  counts what is neither: a FIFO, a socket, a device, a link that leads nowhere
 /// @return 0, or the reason in the manner of errno
-int listFolder(const std::string& folder, std::vector<std::string>& files, std::vector<std::string>& folders) {
+int listFolder(const std::string& folder, std::vector<std::string>& files, std::vector<std::string>& folders,
+               std::size_t& others) {
   const std::unique_ptr<DIR, int (*)(DIR*)> opened(opendir(folder.c_str()), closedir);
   if (opened == nullptr) return errno;
   const std::string prefix = folder.back() == '/' ? folder : folder + "/";
@@ -44,17 +46,20 @@ int listFolder(const std::string& folder, std::vector<std::string>& files, std::
       folders.push_back(prefix + name);
     } else if (S_ISREG(status.st_mode) || (stat((prefix + name).c_str(), &status) == 0 && S_ISREG(status.st_mode))) {
       files.push_back(prefix + name);
+    } else if (!S_ISDIR(status.st_mode)) {
+      ++others;
     }
   }
 }
 
 /// std::filesystem ends the program where it finds no memory for the name of an entry.
-void addFilesBelow(const std::string& directory, std::vector<std::string>& files, std::vector<std::string>& faults) {
+void addFilesBelow(const std::string& directory, std::vector<std::string>& files, std::vector<std::string>& faults,
+                   std::size_t& others) {
   std::vector<std::string> found, folders = {directory};
   while (!folders.empty()) {
     const std::string folder = std::move(folders.back());
     folders.pop_back();
-    const int reason = listFolder(folder, found, folders);
+    const int reason = listFolder(folder, found, folders, others);
     if (reason == ENOMEM) throw std::bad_alloc();
     if (reason != 0) faults.push_back(fmt::format("{}: {}", folder, std::strerror(reason)));
   }
@@ -216,14 +221,14 @@ const char* causeOf(const std::exception& exception) {
 }
 
 std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool recursive,
-                                 std::vector<std::string>& faults) {
+                                 std::vector<std::string>& faults, std::size_t& others) {
   std::vector<std::string> files;
   for (const std::string& path : paths) {
     std::error_code unreadable;
     if (!fs::is_directory(path, unreadable)) {
       files.push_back(path);
     } else if (recursive) {
-      addFilesBelow(path, files, faults);
+      addFilesBelow(path, files, faults, others);
     } else {
       faults.push_back(path + ": is a directory; use -r to look into it");
     }

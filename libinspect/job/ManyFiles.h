@@ -34,8 +34,9 @@ const char* causeOf(const std::exception& exception);
 
 /// The files of paths, in the order of the paths: for a directory every regular file below it, in order of name.
 /// @param faults  receives a line for each path that cannot be examined
+/// @param others  receives how much else is in the directories, such as FIFOs and links that lead nowhere
 std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool recursive,
-                                 std::vector<std::string>& faults);
+                                 std::vector<std::string>& faults, std::size_t& others);
 
 /// How many bytes files have, as far as known.
 uint64_t bytesOf(const std::vector<std::string>& files);

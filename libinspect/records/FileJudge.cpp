@@ -1,8 +1,11 @@
 #include <libinspect/records/FileJudge.h>
 
+#include <optional>
+
 #include <fmt/format.h>
 
 #include <libinspect/container/Doctor.h>
+#include <libinspect/container/Recover.h>
 #include <libinspect/records/RecordCheck.h>
 
 namespace Inspect {
@@ -40,13 +43,18 @@ class Judge {
     });
     ContainerReport& report = _file.report;
     if (_hasResultData && report.first->header.type != PFile::SECTION_RESULT_SUMMARY) {
+      const std::string later = _summaryAt ? fmt::format(" and the summary as section {}", *_summaryAt) : "";
       report.findings.add({E11_NO_RESULT_SUMMARY, report.first->offset, std::nullopt,
-                           "a result summary as the first section", typeName(report.first->header.type)});
+                           "a result summary as the first section", typeName(report.first->header.type) + later});
     }
     _file.kind = kindOf(report);
     _file.state = report.damaged() ? FileState::DAMAGED : FileState::INTACT;
     if (report.isNoContainer() && !looksLost(_source) && !(isNamedAsResult && isNamedAsResult(report.path))) {
       _file.state = FileState::OTHER;
+    }
+    if (_file.state == FileState::DAMAGED && report.findings.begin()->code == E02_NO_FILE_HEADER) {
+      const Recovery recovery = findSections(_source);
+      _file.hasNothingIntact = recovery.kept.empty() && !recovery.isContainer;
     }
     return std::move(_file);
   }
@@ -55,6 +63,7 @@ class Judge {
   void look(const SectionInfo& section, Findings& findings) {
     _hasResultData = _hasResultData || isResultData(section.header.type);
     if (section.verdict != DataVerdict::OK) return;
+    if (section.header.type == PFile::SECTION_RESULT_SUMMARY && !_summaryAt) _summaryAt = section.number;
     if (section.number == 1 && section.header.type == PFile::SECTION_RESULT_SUMMARY) {
       readSummary(section, findings);
     } else if (_examination == Examination::DEEP) {
@@ -94,6 +103,7 @@ class Judge {
   Examination _examination;
   JudgedFile _file;
   bool _hasResultData = false;
+  std::optional<int> _summaryAt;  ///< the first that is intact
   uint64_t _recordBytes = 0;
   bool _isToldOfRest = false;
 };
@@ -114,6 +124,11 @@ const char* toString(FileState state) {
 
 JudgedFile judge(const ByteSource& source, Examination examination, const IsNamedAsResult& isNamedAsResult) {
   return Judge(source, examination).run(isNamedAsResult);
+}
+
+NextStep nextStep(const JudgedFile& file, const Finding& finding, OutputPlace place, Charset charset) {
+  if (file.hasNothingIntact && asksForRecovery(finding)) return {"", "copy the file from the instrument again"};
+  return {nextCommand(file.report.path, finding, place, charset), ""};
 }
 
 std::string noContainerText(const JudgedFile& file) {

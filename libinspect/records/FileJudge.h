@@ -32,7 +32,8 @@ struct JudgedFile {
   std::string kind;         ///< judged by its first section: "result file", "limit database package", ...
   bool hasSummary = false;  ///< the result summary below was read
   Veltra::ResultSummary summary;
-  uint64_t deepFindings = 0;  ///< how many of the findings DEEP alone has found
+  bool hasNothingIntact = false;  ///< of a DAMAGED file without a file header: no section can be recovered, either
+  uint64_t deepFindings = 0;      ///< how many of the findings DEEP alone has found
 };
 
 /// Whether the name of a file speaks for a result: other results of the same run have its extension.
@@ -42,6 +43,13 @@ using IsNamedAsResult = std::function<bool(const std::string& path)>;
 /// @param isNamedAsResult  asked of a file that is no container and does not look lost; may be empty
 JudgedFile judge(const ByteSource& source, Examination examination = Examination::ORDINARY,
                  const IsNamedAsResult& isNamedAsResult = {});
+
+/// What to do after a finding: run a command, or else what it says. Both are empty where nothing helps.
+struct NextStep {
+  std::string command;
+  std::string advice;
+};
+NextStep nextStep(const JudgedFile& file, const Finding& finding, OutputPlace place, Charset charset = Charset::UTF8);
 
 /// "NAME: not a container: expected ..., found ...", of an OTHER file.
 std::string noContainerText(const JudgedFile& file);

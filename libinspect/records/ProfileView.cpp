@@ -1,20 +1,17 @@
 #include <libinspect/records/ProfileView.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
-#include <initializer_list>
 #include <iterator>
-#include <memory>
 #include <sstream>
-#include <stdexcept>
 
 #include <fmt/format.h>
-#include <json/reader.h>
 
 #include <libcrossplatform/common/EncryptedString.h>
 #include <libcrossplatform/common/ProfileNames.h>
 #include <libcrossplatform/serialization/Utf8Text.h>
+#include <libinspect/container/JsonFaults.h>
+#include <libinspect/container/PrintableText.h>
 #include <libinspect/container/Secrets.h>
 
 namespace Inspect {
@@ -92,7 +89,7 @@ bool setActiveKey(NetworkProfile& p, const std::string& value) {
 }
 
 Json::Value certificateSize(const std::vector<uint8_t>& bytes) {
-  return bytes.empty() ? Json::Value() : Json::Value(fmt::format("{} bytes", bytes.size()));
+  return bytes.empty() ? Json::Value() : Json::Value(counted(bytes.size(), "byte"));
 }
 
 using P = NetworkProfile;
@@ -280,42 +277,25 @@ void checkValues(const NetworkProfile& profile, std::vector<std::string>& found)
   if (profile.getWirelessKey(profile.getActiveKey()).empty()) found.emplace_back("active-key: that WEP key is not set");
 }
 
-/// The place of the first fault that a reader finds which refuses what the setting names; empty without any.
-std::string placeOfFault(const std::string& text, std::initializer_list<const char*> refusing) {
-  Json::CharReaderBuilder builder;
-  for (const char* const setting : refusing) builder[setting] = true;
-  const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-  Json::Value document;
-  std::string errors;
-  try {
-    if (reader->parse(text.data(), text.data() + text.size(), &document, &errors)) return {};
-  } catch (const std::runtime_error&) {  // too many levels
-    return "a level that is too deep";
-  }
-  unsigned line = 1, column = 1;  // "* Line 3, Column 5"; what follows may quote a secret
-  (void)std::sscanf(errors.c_str(), "* Line %u, Column %u", &line, &column);
-  return fmt::format("line {}, column {}", line, column);
-}
-
 }  // namespace
-
-std::string jsonFaultIn(const std::string& text) {
-  const std::string place = placeOfFault(text, {});
-  return "expected JSON" + (place.empty() ? "" : ", found something else at " + place);
-}
 
 std::vector<std::string> checkProfileText(const std::string& text) {
   std::vector<std::string> found;
-  const std::string twice = placeOfFault(text, {"rejectDupKeys"});
-  const std::string extra = placeOfFault(text, {"failIfExtra", "strictRoot"});
-  if (!twice.empty()) found.push_back(twice + ": a name that was given before; the last one counts");
-  if (!extra.empty()) found.push_back(extra + ": more after the end of the document, which is ignored");
+  const JsonOversights oversights = oversightsIn(text);
+  for (const JsonOversight& oversight : oversights.kept) {
+    found.push_back(toString(oversight));
+    if (oversight.kind == JsonOversight::NAME_TWICE) found.back() += "; the last one counts";
+    if (oversight.kind == JsonOversight::EXTRA) found.back() += ", which is ignored";
+  }
+  if (oversights.leftOut > 0) found.push_back(fmt::format("{} more of these", oversights.leftOut));
   std::istringstream lines(text);
-  std::size_t number = 1;
+  std::size_t number = 1, foreign = 0;
   for (std::string line; std::getline(lines, line); ++number) {
-    if (Dump::isUtf8(line)) continue;
+    if (Dump::isUtf8(line) || ++foreign > JsonOversights::MOST_KEPT) continue;
     found.push_back(fmt::format("line {}: bytes that are not UTF-8", number));
-    break;
+  }
+  if (foreign > JsonOversights::MOST_KEPT) {
+    found.push_back(fmt::format("{} more lines of bytes that are not UTF-8", foreign - JsonOversights::MOST_KEPT));
   }
   return found;
 }
@@ -345,7 +325,7 @@ Json::Value profileJson(const NetworkProfile& profile, bool reveal) {
 std::vector<std::string> checkProfile(const NetworkProfile& profile) {
   std::vector<std::string> found;
   const Json::Value& document = profile;
-  if (!document.isObject() && !document.isNull()) {
+  if (!document.isObject()) {
     found.emplace_back("the document is not an object");
     return found;
   }

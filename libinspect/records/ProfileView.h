@@ -31,12 +31,8 @@ Json::Value profileJson(const NetworkProfile& profile, bool reveal);
 /// of the wrong kind, names outside their lists and secrets that do not decrypt. One line each, without secrets.
 std::vector<std::string> checkProfile(const NetworkProfile& profile);
 
-/// What the reader of a profile passes over in its text: names given twice, of which it takes the last, anything after
-/// the document, and bytes that are not UTF-8. One line each, with the place of the first, without secrets.
+/// What the reader of a profile passes over in its text: names given twice, of which it takes the last, zero bytes,
+/// anything after the document, and bytes that are not UTF-8. One line each with its place, bounded, without secrets.
 std::vector<std::string> checkProfileText(const std::string& text);
-
-/// "expected JSON, found something else at line 3, column 5": why a text was refused. Without the place where the
-/// parser finds nothing wrong with it.
-std::string jsonFaultIn(const std::string& text);
 
 }  // namespace Inspect

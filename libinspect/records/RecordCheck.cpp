@@ -58,7 +58,7 @@ DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section
     if (begun == nullptr) return record;
     if (section.header.dataSize > MOST) {
       add(bound != nullptr ? E09_RECORD : W06_RECORDS_NOT_DECODED,
-          fmt::format("a {} of at most {} bytes", begun->name, MOST), fmt::format("{} bytes", section.header.dataSize));
+          fmt::format("a {} of at most {} bytes", begun->name, MOST), counted(section.header.dataSize, "byte"));
       return record;
     }
   }
@@ -84,8 +84,7 @@ DecodedRecord examineRecord(const ByteSource& source, const SectionInfo& section
   }
   if (record.hasNegativeCount) add(W04_NEGATIVE_COUNT, "counts of 0 to 127", "a negative count");
   if (record.used < bytes.size()) {
-    add(W03_BYTES_AFTER_END, fmt::format("{} bytes of {}", record.used, record.name),
-        fmt::format("{} bytes", bytes.size()));
+    add(W03_BYTES_AFTER_END, counted(record.used, "byte") + " of " + record.name, counted(bytes.size(), "byte"));
   }
   return record;
 }

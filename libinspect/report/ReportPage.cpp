@@ -230,7 +230,10 @@ Data dataOf(const MediumReport& medium) {
 }
 
 Data dataOf(const FileNote& note) {
-  Data data = object({{"file", note.file}, {"state", note.isDamaged ? "damaged" : "warning"}, {"next", note.next}});
+  Data data = object({{"file", note.file},
+                      {"state", note.isDamaged ? "damaged" : "warning"},
+                      {"next", note.next},
+                      {"advice", note.advice}});
   Data findings(Data::type::list);
   for (const std::string& finding : note.findings) findings << wordsOf(finding);
   if (note.leftOut > 0) findings << wordsOf(fmt::format("and {} more", note.leftOut));

@@ -80,6 +80,16 @@ veltra doctor -r mixed --deep -f csv 2> deep.err | awk -F, '$4 ~ /^E/ { print $1
 t diff doctor.txt deep.txt
 t cat deep.err
 veltra doctor -r mixed --deep -f json 2> /dev/null | tail -n 4
+t veltra doctor -r mixed/empty.bin -f jsonl
+grep -o 'Next: [^<]*again' page.html | sort | uniq -c
+# A summary that comes later is found. What is to be written has a name of its own, which is not too long.
+{ head -c 24 lot/whole.vres; tail -c +97 lot/whole.vres | head -c 49; tail -c +25 lot/whole.vres | head -c 72; } > later.vres
+t veltra doctor later.vres
+long=$(printf 'ü%.0s' {1..120}).vres && cp lot/sub/e04-data.vres "$long" && cp lot/sub/e04-data.vres e04-data.vres
+: > e04-data.recovered.vres && ln -s nowhere e04-data.recovered-2.vres
+t veltra doctor e04-data.vres
+eval "$(veltra doctor "$long" | sed 's/.*next: //')" > /dev/null; ls | grep -c 'ü.recovered.vres'
+t veltra doctor <(cat e04-data.vres) | sed 's/fd.[0-9]*/fd/'
 t veltra manifest show lot/sub/limit.pkg
 
 : > empty.vres

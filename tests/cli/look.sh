@@ -13,6 +13,10 @@ result job/sub/4.vres A9 Pass 400
 result job/5.vres B1 Pass 500
 echo "no container" > job/notes.txt
 t veltra summary -r job --expect A08..A10
+for order in "" --unsorted; do
+  veltra summary -r job $order -q -f json | grep -o '"otherFiles": [0-9]'
+  for format in table json; do t veltra summary job/notes.txt $order -f $format; done
+done
 rm job/notes.txt
 t veltra summary -r job -f jsonl --expect A08..A10 -q
 t veltra summary job/1.vres -f csv --expect A08..A09
@@ -49,6 +53,7 @@ t veltra diff job/1.vres job/2.vres -f jsonl
 t veltra diff trace.bin job/1.vres
 t veltra diff job/1.vres /dev/null
 t veltra diff trace.bin trace.bin
+cp job/1.vres first.vres && patch first.vres 0 00 && t veltra diff first.vres job/1.vres
 for copy in tail magic plain bad worse; do cp job/1.vres $copy.vres; done
 printf 'xyz' >> tail.vres
 patch magic.vres 96 5047 && patch magic.vres 112 "$(crc magic.vres 96 16)"

@@ -37,8 +37,13 @@ t np set wifi no
 # Why a profile is not read: each its own line. What the reader passes over is found by check.
 mkfifo fifo && mkdir folder && head -c 5M /dev/zero > large
 for file in fifo folder large; do t veltra netprofile show --file $file; done
-printf '{ "Mask": "255.0.0.0",\n "Use DHCP": true, "Use DHCP": false,\n "WiFi SSID": "caf\xe9" }\n{}\n' > p.dat
+printf '{ "Mask": "255.0.0.0",\n "Use DHCP": true, "Use\\u0020DHCP": false, "Mask": "", "WiFi SSID": "caf\xe9",
+ "Wireless Security": {"Key": [{"hush": 1, "hush": 2}], "Certificate Name": "a\0b" /* "Mask": */} }\n\0junk\n' > p.dat
 t np check
+for text in '"x"' null '{"a": 1,}' '\xef\xbb\xbf{}'; do
+  printf "$text" > p.dat && t np check
+done
+echo "{$(printf '"a":1,%.0s' {1..30})\"b\":1}" > p.dat && np check | tail -n 1
 echo '[]' > p.dat
 t np check
 # A profile named "-" is a file, too.

@@ -37,6 +37,7 @@ cp odd/at.vres ./-x.vres && patch ./-x.vres 60 ff
 t veltra info -x.vres
 t veltra info odd/at.vres -x.vres
 t veltra info -z
+touch ./-ü && LC_ALL=C t veltra info -ü
 t veltra doctor -f csv -- -x.vres
 t veltra recover -o -y.vres -- -x.vres
 t veltra ids --list -- -A1 -A2
@@ -72,6 +73,11 @@ echo "bar:" && grep -oE '\[#+ *\] +[0-9]+ %|CRESC\[K' lasting.txt | tail -n 2
 echo "what it says:" && grep -oE '[0-9]+/42 files, [0-9.]+/[0-9.]+ kB, [0-9.]+ k?B/s, [0-9]:[0-9]{2} left' lasting.txt | sed -E 's/, [0-9].*//' | tail -n 1
 echo "times cleared: $(grep -o 'CRESC\[K' lasting.txt | wc -l)"
 echo "no bar:" && terminal "$(lasting --progress never)"
+echo "on a dumb terminal:" && terminal "export TERM=dumb; $(lasting)"
+for columns in 50 24 10; do
+  terminal "stty cols $columns; $(lasting)" | grep -oE 'CR[^C]*[0-9] left' | sed -E 's/[0-9]+/N/g; s/^CR *//' | tail -n 1
+done
+echo "no bytes on it:" && terminal "'$veltra' extract lot/whole.vres -s 1"
 
 # A FIFO that nobody writes to is named and not waited for; one with a writer is read, and so is process substitution.
 mkfifo nobody

@@ -51,11 +51,21 @@ settings twice '{"OrbelSettings": {"sync_userpass": "hush", "sync_userpass": ""}
 settings comment '{"OrbelSettings": {/* "sync_userpass": "hush" */}}'
 settings plain '{"OrbelSettings": {"net_profile": "hush"}}'
 settings text '{"OrbelSettings": {"project_id": "{\"Password\": \"hush\"}"}}'
+# Nor of what follows the text, of names within a secret and documents in names and texts, however they are written.
+settings after '{"OrbelSettings": {"sync_userpass": "x"}} hush'
+settings zero '{"OrbelSettings": {"sync_userpass": "x"}}@hush' && sed -i 's/@hush/\x00hush/' zero.bin && payload zero 910
+settings inner '{"OrbelSettings": {"net_profile": {"Wireless Security": {"Password": {"hush": 1}, "Key": {"hush": ["a"]}}}}}'
+settings name '{"OrbelSettings": {"net_profile": {"{\"Password\":\"hush\"}": 1, "********": 2}}}'
+settings coded '{"OrbelSettings": {"sync_userpass": "hush", "sync\u005fuserpass": "x"}}'
+settings deeper '{"OrbelSettings": {"net_profile": {"x": "{\"y\":\"{\\\"Pass\\u005cu0077ord\\\"\\n:\\\"hush\\\"}\"}"}}}'
+settings list '{"OrbelSettings": {"net_profile": ["hush"], "project_id": "{\"net_profile\": \"hush\"}"}}'
+printf '%s' '{"sync\u005fuserpass": "hush"}' > coded2.bin && payload coded2 300
+odd='after zero inner name coded deeper list coded2'
 printf '%s' '{"sync_userpass": ["hush"], "x": "{\"Key\" : \"hush\"}"}' > document.bin && payload document 910
 every_screen() { # OPTION...
   for format in table json jsonl csv; do
     veltra show --record cut.bin -f $format "$@"
-    for file in one cut unknown twice comment plain text document; do
+    for file in one cut unknown twice comment plain text document $odd; do
       veltra show $file.vres -s 2 -f $format "$@"
       veltra annotate $file.vres -f $format "$@"
       veltra diff $file.vres two.vres -f $format "$@"
@@ -64,6 +74,8 @@ every_screen() { # OPTION...
 }
 every_screen > masked.txt; every_screen --reveal > revealed.txt
 t grep -ciE 'hush|68 ?75 ?73 ?68' masked.txt revealed.txt
+t veltra show name.vres -s 2 -f jsonl
+t veltra diff name.vres inner.vres
 
 # Doctor decodes a MiB of the records in a small file, and says once that it leaves the others.
 settings wide "{\"OrbelSettings\": {\"net_profile\": [1$(printf ',1%.0s' {1..130000})]}}"
@@ -86,10 +98,16 @@ t veltra show values.vres -s 2 -f jsonl
 t veltra diff values.vres spaced.vres
 t veltra diff values.vres others.vres
 json list '[{"a": 1}, []]' && t veltra show list.vres -s 2
+# What is empty is a value, and what looks alike but is not is told apart.
+json empty '{"a": {}, "b": "1", "c": "-", "d": {}}' && json filled '{"a": [], "b": 1, "d": null}'
+t veltra show empty.vres -s 2
+json none '{}' && t veltra show none.vres -s 2
+t veltra diff empty.vres filled.vres
 # One wide cell does not fill up the others.
 json wide "[\"$(printf 'w%.0s' {1..9000})\"]" && t veltra diff wide.vres list.vres | awk '{ print length($0) }'
 json rest '[1] [2]' && t veltra show rest.vres -s 2
 json bytes '["\xff"]' && t veltra show bytes.vres -s 2
+json digits '[1.10, {"a": 100000000000000000001}, 1e2]' && t veltra show digits.vres -s 2
 json number '17' && t veltra show number.vres -s 2
 json deep "$(printf '[%.0s' {1..5000})" && t veltra show deep.vres -s 2 | head -n 2
 { printf '%s' '{"relation":"=","value":16,"text":"0x10"}' > forged.bin; payload forged 920; t veltra show forged.vres -s 2 -f jsonl; }

@@ -27,6 +27,7 @@ while IFS= read -r description; do
   printf '%s' "$description" > bad.json
   t veltra pack bad.json -o never.vres
 done < "$data/cli/refused_results.txt"
+printf '{"summary": {}}\0junk' > bad.json && t veltra pack bad.json -o never.vres
 t ls never.vres
 
 # How it is called.
@@ -44,3 +45,7 @@ t veltra info no-such-file a.vres
 t veltra list .
 help_on_full_disk() { veltra --help > /dev/full; }
 t help_on_full_disk
+full() { veltra "$@" > /dev/full; }
+for line in "annotate a.vres" "types otdr"; do t full $line; done
+for line in "" manifest "-x doctor a.vres"; do t veltra $line; done
+t veltra help ""

@@ -73,7 +73,7 @@ class Annotation {
   static std::string textOf(const Inspect::AnnotatedStretch& stretch) {
     constexpr std::size_t BYTES_A_LINE = 8;
     if (stretch.bytes == nullptr) {
-      return line(std::to_string(stretch.offset), fmt::format("({} bytes)", stretch.size), "", stretch.field, "");
+      return line(std::to_string(stretch.offset), "(" + counted(stretch.size, "byte") + ")", "", stretch.field, "");
     }
     std::string text;
     std::size_t at = 0;

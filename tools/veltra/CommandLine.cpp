@@ -233,6 +233,7 @@ std::size_t editDistance(const std::string& a, const std::string& b) {
 std::string noSuchCommand(const std::string& word, const CLI::App& parent) {
   constexpr std::size_t CLOSE = 2;
   constexpr std::size_t LONGEST = 32;  // no command's name is nearly as long
+  if (word.empty()) return "expected the name of a command, found an empty word";
   std::size_t least = CLOSE + 1;
   std::string closest;
   for (const CLI::App* command : parent.get_subcommands([](const CLI::App* c) { return !c->get_name().empty(); })) {
@@ -255,11 +256,11 @@ std::string noSuchOption(const CLI::ParseError& error, const CLI::App& app) {
   const bool isMissing = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
   if (!isMissing && dynamic_cast<const CLI::ExtrasError*>(&error) == nullptr) return {};
   for (const std::string& word : app.remaining(true)) {
-    if (word.size() < 2 || word[0] != '-' || word == "--") continue;
+    if (word == "--") break;
+    if (word.size() < 2 || word[0] != '-') continue;
     const bool isFile = access(word.c_str(), F_OK) == 0;
-    if (isFile)
-      return fmt::format("{}: no such option; the file of this name is {}", word, Inspect::shellWord("./" + word));
-    if (isMissing) return word + ": no such option";
+    const std::string hint = isFile ? "; the file of this name is " + Inspect::shellWord("./" + word, charset()) : "";
+    return word + ": no such option" + hint;
   }
   return {};
 }
@@ -274,7 +275,10 @@ std::string explain(const CLI::ParseError& error, const CLI::App& app) {
   const bool isWord = !unknown.empty() && unknown.front().rfind('-', 0) != 0;
   if (isWord) return noSuchCommand(unknown.front(), *command);
   const std::string option = noSuchOption(error, app);
-  return option.empty() ? error.what() : option;
+  if (!option.empty()) return option;
+  const bool lacksCommand = command->get_require_subcommand_min() > 0 && command->get_subcommands().empty();
+  return lacksCommand && dynamic_cast<const CLI::RequiredError*>(&error) != nullptr ? "A command is required"
+                                                                                    : error.what();
 }
 
 void prepare(CLI::App& app, const Subcommand& root, const std::string& version, Run& chosen) {

@@ -27,8 +27,10 @@ struct FileAnswer {
 };
 
 /// The files of paths: with -r every regular file below a directory, in order of name.
-/// @param code  made worse, with a complaint, for a path that cannot be examined
-std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Options& options, int& code);
+/// @param code        made worse, with a complaint, for a path that cannot be examined
+/// @param passedOver  receives how much else is in the directories
+std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Options& options, int& code,
+                                 std::size_t& passedOver);
 
 /// True, with a complaint, when there are no files to make an answer of.
 [[nodiscard]] bool complainsOfNoFiles(const std::vector<std::string>& paths, const std::vector<std::string>& files);
@@ -66,7 +68,7 @@ void tellOfOthers(uint64_t others, const Options& options);
 /// Reads the results of a job. Findings go to standard error.
 /// @param code    made at least as bad as the result of answerForFiles() would be
 /// @param unread  the exit code for a file that could not be read
-/// @param onRow   if given, receives the results in the order of the files, and the answer is empty: nothing is held
+/// @param onRow   if given, receives the results in the order of the files, and they are not held
 Inspect::JobFiles readJob(const Inspect::FileRun& run, const Options& options, int& code, int unread = EXIT_COULD_NOT,
                           const Inspect::OnRow& onRow = {});
 

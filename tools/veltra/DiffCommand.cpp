@@ -1,6 +1,7 @@
 #include <memory>
 
 #include <libinspect/container/FileDiff.h>
+#include <libinspect/records/FileJudge.h>
 #include <libinspect/records/KnownPayload.h>
 
 #include "Commands.h"
@@ -18,8 +19,12 @@ std::string cellOf(const Json::Value& value) {
   return value.isNull() ? "-" : value.isString() ? value.asString() : jsonText(value, "");
 }
 
+/// Values of different kinds that look alike are told apart: "1" and 1, or "-" and what is not there.
 Table::Row cellsOf(const Inspect::Difference& difference) {
-  return {difference.field, cellOf(difference.a), cellOf(difference.b)};
+  const std::string a = cellOf(difference.a), b = cellOf(difference.b);
+  if (a != b || difference.a == difference.b) return {difference.field, a, b};
+  const auto quoted = [](const Json::Value& value) { return value.isString() ? jsonText(value, "") : cellOf(value); };
+  return {difference.field, quoted(difference.a), quoted(difference.b)};
 }
 
 Json::Value jsonOf(const Inspect::Difference& difference) {
@@ -30,11 +35,13 @@ Json::Value jsonOf(const Inspect::Difference& difference) {
   return row;
 }
 
-/// Whether a file is no container at all, with a complaint.
-bool complainsOfNoContainer(const Inspect::ContainerReport& report) {
-  if (!report.isNoContainer()) return false;
-  complain(describe(report.name, *report.findings.begin()));
-  return true;
+/// The exit code for a file in which nothing can be compared, with a complaint; EXIT_DONE for any other.
+int codeOfNothing(const Inspect::ByteSource& source, const Inspect::ContainerReport& report) {
+  if (!report.isNoContainer()) return EXIT_DONE;
+  const Inspect::JudgedFile file = Inspect::judge(source, Inspect::Examination::QUICK);
+  const bool isOther = file.state == Inspect::FileState::OTHER;
+  complain(isOther ? noContainerText(file) : describe(report.name, *report.findings.begin()));
+  return isOther || report.size == 0 ? EXIT_COULD_NOT : EXIT_NO;
 }
 
 int diff(const DiffArguments& args, const Options& options) {
@@ -49,8 +56,8 @@ int diff(const DiffArguments& args, const Options& options) {
     differences.add(difference);
     if (options.format == FORMAT_TABLE) table.add(cellsOf(difference));
   });
-  const bool isNoneA = complainsOfNoContainer(comparison.a), isNoneB = complainsOfNoContainer(comparison.b);
-  if (isNoneA || isNoneB) return answerAfter(a, answerAfter(b, EXIT_COULD_NOT));
+  const int codeA = codeOfNothing(a, comparison.a), nothing = worse(codeA, codeOfNothing(b, comparison.b));
+  if (nothing != EXIT_DONE) return answerAfter(a, answerAfter(b, nothing));
   // Few differences are held; many are found once more to be printed.
   const auto forEach = [&](const Inspect::OnDifference& onDifference) {
     for (const Inspect::Difference& difference : differences.held()) onDifference(difference);

@@ -1,5 +1,6 @@
 #include <atomic>
 #include <memory>
+#include <set>
 
 #include <fmt/format.h>
 
@@ -14,12 +15,18 @@ struct DoctorArguments {
   bool deep = false;
 };
 
-std::string textOf(const Inspect::ContainerReport& report, Inspect::OutputPlace place) {
+/// Each next step is told once: after it was taken, the file it writes is there.
+std::string textOf(const Inspect::JudgedFile& file, Inspect::OutputPlace place) {
+  const Inspect::ContainerReport& report = file.report;
+  std::set<std::string> told = {""};
   std::string text;
   for (const Inspect::Finding& finding : report.findings) {
-    text += fmt::format("{}: {}: {}: {}; next: {}\n", printable(report.name), placeOf(finding),
+    const Inspect::NextStep step = nextStep(file, finding, place, charset());
+    const std::string& next = step.command.empty() ? step.advice : step.command;
+    text += fmt::format("{}: {}: {}: {}{}{}\n", printable(report.name), placeOf(finding),
                         painted(nameOf(finding), toneOf(finding.code)), printable(detailsOf(finding)),
-                        nextCommand(report.path, finding, place, charset()));
+                        told.count(next) > 0 ? "" : "; next: ", told.count(next) > 0 ? "" : next);
+    told.insert(next);
   }
   if (report.findings.leftOut() > 0) text += printable(furtherText(report.name, report.findings)) + "\n";
   return text;
@@ -30,7 +37,7 @@ FileAnswer answerOf(const Inspect::JudgedFile& file, bool isDeep, Inspect::Outpu
   const Inspect::ContainerReport& report = file.report;
   FileAnswer answer;
   if (options.format == FORMAT_TABLE) {
-    if (!options.quiet) answer.text = textOf(report, place);
+    if (!options.quiet) answer.text = textOf(file, place);
     return answer;
   }
   answer.json["file"] = report.name;
@@ -38,10 +45,12 @@ FileAnswer answerOf(const Inspect::JudgedFile& file, bool isDeep, Inspect::Outpu
   if (isDeep) answer.json["deepFindings"] = static_cast<Json::UInt64>(file.deepFindings);
   answer.json["findingsLeftOut"] = static_cast<Json::UInt64>(report.findings.leftOut());
   const auto size = static_cast<std::size_t>(report.findings.end() - report.findings.begin());
-  answer.list = LongList{"findings", size, [findings = report.findings, path = report.path, place](std::size_t i) {
+  answer.list = LongList{"findings", size, [file, place](std::size_t i) {
+                           const Inspect::Findings& findings = file.report.findings;
                            const Inspect::Finding& finding = *(findings.begin() + static_cast<std::ptrdiff_t>(i));
                            Json::Value json = toJson(finding);
-                           json["next"] = nextCommand(path, finding, place);
+                           const std::string next = nextStep(file, finding, place).command;
+                           json["next"] = next.empty() ? Json::Value() : Json::Value(next);
                            return json;
                          }};
   return answer;

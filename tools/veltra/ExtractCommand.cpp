@@ -19,6 +19,10 @@ struct ExtractArguments {
 };
 
 int extract(const ExtractArguments& args, const Options& options) {
+  if (args.output.empty() && isOutputTerminal()) {
+    complain("binary data is not written to a terminal; use -o FILE or a pipe");
+    return EXIT_COULD_NOT;
+  }
   std::string error;
   Inspect::ByteSource source;
   std::vector<uint8_t> bytes;

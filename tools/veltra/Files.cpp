@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -51,9 +52,10 @@ void complainOfFile(const std::string& file, const Inspect::Findings& findings, 
 
 }  // namespace
 
-std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Options& options, int& code) {
+std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Options& options, int& code,
+                                 std::size_t& passedOver) {
   std::vector<std::string> faults;
-  std::vector<std::string> files = Inspect::filesOf(paths, options.recursive, faults);
+  std::vector<std::string> files = Inspect::filesOf(paths, options.recursive, faults, passedOver);
   for (const std::string& fault : faults) complain(fault);
   if (!faults.empty()) code = worse(code, EXIT_COULD_NOT);
   return files;
@@ -97,10 +99,12 @@ int answerForEach(const std::vector<std::string>& paths, const Options& options,
                   const std::vector<std::string>& columns, bool complainOfFindings, bool showsOthers,
                   const std::function<Json::Value(uint64_t others, uint64_t deep)>& totals, const AnswerOf& answerOf) {
   int code = EXIT_DONE;
-  const Inspect::FileRun run(filesOf(paths, options, code), paths, options.maxSize);
+  std::size_t passedOver = 0;
+  std::vector<std::string> files = filesOf(paths, options, code, passedOver);
+  const Inspect::FileRun run(std::move(files), paths, options.maxSize, passedOver);
   Progress progress(options.progress);
   AnswerStream answers(options, "files", columns);
-  uint64_t others = 0, deep = 0;
+  uint64_t others = passedOver, deep = 0;
   const auto answer = [&](const Inspect::ByteSource& source) { return answerOf(source, run); };
   const auto tell = [&](const std::string& file, const Inspect::ReadOutcome& outcome, std::optional<FileAnswer> given) {
     code = worse(code, codeOfFile(outcome, given ? given->findings : Inspect::Findings(), options));
@@ -180,7 +184,7 @@ int answerForJudged(const std::vector<std::string>& paths, const Options& option
 Inspect::JobFiles readJob(const Inspect::FileRun& run, const Options& options, int& code, int unread,
                           const Inspect::OnRow& onRow) {
   Progress progress(options.progress);
-  uint64_t others = 0;
+  uint64_t others = run.passedOver();
   const auto tell = [&](const std::string& name, const Inspect::ReadOutcome& outcome, const Inspect::JudgedFile* file) {
     const bool isOther = file != nullptr && file->state == Inspect::FileState::OTHER;
     const Inspect::Findings findings = file != nullptr && !isOther ? file->report.findings : Inspect::Findings();

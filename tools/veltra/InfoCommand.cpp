@@ -31,8 +31,8 @@ std::string screen(const Inspect::JudgedFile& file) {
     text += line("numPassStarTests", std::to_string(s.numPassStarTests));
     text += line("numFailTests", std::to_string(s.numFailTests));
   }
-  text += line("sections", fmt::format("{}, {} bytes of data, {} uncompressed", report.sections, report.storedBytes,
-                                       report.originalBytes));
+  text += line("sections", fmt::format("{}, {} of data, {} uncompressed", report.sections,
+                                       counted(report.storedBytes, "byte"), report.originalBytes));
   text += line("bytes", report.recordedLength && *report.recordedLength != report.size
                             ? fmt::format("{}, {} recorded", report.size, *report.recordedLength)
                             : std::to_string(report.size));

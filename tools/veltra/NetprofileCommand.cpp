@@ -12,6 +12,7 @@
 
 #include <libcrossplatform/common/jsonutil.h>
 #include <libinspect/container/ByteSource.h>
+#include <libinspect/container/JsonFaults.h>
 #include <libinspect/records/ProfileView.h>
 
 #include "Commands.h"

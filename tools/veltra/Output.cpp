@@ -15,16 +15,22 @@ namespace {
 
 using Inspect::isMeasurement;
 
+bool isEmptyContainer(const Json::Value& value) {
+  return (value.isObject() || value.isArray()) && value.empty();
+}
+
+/// A value on one line; also an empty object or array.
 std::string cellOfScalar(const Json::Value& value) {
   if (isMeasurement(value)) return value["text"].isString() ? value["text"].asString() : "-";
   if (value.isNull()) return "-";
   if (value.isString()) return printable(value.asString());
+  if (isEmptyContainer(value)) return jsonText(value, "");
   return jsonText(value, "");
 }
 
 void appendIndented(const std::string& name, const Json::Value& value, int depth, std::string& out) {
   const std::string indent(static_cast<std::size_t>(2 * depth), ' ');
-  const bool isScalar = isMeasurement(value) || !(value.isObject() || value.isArray());
+  const bool isScalar = isMeasurement(value) || isEmptyContainer(value) || !(value.isObject() || value.isArray());
   const bool isFlat = value.isArray() && std::none_of(value.begin(), value.end(),
                                                       [](const Json::Value& v) { return v.isObject() || v.isArray(); });
   if (isScalar || isFlat) {
@@ -221,7 +227,7 @@ void AnswerStream::finish(const Json::Value& totals) const {
 }
 
 std::string indentedText(const Json::Value& object) {
-  std::string text;
+  std::string text = isEmptyContainer(object) ? cellOfScalar(object) + "\n" : "";
   for (Json::ArrayIndex i = 0; object.isArray() && i < object.size(); ++i) {
     appendIndented(fmt::format("[{}]", i), object[i], 0, text);
   }
@@ -264,7 +270,7 @@ Tone toneOf(Veltra::Status status) {
 }
 
 std::string furtherText(const std::string& name, const Inspect::Findings& findings) {
-  return fmt::format("{}: {} further findings", name, findings.leftOut());
+  return fmt::format("{}: {}", name, counted(findings.leftOut(), "further finding"));
 }
 
 void complain(const std::string& text, Tone tone) {

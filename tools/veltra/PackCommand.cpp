@@ -48,7 +48,7 @@ int pack(const PackArguments& args, const Options& options) {
   json["bytes"] = static_cast<Json::UInt64>(packed.bytes);
   json["sections"] = packed.sections;
   const auto line = [&] {
-    return fmt::format("{}: {} sections, {} bytes\n", printable(args.output), packed.sections, packed.bytes);
+    return fmt::format("{}: {} sections, {}\n", printable(args.output), packed.sections, counted(packed.bytes, "byte"));
   };
   printDocument({line, [&] { return json; }, {}, {}}, options);
   return EXIT_DONE;

@@ -47,10 +47,10 @@ void printRecovery(const RecoverArguments& args, const Inspect::Recovery& recove
 
 std::string textOf(const RecoverArguments& args, const Inspect::Recovery& recovery) {
   const std::string file = printable(args.file);
-  std::string text = fmt::format("{}: {} sections kept in {}{}\n", file, recovery.kept.size(), printable(args.output),
-                                 recovery.wasClosed ? "" : " (it had not been closed)");
+  std::string text = fmt::format("{}: {} kept in {}{}\n", file, counted(recovery.kept.size(), "section"),
+                                 printable(args.output), recovery.wasClosed ? "" : " (it had not been closed)");
   for (const Inspect::LostRange& lost : recovery.lost) {
-    text += fmt::format("{}: offset {}: {} bytes lost\n", file, lost.offset, lost.bytes);
+    text += fmt::format("{}: offset {}: {} lost\n", file, lost.offset, counted(lost.bytes, "byte"));
   }
   for (const Inspect::LostSection& lost : recovery.lostSections) {
     const std::string type = lost.hasHeader ? Inspect::typeName(lost.section.header.type) : "type unknown";
@@ -58,10 +58,11 @@ std::string textOf(const RecoverArguments& args, const Inspect::Recovery& recove
                         lost.section.offset, nameOf(lost.why), printable(detailsOf(lost.why)));
   }
   if (recovery.lostSectionsLeftOut > 0) {
-    text += fmt::format("{}: {} further sections lost\n", file, recovery.lostSectionsLeftOut);
+    text += fmt::format("{}: {} lost\n", file, counted(recovery.lostSectionsLeftOut, "further section"));
   }
   if (recovery.isSummaryLost) text += fmt::format("{}: the result's summary is lost\n", file);
-  if (recovery.missing > 0) text += fmt::format("{}: {} bytes shorter than recorded\n", file, recovery.missing);
+  if (recovery.missing > 0)
+    text += fmt::format("{}: {} shorter than recorded\n", file, counted(recovery.missing, "byte"));
   return text;
 }
 

@@ -23,12 +23,13 @@ int report(const ReportArguments& args, const Options& options) {
   if (!takeExpected(args.expected, expected)) return EXIT_USAGE;
   if (refusesToReplace(args.output, args.force, args.paths)) return EXIT_COULD_NOT;
   int code = EXIT_DONE;
-  std::vector<std::string> files = filesOf(args.paths, options, code);
+  std::size_t passedOver = 0;
+  std::vector<std::string> files = filesOf(args.paths, options, code, passedOver);
   if (code == EXIT_COULD_NOT) return code;  // nobody can say what the page would leave out
   Inspect::leaveOutPage(files, args.output);
   if (refusesToReplace(args.output, true, files)) return EXIT_COULD_NOT;
   if (args.expected.empty() && complainsOfNoFiles(args.paths, files)) return EXIT_COULD_NOT;
-  const Inspect::FileRun run(std::move(files), args.paths, options.maxSize);
+  const Inspect::FileRun run(std::move(files), args.paths, options.maxSize, passedOver);
   Inspect::JobFiles job = readJob(run, options, code, EXIT_WITH_LOSS);
   const bool isUnread = !job.unread.empty();
   if ((args.expected.empty() || isUnread) && complainsOfNoResults(args.paths, job)) return EXIT_COULD_NOT;
@@ -44,8 +45,9 @@ int report(const ReportArguments& args, const Options& options) {
   json["damaged"] = static_cast<Json::Int64>(damaged);
   json["unread"] = static_cast<Json::UInt64>(job.unread.size());
   json["otherFiles"] = static_cast<Json::UInt64>(job.others);
-  const std::string text = fmt::format("{}: {} results, {} files damaged, {} not read\n", printable(args.output),
-                                       job.rows.size(), damaged, job.unread.size());
+  const std::string text =
+      fmt::format("{}: {}, {} damaged, {} not read\n", printable(args.output), counted(job.rows.size(), "result"),
+                  counted(static_cast<std::size_t>(damaged), "file"), job.unread.size());
   printDocument({[&] { return text; }, [&] { return json; }, {}, {}}, options);
   return code;
 }

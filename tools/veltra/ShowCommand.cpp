@@ -1,7 +1,9 @@
 #include <memory>
+#include <string_view>
 
 #include <fmt/format.h>
 
+#include <libinspect/container/JsonFaults.h>
 #include <libinspect/container/Secrets.h>
 #include <libinspect/records/KnownPayload.h>
 
@@ -16,6 +18,15 @@ struct ShowArguments {
   bool bareRecord = false;
   bool reveal = false;
 };
+
+/// Puts the text of each fraction, and of each number too large for an integer, in its place.
+void useDigits(Json::Value& value, std::string_view text) {
+  if (value.isObject() || value.isArray()) {
+    for (Json::Value& child : value) useDigits(child, text);
+  } else if (value.type() == Json::realValue) {
+    value = Inspect::numberIn(text, value);
+  }
+}
 
 /// Prints what is known of a payload, or its bytes.
 /// @param type    of the section, 0 outside one
@@ -32,6 +43,8 @@ int showPayload(uint16_t type, std::vector<uint8_t> bytes, bool reveal, Json::Va
   if (payload.kind == Inspect::PayloadKind::JSON) {
     member = "json";
     shown = reveal ? std::move(payload.document) : Inspect::withoutSecrets(std::move(payload.document));
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    if (options.format == FORMAT_TABLE) useDigits(shown, text);
   }
   Document document;
   document.print = [&] {
@@ -97,7 +110,7 @@ Subcommand showCommand(const Options& options) {
   const auto args = std::make_shared<ShowArguments>();
   Subcommand command("show", "What a section holds: a record, JSON or an image, or else its bytes");
   command.place("FILE", "FILE", &args->file, "the file; - reads standard input").required();
-  command.option("-s,--section", "INT", &args->section, "number of the section as list shows it").showingPreset();
+  command.option("-s,--section", "N", &args->section, "number of the section as list shows it").showingPreset();
   command.flag("--record", args->bareRecord, "the file is a bare record, not a container");
   command.flag("--reveal", args->reveal, REVEAL_HELP);
   command.run = [args, &options] {

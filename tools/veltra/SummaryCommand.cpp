@@ -1,5 +1,6 @@
 #include <map>
 #include <memory>
+#include <optional>
 #include <sstream>
 #include <utility>
 
@@ -72,13 +73,21 @@ Json::Value listJson(const std::vector<std::string>& ids) {
 }
 
 /// Prints each row when its file was read, in the order of the files, and holds none.
-int summaryInPassing(const Inspect::FileRun& run, const Options& options, int code) {
-  AnswerStream answers(options, "results", Inspect::rowColumns());
-  readJob(run, options, code, EXIT_COULD_NOT, [&answers](const Inspect::ResultRow& row) {
+int summaryInPassing(const SummaryArguments& args, const Inspect::FileRun& run, const Options& options, int code) {
+  std::optional<AnswerStream> answers;
+  const auto begin = [&] {
+    if (!answers) answers.emplace(options, "results", Inspect::rowColumns());
+  };
+  const Inspect::JobFiles job = readJob(run, options, code, EXIT_COULD_NOT, [&](const Inspect::ResultRow& row) {
     const Json::Value json = toJson(row);
-    answers.print("", json, {json});
+    begin();
+    answers->print("", json, {json});
   });
-  answers.finish();
+  if (complainsOfNoResults(args.paths, job)) return EXIT_COULD_NOT;
+  begin();
+  Json::Value totals;
+  totals["otherFiles"] = static_cast<Json::UInt64>(job.others);
+  answers->finish(totals);
   return code;
 }
 
@@ -87,16 +96,20 @@ int summary(const SummaryArguments& args, const Options& options) {
   const bool hasExpected = !args.expected.empty();
   if (!takeExpected(args.expected, expected)) return EXIT_USAGE;
   int code = EXIT_DONE;
-  const Inspect::FileRun run(filesOf(args.paths, options, code), args.paths, options.maxSize);
+  std::size_t passedOver = 0;
+  std::vector<std::string> files = filesOf(args.paths, options, code, passedOver);
+  const Inspect::FileRun run(std::move(files), args.paths, options.maxSize, passedOver);
   if (!hasExpected && complainsOfNoFiles(args.paths, run.files())) return EXIT_COULD_NOT;
-  if (args.unsorted && options.format != FORMAT_TABLE) return summaryInPassing(run, options, code);
+  if (args.unsorted && options.format != FORMAT_TABLE) return summaryInPassing(args, run, options, code);
   Inspect::JobFiles job;
   if (args.unsorted) {
-    readJob(run, options, code, EXIT_COULD_NOT, [&job](const Inspect::ResultRow& row) { job.rows.push_back(row); });
+    std::vector<Inspect::ResultRow> rows;
+    job = readJob(run, options, code, EXIT_COULD_NOT, [&rows](const Inspect::ResultRow& row) { rows.push_back(row); });
+    job.rows.swap(rows);
   } else {
     job = readJob(run, options, code);
   }
-  if (!hasExpected && !args.unsorted && complainsOfNoResults(args.paths, job)) return EXIT_COULD_NOT;
+  if (!hasExpected && complainsOfNoResults(args.paths, job)) return EXIT_COULD_NOT;
   const std::vector<Inspect::ResultRow>& rows = job.rows;
   Document document;
   document.columns = Inspect::rowColumns();

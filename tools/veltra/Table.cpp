@@ -96,10 +96,6 @@ std::string tableText(Table& table, std::size_t rows, const std::function<Table:
   return text;
 }
 
-std::string counted(std::size_t count, const std::string& noun) {
-  return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
-}
-
 std::string totalLine(const std::string& text) {
   return isOutputTerminal() ? text + "\n" : "";
 }

@@ -6,6 +6,8 @@
 #include <utility>
 #include <vector>
 
+#include <libinspect/container/PrintableText.h>
+
 #include "FirstFew.h"
 #include "Terminal.h"
 
@@ -69,8 +71,7 @@ class LongTable {
 /// A table of rows that are made twice. Empty without rows.
 std::string tableText(Table& table, std::size_t rows, const std::function<Table::Row(std::size_t)>& row);
 
-/// "1 result", "17 results"
-std::string counted(std::size_t count, const std::string& noun);
+using Inspect::counted;
 /// A line after an answer for people: the text on a terminal, nothing anywhere else.
 std::string totalLine(const std::string& text);
 

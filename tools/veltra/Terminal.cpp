@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -25,11 +27,15 @@ constexpr char RESET[] = "\033[0m";
 
 bool paintsOutput = false, paintsErrors = false;
 
+/// Whether a stream goes to a terminal that obeys escape sequences.
+bool knowsEscapes(int descriptor) {
+  const char* const terminal = std::getenv("TERM");
+  return isatty(descriptor) == 1 && terminal != nullptr && *terminal != '\0' && std::strcmp(terminal, "dumb") != 0;
+}
+
 bool knowsColors(int descriptor) {
   const char* const noColor = std::getenv("NO_COLOR");
-  const char* const terminal = std::getenv("TERM");
-  return isatty(descriptor) == 1 && (noColor == nullptr || *noColor == '\0') && terminal != nullptr &&
-         std::strcmp(terminal, "dumb") != 0;
+  return knowsEscapes(descriptor) && (noColor == nullptr || *noColor == '\0');
 }
 
 std::string wrapped(bool paints, const std::string& text, Tone tone) {
@@ -80,14 +86,18 @@ ByteUnit unitFor(uint64_t bytes) {
   return {1, "B"};
 }
 
-/// "1203/20000 files, 412.0/1200.3 MB, 85.1 MB/s"
-std::string amounts(std::size_t filesDone, std::size_t files, uint64_t done, uint64_t total, double seconds) {
+/// "412.0/1200.3 MB"
+std::string amountText(uint64_t done, uint64_t total) {
   const ByteUnit unit = unitFor(total);
+  return fmt::format("{:.1f}/{:.1f} {}", static_cast<double>(done) / unit.bytes,
+                     static_cast<double>(total) / unit.bytes, unit.name);
+}
+
+/// "85.1 MB/s"
+std::string rateText(uint64_t done, double seconds) {
   const double perSecond = static_cast<double>(done) / seconds;
   const ByteUnit rate = unitFor(static_cast<uint64_t>(perSecond));
-  return fmt::format("{}/{} files, {:.1f}/{:.1f} {}, {:.1f} {}/s", filesDone, files,
-                     static_cast<double>(done) / unit.bytes, static_cast<double>(total) / unit.bytes, unit.name,
-                     perSecond / rate.bytes, rate.name);
+  return fmt::format("{:.1f} {}/s", perSecond / rate.bytes, rate.name);
 }
 
 /// "0:12 left", "2:05:40 left"
@@ -96,6 +106,23 @@ std::string timeLeft(double seconds) {
   const auto left = static_cast<unsigned>(std::min(seconds, MOST));
   return left < 3600 ? fmt::format("{}:{:02} left", left / 60, left % 60)
                      : fmt::format("{}:{:02}:{:02} left", left / 3600, left / 60 % 60, left % 60);
+}
+
+/// Parts of a line, from the left, joined as far as they fit: each that is left out makes room for the others.
+struct LinePart {
+  std::string text;
+  int worth;  ///< the part of the least worth goes first
+};
+std::string fittingLine(std::vector<LinePart> parts, std::size_t width) {
+  parts.erase(std::remove_if(parts.begin(), parts.end(), [](const LinePart& part) { return part.text.empty(); }),
+              parts.end());
+  for (;;) {
+    std::string line;
+    for (const LinePart& part : parts) line += (line.empty() ? "" : line.back() == ']' ? " " : ", ") + part.text;
+    if (line.size() <= width || parts.size() <= 1) return line.substr(0, width);
+    parts.erase(std::min_element(parts.begin(), parts.end(),
+                                 [](const LinePart& a, const LinePart& b) { return a.worth < b.worth; }));
+  }
 }
 
 /// Columns of the terminal on standard error; none known: enough for any line.
@@ -111,7 +138,7 @@ void makeRoom(std::FILE* stream) {
   if (bar != nullptr && (stream == stderr || isOutputTerminal())) bar->hide();
 }
 
-Progress::Progress(bool isEnabled) : _active(isEnabled && isatty(STDERR_FILENO) == 1) {
+Progress::Progress(bool isEnabled) : _active(isEnabled && knowsEscapes(STDERR_FILENO)) {
   if (_active) bar = this;
 }
 
@@ -145,11 +172,14 @@ void Progress::draw(Clock::time_point now) {
   const double seconds = std::chrono::duration<double>(now - _begin).count();
   const double part = static_cast<double>(done) / static_cast<double>(_total);
   const std::string drawn(static_cast<std::size_t>(part * WIDTH), '#');
-  std::string line = fmt::format("[{:<{}}] {:3.0f} %", drawn, WIDTH, part * 100);
-  if (_files > 0) line += ", " + amounts(_filesDone, _files, done, _total, seconds);
-  if (part > 0) line += ", " + timeLeft(seconds / part * (1 - part));
-  line.resize(std::min(line.size(), terminalWidth() - 1));
-  fmt::print(stderr, "\r{}\033[K", line);
+  std::vector<LinePart> parts = {{fmt::format("[{:<{}}]", drawn, WIDTH), 1}, {fmt::format("{:3.0f} %", part * 100), 5}};
+  if (_files > 0) {
+    parts.push_back({fmt::format("{}/{} files", _filesDone, _files), 4});
+    parts.push_back({amountText(done, _total), 3});
+    parts.push_back({rateText(done, seconds), 2});
+  }
+  if (part > 0) parts.push_back({timeLeft(seconds / part * (1 - part)), 6});
+  fmt::print(stderr, "\r{}\033[K", fittingLine(std::move(parts), terminalWidth() - 1));
   (void)std::fflush(stderr);  // a bar that cannot be shown is not an error
   _shown = true;
 }

@@ -5,7 +5,10 @@
 #include <clocale>
 #include <csignal>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -52,6 +55,20 @@ std::vector<Subcommand> listOf(Commands... commands) {
   return list;
 }
 
+constexpr char UNWRITABLE[] = "standard output cannot be written";
+
+/// @param cause  in the manner of errno; 0: not known
+int endBy(const char* reason, int cause = 0) {
+  try {
+    complain(cause == 0 ? reason : std::string(reason) + ": " + std::strerror(cause));
+  } catch (const std::exception&) {  // not even memory for that
+    std::fputs("veltra: ", stderr);
+    std::fputs(reason, stderr);
+    std::fputs("\n", stderr);
+  }
+  return EXIT_COULD_NOT;
+}
+
 int runCommand(int argc, char** argv) {
   Options options;
   Subcommand root("veltra", "Inspect, check, recover and create the files of cabling testers.");
@@ -72,9 +89,9 @@ int runCommand(int argc, char** argv) {
   if (options.spreadsheet) options.format = FORMAT_CSV;
   setSpreadsheet(options.spreadsheet);
   if (run) code = run();
+  errno = 0;
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return code;
-  complain("standard output cannot be written");
-  return EXIT_COULD_NOT;
+  return endBy(UNWRITABLE, errno);
 }
 
 extern "C" void endBySignal(int signal) {
@@ -100,17 +117,6 @@ void occupyClosedStreams() {
   }
 }
 
-int endBy(const char* reason) {
-  try {
-    complain(reason);
-  } catch (const std::exception&) {  // not even memory for that
-    std::fputs("veltra: ", stderr);
-    std::fputs(reason, stderr);
-    std::fputs("\n", stderr);
-  }
-  return EXIT_COULD_NOT;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -120,6 +126,8 @@ int main(int argc, char** argv) {
   try {
     return runCommand(argc, argv);
   } catch (const std::exception& e) {  // out of memory, or a closed standard output
-    return endBy(Inspect::causeOf(e));
+    const auto* const failure = dynamic_cast<const std::system_error*>(&e);
+    const bool isOutput = failure != nullptr && std::ferror(stdout) != 0;
+    return isOutput ? endBy(UNWRITABLE, failure->code().value()) : endBy(Inspect::causeOf(e));
   }
 }

@@ -12,7 +12,7 @@ TEST(JobFiles, WhatWasReadBeforeAnErrorIsNotIntact) {
   CableIdSet expected;
   std::string error;
   ASSERT_TRUE(parseExpected("A1..A3", expected, error)) << error;
-  const FileRun run({}, {"notes.txt"}, 0);
+  const FileRun run({}, {"notes.txt"}, 0, 0);
   JudgedFile result, other;
   result.hasSummary = true;
   other.state = FileState::OTHER;
