@@ -86,7 +86,7 @@ int MemReader::getHeader(Header& header) {
     PFILE_LOG_VALUES(_error, "Header deserialization failed.  RC = %d", status);
     return PFILE_FAILED;
   }
-  if (!header.verifyHdrCrc()) {
+  if (crc32Of(_buffer + _index, Header::HDR_CRC_BYTES) != header.hdrCrc) {  // not over the header written once more
     PFILE_LOG(_error, "Header failed crc check.");
     return PFILE_FAILED;
   }

@@ -57,13 +57,13 @@ int FileWriter::open(char const* path) {
     PFILE_LOG(_error, "File Path is NULL.");
     return PFILE_FAILED;
   }
-  if (isDirectory(path)) {
-    PFILE_LOG(_error, "Trying to open a directory.");
-    return PFILE_FAILED;
-  }
   std::FILE* const stream = std::fopen(path, "wb");
   if (stream == nullptr) {
-    PFILE_LOG_VALUES(_error, "fopen failed.errno:%d", errno);
+    if (isDirectory(path)) {
+      PFILE_LOG(_error, "Trying to open a directory.");
+    } else {
+      PFILE_LOG_VALUES(_error, "fopen failed.errno:%d", errno);
+    }
     return PFILE_FAILED;
   }
   return start(stream);
@@ -72,7 +72,7 @@ int FileWriter::open(char const* path) {
 /// Begins a file in an empty stream, which it closes.
 int FileWriter::start(std::FILE* stream) {
   _stream = stream;
-  useBuffer(_stream, _stdioBuffer, LARGE_BUFFER_BYTES);
+  adopt(_stream, _stdioBuffer, LARGE_BUFFER_BYTES);
   _fileHeader = std::make_unique<Section>(_debug, _error, _error);
   // The payload is the running total itself: it is 20 when it is written after its header, whose CRC was taken
   // over the earlier total. close() corrects that; until then the file does not verify.
