@@ -70,7 +70,7 @@ int FileReader::open(char const* path, std::size_t readAhead) {
     PFILE_LOG_VALUES(_error, "fopen failed.errno:%d", errno);
     return PFILE_FAILED;
   }
-  _fileHeader = std::make_unique<Section>(_debug, _warning, _error);
+  _fileHeader.emplace(_debug, _warning, _error);
   const int code = read(*_fileHeader, true);
   if (code != PFILE_OK) return code;
   if (_fileHeader->header.type != FILE_HEADER_TYPE) {
@@ -207,7 +207,7 @@ bool FileReader::isSeekable() {
 }
 
 uint32_t FileReader::recordedLength() const {
-  const bool hasWord = _fileHeader != nullptr && _fileHeader->payload.size() == sizeof(uint32_t);
+  const bool hasWord = _fileHeader && _fileHeader->payload.size() == sizeof(uint32_t);
   return hasWord ? Marshal::loadLittle32(_fileHeader->payload.data()) : 0;
 }
 

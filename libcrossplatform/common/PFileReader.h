@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 #include <libcrossplatform/common/PFileSection.h>
 
@@ -54,7 +55,7 @@ class VELTRA_EXPORT FileReader {
   [[nodiscard]] int skip(uint32_t size);
   bool isSeekable();
 
-  std::unique_ptr<Section> _fileHeader;
+  std::optional<Section> _fileHeader;
   std::FILE* _stream = nullptr;
   std::unique_ptr<char[]> _stdioBuffer;
   std::array<uint8_t, Header::BYTES> _ahead{};  ///< the header read last
