@@ -6,8 +6,8 @@
 
 namespace PFile {
 
-// The one place where a CRC-32 is taken. zlib's has the same values and takes 3 to 10 times as long on processors with
-// a carry-less multiplication.
+// The one place where a CRC-32 is taken. zlib's has the same values and takes several times as long on processors with
+// instructions for it.
 uint32_t crc32Of(unsigned char const* data, unsigned int size, uint32_t crc) {
   return size == 0 ? crc : libdeflate_crc32(crc, data, size);  // for null data it would return its start value
 }

@@ -1,5 +1,7 @@
 #include <libcrossplatform/common/PFileReader.h>
 
+#include <stdio_ext.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -55,7 +57,9 @@ int FileReader::open(char const* path, std::size_t readAhead) {
   }
   _stream = std::fopen(path, "rb");
   if (_stream != nullptr) {
-    adopt(_stream, _stdioBuffer, readAhead);
+    useBuffer(_stream, _stdioBuffer, readAhead);
+    // Its one owner needs no lock. A writer's stream keeps its own: fflush(nullptr) of any thread writes from that.
+    __fsetlocking(_stream, FSETLOCKING_BYCALLER);
     _isSeekable = false;
     fetchHeader();
   }

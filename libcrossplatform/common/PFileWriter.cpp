@@ -72,7 +72,7 @@ int FileWriter::open(char const* path) {
 /// Begins a file in an empty stream, which it closes.
 int FileWriter::start(std::FILE* stream) {
   _stream = stream;
-  adopt(_stream, _stdioBuffer, LARGE_BUFFER_BYTES);
+  useBuffer(_stream, _stdioBuffer, LARGE_BUFFER_BYTES);
   _fileHeader = std::make_unique<Section>(_debug, _error, _error);
   // The payload is the running total itself: it is 20 when it is written after its header, whose CRC was taken
   // over the earlier total. close() corrects that; until then the file does not verify.
