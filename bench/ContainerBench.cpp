@@ -5,12 +5,14 @@
 #include <libcrossplatform/common/ResultFile.h>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 #include <zlib.h>
 
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -296,6 +298,103 @@ BENCHMARK(limit<writeMemory, bareWriteMemory, true>)->Apply(sizes)->Name("write 
 BENCHMARK(veltra<writeMemory, writeMemory, true>)->Apply(sizes)->Name("write memory compressed/veltra");
 BENCHMARK(limit<writeMemory, bareReadMemory, true>)->Apply(sizes)->Name("read memory compressed/limit");
 BENCHMARK(veltra<writeMemory, readMemory, true>)->Apply(sizes)->Name("read memory compressed/veltra");
+
+// Small sections that are passed over. The time is that of one section.
+
+int skipOne(PFile::FileReader& reader, PFile::Section&) {
+  return reader.skipNextSection();
+}
+
+int peekAndSkipOne(PFile::FileReader& reader, PFile::Section& section) {
+  const int code = reader.peek(section.header);
+  return code != 0 ? code : reader.skipNextSection();
+}
+
+int readOne(PFile::FileReader& reader, PFile::Section& section) {
+  return reader.read(section, true);
+}
+
+template <int (*PASS)(PFile::FileReader&, PFile::Section&)>
+void passVeltra(benchmark::State& state) {
+  Job job(state, false);
+  writeFile(job);
+  while (state.KeepRunningBatch(job.sections)) {
+    PFile::FileReader reader;
+    PFile::Section section;
+    if (reader.open(job.file.path()) != 0) state.SkipWithError("not opened");
+    for (uint32_t i = 0; i < job.sections; ++i) {
+      if (PASS(reader, section) != 0) state.SkipWithError("not passed");
+    }
+  }
+}
+
+/// Headers checked, payloads read and not looked at.
+void passLimit(benchmark::State& state) {
+  Job job(state, false);
+  writeFile(job);
+  std::vector<char> stdioBuffer(STDIO_BYTES);
+  unsigned char header[Header::BYTES];
+  while (state.KeepRunningBatch(job.sections)) {
+    std::FILE* const stream = std::fopen(job.file.path(), "rb");
+    std::setvbuf(stream, stdioBuffer.data(), _IOFBF, STDIO_BYTES);
+    std::fseek(stream, Header::BYTES + 4, SEEK_SET);
+    for (uint32_t i = 0; i < job.sections; ++i) {
+      const bool done = std::fread(header, 1, sizeof header, stream) == sizeof header &&
+                        crcOf(header, Header::HDR_CRC_BYTES) == load32(header + 16) &&
+                        std::fread(job.image.data(), 1, load32(header + 8), stream) == job.sectionBytes;
+      if (!done) state.SkipWithError("not passed");
+    }
+    std::fclose(stream);
+  }
+}
+BENCHMARK(passLimit)->Arg(64)->Name("skip/limit");
+BENCHMARK(passVeltra<skipOne>)->Arg(64)->Name("skip/veltra");
+BENCHMARK(passVeltra<readOne>)->Arg(64)->Name("skip/reading it");
+BENCHMARK(passLimit)->Arg(64)->Name("peek and skip/limit");
+BENCHMARK(passVeltra<peekAndSkipOne>)->Arg(64)->Name("peek and skip/veltra");
+
+/// A number of KiB from this process's own description; 0 when there is none.
+double ownKiB(const std::string& name) {
+  std::ifstream status("/proc/self/status");
+  std::string word;
+  double kib = 0;
+  while (status >> word) {
+    if (word == name + ":" && status >> kib) return kib;
+  }
+  return 0;
+}
+
+/// How much more memory is in use while a file is read than before.
+template <class Run>
+void peakOf(benchmark::State& state, Run run) {
+  Job job(state, false);
+  writeFile(job);
+  job.image = Bytes();
+  double peak = 0;
+  for (auto _ : state) {
+    malloc_trim(0);
+    std::ofstream("/proc/self/clear_refs") << 5;  // the peak begins anew
+    const double before = ownKiB("VmRSS");
+    run(job);
+    peak = ownKiB("VmHWM") - before;
+  }
+  state.counters["peak_kib"] = peak;
+}
+
+void peakLimit(benchmark::State& state) {
+  peakOf(state, [](Job& job) {
+    Bytes none;
+    std::vector<char> stdioBuffer(STDIO_BYTES);
+    job.image.resize(job.sectionBytes);
+    bareReadFile(job, none, stdioBuffer.data());
+  });
+}
+
+void peakVeltra(benchmark::State& state) {
+  peakOf(state, readFile);
+}
+BENCHMARK(peakLimit)->Arg(1048576)->Iterations(1)->Name("peak memory of reading/limit");
+BENCHMARK(peakVeltra)->Arg(1048576)->Iterations(1)->Name("peak memory of reading/veltra");
 
 /// A result file of 4 MiB: the summary and sections of 64 KiB.
 class ResultFile {

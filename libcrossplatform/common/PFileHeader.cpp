@@ -1,14 +1,15 @@
 #include <libcrossplatform/common/PFileHeader.h>
 
-#include <zlib.h>
+#include <libdeflate.h>
 
 #include <libcrossplatform/serialization/FieldCodec.h>
 
 namespace PFile {
 
-uint32_t crc32Of(unsigned char const* data, unsigned int size) {
-  // zlib returns its start value for a null pointer, whatever the size.
-  return size == 0 ? 0 : static_cast<uint32_t>(crc32(0, data, size));
+// The one place where a CRC-32 is taken. zlib's has the same values and takes several times as long on processors with
+// instructions for it.
+uint32_t crc32Of(unsigned char const* data, unsigned int size, uint32_t crc) {
+  return size == 0 ? crc : libdeflate_crc32(crc, data, size);  // for null data it would return its start value
 }
 
 unsigned Header::serialize(Marshal::IObjectWriter& out) {

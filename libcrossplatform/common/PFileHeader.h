@@ -63,7 +63,8 @@ class VELTRA_EXPORT Header : public Marshal::ISerializable, public Dump::IDumpab
 /// The first section of every container: a header and the total length.
 constexpr uint32_t FILE_HEADER_BYTES = Header::BYTES + sizeof(uint32_t);
 
-/// zlib's CRC-32 started from 0; 0 for no bytes. `data` may be null when `size` is 0.
-VELTRA_EXPORT uint32_t crc32Of(unsigned char const* data, unsigned int size);
+/// The CRC-32 of zlib and PNG, continued from `crc`: 0 before the first bytes, then what the bytes so far gave. `crc`
+/// for no bytes; `data` may then be null.
+VELTRA_EXPORT uint32_t crc32Of(unsigned char const* data, unsigned int size, uint32_t crc = 0);
 
 }  // namespace PFile

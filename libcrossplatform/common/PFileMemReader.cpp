@@ -64,7 +64,7 @@ int MemReader::openImage(unsigned char const* buffer, unsigned int size, char co
   _buffer = buffer;
   _size = size;
   _index = 0;
-  _fileHeader = std::make_unique<Section>(_debug, _warning, _error);
+  _fileHeader.emplace(_debug, _warning, _error);
   const int code = read(*_fileHeader, true);
   if (code != PFILE_OK) return code;
   if (_fileHeader->header.type != FILE_HEADER_TYPE) {
@@ -86,7 +86,7 @@ int MemReader::getHeader(Header& header) {
     PFILE_LOG_VALUES(_error, "Header deserialization failed.  RC = %d", status);
     return PFILE_FAILED;
   }
-  if (!header.verifyHdrCrc()) {
+  if (crc32Of(_buffer + _index, Header::HDR_CRC_BYTES) != header.hdrCrc) {  // not over the header written once more
     PFILE_LOG(_error, "Header failed crc check.");
     return PFILE_FAILED;
   }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
+#include <optional>
 
 #include <libcrossplatform/common/PFileSection.h>
 
@@ -49,7 +49,7 @@ class VELTRA_EXPORT MemReader {
  private:
   [[nodiscard]] int openImage(unsigned char const* buffer, unsigned int size, char const* method);
 
-  std::unique_ptr<Section> _fileHeader;
+  std::optional<Section> _fileHeader;
   unsigned char const* _buffer = nullptr;
   uint32_t _size = 0;
   uint32_t _index = 0;

@@ -1,5 +1,7 @@
 #include <libcrossplatform/common/PFileReader.h>
 
+#include <stdio_ext.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -53,17 +55,26 @@ int FileReader::open(char const* path, std::size_t readAhead) {
     PFILE_LOG(_error, "File Path is NULL.");
     return PFILE_FAILED;
   }
-  if (isDirectory(path)) {
+  _stream = std::fopen(path, "rb");
+  if (_stream != nullptr) {
+    useBuffer(_stream, _stdioBuffer, readAhead);
+    // Its one owner needs no lock. A writer's stream keeps its own: fflush(nullptr) of any thread writes from that.
+    __fsetlocking(_stream, FSETLOCKING_BYCALLER);
+    _isSeekable = false;
+    fetchHeader();
+  }
+  // A directory can be opened, but not read.
+  if ((_stream == nullptr || std::ferror(_stream) != 0) && isDirectory(path)) {
+    if (_stream != nullptr) std::fclose(_stream);
+    _stream = nullptr;
     PFILE_LOG(_error, "Trying to open a directory.");
     return PFILE_FAILED;
   }
-  _stream = std::fopen(path, "rb");
   if (_stream == nullptr) {
     PFILE_LOG_VALUES(_error, "fopen failed.errno:%d", errno);
     return PFILE_FAILED;
   }
-  useBuffer(_stream, _stdioBuffer, readAhead);
-  _fileHeader = std::make_unique<Section>(_debug, _warning, _error);
+  _fileHeader.emplace(_debug, _warning, _error);
   const int code = read(*_fileHeader, true);
   if (code != PFILE_OK) return code;
   if (_fileHeader->header.type != FILE_HEADER_TYPE) {
@@ -79,27 +90,32 @@ int FileReader::getHeader(Header& header) {
     PFILE_LOG(_error, "File not open.");
     return PFILE_FAILED;
   }
-  uint8_t bytes[Header::BYTES];
-  const std::size_t got = std::fread(bytes, 1, sizeof bytes, _stream);
-  if (got < sizeof bytes) {
+  if (!_isAhead) fetchHeader();
+  _isAhead = false;
+  if (_aheadSize < _ahead.size()) {
     if (std::feof(_stream) != 0) {
       PFILE_LOG(_debug, "End of File.");
       return PFILE_END_OF_DATA;
     }
-    PFILE_LOG_VALUES(_error, "fread failed when trying to read Header. RC = %d", static_cast<int>(got));
+    PFILE_LOG_VALUES(_error, "fread failed when trying to read Header. RC = %d", static_cast<int>(_aheadSize));
     return PFILE_FAILED;
   }
-  Marshal::ByteStreamReader in(bytes, sizeof bytes);
+  Marshal::ByteStreamReader in(_ahead.data(), static_cast<uint32_t>(_ahead.size()));
   const Marshal::StreamOpStatus status = header.deserialize(in);
   if (status != Marshal::STREAM_OK) {
     PFILE_LOG_VALUES(_error, "Header deserialization failed.  RC = %d", status);
     return PFILE_FAILED;
   }
-  if (!header.verifyHdrCrc()) {
+  if (crc32Of(_ahead.data(), Header::HDR_CRC_BYTES) != header.hdrCrc) {  // not over the header written once more
     PFILE_LOG(_error, "Header failed crc check.");
     return PFILE_FAILED;
   }
   return PFILE_OK;
+}
+
+void FileReader::fetchHeader() {
+  _aheadSize = std::fread(_ahead.data(), 1, _ahead.size(), _stream);
+  _isAhead = true;
 }
 
 int FileReader::read(Section& section, bool uncompress) {
@@ -128,6 +144,8 @@ bool FileReader::readPayload(Section& section, std::size_t& got) {
     const std::optional<uint64_t> left = bytesLeft(_stream);
     inPieces = !left;
     room = inPieces ? ALWAYS_BELIEVED : static_cast<std::size_t>(std::min<uint64_t>(*left, claimed));
+    // The file has it all: two payloads at once would double the memory.
+    if (room == claimed) section.payload.reset();
   }
   // A sparse file may really be larger than the memory: an unusually large allocation that fails is a failed read.
   std::unique_ptr<unsigned char[]> bytes(room <= ALWAYS_BELIEVED ? new unsigned char[room]
@@ -155,16 +173,13 @@ int FileReader::peek(Header& header) {
     PFILE_LOG(_error, "File not open.");
     return PFILE_FAILED;
   }
-  const off_t position = ftello(_stream);
-  if (position < 0) {
+  if (!isSeekable()) {
     PFILE_LOG_VALUES(_error, "ftell failed.errno:%d", errno);
     return PFILE_FAILED;
   }
   const int code = getHeader(header);
-  if (code != PFILE_OK) return code;
-  const int sought = fseeko(_stream, position, SEEK_SET);
-  if (sought != 0) PFILE_LOG_VALUES(_error, "fseek failed.errno:%d", errno);
-  return sought;
+  _isAhead = code == PFILE_OK;  // for the call that follows: going back would cost a system call and the buffer
+  return code;
 }
 
 int FileReader::skipNextSection() {
@@ -176,19 +191,34 @@ int FileReader::skipNextSection() {
   Header header;
   const int code = getHeader(header);
   if (code != PFILE_OK) return code;
-  const int sought = fseeko(_stream, static_cast<off_t>(header.dataSize), SEEK_CUR);
+  const int sought = skip(header.dataSize);
   if (sought != 0) PFILE_LOG_VALUES(_error, "fseek failed.errno:%d", errno);
   return sought;
 }
 
+int FileReader::skip(uint32_t size) {
+  char few[4096];  // mostly in the buffer already, while fseek() is a system call whatever the distance
+  if (size <= sizeof few && isSeekable()) {
+    size -= static_cast<uint32_t>(std::fread(few, 1, size, _stream));
+    if (size == 0) return 0;
+  }
+  return fseeko(_stream, static_cast<off_t>(size), SEEK_CUR);  // also past the end of the file
+}
+
+bool FileReader::isSeekable() {
+  if (!_isSeekable) _isSeekable = ftello(_stream) >= 0;
+  return _isSeekable;
+}
+
 uint32_t FileReader::recordedLength() const {
-  const bool hasWord = _fileHeader != nullptr && _fileHeader->payload.size() == sizeof(uint32_t);
+  const bool hasWord = _fileHeader && _fileHeader->payload.size() == sizeof(uint32_t);
   return hasWord ? Marshal::loadLittle32(_fileHeader->payload.data()) : 0;
 }
 
 int FileReader::close() {
   PFILE_LOG(_debug, "");
   _fileHeader.reset();
+  _isAhead = false;
   if (_stream == nullptr) return PFILE_OK;
   const int closed = std::fclose(_stream);
   _stream = nullptr;

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <optional>
 
 #include <libcrossplatform/common/PFileSection.h>
 
@@ -29,12 +31,14 @@ class VELTRA_EXPORT FileReader {
   [[nodiscard]] int open(char const* path, std::size_t readAhead);
   /// Reads the next section header and stops after it. The magic is not checked; the header's CRC covers it.
   [[nodiscard]] int getHeader(Header& header);
-  /// The same without moving; -1 also when not open, or the non-zero result of fseek().
+  /// The same without moving; -1 also when not open, or in a file without positions, such as a pipe.
   [[nodiscard]] int peek(Header& header);
   /// Reads the next section.
   /// @param section     receives header and payload; the payload owns its bytes
   /// @param uncompress  true: original bytes, 8 MiB at most; false: stored bytes, still compressed
-  /// @return 0; -1 not open, a wrong CRC-32, fewer bytes than the header claims, or bad zlib data; -2 end of file
+  /// @return 0; -1 not open, a wrong CRC-32, fewer bytes than the header claims, or bad zlib data; -2 end of file. When
+  ///         the file has too few bytes, the payload is as it was. One over 64 KiB that cannot be read although the
+  ///         file has it (I/O error, no memory) leaves an empty payload: two are never held at once.
   [[nodiscard]] int read(Section& section, bool uncompress);
   /// Moves past the next section without reading its payload, even past the end of the file.
   /// @return as getHeader(), -1 when not open, or the non-zero result of fseek()
@@ -46,11 +50,18 @@ class VELTRA_EXPORT FileReader {
   int close();
 
  private:
+  void fetchHeader();
   [[nodiscard]] bool readPayload(Section& section, std::size_t& got);
+  [[nodiscard]] int skip(uint32_t size);
+  bool isSeekable();
 
-  std::unique_ptr<Section> _fileHeader;
+  std::optional<Section> _fileHeader;
   std::FILE* _stream = nullptr;
   std::unique_ptr<char[]> _stdioBuffer;
+  std::array<uint8_t, Header::BYTES> _ahead{};  ///< the header read last
+  std::size_t _aheadSize = 0;                   ///< less than all of it: the file ended, or could not be read
+  bool _isAhead = false;                        ///< it was looked at only: the next call begins with it
+  bool _isSeekable = false;                     ///< the stream has told its position once
   LogCallback _debug = nullptr;
   LogCallback _warning = nullptr;
   LogCallback _error = nullptr;

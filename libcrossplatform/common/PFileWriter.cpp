@@ -57,13 +57,13 @@ int FileWriter::open(char const* path) {
     PFILE_LOG(_error, "File Path is NULL.");
     return PFILE_FAILED;
   }
-  if (isDirectory(path)) {
-    PFILE_LOG(_error, "Trying to open a directory.");
-    return PFILE_FAILED;
-  }
   std::FILE* const stream = std::fopen(path, "wb");
   if (stream == nullptr) {
-    PFILE_LOG_VALUES(_error, "fopen failed.errno:%d", errno);
+    if (isDirectory(path)) {
+      PFILE_LOG(_error, "Trying to open a directory.");
+    } else {
+      PFILE_LOG_VALUES(_error, "fopen failed.errno:%d", errno);
+    }
     return PFILE_FAILED;
   }
   return start(stream);

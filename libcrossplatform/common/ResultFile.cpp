@@ -118,8 +118,8 @@ ResultFileCheck checkResultFile(ResultSummary& out, char const* path) {
 }
 
 ResultReaderStatus readResultSummary(ResultSummary& out, char const* path, bool checkAllSections) {
-  // The summary is at the beginning: filling a large buffer would take half of the time.
-  constexpr std::size_t FIRST_BYTES = 4096;
+  // File header and summary, mostly in one call: filling a large buffer would take half of the time.
+  constexpr std::size_t FIRST_BYTES = 512;
   PFile::FileReader reader;
   const int opened = checkAllSections ? reader.open(path) : reader.open(path, FIRST_BYTES);
   if (opened != PFile::PFILE_OK) return RESULT_READER_ERROR;

@@ -286,16 +286,16 @@ std::string flagWords(uint16_t flags) {
 }
 
 uint32_t crcOf(const ByteSource& source, uint64_t offset, uint64_t size) {
-  uLong crc = crc32(0, nullptr, 0);
+  uint32_t crc = 0;
   while (size > 0) {
     const uint8_t* at = nullptr;
     const auto got = static_cast<uint32_t>(std::min<uint64_t>(source.view(offset, at), size));
     if (got == 0) break;
-    crc = crc32(crc, at, got);
+    crc = PFile::crc32Of(at, got, crc);
     offset += got;
     size -= got;
   }
-  return static_cast<uint32_t>(crc);
+  return crc;
 }
 
 std::vector<SectionInfo> sectionsOf(const ByteSource& source) {

@@ -43,21 +43,20 @@ class CrcIndex {
   /// Begin and end of a section may be far apart: the window must not move back and forth between them.
   uint32_t prefix(uint64_t end) const {
     uint8_t bytes[STEP];
-    const auto got =
-        static_cast<uInt>(_source.readAside(end / STEP * STEP, bytes, static_cast<std::size_t>(end % STEP)));
-    return static_cast<uint32_t>(crc32(_prefixes[end / STEP], bytes, got));
+    const std::size_t got = _source.readAside(end / STEP * STEP, bytes, static_cast<std::size_t>(end % STEP));
+    return PFile::crc32Of(bytes, static_cast<uint32_t>(got), _prefixes[end / STEP]);
   }
 
   uint32_t extend(uint32_t crc, uint64_t begin, uint64_t end) const {
-    uLong extended = crc;
+    uint32_t extended = crc;
     while (begin < end) {
       const uint8_t* at = nullptr;
-      const auto got = static_cast<uInt>(std::min<uint64_t>(_source.view(begin, at), end - begin));
+      const auto got = static_cast<uint32_t>(std::min<uint64_t>(_source.view(begin, at), end - begin));
       if (got == 0) break;
-      extended = crc32(extended, at, got);
+      extended = PFile::crc32Of(at, got, extended);
       begin += got;
     }
-    return static_cast<uint32_t>(extended);
+    return extended;
   }
 
   const ByteSource& _source;

@@ -119,6 +119,48 @@ TEST(FileReader, Transcript) {
   transcript.expectGolden("pfile_file_reader");
 }
 
+TEST(FileReader, WhatIsPeekedAtOrSkippedLeavesTheRestWhereItIs) {
+  Files source;
+  FileReader& reader = source.reader;
+  Bytes sections;
+  for (const int type : {300, 301, 302, 303})
+    sections = sections + storedSection(static_cast<uint16_t>(type), 0, Bytes(type == 301 ? 5000 : 9, 'a'));
+  const Bytes whole = closedFile(sections);
+  ASSERT_EQ(source.open(cut(whole, whole.size() - 5)), 0);
+  Header header;
+  Section section;
+  const auto peeked = [&] { return reader.peek(header) == 0 ? header.type : 0; };
+  EXPECT_EQ(peeked(), 300);
+  EXPECT_EQ(peeked(), 300);
+  EXPECT_EQ(reader.read(section, true), 0);
+  EXPECT_EQ(section.header.type * 100000 + section.payload.size(), 30000009U);
+  EXPECT_EQ(peeked(), 301);
+  EXPECT_EQ(reader.skipNextSection(), 0);  // by moving
+  EXPECT_EQ(peeked(), 302);
+  EXPECT_EQ(reader.getHeader(header), 0);
+  EXPECT_EQ(header.type, 302);
+  reader.close();
+
+  // Past the end of a file that goes on growing.
+  ASSERT_EQ(reader.open(source.dir.file("a.pf").c_str()), 0);
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(reader.skipNextSection(), 0);
+  RecordTesting::writeFile(source.dir.file("a.pf"), whole + storedSection(304, 0, {7}));
+  EXPECT_EQ(peeked(), 304);
+}
+
+// A section of 9 bytes and one of 70000, which is let go of before another as large is read.
+TEST(FileReader, WhatTheFileDoesNotHoldLeavesThePayloadAsItWas) {
+  for (const uint32_t size : {9u, 70000u}) {
+    Files source;
+    ASSERT_EQ(source.open(closedFile(storedSection(300, 0, Bytes(size, 'a')) + headerClaiming(301, size)) + Bytes(8)),
+              0);
+    Section section;
+    EXPECT_EQ(source.reader.read(section, true), 0);
+    EXPECT_EQ(source.reader.read(section, true), -1);
+    EXPECT_EQ(bytesOf(section.payload), Bytes(size, 'a'));
+  }
+}
+
 TEST(MemReader, Transcript) {
   Memory source;
   Transcript transcript;

@@ -1,5 +1,7 @@
 #include <libcrossplatform/common/PFileSection.h>
 
+#include <zlib.h>
+
 #include "PFileTesting.h"
 
 using namespace PFile;
@@ -11,6 +13,19 @@ TEST(PFileHeader, IsTwentyBytesInFieldOrder) {
   const Bytes counting = {0x10, 0x11, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18};
   EXPECT_EQ(RecordTesting::readFrom(header, counting), 0) << "with any magic";
   RecordTesting::expectWire(header, "pfile_header");
+}
+
+TEST(PFileHeader, CrcsAreZlibsWhereverTheBytesBeginAndHoweverManyThereAre) {
+  Bytes bytes;
+  for (unsigned i = 0; i < 4096; ++i) bytes.push_back(static_cast<uint8_t>(i * i >> 3));
+  for (unsigned at = 0; at < 9; ++at) {
+    for (unsigned size = 0; size < 4000; size += 1 + size / 8) {
+      const uint32_t all = crc32Of(&bytes[at], size);
+      EXPECT_EQ(all, crc32(0, &bytes[at], size)) << at << ", " << size;
+      EXPECT_EQ(crc32Of(&bytes[at + size / 3], size - size / 3, crc32Of(&bytes[at], size / 3)), all);
+    }
+  }
+  EXPECT_EQ(crc32Of(nullptr, 0, 7), 7U);
 }
 
 TEST(PFileSection, IsEqualByHeaderAndPayloadAndNullDataOnlyToNullData) {

@@ -1,6 +1,7 @@
 // The most expensive bytes there are: how much work reading them is, counted where it is done. bench/HostileBench.cpp
 // measures how long that takes.
 #include <dlfcn.h>
+#include <libdeflate.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -24,8 +25,8 @@ namespace {
 
 constexpr std::size_t MIB = std::size_t{1} << 20;
 
-/// Bytes produced by uncompress(), checked by crc32(), and read by fread() and pread(). The functions below replace
-/// those of zlib and libc: they count, and call the originals.
+/// Bytes produced by uncompress(), checked by libdeflate_crc32(), and read by fread() and pread(). The functions below
+/// replace those of the libraries: they count, and call the originals, or zlib for what is linked statically.
 uint64_t inflated = 0, checked = 0, readIn = 0;
 
 template <class Function>
@@ -49,10 +50,9 @@ int uncompress(Bytef* to, uLongf* size, const Bytef* from, uLong length) {
   return code;
 }
 
-uLong crc32(uLong crc, const Bytef* bytes, uInt size) {
-  static const auto original = next<decltype(crc32)>("crc32");
+uint32_t libdeflate_crc32(uint32_t crc, const void* bytes, std::size_t size) {
   checked += size;
-  return original(crc, bytes, size);
+  return static_cast<uint32_t>(crc32(crc, static_cast<const Bytef*>(bytes), static_cast<uInt>(size)));
 }
 
 std::size_t fread(void* to, std::size_t size, std::size_t count, std::FILE* stream) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <zlib.h>
+#include <libcrossplatform/common/PFileHeader.h>
 
 namespace Veltra {
 namespace {
@@ -32,8 +32,7 @@ uint32_t drawUniform(const RandomWords& random, uint32_t lo, uint32_t hi) {
 }
 
 uint32_t credentialCrc32(uint32_t crc, const void* data, uint32_t size) {
-  if (data == nullptr) return crc;  // zlib would return its start value instead
-  return static_cast<uint32_t>(::crc32(crc, static_cast<const Bytef*>(data), size));
+  return data == nullptr ? crc : PFile::crc32Of(static_cast<const uint8_t*>(data), size, crc);
 }
 
 SecretBytes buildEnvelope(gsl::span<const uint8_t> payload, const RandomWords& random) {

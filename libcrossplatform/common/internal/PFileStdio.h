@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <memory>
 
@@ -16,9 +17,14 @@ inline void useBuffer(std::FILE* stream, std::unique_ptr<char[]>& buffer, std::s
   std::setvbuf(stream, buffer.get(), _IOFBF, bytes);
 }
 
+/// Whether an open has failed because of a directory; errno stays. Not asked before, when it would cost every file a
+/// system call.
 inline bool isDirectory(char const* path) {
+  const int why = errno;
   struct stat info {};
-  return stat(path, &info) == 0 && S_ISDIR(info.st_mode);
+  const bool is = stat(path, &info) == 0 && S_ISDIR(info.st_mode);
+  errno = why;
+  return is;
 }
 
 }  // namespace PFile
