@@ -41,7 +41,10 @@ build_and_test() {
   sed -n '/ tests passed, /,$p' "$log"
 }
 
-stage_dev() { build_and_test dev -LE long; }
+stage_dev() {
+  quietly cmake --preset dev -DVELTRA_UNITY=ON
+  build_and_test dev -LE long
+}
 # What takes too long for every change.
 stage_long() { build_and_test dev -L long; }
 # Without what lets every call and byte fail in turn, which takes long under sanitizers: stage_clang_faults.
