@@ -5,6 +5,7 @@
 
 #include <fmt/format.h>
 
+#include <libinspect/container/PrintableText.h>
 #include <libinspect/container/Secrets.h>
 
 namespace Inspect {
@@ -49,12 +50,8 @@ bool isDeep(const Json::Value* value) {
 /// A path without its middle, if it is very long: a document may repeat a long name for each of its values.
 std::string shortened(const std::string& path) {
   constexpr std::size_t MOST = 1000;
-  const auto isInside = [&path](std::size_t at) { return (static_cast<uint8_t>(path[at]) & 0xC0) == 0x80; };
   if (path.size() <= MOST) return path;
-  std::size_t head = MOST / 2, tail = path.size() - MOST / 2;
-  while (head > 0 && isInside(head)) --head;
-  while (tail < path.size() && isInside(tail)) ++tail;
-  return path.substr(0, head) + "..." + path.substr(tail);
+  return path.substr(0, cutAt(path, MOST / 2)) + "..." + path.substr(cutAt(path, path.size() - MOST / 2));
 }
 
 class FileDiff {

@@ -67,14 +67,6 @@ const FindingRow& rowOf(FindingCode code) {
   return UNKNOWN;
 }
 
-/// A name without its end, if it is longer than `most` bytes.
-std::string shortened(std::string name, std::size_t most) {
-  if (name.size() <= most) return name;
-  while (most > 0 && (static_cast<unsigned char>(name[most]) & 0xC0) == 0x80) --most;
-  name.resize(most);
-  return name;
-}
-
 /// "A-05.recovered.vres" for "stick/A-05.vres"; beside it "stick/A-05.recovered.vres". If there is such a file,
 /// "A-05.recovered-2.vres" and so on.
 std::string recoveredName(const std::string& path, OutputPlace place) {
@@ -82,12 +74,14 @@ std::string recoveredName(const std::string& path, OutputPlace place) {
   constexpr std::size_t MOST_BYTES = 255;  // of a name
   constexpr int MOST_TRIES = 1000;
   const fs::path file = path;
-  const std::string extension = shortened(file.extension().string(), MOST_BYTES / 2);
+  const std::string stem = file.stem().string();
+  std::string extension = file.extension().string();
+  extension.resize(cutAt(extension, MOST_BYTES / 2));
   const fs::path folder = place == OutputPlace::BESIDE_INPUT ? file.parent_path() : fs::path();
   std::string found;
   for (int i = 1; i <= MOST_TRIES; ++i) {
     const std::string ending = (i == 1 ? ".recovered" : fmt::format(".recovered-{}", i)) + extension;
-    found = (folder / (shortened(file.stem().string(), MOST_BYTES - ending.size()) + ending)).string();
+    found = (folder / (stem.substr(0, cutAt(stem, MOST_BYTES - ending.size())) + ending)).string();
     std::error_code unknown;
     if (fs::symlink_status(found, unknown).type() == fs::file_type::not_found) break;
   }

@@ -12,6 +12,7 @@
 #include <json/reader.h>
 
 #include <libcrossplatform/common/jsonutil.h>
+#include <libinspect/container/PrintableText.h>
 #include <libinspect/container/Secrets.h>
 
 namespace Inspect {
@@ -30,11 +31,9 @@ std::string placeAt(const std::string& text, std::size_t at) {
 }
 
 /// A name without its end, if it is long.
-std::string shortened(const std::string& name) {
-  std::size_t end = 80;
-  if (name.size() <= end) return name;
-  while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end;
-  return name.substr(0, end) + "...";
+std::string shortenedName(const std::string& name) {
+  constexpr std::size_t MOST = 80;
+  return name.size() <= MOST ? name : name.substr(0, cutAt(name, MOST)) + "...";
 }
 
 /// Goes once over the tokens of a text that is known to be JSON.
@@ -131,7 +130,7 @@ class OversightScan {
     level.isSecretNext = isSecret(name);
     if (level.names.insert(name).second) return;
     add(JsonOversight::NAME_TWICE, begin,
-        level.isWithinSecret || namesSecret(name) ? masked(name).asString() : shortened(name));
+        level.isWithinSecret || namesSecret(name) ? masked(name).asString() : shortenedName(name));
   }
 
   const std::string& _text;

@@ -37,6 +37,12 @@ std::size_t sequenceLength(const std::string& text, std::size_t at) {
 
 }  // namespace
 
+std::size_t cutAt(const std::string& text, std::size_t at) {
+  if (at >= text.size()) return text.size();
+  while (at > 0 && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80) --at;
+  return at;
+}
+
 std::string counted(uint64_t count, const std::string& noun) {
   return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }

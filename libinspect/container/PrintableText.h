@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 
@@ -10,6 +11,9 @@ enum class Charset { UTF8, ASCII };
 
 /// "1 file", "2 files"
 std::string counted(uint64_t count, const std::string& noun);
+
+/// The last place up to `at` where a character of UTF-8 text begins, or the end of a shorter text: text is cut there.
+std::size_t cutAt(const std::string& text, std::size_t at);
 
 /// Text from outside as a terminal may show it: control characters, those that begin a line or change the direction of
 /// writing, bytes that are not UTF-8, and with ASCII all others beyond it, become \xNN.
