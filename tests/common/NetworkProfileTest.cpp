@@ -362,7 +362,7 @@ TEST_F(NetworkProfileFile, ADocumentThatCouldNotBeReadAgainIsNotSaved) {
   NetworkProfile profile;
   EXPECT_TRUE(profile.addDNS("8.8.8.8") && profile.saveTo(path("kept")));
   const std::string before = content("kept");
-  for (const auto& [levels, values] : {std::pair{1, 131072}, {900, 15000}, {1000, 0}}) {
+  for (const auto& [levels, values] : {std::pair<std::size_t, std::size_t>(1, 131072), {900, 15000}, {1000, 0}}) {
     EXPECT_TRUE(Veltra::parseJson(nestedJson(levels, values), profile["more"], false));
     EXPECT_FALSE(profile.saveTo(path("kept"))) << levels;
   }
