@@ -62,8 +62,8 @@ class Judge {
  private:
   void look(const SectionInfo& section, Findings& findings) {
     _hasResultData = _hasResultData || isResultData(section.header.type);
-    if (section.verdict != DataVerdict::OK) return;
     if (section.header.type == PFile::SECTION_RESULT_SUMMARY && !_summaryAt) _summaryAt = section.number;
+    if (section.verdict != DataVerdict::OK) return;
     if (section.number == 1 && section.header.type == PFile::SECTION_RESULT_SUMMARY) {
       readSummary(section, findings);
     } else if (_examination == Examination::DEEP) {
@@ -103,7 +103,7 @@ class Judge {
   Examination _examination;
   JudgedFile _file;
   bool _hasResultData = false;
-  std::optional<int> _summaryAt;  ///< the first that is intact
+  std::optional<int> _summaryAt;  // the first, intact or not: without a CRC nobody knows
   uint64_t _recordBytes = 0;
   bool _isToldOfRest = false;
 };
