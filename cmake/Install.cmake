@@ -5,6 +5,14 @@ install(TARGETS veltracommon EXPORT VeltraCommonTargets)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/libcrossplatform DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
   FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 
+# What is compiled in comes under licences whose notices go with it.
+foreach(package libdeflate-dev libpcg-cpp-dev)
+  set(notice ${CMAKE_SYSROOT}/usr/share/doc/${package}/copyright)
+  if(EXISTS ${notice})
+    install(FILES ${notice} DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright-${package})
+  endif()
+endforeach()
+
 set(VELTRA_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VeltraCommon)
 install(EXPORT VeltraCommonTargets NAMESPACE Veltra:: DESTINATION ${VELTRA_PACKAGE_DIR})
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/VeltraCommonConfig.cmake.in

@@ -61,6 +61,7 @@ int FileReader::open(char const* path, std::size_t readAhead) {
     // Its one owner needs no lock. A writer's stream keeps its own: fflush(nullptr) of any thread writes from that.
     __fsetlocking(_stream, FSETLOCKING_BYCALLER);
     _isSeekable = false;
+    _isAhead = false;
     fetchHeader();
   }
   // A directory can be opened, but not read.
@@ -144,8 +145,8 @@ bool FileReader::readPayload(Section& section, std::size_t& got) {
     const std::optional<uint64_t> left = bytesLeft(_stream);
     inPieces = !left;
     room = inPieces ? ALWAYS_BELIEVED : static_cast<std::size_t>(std::min<uint64_t>(*left, claimed));
-    // The file has it all: two payloads at once would double the memory.
-    if (room == claimed) section.payload.reset();
+    // The file has it all: two payloads at once would double the memory. One that may not fit in it is asked for first.
+    if (room == claimed && claimed <= Section::MAX_UNCOMPRESSED) section.payload.reset();
   }
   // A sparse file may really be larger than the memory: an unusually large allocation that fails is a failed read.
   std::unique_ptr<unsigned char[]> bytes(room <= ALWAYS_BELIEVED ? new unsigned char[room]

@@ -37,10 +37,10 @@ class VELTRA_EXPORT FileReader {
   /// @param section     receives header and payload; the payload owns its bytes
   /// @param uncompress  true: original bytes, 8 MiB at most; false: stored bytes, still compressed
   /// @return 0; -1 not open, a wrong CRC-32, fewer bytes than the header claims, or bad zlib data; -2 end of file. When
-  ///         the file has too few bytes, the payload is as it was. One over 64 KiB that cannot be read although the
-  ///         file has it (I/O error, no memory) leaves an empty payload: two are never held at once.
+  ///         the file has too few bytes, the payload is as it was. One of 64 KiB to 8 MiB that cannot be read
+  ///         although the file has it (I/O error, no memory) leaves an empty payload: two are not held at once.
   [[nodiscard]] int read(Section& section, bool uncompress);
-  /// Moves past the next section without reading its payload, even past the end of the file.
+  /// Moves past the next section without its payload, even past the end of the file.
   /// @return as getHeader(), -1 when not open, or the non-zero result of fseek()
   [[nodiscard]] int skipNextSection();
   /// The total length in the file header, in bytes, right only if the writer closed the file and wrote no other

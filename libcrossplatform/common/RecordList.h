@@ -16,7 +16,7 @@ namespace Veltra {
 template <class T>
 class RecordList {
  public:
-  using Element = T;  ///< names a record that holds elements; reading it starts with those that are there
+  static constexpr bool IS_READ_OVER_ELEMENTS = true;  ///< reading starts with the elements that are there
 
   std::size_t size() const { return _elements.size(); }
   bool empty() const { return _elements.empty(); }

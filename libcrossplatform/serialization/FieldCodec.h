@@ -50,7 +50,7 @@ template <class Record>
     FieldReader f(in, NO_CLASS_VERSION);
     if (const StreamOpStatus s = header.read(f, start); s != STREAM_OK) return s;
     if (const StreamOpStatus s = header.check(Record::CLASS_VERSION, Record::SERIAL_TYPE_ID); s != STREAM_OK) return s;
-    if constexpr (!HasElements<Record>::value) record.clear();
+    if constexpr (!IsReadOverElements<Record>::value) record.clear();
     f.setVersion(header.classVersion());
     FieldAccess::walk(record, f);
     status = f.status();

@@ -85,7 +85,7 @@ class FieldReader : public FixedFields<FieldReader> {
   }
 
   /// The elements of a list: read over those that are there, as far as their type is `Record` itself, and cut after the
-  /// last one read, whatever ends the walk. A list read again allocates nothing for elements it had before.
+  /// last one read, whatever ends their walk. A list read again makes no element that it had before.
   template <class Record>
   void elements(const char* name, std::vector<std::unique_ptr<Record>>& list, std::size_t count,
                 StreamOpStatus failure = STREAM_OK) {
@@ -126,7 +126,7 @@ class FieldReader : public FixedFields<FieldReader> {
     uint8_t version = 0;
     if (!get("version", version)) return fail(STREAM_SHORT);
     if (version > Record::CLASS_VERSION) return fail(Record::TOO_NEW_STATUS);
-    if constexpr (!HasElements<Record>::value) nested.clear();
+    if constexpr (!IsReadOverElements<Record>::value) nested.clear();
     FieldAccess::walk(nested, *this);
     if (streamStatus() != STREAM_OK) fail(STREAM_SHORT);
   }

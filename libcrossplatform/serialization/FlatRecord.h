@@ -51,8 +51,8 @@ VELTRA_ALWAYS_INLINE bool CountOut::flat(Record& nested) {
 }
 
 /// Loads the fields of a flat record from bytes that hold all its fixed-width ones: a text is compared with what is
-/// left of the bytes of texts, and nothing else is looked at. What is wrong is noticed and not named: a FieldReader
-/// then reads the record again and says what it is.
+/// left of the bytes of texts, a nested version with the newest known. What is wrong is noticed and not named: a
+/// FieldReader then reads the record again and says what it is.
 class FlatReader : public FixedFields<FlatReader> {
  public:
   /// @param texts  bytes of the texts together

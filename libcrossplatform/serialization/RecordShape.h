@@ -35,16 +35,22 @@ struct IsFlat<Record, std::enable_if_t<Record::IS_FLAT>> : std::true_type {};
 
 /// The object as a `T` if that is its own type and no subclass of it, null otherwise. A type that two libraries hold
 /// twice counts as another: telling it by its name would cost more than what this is asked for saves.
+/// Nothing is exactly of a type where a program does without RTTI: the same is done there, the slow way.
 template <class T, class Base>
 VELTRA_ALWAYS_INLINE T* exactly(Base& object) {
+#ifdef __cpp_rtti
   return &typeid(object) == &typeid(T) ? static_cast<T*>(&object) : nullptr;
+#else
+  static_cast<void>(object);
+  return nullptr;
+#endif
 }
 
-/// True for a list record, whose elements FieldReader::elements() replaces: it is not cleared before, so that they are
-/// there to be read over.
+/// True for a list record that says so, `static constexpr bool IS_READ_OVER_ELEMENTS = true`: it has nothing but
+/// elements, which FieldReader::elements() replaces. It is not cleared before, so that they are there to be read over.
 template <class Record, class = void>
-struct HasElements : std::false_type {};
+struct IsReadOverElements : std::false_type {};
 template <class Record>
-struct HasElements<Record, std::void_t<typename Record::Element>> : std::true_type {};
+struct IsReadOverElements<Record, std::enable_if_t<Record::IS_READ_OVER_ELEMENTS>> : std::true_type {};
 
 }  // namespace Marshal

@@ -99,8 +99,9 @@ ReadOutcome readOne(const std::string& file, ByteSource& source, const std::func
 /// order, and reads as the others do while the next one is not there yet.
 class OrderedReading {
  public:
-  OrderedReading(const std::vector<std::string>& files, const ReadingOptions& options, const OnOpened& onOpened)
-      : _files(files), _options(options), _onOpened(onOpened), _places(readAhead(options, files.size())) {}
+  OrderedReading(const std::vector<std::string>& files, const ReadingOptions& options, std::size_t places,
+                 const OnOpened& onOpened)
+      : _files(files), _options(options), _onOpened(onOpened), _places(places) {}
   OrderedReading(const OrderedReading&) = delete;
   OrderedReading& operator=(const OrderedReading&) = delete;
   ~OrderedReading() {
@@ -251,9 +252,9 @@ std::size_t readAhead(const ReadingOptions& options, std::size_t files) {
   return std::min(threadsFor(options, files) * FILES_A_THREAD, std::max<std::size_t>(files, 1));
 }
 
-void readInOrder(const std::vector<std::string>& files, const ReadingOptions& options, const OnOpened& onOpened,
-                 const OnOutcome& onOutcome) {
-  OrderedReading(files, options, onOpened).run(onOutcome);
+void readInOrder(const std::vector<std::string>& files, const ReadingOptions& options, std::size_t places,
+                 const OnOpened& onOpened, const OnOutcome& onOutcome) {
+  OrderedReading(files, options, places, onOpened).run(onOutcome);
 }
 
 }  // namespace Inspect

@@ -41,19 +41,20 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool rec
 /// How many bytes files have, as far as known.
 uint64_t bytesOf(const std::vector<std::string>& files);
 
-/// How many files are read before the outcome of the first of them is taken.
+/// How many files are read before the outcome of the first of them is taken. It may change with the machine: ask once.
 std::size_t readAhead(const ReadingOptions& options, std::size_t files);
 
-/// Receives a file that was opened, and its place among readAhead(): it is that of no other file until its outcome was
-/// taken. Called from any thread; memory that runs out in it is an outcome.
+/// Receives a file that was opened, and its place below the number of places: it is that of no other file until its
+/// outcome was taken. Called from any thread; memory that runs out in it is an outcome.
 using OnOpened = std::function<void(std::size_t place, const ByteSource&)>;
 /// Takes the outcome of a file, by its number and its place; in the order of the files, from the calling thread.
 using OnOutcome = std::function<void(std::size_t file, std::size_t place, const ReadOutcome&)>;
 
-/// Opens files on several threads, or on fewer where the system gives no more, readAhead() ahead of what was taken.
+/// Opens files on several threads, or on fewer where the system gives no more.
+/// @param places  files that are read ahead of those whose outcome was taken; at least one
 /// @throw std::bad_alloc if there is no memory to read with; what `onOutcome` throws
-void readInOrder(const std::vector<std::string>& files, const ReadingOptions& options, const OnOpened& onOpened,
-                 const OnOutcome& onOutcome);
+void readInOrder(const std::vector<std::string>& files, const ReadingOptions& options, std::size_t places,
+                 const OnOpened& onOpened, const OnOutcome& onOutcome);
 
 /// Calls `ask` for each file, on several threads, and `tell` with the answers in the order of the files. Nothing of a
 /// file is kept after that.
@@ -66,7 +67,8 @@ void askEach(const std::vector<std::string>& files, const ReadingOptions& option
   if (options.onBegin) options.onBegin(files.size(), bytesOf(files));
   std::vector<std::optional<Answer>> answers(readAhead(options, files.size()));
   readInOrder(
-      files, options, [&](std::size_t place, const ByteSource& source) { answers[place] = ask(source); },
+      files, options, answers.size(),
+      [&](std::size_t place, const ByteSource& source) { answers[place] = ask(source); },
       [&](std::size_t file, std::size_t place, const ReadOutcome& outcome) {
         tell(files[file], outcome, std::exchange(answers[place], std::nullopt));
       });

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <string_view>
+#include <utility>
 
 #include <fmt/format.h>
 
@@ -13,39 +15,54 @@ bool isDigit(char c) {
 }
 
 /// The run of digits at `at` without its leading zeros; `at` moves to its end.
-std::string numberAt(const std::string& text, std::size_t& at) {
-  const std::size_t end = std::min(text.find_first_not_of("0123456789", at), text.size());
-  const std::size_t begin = std::min(text.find_first_not_of('0', at), end);
-  at = end;
-  return text.substr(begin, end - begin);
+std::string_view numberAt(std::string_view text, std::size_t& at) {
+  std::size_t begin = at;
+  while (at < text.size() && isDigit(text[at])) ++at;
+  while (begin < at && text[begin] == '0') ++begin;
+  return text.substr(begin, at - begin);
+}
+
+/// Below 0 if `a` comes before `b`, above 0 if after it; 0 also for 7 and 07.
+int compared(std::string_view a, std::string_view b) {
+  std::size_t i = 0, j = 0;
+  while (i < a.size() && j < b.size()) {
+    if (isDigit(a[i]) && isDigit(b[j])) {
+      const std::string_view x = numberAt(a, i), y = numberAt(b, j);
+      if (x.size() != y.size()) return x.size() < y.size() ? -1 : 1;
+      if (const int order = x.compare(y); order != 0) return order;
+    } else {
+      if (a[i] != b[j]) return static_cast<unsigned char>(a[i]) < static_cast<unsigned char>(b[j]) ? -1 : 1;
+      ++i;
+      ++j;
+    }
+  }
+  const std::size_t restOfA = a.size() - i, restOfB = b.size() - j;
+  return restOfA == restOfB ? 0 : restOfA < restOfB ? -1 : 1;
+}
+
+bool isBefore(const ResultRow& a, const ResultRow& b) {
+  const std::string &x = a.summary.resultName, &y = b.summary.resultName;
+  if (const int order = compared(x, y); order != 0) return order < 0;
+  if (x != y) return x < y;
+  if (a.summary.timeStamp != b.summary.timeStamp) return a.summary.timeStamp < b.summary.timeStamp;
+  return a.file < b.file;
 }
 
 }  // namespace
 
 bool comesBefore(const std::string& a, const std::string& b) {
-  std::size_t i = 0, j = 0;
-  while (i < a.size() && j < b.size()) {
-    if (isDigit(a[i]) && isDigit(b[j])) {
-      const std::string x = numberAt(a, i), y = numberAt(b, j);
-      if (x != y) return x.size() != y.size() ? x.size() < y.size() : x < y;
-    } else {
-      if (a[i] != b[j]) return static_cast<unsigned char>(a[i]) < static_cast<unsigned char>(b[j]);
-      ++i;
-      ++j;
-    }
-  }
-  return a.size() - i < b.size() - j;
+  return compared(a, b) < 0;
 }
 
 void sortRows(std::vector<ResultRow>& rows) {
-  std::sort(rows.begin(), rows.end(), [](const ResultRow& a, const ResultRow& b) {
-    const std::string &x = a.summary.resultName, &y = b.summary.resultName;
-    if (comesBefore(x, y)) return true;
-    if (comesBefore(y, x)) return false;
-    if (x != y) return x < y;  // 7 and 07
-    if (a.summary.timeStamp != b.summary.timeStamp) return a.summary.timeStamp < b.summary.timeStamp;
-    return a.file < b.file;
-  });
+  std::vector<ResultRow*> order;  // moved less often than rows
+  order.reserve(rows.size());
+  for (ResultRow& row : rows) order.push_back(&row);
+  std::sort(order.begin(), order.end(), [](const ResultRow* a, const ResultRow* b) { return isBefore(*a, *b); });
+  std::vector<ResultRow> sorted;
+  sorted.reserve(rows.size());
+  for (ResultRow* const row : order) sorted.push_back(std::move(*row));
+  rows = std::move(sorted);
 }
 
 const std::vector<std::string>& rowColumns() {

@@ -114,7 +114,7 @@ int answerForEach(const std::vector<std::string>& paths, const Options& options,
     if (!isOther || (showsOthers && run.isNamed(file))) {
       answers.print(given->text, given->json, given->rows, given->list);
       if (given->print && options.format == FORMAT_TABLE) {
-        makeRoom(stdout);
+        const Room room(stdout);
         given->print();
       }
     }

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -271,21 +272,24 @@ std::string rowJson(const Json::Value& row, const char* indentation) {
   return JsonLayout(indentation).ofRow(row);
 }
 
-std::map<std::string, CsvCell> rowCells(const Json::Value& row) {
-  std::map<std::string, CsvCell> cells;
+CsvCell csvCell(const Json::Value& row, const std::string& column) {
+  constexpr std::string_view RELATION = "Relation";
+  const auto memberNamed = [&row](const std::string& name) { return row.find(name.data(), name.data() + name.size()); };
   const auto cellOf = [](const Json::Value& value) {
     return value.isString() ? CsvCell{value.asString(), true}
            : value.isNull() ? CsvCell{}
                             : CsvCell{jsonText(value, ""), false};
   };
-  if (!hasMeasurement(row)) {
-    for (auto member = row.begin(); member != row.end(); ++member) cells[member.name()] = cellOf(*member);
-    return cells;
+  if (const Json::Value* const member = memberNamed(column)) {
+    if (!isMeasurement(*member)) return cellOf(*member);
+    std::string digits = digitsOf(*member);
+    return digits.empty() ? cellOf((*member)["value"]) : CsvCell{std::move(digits), false};
   }
-  for (const auto& [name, member] : flatMembers(row)) {
-    cells[name] = member.digits.empty() ? cellOf(member.value) : CsvCell{member.digits, false};
+  if (column.size() <= RELATION.size() || column.compare(column.size() - RELATION.size(), RELATION.size(), RELATION)) {
+    return {};
   }
-  return cells;
+  const Json::Value* const measured = memberNamed(column.substr(0, column.size() - RELATION.size()));
+  return measured != nullptr && isMeasurement(*measured) ? cellOf((*measured)["relation"]) : CsvCell{};
 }
 
 void printDocumentJson(const Json::Value& object, const LongList& rows, const HexBytes& hex) {

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -43,8 +42,9 @@ struct CsvCell {
   std::string text;
   bool isText = false;  ///< in JSON, too: no number, no true or false
 };
-/// The cells of a row by column, as CSV has them before quoting; null is empty.
-std::map<std::string, CsvCell> rowCells(const Json::Value& row);
+/// The cell of a row in a column, as CSV has it before quoting; null, and a column that the row does not have, is
+/// empty.
+CsvCell csvCell(const Json::Value& row, const std::string& column);
 /// Prints an object, styled, with two more members: a list of rows and bytes. One without a name is omitted.
 void printDocumentJson(const Json::Value& object, const LongList& rows, const HexBytes& hex);
 /// Prints an object with bytes on a line of its own.

@@ -128,7 +128,6 @@ void printCsvHeader(const std::vector<std::string>& columns) {
 
 void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns, const HexBytes& hex) {
   std::string line;
-  const std::map<std::string, CsvCell> cells = rowCells(row);
   for (const std::string& column : columns) {
     if (!hex.name.empty() && column == hex.name) {
       fmt::print("{}{}", line, &column == &columns.front() ? "" : ",");
@@ -136,9 +135,8 @@ void printCsvRow(const Json::Value& row, const std::vector<std::string>& columns
       line.clear();
       continue;
     }
-    const auto found = cells.find(column);
     if (&column != &columns.front()) line += ',';
-    if (found != cells.end()) line += csvText(found->second);
+    line += csvText(csvCell(row, column));
   }
   fmt::print("{}{}", line, csvLineEnd());
 }
@@ -196,7 +194,8 @@ void AnswerStream::printRow(const Json::Value& row) const {
 
 void AnswerStream::print(const std::string& text, const Json::Value& element, const std::vector<Json::Value>& rows,
                          const std::optional<LongList>& list) {
-  if (_format != FORMAT_TABLE || !text.empty()) makeRoom(stdout);
+  std::optional<Room> room;
+  if (_format != FORMAT_TABLE || !text.empty()) room.emplace(stdout);
   switch (_format) {
     case FORMAT_TABLE:
       fmt::print("{}", text);
@@ -274,7 +273,7 @@ std::string furtherText(const std::string& name, const Inspect::Findings& findin
 }
 
 void complain(const std::string& text, Tone tone) {
-  makeRoom(stderr);
+  const Room room(stderr);
   fmt::print(stderr, "{} {}\n", paintedError("veltra:", tone), printable(text));
 }
 

@@ -78,7 +78,7 @@ int recover(const RecoverArguments& args, const Options& options) {
   const Inspect::Recovery recovery = findSections(source);
   const bool isNothing =
       recovery.kept.empty() && !recovery.isContainer && Inspect::judge(source).state != Inspect::FileState::INTACT;
-  if (source.hasFailed() || isNothing) progress.hide();
+  if (source.hasFailed() || isNothing) progress.hold();
   if (source.hasFailed()) return answerAfter(source, EXIT_COULD_NOT);
   if (isNothing) {
     const Inspect::JudgedFile file = Inspect::judge(source);
@@ -87,7 +87,7 @@ int recover(const RecoverArguments& args, const Options& options) {
     return isOther ? EXIT_COULD_NOT : EXIT_NO;
   }
   const bool isWritten = writeRecovered(source, recovery, args.output, error);
-  progress.hide();
+  progress.hold();
   if (!isWritten) {
     complain(error);
     return EXIT_COULD_NOT;

@@ -134,8 +134,12 @@ std::size_t terminalWidth() {
 
 }  // namespace
 
-void makeRoom(std::FILE* stream) {
-  if (bar != nullptr && (stream == stderr || isOutputTerminal())) bar->hide();
+Room::Room(std::FILE* stream) : _held(stream == stderr || isOutputTerminal() ? bar : nullptr) {
+  if (_held != nullptr) _held->hold();
+}
+
+Room::~Room() {
+  if (_held != nullptr) _held->release();
 }
 
 Progress::Progress(bool isEnabled) : _active(isEnabled && knowsEscapes(STDERR_FILENO)) {
@@ -143,7 +147,7 @@ Progress::Progress(bool isEnabled) : _active(isEnabled && knowsEscapes(STDERR_FI
 }
 
 Progress::~Progress() {
-  hide();
+  hold();
   if (bar == this) bar = nullptr;
 }
 
@@ -157,7 +161,7 @@ void Progress::advance(uint64_t bytes) {
   const std::lock_guard<std::mutex> lock(_mutex);
   _done += bytes;
   const Clock::time_point now = Clock::now();
-  if (now >= _next && _total > 0) draw(now);
+  if (_held == 0 && now >= _next && _total > 0) draw(now);
 }
 
 void Progress::finishFile() {
@@ -184,13 +188,19 @@ void Progress::draw(Clock::time_point now) {
   _shown = true;
 }
 
-void Progress::hide() {
+void Progress::hold() {
   const std::lock_guard<std::mutex> lock(_mutex);
+  ++_held;
   if (!_shown) return;
   fmt::print(stderr, "\r\033[K");
   (void)std::fflush(stderr);  // a bar that cannot be shown is not an error
   _shown = false;
   _next = Clock::time_point();  // whoever reads on sees it again at once
+}
+
+void Progress::release() {
+  const std::lock_guard<std::mutex> lock(_mutex);
+  --_held;
 }
 
 }  // namespace Command

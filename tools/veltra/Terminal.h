@@ -32,9 +32,6 @@ std::string painted(const std::string& text, Tone tone);
 /// A text for standard error in its tone.
 std::string paintedError(const std::string& text, Tone tone);
 
-/// Clears the line of the progress bar before something else goes to this stream, if that may be the same terminal.
-void makeRoom(std::FILE* stream);
-
 /// A progress bar on standard error while many bytes are read: only on a terminal, and only after one second. One at a
 /// time.
 class Progress {
@@ -52,8 +49,10 @@ class Progress {
   void advance(uint64_t bytes);
   /// Adds a file that was read. From any thread.
   void finishFile();
-  /// Clears the bar's line. The next advance() draws it again.
-  void hide();
+  /// Clears the bar's line and keeps it clear until release(), whoever reads meanwhile. Once more holds it longer.
+  void hold();
+  /// The next advance() draws the bar again.
+  void release();
 
  private:
   using Clock = std::chrono::steady_clock;
@@ -67,7 +66,20 @@ class Progress {
   uint64_t _done = 0;
   std::size_t _filesDone = 0;
   bool _shown = false;
+  int _held = 0;
   Clock::time_point _next = _begin + std::chrono::seconds(1);
+};
+
+/// While it lives something else goes to a stream: no progress bar is on its line if that may be the same terminal.
+class Room {
+ public:
+  explicit Room(std::FILE* stream);
+  ~Room();
+  Room(const Room&) = delete;
+  Room& operator=(const Room&) = delete;
+
+ private:
+  Progress* _held;
 };
 
 }  // namespace Command
