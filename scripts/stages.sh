@@ -109,11 +109,12 @@ stage_report() {
   tests/libinspect/report/render.sh build/release/tools/veltra build/report
 }
 
+# Configured apart: one command for each source, and no header that another compiler precompiled.
 stage_tidy() {
-  quietly cmake --preset dev
+  quietly cmake --preset dev -B build/tidy -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON
   export -f quietly
   git ls-files -z -- 'libcrossplatform/*.cpp' 'libinspect/*.cpp' 'tools/*.cpp' |
-    xargs -0 -n 1 -P "$jobs" bash -c 'quietly clang-tidy-14 -p build/dev --quiet "$0"'
+    xargs -0 -n 1 -P "$jobs" bash -c 'quietly clang-tidy-14 -p build/tidy --quiet "$0"'
 }
 
 # The power cuts of stage_dev, more of them.
