@@ -66,7 +66,7 @@ int FileReader::open(char const* path, std::size_t readAhead) {
   }
   // A directory can be opened, but not read.
   if ((_stream == nullptr || std::ferror(_stream) != 0) && isDirectory(path)) {
-    if (_stream != nullptr) std::fclose(_stream);
+    if (_stream != nullptr) (void)std::fclose(_stream);
     _stream = nullptr;
     PFILE_LOG(_error, "Trying to open a directory.");
     return PFILE_FAILED;

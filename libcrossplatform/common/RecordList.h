@@ -41,7 +41,10 @@ class RecordList {
     _elements.reserve(other.size());
     for (const std::unique_ptr<T>& element : other) _elements.push_back(std::make_unique<T>(*element));
   }
-  RecordList& operator=(const RecordList& other) { return *this = RecordList(other); }
+  RecordList& operator=(const RecordList& other) {
+    *this = RecordList(other);
+    return *this;
+  }
   RecordList(RecordList&&) noexcept = default;
   RecordList& operator=(RecordList&&) noexcept = default;
 
