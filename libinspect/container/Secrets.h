@@ -58,7 +58,7 @@ void maskAll(uint8_t* bytes, std::size_t size);
 
 /// Overwrites what withoutSecrets() masks, in a JSON text, by asterisks; all of the text where that is not all there is
 /// to it: it is no JSON, has comments, a name twice, or anything after its end, or a name or number has to be masked.
-void maskSecretsInText(uint8_t* text, std::size_t size);
+void maskSecretsInText(uint8_t* bytes, std::size_t size);
 
 /// The same for bytes of unknown meaning: all of them if namesSecret().
 void maskSecretsInBytes(uint8_t* bytes, std::size_t size);

@@ -193,10 +193,14 @@ TEST(PFileSectionTypes, NamesNewestVersionsAndClassesOfEveryType) {
                                 (PFile::isOtdrRawSection(id) ? " raw" : "") +
                                 (PFile::isOtdrTestSection(id) ? " test" : "");
     if (name == nullptr && !version && classes.empty()) continue;
+    if (name != nullptr) {
+      EXPECT_EQ(PFile::findSectionType(std::string_view(name))->id, id);
+    }
     table += std::to_string(id) + " " + (name != nullptr ? name : "-") + " " +
              (version ? std::to_string(*version) : "-") + classes + "\n";
   }
   expectGoldenText(table, "section_types");
+  EXPECT_EQ(PFile::findSectionType("SUMMARY"), nullptr);
   for (unsigned id = 0x80000000u; id < 0x80000200u; ++id) {
     EXPECT_FALSE(PFile::isEnd2Section(id) || PFile::isOtdrRawSection(id) || PFile::isOtdrTestSection(id)) << id;
   }
