@@ -122,14 +122,15 @@ class FileDiff {
 
   /// @param isMasked  what differs is not told
   void compare(const Json::Value* a, const Json::Value* b, bool isMasked) {
-    if (isMasked || (!isDeep(a) && !isDeep(b))) {
+    const bool isDeepA = isDeep(a), isDeepB = isDeep(b);
+    if (isMasked || (!isDeepA && !isDeepB)) {
       const Json::Value null;
       const Json::Value &valueA = a != nullptr ? *a : null, &valueB = b != nullptr ? *b : null;
       if (valueA != valueB) tell(valueA, valueB, isMasked);
     } else if (a != nullptr && b != nullptr && a->type() != b->type()) {
       if (!a->isNull()) compare(a, nullptr, false);
       if (!b->isNull()) compare(nullptr, b, false);
-    } else if ((isDeep(a) ? a : b)->isArray()) {
+    } else if ((isDeepA ? a : b)->isArray()) {
       const Json::ArrayIndex sizeA = a != nullptr ? a->size() : 0, sizeB = b != nullptr ? b->size() : 0;
       for (Json::ArrayIndex i = 0; i < std::max(sizeA, sizeB); ++i) {
         compareChild(fmt::format("[{}]", i), i < sizeA ? &(*a)[i] : nullptr, i < sizeB ? &(*b)[i] : nullptr, false);

@@ -22,7 +22,7 @@ std::string asTyped(const Json::Value& value, const std::string& text) {
     return (value.isArray() ? "[" : "{") + list + (value.isArray() ? "]" : "}");
   }
   if (value.isNumeric()) {
-    const std::string number = numberIn(text, value);
+    std::string number = numberIn(text, value);
     if (!number.empty()) return number;
   }
   Json::StreamWriterBuilder builder;
