@@ -38,15 +38,17 @@ int listFolder(const std::string& folder, std::vector<std::string>& files, std::
     const std::string name = entry->d_name;
     struct stat status {};
     if (name == "." || name == "..") continue;
-    if (lstat((prefix + name).c_str(), &status) != 0) {
+    if (entry->d_type == DT_REG || entry->d_type == DT_DIR) {  // most file systems say so, and thousands need no look
+      (entry->d_type == DT_DIR ? folders : files).push_back(prefix + name);
+    } else if (lstat((prefix + name).c_str(), &status) != 0) {
       if (errno == ENOMEM) return errno;
       // Whoever tries to open it says why it cannot be looked at, unless it has gone meanwhile.
-      if (errno != ENOENT) (entry->d_type == DT_DIR ? folders : files).push_back(prefix + name);
+      if (errno != ENOENT) files.push_back(prefix + name);
     } else if (S_ISDIR(status.st_mode)) {
       folders.push_back(prefix + name);
     } else if (S_ISREG(status.st_mode) || (stat((prefix + name).c_str(), &status) == 0 && S_ISREG(status.st_mode))) {
       files.push_back(prefix + name);
-    } else if (!S_ISDIR(status.st_mode)) {
+    } else {
       ++others;
     }
   }
