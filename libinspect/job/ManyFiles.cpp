@@ -48,7 +48,7 @@ int listFolder(const std::string& folder, std::vector<std::string>& files, std::
       folders.push_back(prefix + name);
     } else if (S_ISREG(status.st_mode) || (stat((prefix + name).c_str(), &status) == 0 && S_ISREG(status.st_mode))) {
       files.push_back(prefix + name);
-    } else {
+    } else if (!S_ISDIR(status.st_mode)) {
       ++others;
     }
   }
