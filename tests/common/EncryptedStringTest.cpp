@@ -20,7 +20,7 @@ constexpr CredentialKey TEST_KEY = {{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 1
 
 using Bytes = std::vector<uint8_t>;
 
-Bytes bytesOf(const std::string& text) {
+Bytes bytesIn(const std::string& text) {
   return Bytes(text.begin(), text.end());
 }
 
@@ -75,8 +75,8 @@ Bytes envelopeWith(std::size_t size, uint8_t offset, uint8_t lengthLow, uint8_t 
 TEST(CredentialText, MatchesTheKnownText) {
   const std::string known =
       "RhBdae9y8NCHX+Y09OSd7pJdOGMcrtzkaPwnU2Fafaf8nuCQd+kvI9uyQ5XCIfJm\nPYmDBiYlzfFeBUUyc0ULhQ==";
-  EXPECT_EQ(seal(bytesOf("secret pass")), known);
-  EXPECT_EQ(open(known).payload, bytesOf("secret pass"));
+  EXPECT_EQ(seal(bytesIn("secret pass")), known);
+  EXPECT_EQ(open(known).payload, bytesIn("secret pass"));
 }
 
 TEST(CredentialText, LengthsUpToTheLimitComeBack) {
@@ -118,7 +118,7 @@ TEST(CredentialText, IsOpenedOrRefusedAsTheTableSays) {
   }
   RecordTesting::expectGoldenText(table, "credential_texts");
   EXPECT_EQ(ERR_peek_error(), 0U);  // nothing is left for the next reader of OpenSSL's queue
-  EXPECT_EQ(decodeBase64("QQ=="), bytesOf("A"));
+  EXPECT_EQ(decodeBase64("QQ=="), bytesIn("A"));
   EXPECT_TRUE(decodeBase64("QR==").empty() && decodeBase64("QUE").empty());  // spare bits set, no padding
 }
 

@@ -28,8 +28,6 @@ std::string appended(std::string s, const char* format, ...) {
   return s;
 }
 
-constexpr float INF = std::numeric_limits<float>::infinity();
-
 }  // namespace
 
 TEST(PrintfShims, FormatIntoOwnedText) {
@@ -131,7 +129,7 @@ TEST(JsonUtil, ReadersTakeTheirOwnKindOnly) {
   EXPECT_EQ(*int64FromJson("-9223372036854775808", nullptr), std::numeric_limits<int64_t>::min());
   for (const unsigned long long v : {1ull << 63, ~0ull}) EXPECT_EQ(*uint64FromJson(toJson(v), nullptr), v);
   EXPECT_EQ(*timeFromJson("20240131-0915", nullptr), 1706692500);
-  EXPECT_EQ(*floatFromJson("-inf", nullptr), -INF);
+  EXPECT_EQ(*floatFromJson("-inf", nullptr), -INFINITY);
 }
 
 // A character that is cut short is one U+FFFD, what cannot begin one is one a byte; there is none for what is right.
@@ -191,11 +189,11 @@ std::string numbersShown() {
   ToleranceMeas(value, DISPLAY_TYPE_VALUE, 0.5f, std::nanf("")).dump(formatter, {});
   std::string shown = out.str() + Dump::fixedToStr(-1.7e308, 1) + '\n';
   Json::Value list;
-  for (const float v : {2.5f, 12345.5f, 1e6f, -std::nanf(""), INF, -INF}) {
+  for (const float v : {2.5f, 12345.5f, 1e6f, -std::nanf(""), INFINITY, -INFINITY}) {
     shown += Dump::floatToStr(v) + '\n';
     list.append(toJson(v));
   }
-  for (const double v : {-1e300, static_cast<double>(-INF)}) list.append(toJson(v));
+  for (const double v : {-1e300, static_cast<double>(-INFINITY)}) list.append(toJson(v));
   list.append(toJson(std::numeric_limits<long long>::min()));
   list.append(toJson(0xFFFFFFFFFFFFFFFFull));  // through the signed conversion
   shown += Dump::compactJson(list) + '\n';

@@ -10,7 +10,7 @@ using namespace Veltra;
 namespace {
 
 /// Every member differs from the factory settings.
-InstrumentSettings sampleSettings() {
+InstrumentSettings sampleInstrument() {
   Json::Value root;
   EXPECT_TRUE(parseJson(R"({"Instrument": {"locale": "pt-BR", "powerDownTimeout": "30 Minutes",
       "remoteModeEnabled": true, "audibleToneEnabled": false, "dateFormat": "yyyy-MM-dd", "timeFormat": "24 hr",
@@ -36,7 +36,7 @@ Json::Value document(const std::string& key, const Json::Value& value) {
 TEST(InstrumentSettings, Wire) {
   InstrumentSettings s, cleared;
   cleared.locale = LOCALE_PT_BR;  // clearing does not reset it
-  expectWire(sampleSettings(), "instrument_settings_v3", cleared);
+  expectWire(sampleInstrument(), "instrument_settings_v3", cleared);
   s.locale = static_cast<LocaleType>(-1);
   s.ipAddressSource = static_cast<IPAddressSource>(-2);
   InstrumentSettings read;
@@ -51,7 +51,7 @@ TEST(InstrumentSettings, MissingChoicesAreUnknownAndOtherMissingMembersAreTheFac
     expected[Marshal::Header::BYTES + choice] = 0xFF;
   }
   for (const Json::Value& root : {Json::Value(), document("other", 1)}) {
-    InstrumentSettings s = sampleSettings();
+    InstrumentSettings s = sampleInstrument();
     EXPECT_TRUE(s.fromJson(&root));
     EXPECT_EQ(bytesOf(s), expected) << root.toStyledString();
   }
@@ -60,7 +60,7 @@ TEST(InstrumentSettings, MissingChoicesAreUnknownAndOtherMissingMembersAreTheFac
 TEST(InstrumentSettings, JsonOddities) {
   const CapturedAsserts asserts;  // choices the documents do not name are shown as their fallbacks
   const CapturedLog log;
-  InstrumentSettings s = sampleSettings();
+  InstrumentSettings s = sampleInstrument();
 
   Json::Value root = document("displayBrightness", 70000);
   root["Instrument"]["powerDownTimeout"] = "60 Minutes";
@@ -82,7 +82,7 @@ TEST(SettingsFactory, BuildsTheRecordTheIdNamesOrSaysWhyNothingCameOut) {
   EXPECT_EQ(Settings::create(0x510004)->getSettingsType(), 0u);
   EXPECT_EQ(Settings::create(0x51000b)->getSettingsType(), 2u);
   for (const unsigned id : {0u, 0x510003u, 0x51000au, 0x500004u, 0xFFFFFFFFu}) EXPECT_EQ(Settings::create(id), nullptr);
-  InstrumentSettings instrument = sampleSettings();
+  InstrumentSettings instrument = sampleInstrument();
   const Bytes good = bytesOf(instrument);
   Bytes longer = good;
   longer.resize(good.size() + 9);

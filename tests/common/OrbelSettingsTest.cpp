@@ -13,7 +13,7 @@ using HostileFiles::recordOf;
 
 namespace {
 
-OrbelSettings sampleSettings() {
+OrbelSettings sampleOrbel() {
   Json::Value profile;
   profile["Wired"]["DHCP"] = false;
   profile["List"].append(1);
@@ -26,7 +26,7 @@ OrbelSettings sampleSettings() {
 
 TEST(OrbelSettings, Wire) {
   const CapturedLog log;
-  OrbelSettings s = sampleSettings();
+  OrbelSettings s = sampleOrbel();
   expectWire(s, "orbel_settings_v0");
   EXPECT_EQ(bytesOf(s), recordOf(dumpOf(s) + '\0')) << "the length counts the terminating zero";
 }
@@ -53,7 +53,7 @@ TEST(OrbelSettings, Codes) {
 
 TEST(OrbelSettings, WholeNumbersOfTheProfileCompareByValue) {
   const auto with = [](const Json::Value& value) {
-    OrbelSettings s = sampleSettings();
+    OrbelSettings s = sampleOrbel();
     s.netProfile["List"].append(value);
     return s;
   };
@@ -68,10 +68,10 @@ TEST(OrbelSettings, WholeNumbersOfTheProfileCompareByValue) {
   EXPECT_NE(with(-1), with(Json::Value::maxUInt64));
   EXPECT_NE(with(80), with(81u));
   EXPECT_NE(with(80), with(80.0));
-  OrbelSettings renamed = sampleSettings();
+  OrbelSettings renamed = sampleOrbel();
   renamed.netProfile["Wired"].removeMember("DHCP");
   renamed.netProfile["Wired"]["dhcp"] = false;
-  EXPECT_NE(renamed, sampleSettings());
+  EXPECT_NE(renamed, sampleOrbel());
 }
 
 TEST(OrbelSettings, WarnsOfWhatItWritesButWouldNotRead) {
@@ -92,7 +92,7 @@ TEST(OrbelSettings, WarnsOfWhatItWritesButWouldNotRead) {
         Row{json(nestedJson(998, 0)), json(nestedJson(999, 0)), "1000 levels of JSON"}}) {
     SCOPED_TRACE(row.warning);
     const CapturedLog log;
-    OrbelSettings s = sampleSettings(), read;
+    OrbelSettings s = sampleOrbel(), read;
     s.netProfile = row.most;
     EXPECT_EQ(readFrom(read, bytesOf(s)), 0);
     EXPECT_EQ(read, s);
@@ -111,7 +111,7 @@ TEST(OrbelSettings, WarnsOfWhatItWritesButWouldNotRead) {
 }
 
 TEST(OrbelSettings, BytesThatAreNoUtf8AreReplacedAndWarnedOf) {
-  OrbelSettings s = sampleSettings(), read;
+  OrbelSettings s = sampleOrbel(), read;
   s.syncUserPass = "caf\xE9 au";
   s.netProfile["Wired"]["n\xFF\n"] = "caf\xE9";
   s.netProfile["Wired"]["n\xEF\xBF\xBD\n"] = "kept";

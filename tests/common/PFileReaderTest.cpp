@@ -50,10 +50,10 @@ void transcribe(Source& source, Transcript& transcript) {
   STEP(source.open(image));
   STEP(reader.peek(header));
   STEP(reader.read(section, true));
-  STEP(bytesOf(section.payload) == text && !section.compressed);
+  STEP(dataOf(section.payload) == text && !section.compressed);
   STEP(section.header == header);  // goes on describing the compressed bytes
   STEP(reader.read(section, true));
-  STEP(bytesOf(section.payload));
+  STEP(dataOf(section.payload));
   STEP(reader.skipNextSection());
   STEP(reader.read(section, true));
   STEP(reader.getHeader(header));
@@ -157,7 +157,7 @@ TEST(FileReader, WhatTheFileDoesNotHoldLeavesThePayloadAsItWas) {
     Section section;
     EXPECT_EQ(source.reader.read(section, true), 0);
     EXPECT_EQ(source.reader.read(section, true), -1);
-    EXPECT_EQ(bytesOf(section.payload), Bytes(size, 'a'));
+    EXPECT_EQ(dataOf(section.payload), Bytes(size, 'a'));
   }
 }
 

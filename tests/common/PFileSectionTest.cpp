@@ -60,11 +60,11 @@ TEST(PFileSection, Transcript) {
   STEP(section.header.flags == 0x6ab1 && section.header.dataSize == section.payload.size());
   STEP(section.verifyDataCrc());
   STEP(Bytes(section.payload.data(), section.payload.data() + 5));  // size, little-endian, and a zlib stream
-  const Bytes compressed = bytesOf(section.payload);
+  const Bytes compressed = dataOf(section.payload);
   const Header described = section.header;
   STEP(section.compressData());
   STEP(section.uncompressData());
-  STEP(bytesOf(section.payload) == text);
+  STEP(dataOf(section.payload) == text);
   STEP(section.header == described);  // goes on describing the compressed bytes
   STEP(section.uncompressData());
   // 6 and 9 combine, to no level: the payload stays as given and the section can be set once more.

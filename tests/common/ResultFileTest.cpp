@@ -11,13 +11,13 @@ using RecordTesting::withByte;
 
 namespace {
 
-ResultSummary sample() {
+ResultSummary sampleResult() {
   const DisplayMeas none;
   return ResultSummary("A-017", RESULT_TYPE_FIBER, 0, STATUS_PASS, none, none, 0, 0, 0, 0);
 }
 
 Bytes sampleBytes() {
-  ResultSummary r = sample();
+  ResultSummary r = sampleResult();
   return RecordTesting::bytesOf(r);
 }
 
@@ -95,7 +95,7 @@ TEST_F(ResultFileDeathTest, ASectionOfUnknownTypeIsFatalWhenAllAreReadAndGoodWhe
 }
 
 TEST_F(ResultFileTest, WritesRecordsIntoFilesAndMemory) {
-  ResultSummary r = sample();
+  ResultSummary r = sampleResult();
   const Bytes expected = imageOf({{200, 1, SECTION_FLAG_COMPRESS, sampleBytes()}, {300, 12, 0, sampleBytes()}});
   PFile::FileWriter file;
   ASSERT_EQ(file.open(path.c_str()), 0);

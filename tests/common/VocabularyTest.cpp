@@ -21,9 +21,9 @@ using namespace Veltra;
 
 namespace {
 
-std::string shown;
+std::string listed;
 
-/// Writes down every value that has a text of its own, what the others are shown as, which report that makes, and as
+/// Writes down every value that has a text of its own, what the others are listed as, which report that makes, and as
 /// what a text is read that is not read as its value.
 template <class E>
 void show(const std::string& name, const char* (*textOf)(E), const std::function<int(const std::string&)>& parse = {}) {
@@ -38,29 +38,29 @@ void show(const std::string& name, const char* (*textOf)(E), const std::function
       EXPECT_EQ(captured.reports(), reports) << name << " " << value;
       continue;
     }
-    shown += name + " " + std::to_string(value) + " " + text;
-    if (parse && parse(text) != value) shown += ", read as " + std::to_string(parse(text));
-    shown += "\n";
+    listed += name + " " + std::to_string(value) + " " + text;
+    if (parse && parse(text) != value) listed += ", read as " + std::to_string(parse(text));
+    listed += "\n";
     EXPECT_TRUE(!parse || (parse(text + " ") == parse("") && parse(text + '\0') == parse(""))) << text;
     EXPECT_TRUE(captured.reports().empty()) << "parsers report nothing";
   }
-  if (!otherwise.empty()) shown += name + " otherwise " + otherwise + "\n";
-  for (const std::string& report : reports) shown += name + " otherwise reports " + report + "\n";
-  if (parse) shown += name + " of another text " + std::to_string(parse("")) + "\n";
+  if (!otherwise.empty()) listed += name + " otherwise " + otherwise + "\n";
+  for (const std::string& report : reports) listed += name + " otherwise reports " + report + "\n";
+  if (parse) listed += name + " of another text " + std::to_string(parse("")) + "\n";
 }
 
 /// The same of a list that is looked up by position.
 template <std::size_t N>
 void show(const char* name, const char* const (&texts)[N]) {
   for (std::size_t value = 0; value < N; ++value) {
-    shown += std::string(name) + " " + std::to_string(value) + " " + texts[value] + "\n";
+    listed += std::string(name) + " " + std::to_string(value) + " " + texts[value] + "\n";
   }
 }
 
 }  // namespace
 
 TEST(EnumText, TextsOfAllEnumerationsBothWays) {
-  shown.clear();
+  listed.clear();
   show<Status>("Status", toString, [](const std::string& text) { return fromStatusString(text); });
   show<ResultType>("ResultType", toString);
   show<CableEnd>("CableEnd", toString, fromCableEndString);
@@ -92,7 +92,7 @@ TEST(EnumText, TextsOfAllEnumerationsBothWays) {
   show("Encryption", Encryption::desc);
   show("UsbWifiSecurity", UsbWifiSecurity::desc);
   show("Eap", Eap::desc);
-  expectGoldenText(shown, "enumeration_texts");
+  expectGoldenText(listed, "enumeration_texts");
 }
 
 TEST(ModelId, FamiliesAndGenerations) {

@@ -132,7 +132,7 @@ TEST(MarshalDeathTest, AReaderWantsBytes) {
 
 TEST(MarshalHeader, TwelveBytesAndTheirCodes) {
   ByteStreamBuilder out;
-  Header written(0x510003, 3);
+  Marshal::Header written(0x510003, 3);
   EXPECT_EQ(written.serialize(out), 12u);
   out.writeUInt8(9);
   EXPECT_EQ(written.serializeLength(out), 13u);
@@ -151,7 +151,7 @@ TEST(MarshalHeader, TwelveBytesAndTheirCodes) {
 
 TEST(MarshalHeader, ChecksTheIdBeforeTheVersionAndThenTheLength) {
   const Bytes bytes = {0xab, 0xcd, 1, 3, 0, 0x51, 0, 3, 0, 0, 0, 1, 9, 9};
-  Header header;
+  Marshal::Header header;
   ByteStreamReader in(bytes.data(), 14);
   ASSERT_EQ(header.deserialize(in), 0);
   EXPECT_TRUE(header.check(3, 0x510003) == 0 && header.check(4, 0x510003) == 0);
