@@ -113,14 +113,6 @@ TEST(DatabasePackageManifest, Wire) {
   expectWire(m, "database_package_manifest_v1");
 }
 
-TEST(DatabasePackageManifestSummary, VersionTexts) {
-  DatabasePackageManifestSummary s = sampleManifest();
-  EXPECT_EQ(s.getVersionString(), "V3.12 beta");
-  EXPECT_EQ(s.getFullVersionString(), "V3.12.407 beta");
-  s.customerVersion.suffix.clear();
-  EXPECT_EQ(s.getFullVersionString(), "V3.12.407");
-}
-
 TEST_F(DatabaseManifestFile, SaysWhatIsWrong) {
   DatabasePackageManifest manifest;
   const Bytes record = fileBytes(dataPath("good/database_package_manifest_v1.bin"));

@@ -148,13 +148,6 @@ TEST(Measurements, Wire) {
   expectWire(ToleranceMeas(value, static_cast<DisplayType>(-2), 1.5f, -2.0f), "tolerance_meas");
 }
 
-TEST(DisplayMeas, IsEqualByValueAndType) {
-  const DisplayMeas m(raw(10, 1), DISPLAY_TYPE_VALUE);
-  EXPECT_TRUE(m == DisplayMeas(raw(1, 0), m.type) && m != DisplayMeas(raw(2, 0), m.type));
-  EXPECT_TRUE(m != DisplayMeas(m.value, DISPLAY_TYPE_LESS_THAN) && DisplayMeas() != DisplayMeas());
-  for (const int type : {-1, 5, 127}) EXPECT_EQ(DisplayMeas(raw(1, 0), static_cast<DisplayType>(type)).toString(), "");
-}
-
 TEST(ToleranceMeas, TextsAndEquality) {
   const ToleranceMeas m = tol(5, 2, 0.25f, NAN);
   EXPECT_EQ(m.toString(), "> 5.0, +tol = 0.25, -tol = nan");
