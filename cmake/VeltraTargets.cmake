@@ -47,6 +47,24 @@ function(veltra_precompile target)
   endif()
 endfunction()
 
+# veltra_unity(TARGET NAME...): with VELTRA_UNITY, the target's sources are compiled several at a time. Each NAME is one
+# that several of them have for something of their own: it stays so. The presets release and device and the stage tidy
+# compile each source alone, so that each has to include what it needs.
+function(veltra_unity target)
+  set(own "#define VELTRA_OF_SOURCE_(name, id) name##id\n"
+    "#define VELTRA_OF_SOURCE(name, id) VELTRA_OF_SOURCE_(name, id)\n")
+  foreach(name ${ARGN})
+    list(APPEND own "#define ${name} VELTRA_OF_SOURCE(${name}_, VELTRA_SOURCE_ID)\n")
+  endforeach()
+  list(JOIN own "" own)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${VELTRA_UNITY} UNITY_BUILD_BATCH_SIZE 8
+    UNITY_BUILD_UNIQUE_ID VELTRA_SOURCE_ID UNITY_BUILD_CODE_BEFORE_INCLUDE "${own}")
+  # A class of an anonymous namespace is a fault in a header. g++ takes included sources for headers.
+  if(VELTRA_UNITY AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-Wno-subobject-linkage>)
+  endif()
+endfunction()
+
 # Tests, replays and their helpers: the same flags, but not optimised, which costs more than it saves. What they test is
 # optimised as usual.
 function(veltra_test_flags target)

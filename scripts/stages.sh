@@ -30,35 +30,38 @@ stage_text() {
 # Which room may include which.
 stage_arrows() { scripts/arrows; }
 
-# build_and_test PRESET [CTEST-OPTION...]
+# build_and_test PRESET [-DSETTING=VALUE...] [CTEST-OPTION...]
 build_and_test() {
-  local log preset=$1
+  local log preset=$1 settings=()
   shift
-  quietly cmake --preset "$preset"
+  while [[ ${1:-} == -D* ]]; do
+    settings+=("$1")
+    shift
+  done
+  quietly cmake --preset "$preset" "${settings[@]}"
   cmake --build --preset "$preset" -j "$jobs" -- --quiet
   log=build/$preset/ctest.log
   ctest --preset "$preset" -j "$jobs" --no-tests=error "$@" > "$log" 2>&1 || { cat "$log"; return 1; }
   sed -n '/ tests passed, /,$p' "$log"
 }
 
-stage_dev() {
-  quietly cmake --preset dev -DVELTRA_UNITY=ON
-  build_and_test dev -LE long
-}
+stage_dev() { build_and_test dev -DVELTRA_UNITY=ON -LE long; }
 # What takes too long for every change.
 stage_long() { build_and_test dev -L long; }
-# Without what lets every call and byte fail in turn, which takes long under sanitizers: stage_clang_faults.
-stage_clang() { build_and_test clang -LE 'faults|long'; }
-stage_clang_faults() { build_and_test clang -L faults; }
+# Without what lets every call and byte fail in turn or cuts the power, which takes long under sanitizers:
+# stage_clang_faults.
+stage_clang() { build_and_test clang; }
+stage_clang_faults() { build_and_test clang -DVELTRA_FAULTS=ON -L 'faults|crash'; }
 stage_release() { build_and_test release; }
-# Without what lets every call, allocation and byte fail in turn, which takes long under qemu: stage_armhf_faults.
+# Without what lets every call, allocation and byte fail in turn, and what fuzzers found, which takes long under qemu:
+# stage_armhf_faults.
 stage_armhf() {
   scripts/armhf-sysroot
-  build_and_test armhf -LE faults
+  build_and_test armhf
 }
 stage_armhf_faults() {
   scripts/armhf-sysroot
-  build_and_test armhf -L faults
+  build_and_test armhf -DVELTRA_FAULTS=ON -DVELTRA_REPLAY=ON -L 'faults|fuzz'
 }
 
 # The library as the instruments get it does not grow unnoticed.

@@ -106,7 +106,7 @@ inline Bytes sectionOfNothing(uint16_t type) {
   return storedSection(type, PFile::SECTION_FLAG_COMPRESS, {0, 0, 0, 0, 0x78, 0x9c, 3, 0, 0, 0, 0, 1});
 }
 
-inline Bytes bytesOf(const PFile::Payload& payload) {
+inline Bytes dataOf(const PFile::Payload& payload) {
   return Bytes(payload.data(), payload.data() + payload.size());
 }
 

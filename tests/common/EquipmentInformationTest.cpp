@@ -10,7 +10,7 @@ namespace {
 constexpr long CALIBRATED = 1706692500;  // 2024-01-31 09:15:00
 constexpr long FIRST_USED = 1583020800;  // 2020-03-01 00:00:00
 
-EquipmentInformation sample() {
+EquipmentInformation sampleEquipment() {
   EquipmentInformation e;
   e.setSoftwareVersion("6.4.1");
   e.setModelIdStr("Orbel2");
@@ -30,7 +30,7 @@ EquipmentInformation sample() {
 }  // namespace
 
 TEST(EquipmentInformation, Wire) {
-  expectWire(sample(), "equipment_information_v3");
+  expectWire(sampleEquipment(), "equipment_information_v3");
 }
 
 TEST(EquipmentInformation, TextOf101CharactersIsReportedAndStays) {
@@ -58,7 +58,7 @@ TEST(EquipmentInformation, TextOf101CharactersIsReportedAndStays) {
 
 TEST(EquipmentInformation, EveryMemberCountsInItsComparison) {
   const std::string ofMain = "softwareVersion modelIdStr modelHardwareRevision modelSerialNumber";
-  const EquipmentInformation before = sample();
+  const EquipmentInformation before = sampleEquipment();
   const Json::Value document = before.toJson(level(2));
   for (const std::string& key : document.getMemberNames()) {
     SCOPED_TRACE(key);
@@ -79,7 +79,7 @@ TEST(EquipmentInformation, EveryMemberCountsInItsComparison) {
 }
 
 TEST(EquipmentInformation, ProbeKeepsItsFirmwareVersionAsAdapterSerialNumber) {
-  EquipmentInformation e = sample();
+  EquipmentInformation e = sampleEquipment();
   e.setProbeViewFirmwareVersion("2.0");
   for (const int id : {0, 400, 500, 10400, 10500}) {
     e.setModuleId(id);
@@ -89,7 +89,7 @@ TEST(EquipmentInformation, ProbeKeepsItsFirmwareVersionAsAdapterSerialNumber) {
 }
 
 TEST(EquipmentInformation, JsonOfWhatCannotBeTold) {
-  EquipmentInformation e = sample(), read;
+  EquipmentInformation e = sampleEquipment(), read;
   Json::Value json = e.toJson(level(2));
   json["liaCalibrationTime"] = "20400101-0000";
   EXPECT_EQ(read.fromJson(json, nullptr), sizeof(time_t) > 4) << "a time past 2038 where time_t has 32 bits";

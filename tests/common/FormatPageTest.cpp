@@ -42,11 +42,14 @@ TEST(FormatPage, ResultFileReadsAsItsRemarksSay) {
 
 TEST(FormatPage, HasAllRecordsUnderTheirNamesWithTheirIds) {
   const std::string page = fileText(VELTRA_SOURCE_DIR "/docs/format.md");
+  std::string logNames;
   for (const RecordType& type : recordTypes()) {
     std::ostringstream id;
     id << " id 0x" << std::hex << type.id;
     const std::size_t at = page.find(std::string("\n### ") + type.name + "\n");
     ASSERT_NE(at, std::string::npos) << type.name;
     EXPECT_LT(page.find(id.str(), at), page.find("\n###", at + 1)) << type.name;
+    if (const std::string name = Marshal::veltraCommonIdToString(type.id); !name.empty()) logNames += name + "|";
   }
+  EXPECT_EQ(logNames, "ResultMetadata|ResultMetadataList|EquipmentInformation|InstrumentSettings|FolderMetadataList|");
 }

@@ -28,7 +28,41 @@ std::string appended(std::string s, const char* format, ...) {
   return s;
 }
 
-constexpr float INF = std::numeric_limits<float>::infinity();
+struct DecimalComma : std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+/// Numbers in texts and documents, and what becomes of documents that are read, the good and the bad.
+std::string numbersShown() {
+  ScaledInt value;
+  EXPECT_TRUE(value.fromString("1234.50"));
+  std::ostringstream out;  // carries the global locale
+  Dump::SimpleFormatter formatter(out);
+  formatter.field("u32", uint32_t{1234567});
+  formatter.field("u16", uint16_t{12345});
+  ToleranceMeas(value, DISPLAY_TYPE_VALUE, 0.5f, std::nanf("")).dump(formatter, {});
+  std::string shown = out.str() + Dump::fixedToStr(-1.7e308, 1) + '\n';
+  Json::Value list;
+  for (const float v : {2.5f, 12345.5f, 1e6f, -std::nanf(""), INFINITY, -INFINITY}) {
+    shown += Dump::floatToStr(v) + '\n';
+    list.append(toJson(v));
+  }
+  for (const double v : {-1e300, static_cast<double>(-INFINITY)}) list.append(toJson(v));
+  list.append(toJson(std::numeric_limits<long long>::min()));
+  list.append(toJson(0xFFFFFFFFFFFFFFFFull));  // through the signed conversion
+  shown += Dump::compactJson(list) + '\n';
+  for (const std::string& text :
+       split("[1.5, -1.234, 1.5e+3, 2.5E-1, 1234567, 1e3, -0.0, 7]|{\"1.5\": \"2.5 \\\" 3.5\"}|[1 /* 2.5 \" */, 1.25] "
+             "// 3.5 \"\n|[0.333333333333333333333333333333333333333333333333333333]|[7,1.5]|[1.]|[-.5]|[1.2.3]|"
+             "[1e5.3]|[1.5e]|[1.5e+]|[1.5e999]|[.5]|[-]|[1.5|[\"1.5|[1.5 /*|1.5|[--1.5]|[1.5E-3e5]|[1.5.1.5]|"
+             "[/**//**/ 1.5]")) {
+    Json::Value document;
+    shown += parseJson(text, document, true) ? Dump::compactJson(document) + '\n' : "refused: " + text + '\n';
+  }
+  return shown;
+}
 
 }  // namespace
 
@@ -131,7 +165,7 @@ TEST(JsonUtil, ReadersTakeTheirOwnKindOnly) {
   EXPECT_EQ(*int64FromJson("-9223372036854775808", nullptr), std::numeric_limits<int64_t>::min());
   for (const unsigned long long v : {1ull << 63, ~0ull}) EXPECT_EQ(*uint64FromJson(toJson(v), nullptr), v);
   EXPECT_EQ(*timeFromJson("20240131-0915", nullptr), 1706692500);
-  EXPECT_EQ(*floatFromJson("-inf", nullptr), -INF);
+  EXPECT_EQ(*floatFromJson("-inf", nullptr), -INFINITY);
 }
 
 // A character that is cut short is one U+FFFD, what cannot begin one is one a byte; there is none for what is right.
@@ -171,46 +205,6 @@ TEST(JsonUtil, LogsNothingWithoutAPlace) {
   EXPECT_TRUE(log.lines().empty());
   EXPECT_EQ(asserts.reports(), std::vector<std::string>{"file != nullptr|libcrossplatform/common/jsonutil|416"});
 }
-
-namespace {
-
-struct DecimalComma : std::numpunct<char> {
-  char do_decimal_point() const override { return ','; }
-  char do_thousands_sep() const override { return '.'; }
-  std::string do_grouping() const override { return "\3"; }
-};
-
-/// Numbers in texts and documents, and what becomes of documents that are read, the good and the bad.
-std::string numbersShown() {
-  ScaledInt value;
-  EXPECT_TRUE(value.fromString("1234.50"));
-  std::ostringstream out;  // carries the global locale
-  Dump::SimpleFormatter formatter(out);
-  formatter.field("u32", uint32_t{1234567});
-  formatter.field("u16", uint16_t{12345});
-  ToleranceMeas(value, DISPLAY_TYPE_VALUE, 0.5f, std::nanf("")).dump(formatter, {});
-  std::string shown = out.str() + Dump::fixedToStr(-1.7e308, 1) + '\n';
-  Json::Value list;
-  for (const float v : {2.5f, 12345.5f, 1e6f, -std::nanf(""), INF, -INF}) {
-    shown += Dump::floatToStr(v) + '\n';
-    list.append(toJson(v));
-  }
-  for (const double v : {-1e300, static_cast<double>(-INF)}) list.append(toJson(v));
-  list.append(toJson(std::numeric_limits<long long>::min()));
-  list.append(toJson(0xFFFFFFFFFFFFFFFFull));  // through the signed conversion
-  shown += Dump::compactJson(list) + '\n';
-  for (const std::string& text :
-       split("[1.5, -1.234, 1.5e+3, 2.5E-1, 1234567, 1e3, -0.0, 7]|{\"1.5\": \"2.5 \\\" 3.5\"}|[1 /* 2.5 \" */, 1.25] "
-             "// 3.5 \"\n|[0.333333333333333333333333333333333333333333333333333333]|[7,1.5]|[1.]|[-.5]|[1.2.3]|"
-             "[1e5.3]|[1.5e]|[1.5e+]|[1.5e999]|[.5]|[-]|[1.5|[\"1.5|[1.5 /*|1.5|[--1.5]|[1.5E-3e5]|[1.5.1.5]|"
-             "[/**//**/ 1.5]")) {
-    Json::Value document;
-    shown += parseJson(text, document, true) ? Dump::compactJson(document) + '\n' : "refused: " + text + '\n';
-  }
-  return shown;
-}
-
-}  // namespace
 
 TEST(NumberText, DoesNotDependOnTheLocale) {
   const std::string shown = numbersShown();

@@ -42,7 +42,7 @@ void addPlaces(const Json::Value& at, const std::string& path, std::vector<std::
   }
 }
 
-std::string table;
+std::string shapes;
 
 /// Writes down for each place of a document the kinds of value with which it is still read, what is logged of the
 /// others, and what a null pointer does. What else fails changes nothing, and every member that can be shown counts.
@@ -59,11 +59,11 @@ void tabulate(const std::string& golden, const char* key, Take take) {
   Record nulled = full, fresh;
   EXPECT_FALSE(take(nulled, nullptr));
   const bool isKept = bytesOf(nulled) == bytesOf(full), isCleared = bytesOf(nulled) == bytesOf(fresh);
-  table += name + (isKept ? " kept" : isCleared ? " cleared" : " changed") + " by a null pointer\n";
+  shapes += name + (isKept ? " kept" : isCleared ? " cleared" : " changed") + " by a null pointer\n";
   std::vector<std::string> places = {""};
   addPlaces(document, "", places);
   for (const std::string& place : places) {
-    table += name + " " + place + ":";
+    shapes += name + " " + place + ":";
     log.lines().clear();
     const auto attempt = [&](const std::string& kind, const Json::Value& changed) {
       SCOPED_TRACE(name + " " + place + " " + kind);
@@ -76,17 +76,17 @@ void tabulate(const std::string& golden, const char* key, Take take) {
         read += isRead;
       }
       EXPECT_NE(read, 1) << "depends on what was there";
-      if (read == 2) table += " " + kind;
+      if (read == 2) shapes += " " + kind;
     };
     if (!place.empty()) attempt("missing", without(document, place));
     for (const Json::Value& value :
          parsed(R"([null, true, 7, -7, 18446744073709551615, 2.5, "text", "", [1, "a"], [], {"a": 1}, {}])")) {
       attempt(Dump::compactJson(value), with(document, place, value));
     }
-    table += "\n";
+    shapes += "\n";
     for (const std::string& line : std::set<std::string>(log.lines().begin(), log.lines().end())) {
       const bool isLineStated = line.find("/OtdrSpan ") != std::string::npos;
-      table += "  " + (isLineStated ? line : line.substr(0, line.rfind(" line "))) + "\n";
+      shapes += "  " + (isLineStated ? line : line.substr(0, line.rfind(" line "))) + "\n";
     }
     if (key != nullptr || place.empty() || place[0] == '_') continue;
     const Json::Value ofNew = with(document, place, Json::Path(place).resolve(Record().toJson(level(2))));
@@ -101,7 +101,7 @@ void tabulate(const std::string& golden, const char* key, Take take) {
 
 TEST(Json, OfAnyShapeIsReadAsTheTableSays) {
   const CapturedAsserts asserts;  // choices the documents do not name are shown as their fallbacks
-  table.clear();
+  shapes.clear();
   const auto keyed = [](const char* key) {
     return [key](auto& record, const Json::Value* v) { return record.fromJson(v, key); };
   };
@@ -115,5 +115,5 @@ TEST(Json, OfAnyShapeIsReadAsTheTableSays) {
   tabulate<OrbelSettings>("orbel_settings_v0", nullptr, rooted);
   tabulate<CustomerDatabaseVersion>("customer_database_version", nullptr, rooted);
   tabulate<DatabasePackageManifestSummary>("database_package_manifest_summary_v1", nullptr, rooted);
-  expectGoldenText(table, "json_shapes");
+  expectGoldenText(shapes, "json_shapes");
 }

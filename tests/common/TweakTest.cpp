@@ -1,5 +1,6 @@
 #include <libcrossplatform/common/Tweak.h>
 
+#include <cmath>
 #include <limits>
 
 #include "RecordTesting.h"
@@ -8,8 +9,6 @@ using namespace RecordTesting;
 using namespace Veltra;
 
 namespace {
-
-constexpr float INFINITE = std::numeric_limits<float>::infinity();
 
 /// A tweak of each type, all in one list.
 struct Tweaks : testing::Test {
@@ -37,7 +36,7 @@ TEST_F(Tweaks, Wire) {
   expectGoldenBytes(all4, "tweak_values");
   offset.set(std::numeric_limits<int>::min());
   depth.set(3000000000u);
-  threshold.set(-INFINITE);
+  threshold.set(-INFINITY);
   profile.set(std::string("a\0b", 3));
   for (TweakBase* tweak : all()) {
     const std::string text = tweak->getValueText();

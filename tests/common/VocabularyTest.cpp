@@ -21,9 +21,9 @@ using namespace Veltra;
 
 namespace {
 
-std::string shown;
+std::string listed;
 
-/// Writes down every value that has a text of its own, what the others are shown as, which report that makes, and as
+/// Writes down every value that has a text of its own, what the others are listed as, which report that makes, and as
 /// what a text is read that is not read as its value.
 template <class E>
 void show(const std::string& name, const char* (*textOf)(E), const std::function<int(const std::string&)>& parse = {}) {
@@ -38,30 +38,33 @@ void show(const std::string& name, const char* (*textOf)(E), const std::function
       EXPECT_EQ(captured.reports(), reports) << name << " " << value;
       continue;
     }
-    shown += name + " " + std::to_string(value) + " " + text;
-    if (parse && parse(text) != value) shown += ", read as " + std::to_string(parse(text));
-    shown += "\n";
+    listed += name + " " + std::to_string(value) + " " + text;
+    if (parse && parse(text) != value) listed += ", read as " + std::to_string(parse(text));
+    listed += "\n";
     EXPECT_TRUE(!parse || (parse(text + " ") == parse("") && parse(text + '\0') == parse(""))) << text;
     EXPECT_TRUE(captured.reports().empty()) << "parsers report nothing";
   }
-  if (!otherwise.empty()) shown += name + " otherwise " + otherwise + "\n";
-  for (const std::string& report : reports) shown += name + " otherwise reports " + report + "\n";
-  if (parse) shown += name + " of another text " + std::to_string(parse("")) + "\n";
+  if (!otherwise.empty()) listed += name + " otherwise " + otherwise + "\n";
+  for (const std::string& report : reports) listed += name + " otherwise reports " + report + "\n";
+  if (parse) listed += name + " of another text " + std::to_string(parse("")) + "\n";
 }
 
 /// The same of a list that is looked up by position.
 template <std::size_t N>
 void show(const char* name, const char* const (&texts)[N]) {
   for (std::size_t value = 0; value < N; ++value) {
-    shown += std::string(name) + " " + std::to_string(value) + " " + texts[value] + "\n";
+    listed += std::string(name) + " " + std::to_string(value) + " " + texts[value] + "\n";
   }
 }
 
 }  // namespace
 
 TEST(EnumText, TextsOfAllEnumerationsBothWays) {
-  shown.clear();
-  show<Status>("Status", toString, [](const std::string& text) { return fromStatusString(text); });
+  listed.clear();
+  show<Status>("Status", toString, [](const std::string& text) {
+    Status read = STATUS_FAIL;  // not what an unknown text leaves
+    return fromStatusString(text, read) ? fromStatusString(text) : read;
+  });
   show<ResultType>("ResultType", toString);
   show<CableEnd>("CableEnd", toString, fromCableEndString);
   show<CableEnd>("MainRemote", toStringMainRemote, fromCableEndMainRemoteString);
@@ -92,7 +95,7 @@ TEST(EnumText, TextsOfAllEnumerationsBothWays) {
   show("Encryption", Encryption::desc);
   show("UsbWifiSecurity", UsbWifiSecurity::desc);
   show("Eap", Eap::desc);
-  expectGoldenText(shown, "enumeration_texts");
+  expectGoldenText(listed, "enumeration_texts");
 }
 
 TEST(ModelId, FamiliesAndGenerations) {
@@ -161,18 +164,10 @@ TEST(LinkAdapters, NoTextAndNoIdOutsideTheTableIsFound) {
   for (const int id : {-1, 999}) EXPECT_EQ(findLinkAdapter(id), nullptr) << id;
 }
 
-TEST(ResultVocabulary, AStatusIsValidOrNotSet) {
-  for (int value = -1100; value < 1100; ++value) {
-    const auto status = static_cast<Status>(value);
-    Status read = STATUS_FAIL;
-    EXPECT_EQ(validateStatus(status), fromStatusString(toString(status), read)) << value;
-    EXPECT_EQ(read, validateStatus(status) ? value : STATUS_NOT_SET);
-  }
-}
-
 TEST(ResultVocabulary, MergesBySeverityNotByNumber) {
   const int order[] = {0, 1, 2, 4, 16, 8, 32, 64, 128};  // "Pass acceptable" before "Pass star", the unknown last
   for (const int& a : order) {
+    EXPECT_EQ(validateStatus(static_cast<Status>(a)), a != 128);
     for (const int& b : order) {
       auto merged = static_cast<Status>(a);
       mergeStatus(merged, static_cast<Status>(b));
@@ -207,11 +202,9 @@ TEST(PFileSectionTypes, NamesNewestVersionsAndClassesOfEveryType) {
 }
 
 TEST(ReaderStatus, OfEachStreamStatus) {
-  std::string container, result;
+  std::string codes;  // of packages and of results
   for (int i = -8; i < 3; ++i) {
-    container += std::to_string(PFile::streamOpToReaderStatus(i));
-    result += std::to_string(Veltra::streamOpToReaderStatus(i));
+    codes += std::to_string(PFile::streamOpToReaderStatus(i)) + std::to_string(streamOpToReaderStatus(i)) + " ";
   }
-  EXPECT_EQ(container, "33223333033");
-  EXPECT_EQ(result, "44323333044");
+  EXPECT_EQ(codes, "34 34 23 22 33 33 33 33 00 34 34 ");
 }

@@ -168,15 +168,5 @@ TEST(ReportPage, OfAwkwardResultsIsTheGoldenOne) {
                                   "report_page");
 }
 
-TEST(Report, VerdictsAreOrderedAsTheyAreMerged) {
-  for (std::size_t i = 0; i + 1 < VERDICTS; ++i) {
-    Veltra::Status merged = verdictLook(i + 1).status;
-    mergeStatus(merged, verdictLook(i).status);
-    EXPECT_EQ(merged, verdictLook(i).status);
-    EXPECT_EQ(severityOf(verdictLook(i).status), i);
-    EXPECT_STREQ(verdictLook(i).word, i == 0 ? "Unknown" : toString(verdictLook(i).status));
-  }
-}
-
 }  // namespace
 }  // namespace Inspect
