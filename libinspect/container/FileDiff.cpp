@@ -1,7 +1,6 @@
 #include <libinspect/container/FileDiff.h>
 
 #include <algorithm>
-#include <cstring>
 
 #include <fmt/format.h>
 
@@ -19,15 +18,7 @@ struct Stretch {
 };
 
 bool isSame(const Stretch& a, const Stretch& b) {
-  if (a.size != b.size) return false;
-  for (uint64_t done = 0; done < a.size;) {
-    const uint8_t *atA = nullptr, *atB = nullptr;
-    const std::size_t gotA = a.source.view(a.offset + done, atA), gotB = b.source.view(b.offset + done, atB);
-    const std::size_t got = std::min({gotA, gotB, static_cast<std::size_t>(std::min<uint64_t>(a.size - done, gotA))});
-    if (got == 0 || std::memcmp(atA, atB, got) != 0) return false;
-    done += got;
-  }
-  return true;
+  return a.size == b.size && haveSameBytes(a.source, a.offset, b.source, b.offset, a.size);
 }
 
 /// "5 bytes, CRC 0x01234567"; null for none.

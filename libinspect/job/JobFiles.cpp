@@ -51,12 +51,16 @@ void JobFiles::sort() {
   std::sort(withoutResult.begin(), withoutResult.end(), comesBefore);
 }
 
-Coverage JobFiles::coverageOf(const CableIdSet& set) const {
+std::vector<std::string> JobFiles::lostFiles() const {
   std::vector<std::string> lost = unread;
   for (const FileNote& note : notes) {
     if (note.isDamaged) lost.push_back(note.file);
   }
-  return Inspect::coverageOf(rows, lost, set);
+  return lost;
+}
+
+Coverage JobFiles::coverageOf(const ExpectedIds& set) const {
+  return Inspect::coverageOf(rows, lostFiles(), set);
 }
 
 JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile, const OnRow& onRow) {

@@ -32,7 +32,7 @@ struct JobFiles {
   std::vector<std::string> unread;         ///< could not be opened or read to the end, or named and no container
   std::size_t others = 0;                  ///< files of folders that are no containers
   bool hasPassed = false;                  ///< there were rows or notes, which are not held
-  const CableIdSet* expected = nullptr;    ///< null if no IDs were given
+  const ExpectedIds* expected = nullptr;   ///< null if no IDs were given
 
   /// Takes in one file.
   /// @param outcome  of reading it; what was read before an error is not taken for intact
@@ -42,7 +42,9 @@ struct JobFiles {
   void sort();
   /// No result was found, nor what may have been one.
   bool isEmpty() const { return rows.empty() && notes.empty() && !hasPassed; }
-  Coverage coverageOf(const CableIdSet& set) const;
+  /// Damaged and unreadable files: one whose name without extension is an ID stands for a result of it.
+  std::vector<std::string> lostFiles() const;
+  Coverage coverageOf(const ExpectedIds& set) const;
 };
 
 /// Called for each file after reading it, before the next: with the outcome, and what it is, null if it was not read.

@@ -50,6 +50,10 @@ bool isBefore(const ResultRow& a, const ResultRow& b) {
 
 }  // namespace
 
+bool hasTime(const ResultRow& row) {
+  return row.summary.timeStamp > 0;
+}
+
 bool comesBefore(const std::string& a, const std::string& b) {
   return compared(a, b) < 0;
 }
@@ -98,38 +102,30 @@ Json::Value toJson(const ResultRow& row) {
 }
 
 Coverage coverageOf(const std::vector<ResultRow>& rows, const std::vector<std::string>& lostFiles,
-                    const CableIdSet& expected) {
+                    const ExpectedIds& expected) {
   Coverage coverage;
+  const std::vector<std::string>& ids = expected.ids();
   std::vector<int>& results = coverage.results;
-  results.resize(expected.count());
-  std::vector<bool> isLost(expected.count());
+  results.resize(ids.size());
+  std::vector<bool> isLost(ids.size());
   for (const std::string& file : lostFiles) {
-    const std::optional<uint32_t> ordinal = expected.ordinalOf(std::filesystem::path(file).stem().string());
-    if (ordinal) isLost[*ordinal] = true;
+    const std::optional<std::size_t> place = expected.placeOf(std::filesystem::path(file).stem().string());
+    if (place) isLost[*place] = true;
   }
   for (const ResultRow& row : rows) {
-    const std::optional<uint32_t> ordinal = expected.ordinalOf(row.summary.resultName);
-    if (!ordinal) {
+    const std::optional<std::size_t> place = expected.placeOf(row.summary.resultName);
+    if (!place) {
       coverage.foreign.push_back(row.summary.resultName);
     } else if (row.isDamaged) {
-      isLost[*ordinal] = true;
-    } else if (++results[*ordinal] == 2) {
+      isLost[*place] = true;
+    } else if (++results[*place] == 2) {
       coverage.twice.push_back(row.summary.resultName);
     }
   }
-  const std::vector<std::string> ids = expected.ids(0, expected.count());
   for (std::size_t i = 0; i < ids.size(); ++i) {
     if (results[i] == 0) (isLost[i] ? coverage.damaged : coverage.missing).push_back(ids[i]);
   }
   return coverage;
-}
-
-bool parseExpected(const std::string& text, CableIdSet& set, std::string& error) {
-  const std::size_t dots = text.find("..");
-  std::string refusal = "expected FIRST..LAST";
-  if (dots != std::string::npos && set.build(text.substr(0, dots), text.substr(dots + 2), refusal)) return true;
-  error = fmt::format("{}: {}", text, refusal);
-  return false;
 }
 
 }  // namespace Inspect

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include <libinspect/job/CableIds.h>
+#include <libinspect/job/ExpectedIds.h>
 #include <libinspect/records/FileJudge.h>
 
 namespace Inspect {
@@ -14,6 +14,9 @@ struct ResultRow {
   Veltra::ResultSummary summary;
   bool isDamaged = false;  ///< the file is damaged after its summary, or could not be read to its end
 };
+
+/// Whether a result says when it was taken.
+bool hasTime(const ResultRow& row);
 
 /// True when `a` comes before `b` with runs of digits compared as numbers: A2 before A10.
 bool comesBefore(const std::string& a, const std::string& b);
@@ -32,14 +35,11 @@ struct Coverage {
   std::vector<std::string> missing;  ///< expected, without a result
   std::vector<std::string> damaged;  ///< expected, with nothing but a damaged or unreadable file
   std::vector<std::string> twice;    ///< expected, with more than one result
-  std::vector<std::string> foreign;  ///< IDs of results that are not in the set
-  std::vector<int> results;          ///< number of intact results for each ID of the set, in order
+  std::vector<std::string> foreign;  ///< IDs of results that are not expected
+  std::vector<int> results;          ///< number of intact results for each expected ID, in order
 };
 /// @param lostFiles  damaged and unreadable files: one whose name without extension is an ID stands for a result of it
 Coverage coverageOf(const std::vector<ResultRow>& rows, const std::vector<std::string>& lostFiles,
-                    const CableIdSet& expected);
-
-/// Splits "FIRST..LAST" and builds its set. @return false, with `error` filled
-[[nodiscard]] bool parseExpected(const std::string& text, CableIdSet& set, std::string& error);
+                    const ExpectedIds& expected);
 
 }  // namespace Inspect

@@ -72,16 +72,19 @@ bool complainsOfNoResults(const std::vector<std::string>& paths, const Inspect::
   return true;
 }
 
-Argument& addExpect(Subcommand& command, std::string& expected) {
+Argument& addExpect(Subcommand& command, std::vector<std::string>& expected) {
   return command.option("--expect", "FIRST..LAST", &expected,
-                        "the IDs of the job; tells which are missing, damaged, tested twice or not expected");
+                        "IDs of the job, or one ID; tells which are missing, damaged, tested twice or not expected");
 }
 
-bool takeExpected(const std::string& expected, Inspect::CableIdSet& set) {
-  std::string error;
-  if (expected.empty() || Inspect::parseExpected(expected, set, error)) return true;
-  complain(error);
-  return false;
+bool takeExpected(const std::vector<std::string>& expected, Inspect::ExpectedIds& ids) {
+  for (const std::string& range : expected) {
+    std::string error;
+    if (ids.add(range, error)) continue;
+    complain("--expect: " + error);
+    return false;
+  }
+  return true;
 }
 
 void tellOfOthers(uint64_t others, const Options& options) {
@@ -196,6 +199,54 @@ Inspect::JobFiles readJob(const Inspect::FileRun& run, const Options& options, i
   Inspect::JobFiles job = Inspect::readJob(run, readingOf(options, progress), tell, onRow);
   tellOfOthers(others, options);
   return job;
+}
+
+void addJobArguments(Subcommand& command, JobArguments& args) {
+  command.place("PATH", "PATH...", &args.paths, "the folder of the job, or its files").required();
+  command.option("--job", "FILE", &args.descriptionFile,
+                 "the description of the job (default: job.json in the folder)");
+  addExpect(command, args.expected);
+  command.option(
+      "--count", "latest|all",
+      takeChoice<Inspect::CountPolicy>(args.policy,
+                                       {{"latest", Inspect::CountPolicy::LATEST}, {"all", Inspect::CountPolicy::ALL}}),
+      "which results of one ID count: latest leaves out those that a later one stands for (default: latest)");
+}
+
+bool describeJob(const JobArguments& args, Inspect::Job& job, int& code) {
+  job.descriptionFile = args.descriptionFile;
+  if (job.descriptionFile.empty()) {
+    const std::vector<std::string> found = Inspect::descriptionsIn(args.paths);
+    if (found.size() > 1) {
+      complain(fmt::format("expected one job, found {}; say which with --job", fmt::join(found, " and ")));
+      code = EXIT_USAGE;
+      return false;
+    }
+    if (!found.empty()) job.descriptionFile = found.front();
+  }
+  std::string error;
+  if (!job.descriptionFile.empty() && !readJobDescription(job.descriptionFile, job.description, job.expected, error)) {
+    complain(error);
+    code = EXIT_COULD_NOT;
+    return false;
+  }
+  if (takeExpected(args.expected, job.expected)) return true;
+  code = EXIT_USAGE;
+  return false;
+}
+
+void readWholeJob(const JobArguments& args, const Options& options, Inspect::Job& job, int& code) {
+  Options recursive = options;
+  recursive.recursive = true;
+  std::size_t passedOver = 0;
+  int reading = EXIT_DONE;
+  std::vector<std::string> files = filesOf(args.paths, recursive, reading, passedOver);
+  if (!job.descriptionFile.empty()) Inspect::leaveOutDescription(files, job.descriptionFile);
+  const Inspect::FileRun run(std::move(files), args.paths, options.maxSize, passedOver);
+  job.files = readJob(run, options, reading);
+  // What is damaged is known of the links; only what nobody could look at makes the answer doubtful.
+  if (reading == EXIT_COULD_NOT) code = worse(code, EXIT_COULD_NOT);
+  job.settle(args.policy);
 }
 
 void complainOfEach(const std::string& name, const Inspect::Findings& findings) {

@@ -84,15 +84,19 @@ bool isForSpreadsheet = false;
 struct ColumnUnit {
   const char* column;
   const char* unit;
+  const char* beside = nullptr;  ///< only where this column is, too
 };
-constexpr ColumnUnit UNITS[] = {{"length", "m"},     {"headroom", "dB"},      {"time", "UTC"},
-                                {"bytes", "bytes"},  {"offset", "bytes"},     {"recordedBytes", "bytes"},
-                                {"size", "bytes"},   {"storedSize", "bytes"}, {"originalSize", "bytes"},
-                                {"missing", "bytes"}};
+constexpr ColumnUnit UNITS[] = {{"length", "m"},           {"headroom", "dB"},
+                                {"time", "UTC"},           {"bytes", "bytes"},
+                                {"offset", "bytes"},       {"recordedBytes", "bytes"},
+                                {"size", "bytes"},         {"storedSize", "bytes"},
+                                {"originalSize", "bytes"}, {"missing", "bytes", "wasClosed"}};
 
-std::string headingOf(const std::string& column) {
+std::string headingOf(const std::string& column, const std::vector<std::string>& columns) {
   for (const ColumnUnit& row : UNITS) {
-    if (isForSpreadsheet && column == row.column) return fmt::format("{} ({})", column, row.unit);
+    if (!isForSpreadsheet || column != row.column) continue;
+    if (row.beside == nullptr || std::find(columns.begin(), columns.end(), row.beside) != columns.end())
+      return fmt::format("{} ({})", column, row.unit);
   }
   return column;
 }
@@ -122,7 +126,7 @@ void setSpreadsheet(bool isWanted) {
 void printCsvHeader(const std::vector<std::string>& columns) {
   constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
   std::string line;
-  for (const std::string& column : columns) line += (line.empty() ? "" : ",") + headingOf(column);
+  for (const std::string& column : columns) line += (line.empty() ? "" : ",") + headingOf(column, columns);
   fmt::print("{}{}{}", isForSpreadsheet ? BYTE_ORDER_MARK : "", line, csvLineEnd());
 }
 

@@ -15,7 +15,7 @@ namespace {
 
 struct SummaryArguments {
   std::vector<std::string> paths;
-  std::string expected;
+  std::vector<std::string> expected;
   bool unsorted = false;
 };
 
@@ -92,7 +92,7 @@ int summaryInPassing(const SummaryArguments& args, const Inspect::FileRun& run, 
 }
 
 int summary(const SummaryArguments& args, const Options& options) {
-  Inspect::CableIdSet expected;
+  Inspect::ExpectedIds expected;
   const bool hasExpected = !args.expected.empty();
   if (!takeExpected(args.expected, expected)) return EXIT_USAGE;
   int code = EXIT_DONE;

@@ -74,7 +74,7 @@ int runCommand(int argc, char** argv) {
   Subcommand root("veltra", "Inspect, check, recover and create the files of cabling testers.");
   addOptions(root, options);
   root.commands = listOf(infoCommand(options), listCommand(options), showCommand(options), summaryCommand(options),
-                         doctorCommand(options), recoverCommand(options), reportCommand(options),
+                         doctorCommand(options), recoverCommand(options), jobCommand(options), reportCommand(options),
                          annotateCommand(options), extractCommand(options), diffCommand(options), packCommand(options),
                          manifestCommand(options), netprofileCommand(options), idsCommand(options),
                          typesCommand(options), completionCommand(root), helpCommand(root));

@@ -144,9 +144,9 @@ TEST(ReportPage, TheLeadIsThatOfTheTable) {
 // Text that is markup or cannot be shown, numbers that are none, damage, what was not read, expected IDs.
 TEST(ReportPage, OfAwkwardResultsIsTheGoldenOne) {
   const std::string hostile = "\"><script>x</script>' onload='a' {title} \x01\xff\xE2\x80\xAE https:";
-  CableIdSet expected;
+  ExpectedIds expected;
   std::string error;
-  ASSERT_TRUE(parseExpected("A1..A9", expected, error));
+  ASSERT_TRUE(expected.add("A1..A9", error));
   JobFiles job;
   job.expected = &expected;
   job.rows = {row(hostile, Veltra::STATUS_FAIL, "45.0", "-1.0"),
