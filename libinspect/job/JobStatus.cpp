@@ -1,5 +1,7 @@
 #include <libinspect/job/JobStatus.h>
 
+#include <unordered_set>
+
 #include <fmt/format.h>
 
 namespace Inspect {
@@ -58,6 +60,15 @@ void addNotes(const JobLink& link, std::vector<std::string>& notes) {
   }
 }
 
+/// Damaged and unreadable files of which nobody knows the link.
+void addStrays(const Job& job, std::vector<std::string>& notes) {
+  std::unordered_set<std::string> known;
+  for (const JobLink& link : job.links) known.insert(link.lostFiles.begin(), link.lostFiles.end());
+  for (const std::string& file : job.files.lostFiles()) {
+    if (known.insert(file).second) notes.push_back(file + " is damaged or could not be read: its ID is not known");
+  }
+}
+
 }  // namespace
 
 void LinkCounts::add(const JobLink& link) {
@@ -82,14 +93,14 @@ const std::vector<LinkCountColumn>& linkCountColumns() {
   return COLUMNS;
 }
 
-JobStatus statusOf(const std::vector<JobLink>& links, const ExpectedIds& expected) {
+JobStatus statusOf(const Job& job) {
   JobStatus status;
-  for (const ExpectedIds::Range& range : expected.ranges()) {
+  for (const ExpectedIds::Range& range : job.expected.ranges()) {
     RangeStatus& counted = status.ranges.emplace_back();
     counted.text = range.text;
-    for (const uint32_t id : range.ids) counted.counts.add(links[id]);
+    for (const uint32_t id : range.ids) counted.counts.add(job.links[id]);
   }
-  for (const JobLink& link : links) {
+  for (const JobLink& link : job.links) {
     addNotes(link, status.notes);
     if (link.isTestedAgain()) status.history.push_back(&link);
     if (link.isExpected) {
@@ -99,6 +110,7 @@ JobStatus statusOf(const std::vector<JobLink>& links, const ExpectedIds& expecte
       status.foreign.push_back(&link);
     }
   }
+  addStrays(job, status.notes);
   return status;
 }
 

@@ -6,7 +6,7 @@
 
 #include <json/value.h>
 
-#include <libinspect/job/JobLinks.h>
+#include <libinspect/job/Job.h>
 
 namespace Inspect {
 
@@ -49,7 +49,7 @@ struct WorkItem {
   std::string file;                   ///< empty if it is missing
 };
 
-/// Whether a job is finished. Borrows the links it was made from.
+/// Whether a job is finished. Borrows the job it was made from.
 struct JobStatus {
   std::vector<RangeStatus> ranges;
   LinkCounts all;                       ///< each expected ID once
@@ -60,6 +60,7 @@ struct JobStatus {
 
   bool isFinished() const { return all.areAllPassed(); }
 };
-JobStatus statusOf(const std::vector<JobLink>& links, const ExpectedIds& expected);
+/// @param job  settled
+JobStatus statusOf(const Job& job);
 
 }  // namespace Inspect

@@ -69,20 +69,116 @@ void sortRows(std::vector<ResultRow>& rows) {
   rows = std::move(sorted);
 }
 
+namespace {
+
+template <class Value>
+int order(const Value& a, const Value& b) {
+  return a < b ? -1 : b < a ? 1 : 0;
+}
+
+int orderAsCounted(const std::string& a, const std::string& b) {
+  const int counted = compared(a, b);
+  return counted != 0 ? counted : a.compare(b);
+}
+
+/// The worse verdict is the higher one.
+int orderOf(Veltra::Status a, Veltra::Status b) {
+  Veltra::Status merged = a;
+  mergeStatus(merged, b);
+  if (merged != a) return -1;
+  merged = b;
+  mergeStatus(merged, a);
+  return merged != b ? 1 : 0;
+}
+
+int never(const ResultRow&) {
+  return 0;
+}
+
+/// A member of the summary that is a number of tests.
+template <int Veltra::ResultSummary::*COUNT>
+constexpr RowField countField(const char* name) {
+  return {name,
+          true,
+          false,
+          [](const ResultRow& row) { return std::to_string(row.summary.*COUNT); },
+          [](const ResultRow& a, const ResultRow& b) { return order(a.summary.*COUNT, b.summary.*COUNT); },
+          never};
+}
+
+template <Veltra::DisplayMeas Veltra::ResultSummary::*MEASUREMENT>
+constexpr RowField measurementField(const char* name) {
+  return {name,
+          true,
+          true,
+          [](const ResultRow& row) { return measurementText(row.summary.*MEASUREMENT); },
+          [](const ResultRow& a, const ResultRow& b) {
+            return compareNumbers(a.summary.*MEASUREMENT, b.summary.*MEASUREMENT);
+          },
+          [](const ResultRow& row) { return static_cast<int>(presenceOf(row.summary.*MEASUREMENT)); }};
+}
+
+std::string timeText(const ResultRow& row) {
+  return isoUtc(static_cast<time_t>(row.summary.timeStamp));
+}
+
+}  // namespace
+
+const std::vector<RowField>& rowFields() {
+  using Row = const ResultRow&;
+  static const std::vector<RowField> FIELDS = {
+      {"file", false, false, [](Row row) { return row.file; },
+       [](Row a, Row b) { return orderAsCounted(a.file, b.file); }, never},
+      {"id", false, false, [](Row row) { return row.summary.resultName; },
+       [](Row a, Row b) { return orderAsCounted(a.summary.resultName, b.summary.resultName); }, never},
+      {"type", false, false, [](Row row) { return std::string(toString(row.summary.resultType)); },
+       [](Row a, Row b) { return order(a.summary.resultType, b.summary.resultType); }, never},
+      {"status", false, false, [](Row row) { return std::string(toString(row.summary.status)); },
+       [](Row a, Row b) { return orderOf(a.summary.status, b.summary.status); }, never},
+      measurementField<&Veltra::ResultSummary::length>("length"),
+      measurementField<&Veltra::ResultSummary::headroom>("headroom"),
+      {"time", false, false, timeText, [](Row a, Row b) { return order(a.summary.timeStamp, b.summary.timeStamp); },
+       [](Row row) { return hasTime(row) ? 0 : 1; }},
+      countField<&Veltra::ResultSummary::numPassTests>("numPassTests"),
+      countField<&Veltra::ResultSummary::numPassStarTests>("numPassStarTests"),
+      countField<&Veltra::ResultSummary::numFailTests>("numFailTests"),
+  };
+  return FIELDS;
+}
+
+const RowField* rowField(const std::string& name) {
+  const std::vector<RowField>& fields = rowFields();
+  const auto found = std::find_if(fields.begin(), fields.end(), [&name](const RowField& f) { return name == f.name; });
+  return found == fields.end() ? nullptr : &*found;
+}
+
+std::vector<std::string> rowColumns(const std::vector<const RowField*>& fields) {
+  std::vector<std::string> columns;
+  for (const RowField* const field : fields) {
+    columns.emplace_back(field->name);
+    if (field->isMeasurement) columns.push_back(std::string(field->name) + "Relation");
+  }
+  return columns;
+}
+
 const std::vector<std::string>& rowColumns() {
-  static const std::vector<std::string> COLUMNS = {"file",
-                                                   "id",
-                                                   "type",
-                                                   "status",
-                                                   "length",
-                                                   "lengthRelation",
-                                                   "headroom",
-                                                   "headroomRelation",
-                                                   "time",
-                                                   "numPassTests",
-                                                   "numPassStarTests",
-                                                   "numFailTests"};
+  static const std::vector<std::string> COLUMNS = [] {
+    std::vector<const RowField*> fields;
+    for (const RowField& field : rowFields()) fields.push_back(&field);
+    return rowColumns(fields);
+  }();
   return COLUMNS;
+}
+
+void sortBy(const std::vector<SortKey>& keys, std::vector<const ResultRow*>& rows) {
+  std::stable_sort(rows.begin(), rows.end(), [&keys](const ResultRow* a, const ResultRow* b) {
+    for (const SortKey& key : keys) {
+      const RowField& field = *key.field;
+      if (const int absence = field.absence(*a) - field.absence(*b); absence != 0) return absence < 0;
+      if (const int found = field.compare(*a, *b); found != 0) return key.isDescending ? found > 0 : found < 0;
+    }
+    return false;
+  });
 }
 
 Json::Value toJson(const ResultRow& row) {

@@ -27,8 +27,31 @@ void sortRows(std::vector<ResultRow>& rows);
 /// The row as an object: file, id, type, status, length and headroom as measurementJson(), time, and the numbers of
 /// tests that passed, passed with a star and failed. These names are those of every table, CSV and JSON of results.
 Json::Value toJson(const ResultRow& row);
-/// The columns of that object in order, with a measurement as a number and a relation.
+/// A member of that object: what rows can be sorted by, and which columns can be chosen.
+struct RowField {
+  const char* name;
+  bool isNumber;                                       ///< on the right of a table
+  bool isMeasurement;                                  ///< two columns: its number and its relation
+  std::string (*text)(const ResultRow&);               ///< for people
+  int (*compare)(const ResultRow&, const ResultRow&);  ///< below 0: the first one is the lower
+  int (*absence)(const ResultRow&);                    ///< 0: there is a value; the others stand last, in this order
+};
+/// The members in the order of the columns.
+const std::vector<RowField>& rowFields();
+/// The member of that name; null if there is none.
+const RowField* rowField(const std::string& name);
+/// The columns of that object, or of some of its members, in order, with a measurement as a number and a relation.
+std::vector<std::string> rowColumns(const std::vector<const RowField*>& fields);
 const std::vector<std::string>& rowColumns();
+
+/// One field that rows are sorted by.
+struct SortKey {
+  const RowField* field = nullptr;
+  bool isDescending = false;
+};
+/// Puts rows in the order of the first key, equal ones in that of the second, and so on; the rest stays as it is. Those
+/// without a value come last, whatever the direction: not set, not available, not applicable.
+void sortBy(const std::vector<SortKey>& keys, std::vector<const ResultRow*>& rows);
 
 /// Which IDs of a job were tested.
 struct Coverage {

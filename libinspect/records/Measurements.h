@@ -12,6 +12,17 @@ namespace Inspect {
 /// The number of a measurement that has one, also of a bound: the nearest to its decimal text. The library's own
 /// conversions use single precision.
 std::optional<double> measuredNumber(const Veltra::DisplayMeas& measurement);
+/// Whether a measurement has a number, and where it stands among those that have none.
+enum class Presence {
+  NUMBER,          ///< also an infinite one
+  NOT_SET,         ///< a value that is no number
+  NOT_AVAILABLE,   ///< "n/a"
+  NOT_APPLICABLE,  ///< "none"
+};
+Presence presenceOf(const Veltra::DisplayMeas& measurement);
+/// Below 0 if `a` is the lower one, above 0 if `b` is; 0 if they are equal, or one has no number. "< 5" is below 5.
+int compareNumbers(const Veltra::DisplayMeas& a, const Veltra::DisplayMeas& b);
+
 /// The measurement as text for people: its relation and number, "-" where there is no number.
 std::string measurementText(const Veltra::DisplayMeas& measurement);
 

@@ -26,7 +26,7 @@ struct FileAnswer {
   uint64_t deepFindings = 0;  ///< how many of the findings a deep examination alone has found
 };
 
-/// The files of paths: with -r every regular file below a directory, in order of name.
+/// The files of paths: with -r every regular file below a directory, in order of name, but for its job.json.
 /// @param code        made worse, with a complaint, for a path that cannot be examined
 /// @param passedOver  receives how much else is in the directories
 std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Options& options, int& code,

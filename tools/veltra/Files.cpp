@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -56,6 +57,9 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Op
                                  std::size_t& passedOver) {
   std::vector<std::string> faults;
   std::vector<std::string> files = Inspect::filesOf(paths, options.recursive, faults, passedOver);
+  for (const std::string& description : Inspect::descriptionsIn(paths)) {
+    files.erase(std::remove(files.begin(), files.end(), description), files.end());
+  }
   for (const std::string& fault : faults) complain(fault);
   if (!faults.empty()) code = worse(code, EXIT_COULD_NOT);
   return files;
@@ -81,7 +85,7 @@ bool takeExpected(const std::vector<std::string>& expected, Inspect::ExpectedIds
   for (const std::string& range : expected) {
     std::string error;
     if (ids.add(range, error)) continue;
-    complain("--expect: " + error);
+    complain(error);
     return false;
   }
   return true;

@@ -207,7 +207,7 @@ int status(const JobArguments& args, const Options& options) {
     return EXIT_USAGE;
   }
   readWholeJob(args, options, job, code);
-  const JobStatus status = statusOf(job.links, job.expected);
+  const JobStatus status = statusOf(job);
   Document document;
   document.columns = {"kind"};
   for (const char* column : {RANGE, "id", "why", "status", "file"}) document.columns.emplace_back(column);
