@@ -65,8 +65,9 @@ class VELTRA_EXPORT FileReplacement {
   ///         could not be created; nothing remains of it
   [[nodiscard]] bool open(const std::string& path, Access access = ACCESS_AS_BEFORE);
   bool isOpen() const { return _descriptor >= 0; }
-  /// Makes commit() fail unless the file to replace still has this stamp, or is still missing. Call it after
-  /// open().
+  /// Makes commit() fail unless the file to replace still has this stamp, or is still missing: a default stamp stands
+  /// for a file that must not be there, and where the file system can, none is replaced that is made meanwhile. Call it
+  /// after open().
   void expect(const FileStamp& old) { _expected = old; }
 
   /// Appends to the temporary file. After a failure commit() fails too.

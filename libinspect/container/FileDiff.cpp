@@ -38,13 +38,6 @@ bool isDeep(const Json::Value* value) {
   return value != nullptr && (value->isObject() || value->isArray()) && !value->empty();
 }
 
-/// A path without its middle, if it is very long: a document may repeat a long name for each of its values.
-std::string shortened(const std::string& path) {
-  constexpr std::size_t MOST = 1000;
-  if (path.size() <= MOST) return path;
-  return path.substr(0, cutAt(path, MOST / 2)) + "..." + path.substr(cutAt(path, path.size() - MOST / 2));
-}
-
 class FileDiff {
  public:
   FileDiff(const ByteSource& a, const ByteSource& b, const FieldsOf& fieldsOf, bool reveal,

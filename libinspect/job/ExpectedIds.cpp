@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <tuple>
 
 #include <fmt/format.h>
 
 #include <libcrossplatform/common/CIDNumber.h>
 #include <libcrossplatform/serialization/Utf8Text.h>
+#include <libinspect/container/PrintableText.h>
 #include <libinspect/job/CableIds.h>
 #include <libinspect/job/ResultRows.h>
 
@@ -49,8 +51,10 @@ bool split(const std::string& text, NumberedText& parts) {
 std::string proposalFor(const std::string& first, const std::string& last) {
   constexpr std::size_t MOST_RANGES = 6;
   NumberedText from, to;
+  if (first == last && !first.empty()) return "; expected " + first;
   const bool isCounted = split(first, from) && split(last, to) && from.before == to.before && from.after == to.after;
   if (!isCounted || from.digits >= to.digits || from.number >= to.number || to.isPadded()) return {};
+  if (to.number - from.number >= MOST_RANGES * MAX_CABLE_IDS) return {};
   const std::vector<std::string> ranges = rangesBetween(from.before, from.number, to.number, from.digits, from.after);
   if (ranges.size() > MOST_RANGES) return {};
   return fmt::format("; expected {} and {}", fmt::join(ranges.begin(), ranges.end() - 1, ", "), ranges.back());
@@ -59,8 +63,8 @@ std::string proposalFor(const std::string& first, const std::string& last) {
 /// The numbers of IDs that differ in nothing else, in order, each once.
 using Numbers = std::vector<uint64_t>;
 
-/// Calls with the first and the last number of each range. A gap ends a range if it is longer than a patch panel and
-/// than the range before it.
+/// Calls with the first and the last number of each range. A gap ends a range if it is longer than a patch panel, and
+/// than there were IDs in the range so far.
 template <class OnRange>
 void forEachRange(const Numbers& numbers, const OnRange& onRange) {
   constexpr uint64_t PANEL = 24;
@@ -68,7 +72,7 @@ void forEachRange(const Numbers& numbers, const OnRange& onRange) {
   for (std::size_t i = 1; i <= numbers.size(); ++i) {
     if (i < numbers.size()) {
       const uint64_t gap = numbers[i] - numbers[i - 1] - 1;
-      if (gap <= std::max(PANEL, numbers[i - 1] - numbers[begin] + 1)) continue;
+      if (gap <= std::max<uint64_t>(PANEL, i - begin)) continue;
     }
     onRange(numbers[begin], numbers[i - 1]);
     begin = i;
@@ -91,12 +95,12 @@ bool ExpectedIds::add(const std::string& text, std::string& error) {
     CableIdSet set;
     std::string refusal = "a set needs a first and a last ID";
     if (first.empty() || last.empty() || !set.build(first, last, refusal)) {
-      error = fmt::format("{}: {}{}", text, refusal, proposalFor(first, last));
+      error = fmt::format("{}: {}{}", shortened(text), refusal, proposalFor(first, last));
       return false;
     }
     ids = set.ids(0, set.count());
     if (ids.empty()) {
-      error = text + ": has no letter or digit to count by";
+      error = shortened(text) + ": has no letter or digit to count by";
       return false;
     }
   }
@@ -108,7 +112,7 @@ bool ExpectedIds::add(const std::string& text, std::string& error) {
   }
   _listed += ids.size();
   if (_listed > MOST_IDS) {
-    error = fmt::format("{}: more than {} IDs with it", text, MOST_IDS);
+    error = fmt::format("{}: more than {} IDs with it", shortened(text), MOST_IDS);
     return false;
   }
   _ranges.push_back(std::move(range));
@@ -133,15 +137,14 @@ std::vector<std::string> rangesBetween(const std::string& before, uint64_t first
   return ranges;
 }
 
-std::vector<std::string> guessedRanges(std::vector<std::string> ids, std::vector<std::string>& unusual) {
-  std::sort(ids.begin(), ids.end());
-  ids.erase(std::unique(ids.begin(), ids.end()), ids.end());
+std::vector<std::string> guessedRanges(const std::vector<std::string>& ids, const std::vector<std::string>& likely,
+                                       std::vector<std::string>& unusual) {
   // Numbers with leading zeros have one length; the others count on from 9 to 10: length 0.
   using Group = std::tuple<std::string, std::string, std::size_t>;
   std::map<Group, Numbers> groups;
   std::vector<std::string> ranges;
   std::vector<NumberedText> unpadded;
-  for (const std::string& id : ids) {
+  for (const std::string& id : std::set<std::string>(ids.begin(), ids.end())) {
     NumberedText parts;
     CIDPattern pattern;
     if (id.empty() || id.find(DOTS) != std::string::npos || !Dump::isUtf8(id)) {
@@ -159,9 +162,17 @@ std::vector<std::string> guessedRanges(std::vector<std::string> ids, std::vector
     Numbers& numbers = padded != groups.end() ? padded->second : groups[{parts.before, parts.after, 0}];
     numbers.push_back(parts.number);
   }
+  for (const std::string& id : likely) {
+    NumberedText parts;
+    if (!split(id, parts)) continue;
+    auto group = groups.find({parts.before, parts.after, parts.digits});
+    if (group == groups.end() && !parts.isPadded()) group = groups.find({parts.before, parts.after, 0});
+    if (group != groups.end()) group->second.push_back(parts.number);
+  }
   for (auto& [group, numbers] : groups) {
     const auto& [before, after, digits] = group;
     std::sort(numbers.begin(), numbers.end());
+    numbers.erase(std::unique(numbers.begin(), numbers.end()), numbers.end());
     forEachRange(numbers, [&, &before = before, &after = after, &digits = digits](uint64_t first, uint64_t last) {
       const std::vector<std::string> found =
           rangesBetween(before, first, last, std::max<std::size_t>(digits, 1), after);

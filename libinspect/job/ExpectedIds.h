@@ -13,7 +13,7 @@ namespace Inspect {
 /// given twice is one ID.
 class ExpectedIds {
  public:
-  static constexpr std::size_t MOST_IDS = 1000000;  ///< of all ranges together
+  static constexpr std::size_t MOST_IDS = 100000;  ///< of all ranges, counted range by range
 
   /// One range, or one single ID, as it was given.
   struct Range {
@@ -45,9 +45,11 @@ std::vector<std::string> rangesBetween(const std::string& before, uint64_t first
                                        const std::string& after);
 
 /// Ranges and single IDs that contain all these IDs, in the order in which people count. IDs that differ in their last
-/// number alone are a range, which goes on over a gap that is not longer than 24 IDs, or than the range before it.
+/// number alone are a range, which goes on over a gap that is not longer than 24 IDs, or than there were in it so far.
 /// @param ids      in any order, also more than once
+/// @param likely   what may be IDs: counted where they fit into a range of the others
 /// @param unusual  receives the IDs that cannot be written as an expected ID: with "..", empty, or no UTF-8
-std::vector<std::string> guessedRanges(std::vector<std::string> ids, std::vector<std::string>& unusual);
+std::vector<std::string> guessedRanges(const std::vector<std::string>& ids, const std::vector<std::string>& likely,
+                                       std::vector<std::string>& unusual);
 
 }  // namespace Inspect

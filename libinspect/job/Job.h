@@ -25,9 +25,17 @@ struct Job {
   void settle(CountPolicy policy) { links = linksOf(files, expected, policy); }
 };
 
-/// The descriptions that folders have, by JobDescription::FILE_NAME.
+/// A description with the IDs that the results of a job seem to be of, marked as guessed; the names of damaged files
+/// count where they fit into a range. Without IDs there is nothing to guess from.
+/// @param unusual  receives the IDs that cannot be written as an expected ID
+JobDescription guessedDescription(const Job& job, std::vector<std::string>& unusual);
+
+/// The descriptions that folders have, by JobDescription::FILE_NAME, and those that are named themselves.
 /// @param paths  of files and folders
 std::vector<std::string> descriptionsIn(const std::vector<std::string>& paths);
+
+/// Leaves each file in a list once, by whatever names it is there.
+void leaveOutDoubles(std::vector<std::string>& files);
 
 /// Takes the description of a job out of its files, by whatever name it is there.
 void leaveOutDescription(std::vector<std::string>& files, const std::string& descriptionFile);

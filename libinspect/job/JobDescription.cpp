@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 #include <json/writer.h>
 
+#include <libcrossplatform/serialization/Utf8Text.h>
 #include <libinspect/container/ByteSource.h>
 #include <libinspect/container/JsonFaults.h>
 #include <libinspect/describe/ObjectReader.h>
@@ -31,6 +32,10 @@ bool parseJobDescription(const std::string& text, JobDescription& description, E
                          std::string& error) {
   Json::Value root;
   error.clear();
+  if (!Dump::isUtf8(text)) {
+    error = "expected UTF-8 text, found other bytes";
+    return false;
+  }
   if (!parseWholeJson(text, root, error)) return false;
   ObjectReader in(root, text, "job", error);
   for (const TextMember& member : TEXTS) in.text(member.key, description.*member.text);

@@ -34,6 +34,9 @@ void JobFiles::add(const std::string& name, const ReadOutcome& outcome, const Ju
     return;
   }
   if (!isRead || isOther) unread.push_back(shown);
+  const bool hasId = file != nullptr && file->hasSummary;
+  const bool isDamaged = isRead ? file->state == FileState::DAMAGED : outcome.state != ReadOutcome::LEFT_OUT;
+  if (isDamaged && !hasId) lost.push_back(shown);
   if (file == nullptr || isOther) return;
   if (file->hasSummary) rows.push_back({shown, file->summary, !isRead || file->state == FileState::DAMAGED});
   if (!isRead) return;
@@ -51,16 +54,8 @@ void JobFiles::sort() {
   std::sort(withoutResult.begin(), withoutResult.end(), comesBefore);
 }
 
-std::vector<std::string> JobFiles::lostFiles() const {
-  std::vector<std::string> lost = unread;
-  for (const FileNote& note : notes) {
-    if (note.isDamaged) lost.push_back(note.file);
-  }
-  return lost;
-}
-
 Coverage JobFiles::coverageOf(const ExpectedIds& set) const {
-  return Inspect::coverageOf(rows, lostFiles(), set);
+  return Inspect::coverageOf(rows, lost, set);
 }
 
 JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile, const OnRow& onRow) {

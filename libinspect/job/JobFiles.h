@@ -30,9 +30,11 @@ struct JobFiles {
   std::vector<FileNote> notes;
   std::vector<std::string> withoutResult;  ///< intact, but not result files
   std::vector<std::string> unread;         ///< could not be opened or read to the end, or named and no container
-  std::size_t others = 0;                  ///< files of folders that are no containers
-  bool hasPassed = false;                  ///< there were rows or notes, which are not held
-  const ExpectedIds* expected = nullptr;   ///< null if no IDs were given
+  /// Damaged, or not read though it was tried, and no summary tells the ID: it may be the name without its extension.
+  std::vector<std::string> lost;
+  std::size_t others = 0;                 ///< files of folders that are no containers
+  bool hasPassed = false;                 ///< there were rows or notes, which are not held
+  const ExpectedIds* expected = nullptr;  ///< null if no IDs were given
 
   /// Takes in one file.
   /// @param outcome  of reading it; what was read before an error is not taken for intact
@@ -42,8 +44,6 @@ struct JobFiles {
   void sort();
   /// No result was found, nor what may have been one.
   bool isEmpty() const { return rows.empty() && notes.empty() && !hasPassed; }
-  /// Damaged and unreadable files: one whose name without extension is an ID stands for a result of it.
-  std::vector<std::string> lostFiles() const;
   Coverage coverageOf(const ExpectedIds& set) const;
 };
 

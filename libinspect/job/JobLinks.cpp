@@ -22,6 +22,12 @@ void markCopies(const std::vector<LinkResult*>& results) {
   std::map<std::pair<uint64_t, uint32_t>, const ResultRow*> known;  // by size and CRC: each is compared with one other
   ByteSource source, other;
   std::string error;
+  if (results.size() == 2) {
+    const bool isCopy = source.openFile(results[1]->row->file, error) && other.openFile(results[0]->row->file, error) &&
+                        haveSameBytes(source, other);
+    if (isCopy) results[1]->copyOf = results[0]->row;
+    return;
+  }
   for (LinkResult* const result : results) {
     if (!source.openFile(result->row->file, error)) continue;
     const uint32_t crc = crcOf(source, 0, source.size());
@@ -62,11 +68,11 @@ void markReplaced(Results& results) {
   }
 }
 
-void addVerdict(JobLink& link, CountPolicy policy) {
+void addVerdict(JobLink& link) {
   bool hasFailed = false, hasNoVerdict = false, hasStar = false, hasCounted = false;
   for (LinkResult& result : link.results) {
     if (result.row->isDamaged || result.copyOf != nullptr) continue;
-    result.counts = result.replacedBy == nullptr || policy == CountPolicy::ALL;
+    result.counts = result.replacedBy == nullptr;
     if (!result.counts) continue;
     hasCounted = true;
     mergeStatus(link.verdict, result.row->summary.status);
@@ -96,22 +102,16 @@ void settle(JobLink& link, CountPolicy policy) {
                      link.results.end());
   if (link.results.size() > 1) {
     markCopies(link.results);
-    markReplaced(link.results);
+    if (policy == CountPolicy::LATEST) markReplaced(link.results);
   }
   link.results.insert(link.results.end(), damaged.begin(), damaged.end());
-  addVerdict(link, policy);
-}
-
-void addLost(JobLink& link, const std::string& file) {
-  if (std::find(link.lostFiles.begin(), link.lostFiles.end(), file) == link.lostFiles.end()) {
-    link.lostFiles.push_back(file);
-  }
+  addVerdict(link);
 }
 
 void addLostFiles(const JobFiles& files, const ExpectedIds& expected, std::vector<JobLink>& links) {
-  for (const std::string& file : files.lostFiles()) {
+  for (const std::string& file : files.lost) {
     const auto place = expected.placeOf(std::filesystem::path(file).stem().string());
-    if (place) addLost(links[*place], file);
+    if (place) links[*place].lostFiles.push_back(file);
   }
 }
 
@@ -145,7 +145,7 @@ std::vector<JobLink> linksOf(const JobFiles& files, const ExpectedIds& expected,
       link = place ? &links[*place] : &links.back();
     }
     link->results.push_back({&row});
-    if (row.isDamaged) addLost(*link, row.file);
+    if (row.isDamaged) link->lostFiles.push_back(row.file);
   }
   addLostFiles(files, expected, links);
   for (JobLink& each : links) settle(each, policy);

@@ -31,7 +31,7 @@ struct LinkResult {
   const ResultRow* replacedBy = nullptr;  ///< a later result, which stands for this one
   const ResultRow* copyOf = nullptr;      ///< a file with the same bytes
   bool counts = false;                    ///< it is a part of the link's verdict
-  bool isTied = false;                    ///< the name alone tells that `replacedBy` is later: its time is the same
+  bool isTied = false;                    ///< only the name of `replacedBy` is later, not its time
 };
 
 /// All results of one ID.
@@ -51,14 +51,15 @@ struct JobLink {
 /// Which of several results of one ID count.
 enum class CountPolicy {
   LATEST,  ///< not those that a later one stands for
-  ALL,     ///< every one, but a copy of a file
+  ALL,     ///< every intact one, but for copies of a file: none stands for another
 };
 
 /// The links of a job: those expected in their order, then those that are not, by ID.
 ///
 /// A later result stands for an earlier one of the same ID and medium if it contains all tests of it; otherwise both
-/// count. Of equal times the later name of a file is later. A result without a time stands for no other, and no other
-/// for it. Files with the same bytes are one result. Reads files once more whose summaries are equal.
+/// count. Of equal times the later file name is later, numbers in it counted. A result without a time stands for no
+/// other, and no other for it. Files with the same bytes are one result. Reads files once more whose summaries are
+/// equal.
 /// @param files  sorted; outlives the links
 std::vector<JobLink> linksOf(const JobFiles& files, const ExpectedIds& expected, CountPolicy policy);
 

@@ -50,8 +50,8 @@ void addNotes(const JobLink& link, std::vector<std::string>& notes) {
           fmt::format("{}: {} has the bytes of {} and counts once", link.id, result.row->file, result.copyOf->file));
     }
     if (link.results.size() > 1 && !result.row->isDamaged && !hasTime(*result.row)) {
-      notes.push_back(fmt::format("{}: {} has no time: it stands for no other result, nor another for it", link.id,
-                                  result.row->file));
+      notes.push_back(fmt::format("{}: {} has no time after 1970: it stands for no other result, nor another for it",
+                                  link.id, result.row->file));
     }
   }
   if (link.state == LinkState::DAMAGED) return;
@@ -64,7 +64,7 @@ void addNotes(const JobLink& link, std::vector<std::string>& notes) {
 void addStrays(const Job& job, std::vector<std::string>& notes) {
   std::unordered_set<std::string> known;
   for (const JobLink& link : job.links) known.insert(link.lostFiles.begin(), link.lostFiles.end());
-  for (const std::string& file : job.files.lostFiles()) {
+  for (const std::string& file : job.files.lost) {
     if (known.insert(file).second) notes.push_back(file + " is damaged or could not be read: its ID is not known");
   }
 }
@@ -111,6 +111,12 @@ JobStatus statusOf(const Job& job) {
     }
   }
   addStrays(job, status.notes);
+  if (job.description.isGuessed) {
+    status.notes.emplace_back(
+        "The expected IDs were guessed from results: what is missing before the first and after the last of a range "
+        "cannot "
+        "be told");
+  }
   return status;
 }
 

@@ -40,12 +40,21 @@ int compared(std::string_view a, std::string_view b) {
   return restOfA == restOfB ? 0 : restOfA < restOfB ? -1 : 1;
 }
 
+int orderAsCounted(const std::string& a, const std::string& b) {
+  const int counted = compared(a, b);
+  return counted != 0 ? counted : a.compare(b);
+}
+
+/// The name of a file in its folder.
+std::string nameOf(const std::string& file) {
+  return file.substr(file.rfind('/') + 1);
+}
+
 bool isBefore(const ResultRow& a, const ResultRow& b) {
-  const std::string &x = a.summary.resultName, &y = b.summary.resultName;
-  if (const int order = compared(x, y); order != 0) return order < 0;
-  if (x != y) return x < y;
+  if (const int ids = orderAsCounted(a.summary.resultName, b.summary.resultName); ids != 0) return ids < 0;
   if (a.summary.timeStamp != b.summary.timeStamp) return a.summary.timeStamp < b.summary.timeStamp;
-  return a.file < b.file;
+  const int names = orderAsCounted(nameOf(a.file), nameOf(b.file));
+  return names != 0 ? names < 0 : orderAsCounted(a.file, b.file) < 0;
 }
 
 }  // namespace
@@ -76,11 +85,6 @@ int order(const Value& a, const Value& b) {
   return a < b ? -1 : b < a ? 1 : 0;
 }
 
-int orderAsCounted(const std::string& a, const std::string& b) {
-  const int counted = compared(a, b);
-  return counted != 0 ? counted : a.compare(b);
-}
-
 /// The worse verdict is the higher one.
 int orderOf(Veltra::Status a, Veltra::Status b) {
   Veltra::Status merged = a;
@@ -95,14 +99,26 @@ int never(const ResultRow&) {
   return 0;
 }
 
-/// A member of the summary that is a number of tests.
+using Row = const ResultRow&;
+
+std::string timeText(Row row) {
+  return isoUtc(static_cast<time_t>(row.summary.timeStamp));
+}
+
+/// A member that is a text, the same in JSON.
+template <std::string (*TEXT)(Row), int (*COMPARE)(Row, Row), int (*ABSENCE)(Row) = never>
+constexpr RowField textField(const char* name) {
+  return {name, false, false, TEXT, [](Row row) { return Json::Value(TEXT(row)); }, COMPARE, ABSENCE};
+}
+
 template <int Veltra::ResultSummary::*COUNT>
 constexpr RowField countField(const char* name) {
   return {name,
           true,
           false,
-          [](const ResultRow& row) { return std::to_string(row.summary.*COUNT); },
-          [](const ResultRow& a, const ResultRow& b) { return order(a.summary.*COUNT, b.summary.*COUNT); },
+          [](Row row) { return std::to_string(row.summary.*COUNT); },
+          [](Row row) { return Json::Value(row.summary.*COUNT); },
+          [](Row a, Row b) { return order(a.summary.*COUNT, b.summary.*COUNT); },
           never};
 }
 
@@ -111,34 +127,54 @@ constexpr RowField measurementField(const char* name) {
   return {name,
           true,
           true,
-          [](const ResultRow& row) { return measurementText(row.summary.*MEASUREMENT); },
-          [](const ResultRow& a, const ResultRow& b) {
-            return compareNumbers(a.summary.*MEASUREMENT, b.summary.*MEASUREMENT);
-          },
-          [](const ResultRow& row) { return static_cast<int>(presenceOf(row.summary.*MEASUREMENT)); }};
+          [](Row row) { return presenceText(row.summary.*MEASUREMENT); },
+          [](Row row) { return measurementJson(row.summary.*MEASUREMENT); },
+          [](Row a, Row b) { return compareNumbers(a.summary.*MEASUREMENT, b.summary.*MEASUREMENT); },
+          [](Row row) { return static_cast<int>(presenceOf(row.summary.*MEASUREMENT)); }};
 }
 
-std::string timeText(const ResultRow& row) {
-  return isoUtc(static_cast<time_t>(row.summary.timeStamp));
+std::string fileText(Row row) {
+  return row.file;
+}
+int fileOrder(Row a, Row b) {
+  return orderAsCounted(a.file, b.file);
+}
+std::string idText(Row row) {
+  return row.summary.resultName;
+}
+int idOrder(Row a, Row b) {
+  return orderAsCounted(a.summary.resultName, b.summary.resultName);
+}
+std::string typeText(Row row) {
+  return toString(row.summary.resultType);
+}
+int typeOrder(Row a, Row b) {
+  return order(a.summary.resultType, b.summary.resultType);
+}
+std::string statusText(Row row) {
+  return toString(row.summary.status);
+}
+int statusOrder(Row a, Row b) {
+  return orderOf(a.summary.status, b.summary.status);
+}
+int timeOrder(Row a, Row b) {
+  return order(a.summary.timeStamp, b.summary.timeStamp);
+}
+int timeAbsence(Row row) {
+  return hasTime(row) ? 0 : 1;
 }
 
 }  // namespace
 
 const std::vector<RowField>& rowFields() {
-  using Row = const ResultRow&;
   static const std::vector<RowField> FIELDS = {
-      {"file", false, false, [](Row row) { return row.file; },
-       [](Row a, Row b) { return orderAsCounted(a.file, b.file); }, never},
-      {"id", false, false, [](Row row) { return row.summary.resultName; },
-       [](Row a, Row b) { return orderAsCounted(a.summary.resultName, b.summary.resultName); }, never},
-      {"type", false, false, [](Row row) { return std::string(toString(row.summary.resultType)); },
-       [](Row a, Row b) { return order(a.summary.resultType, b.summary.resultType); }, never},
-      {"status", false, false, [](Row row) { return std::string(toString(row.summary.status)); },
-       [](Row a, Row b) { return orderOf(a.summary.status, b.summary.status); }, never},
+      textField<fileText, fileOrder>("file"),
+      textField<idText, idOrder>("id"),
+      textField<typeText, typeOrder>("type"),
+      textField<statusText, statusOrder>("status"),
       measurementField<&Veltra::ResultSummary::length>("length"),
       measurementField<&Veltra::ResultSummary::headroom>("headroom"),
-      {"time", false, false, timeText, [](Row a, Row b) { return order(a.summary.timeStamp, b.summary.timeStamp); },
-       [](Row row) { return hasTime(row) ? 0 : 1; }},
+      textField<timeText, timeOrder, timeAbsence>("time"),
       countField<&Veltra::ResultSummary::numPassTests>("numPassTests"),
       countField<&Veltra::ResultSummary::numPassStarTests>("numPassStarTests"),
       countField<&Veltra::ResultSummary::numFailTests>("numFailTests"),
@@ -183,17 +219,7 @@ void sortBy(const std::vector<SortKey>& keys, std::vector<const ResultRow*>& row
 
 Json::Value toJson(const ResultRow& row) {
   Json::Value json(Json::objectValue);
-  const Veltra::ResultSummary& s = row.summary;
-  json["file"] = row.file;
-  json["id"] = s.resultName;
-  json["type"] = toString(s.resultType);
-  json["status"] = toString(s.status);
-  json["length"] = measurementJson(s.length);
-  json["headroom"] = measurementJson(s.headroom);
-  json["time"] = isoUtc(static_cast<time_t>(s.timeStamp));
-  json["numPassTests"] = s.numPassTests;
-  json["numPassStarTests"] = s.numPassStarTests;
-  json["numFailTests"] = s.numFailTests;
+  for (const RowField& field : rowFields()) json[field.name] = field.json(row);
   return json;
 }
 

@@ -21,18 +21,17 @@ bool hasTime(const ResultRow& row);
 /// True when `a` comes before `b` with runs of digits compared as numbers: A2 before A10.
 bool comesBefore(const std::string& a, const std::string& b);
 
-/// Puts rows in the numeric order of their IDs; equal IDs by time, then by file.
+/// Puts rows in the numeric order of their IDs; equal IDs by time, then by name of the file, numbers in it counted.
 void sortRows(std::vector<ResultRow>& rows);
 
-/// The row as an object: file, id, type, status, length and headroom as measurementJson(), time, and the numbers of
-/// tests that passed, passed with a star and failed. These names are those of every table, CSV and JSON of results.
-Json::Value toJson(const ResultRow& row);
-/// A member of that object: what rows can be sorted by, and which columns can be chosen.
+/// A member of a row: its name in every table, CSV and JSON, what rows can be sorted by, and which columns can be
+/// chosen.
 struct RowField {
   const char* name;
   bool isNumber;                                       ///< on the right of a table
   bool isMeasurement;                                  ///< two columns: its number and its relation
   std::string (*text)(const ResultRow&);               ///< for people
+  Json::Value (*json)(const ResultRow&);               ///< a measurement as measurementJson()
   int (*compare)(const ResultRow&, const ResultRow&);  ///< below 0: the first one is the lower
   int (*absence)(const ResultRow&);                    ///< 0: there is a value; the others stand last, in this order
 };
@@ -40,6 +39,8 @@ struct RowField {
 const std::vector<RowField>& rowFields();
 /// The member of that name; null if there is none.
 const RowField* rowField(const std::string& name);
+/// The row as an object with all members.
+Json::Value toJson(const ResultRow& row);
 /// The columns of that object, or of some of its members, in order, with a measurement as a number and a relation.
 std::vector<std::string> rowColumns(const std::vector<const RowField*>& fields);
 const std::vector<std::string>& rowColumns();

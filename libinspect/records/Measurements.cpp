@@ -71,7 +71,20 @@ int compareNumbers(const Veltra::DisplayMeas& a, const Veltra::DisplayMeas& b) {
 }
 
 std::string measurementText(const Veltra::DisplayMeas& measurement) {
-  return presenceOf(measurement) == Presence::NUMBER ? measurement.toString() : "-";
+  return measuredNumber(measurement) ? measurement.toString() : "-";
+}
+
+std::string presenceText(const Veltra::DisplayMeas& measurement) {
+  switch (presenceOf(measurement)) {
+    case Presence::NUMBER:
+      return measurement.toString();
+    case Presence::NOT_SET:
+      return "not set";
+    case Presence::NOT_APPLICABLE:
+      return "none";
+    default:
+      return "n/a";
+  }
 }
 
 Json::Value measurementJson(const Veltra::DisplayMeas& measurement) {
@@ -81,6 +94,12 @@ Json::Value measurementJson(const Veltra::DisplayMeas& measurement) {
   json["value"] = number ? Json::Value(*number) : Json::Value();
   json["text"] = measurement.value.hasPrintableScale() ? Json::Value(measurement.toString()) : Json::Value();
   return json;
+}
+
+Json::Value relationBeside(const Json::Value& measurement) {
+  const Json::Value &relation = measurement["relation"], &text = measurement["text"];
+  const bool wantsNumber = relation == "=" || relation == ">" || relation == "<";
+  return wantsNumber && measurement["value"].isNull() && text.isString() ? text : relation;
 }
 
 bool isMeasurement(const Json::Value& value) {

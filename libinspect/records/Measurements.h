@@ -25,10 +25,15 @@ int compareNumbers(const Veltra::DisplayMeas& a, const Veltra::DisplayMeas& b);
 
 /// The measurement as text for people: its relation and number, "-" where there is no number.
 std::string measurementText(const Veltra::DisplayMeas& measurement);
+/// The same for lists that are sorted by it: "not set", "n/a" and "none" where there is no number.
+std::string presenceText(const Veltra::DisplayMeas& measurement);
 
 /// {"relation": "=", "text": "12.50", "value": 12.5}; relation one of "=", ">", "<", "n/a", "none"; value null where
 /// there is no number. A scale without a text gives null for value and text, where the library would abort.
 Json::Value measurementJson(const Veltra::DisplayMeas& measurement);
+/// What stands beside the number of such an object in a row: its relation, or, of a value or bound that is infinite or
+/// not set, which has no number, its text: "-inf".
+Json::Value relationBeside(const Json::Value& measurement);
 /// Whether a value is such an object; one that was parsed from a text is a document from outside and is shown as it is.
 bool isMeasurement(const Json::Value& value);
 /// The number of such an object with all measured digits, such as 12.50; empty where it has none.

@@ -26,7 +26,7 @@ t veltra job status -q job --count all -f csv
 t veltra job status job -q -f json > status.json
 sed -n '/"all"/,/}/p; /"finished"/p; /"notes"/,/\]/p' status.json
 grep -A33 '"id": "P2"' status.json | grep -E 'counts|replacedBy|state|status'
-for range in P1..P12 P01..P100 P9..P12 A1..B12 P1..P1 .. "" -..-; do t veltra job status job --expect "$range"; done
+for range in P1..P12 P1..P999999999999 P01..P100 P9..P12 A1..B12 P1..P1 .. "" -..-; do t veltra job status job --expect "$range"; done
 t veltra job status -q job/01.vres job/02b.vres --job job/job.json --spreadsheet
 t veltra job status -q job/01.vres job/02.vres job/02b.vres --expect P1 --expect P2
 # A bad description: the file, the member, what was expected and what was found.
@@ -38,10 +38,16 @@ done
 t veltra job status job --job nowhere.json
 mkdir other && cp job/job.json other && t veltra job status job other ./job/../job
 t veltra job init nowhere
+# Of the same time the later name counts, as people count; a file whose summary tells an ID stands for no other.
+mkdir tie && cp job/06.vres "tie/P (9).vres" && cp job/06b.vres "tie/P (10).vres" && cp job/09.vres tie/P7.vres
+patch tie/P7.vres $(($(stat -c %s tie/P7.vres) - 1)) ff && printf '%.0s[' {1..1200} > deep.json
+t veltra job status -q tie tie/../tie --expect P6 --expect P7 --expect P9
+t veltra job status tie --job deep.json
+t veltra job status -q tie/P* --count all -f jsonl --expect P6
 # Guesses: one length, from 9 to 10, gaps, what cannot be counted, and what cannot be said.
 mkdir many
 n=0
-for id in 7 8 10 12 R-099 R-100 R-1000 x001y x003y A-1 A-30 A-99 solo "a..b" ""; do
+for id in 7 8 10 12 D1 D26 D53 D107 D215 D431 R-099 R-100 R-1000 x001y x003y A-1 A-30 A-99 solo "a..b" ""; do
   result "../many/$((++n))" "$id" Pass 100 COPPER 1
 done
 t veltra job init many

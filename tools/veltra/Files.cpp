@@ -47,6 +47,15 @@ int codeOfOther(const Inspect::FileRun& run, const std::string& file, const std:
   return EXIT_DONE;
 }
 
+/// Whether a file begins as containers do, whatever its name.
+bool looksLikeContainer(const std::string& file) {
+  Inspect::ByteSource source;
+  std::string error;
+  char begin[2] = {};
+  return source.openFile(file, error) && source.readAt(0, begin, sizeof begin) == sizeof begin && begin[0] == 'P' &&
+         begin[1] == 'F';
+}
+
 void complainOfFile(const std::string& file, const Inspect::Findings& findings, const Options& options) {
   if (!options.quiet) complainOfEach(Inspect::inputName(file), findings);
 }
@@ -58,7 +67,8 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Op
   std::vector<std::string> faults;
   std::vector<std::string> files = Inspect::filesOf(paths, options.recursive, faults, passedOver);
   for (const std::string& description : Inspect::descriptionsIn(paths)) {
-    files.erase(std::remove(files.begin(), files.end(), description), files.end());
+    const bool isNamed = std::find(paths.begin(), paths.end(), description) != paths.end();
+    if (!isNamed && !looksLikeContainer(description)) Inspect::leaveOutDescription(files, description);
   }
   for (const std::string& fault : faults) complain(fault);
   if (!faults.empty()) code = worse(code, EXIT_COULD_NOT);
@@ -77,8 +87,10 @@ bool complainsOfNoResults(const std::vector<std::string>& paths, const Inspect::
 }
 
 Argument& addExpect(Subcommand& command, std::vector<std::string>& expected) {
-  return command.option("--expect", "FIRST..LAST", &expected,
-                        "IDs of the job, or one ID; tells which are missing, damaged, tested twice or not expected");
+  return command
+      .option("--expect", "FIRST..LAST", &expected,
+              "IDs of the job, or one ID; tells which are missing, damaged, tested twice or not expected")
+      .repeated();
 }
 
 bool takeExpected(const std::vector<std::string>& expected, Inspect::ExpectedIds& ids) {
@@ -209,7 +221,10 @@ void addJobArguments(Subcommand& command, JobArguments& args) {
   command.place("PATH", "PATH...", &args.paths, "the folder of the job, or its files").required();
   command.option("--job", "FILE", &args.descriptionFile,
                  "the description of the job (default: job.json in the folder)");
-  addExpect(command, args.expected);
+  command
+      .option("--expect", "FIRST..LAST", &args.expected,
+              "IDs of the job beside those of its description, or one ID; may be given several times")
+      .repeated();
   command.option(
       "--count", "latest|all",
       takeChoice<Inspect::CountPolicy>(args.policy,
@@ -245,6 +260,7 @@ void readWholeJob(const JobArguments& args, const Options& options, Inspect::Job
   std::size_t passedOver = 0;
   int reading = EXIT_DONE;
   std::vector<std::string> files = filesOf(args.paths, recursive, reading, passedOver);
+  if (args.paths.size() > 1) Inspect::leaveOutDoubles(files);
   if (!job.descriptionFile.empty()) Inspect::leaveOutDescription(files, job.descriptionFile);
   const Inspect::FileRun run(std::move(files), args.paths, options.maxSize, passedOver);
   job.files = readJob(run, options, reading);

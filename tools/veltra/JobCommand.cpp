@@ -17,9 +17,13 @@ namespace {
 using Inspect::JobStatus;
 
 // What a row tells of.
+constexpr char KIND[] = "kind";
 constexpr char RANGE[] = "range";
 constexpr char ALL[] = "all";
 constexpr char WORK[] = "work";
+constexpr char HISTORY[] = "history";
+constexpr char FOREIGN[] = "foreign";
+constexpr char NOTE[] = "note";
 
 Table::Cell verdictCell(Veltra::Status status) {
   return {toString(status), toneOf(status)};
@@ -100,21 +104,17 @@ std::string verdictText(const JobStatus& status) {
     return painted(all == 1 ? "The expected ID passed." : fmt::format("All {} expected IDs passed.", all), Tone::GOOD) +
            "\n";
   }
-  const std::string text = fmt::format("{} of {} expected IDs {} work:", open, all, open == 1 ? "needs" : "need");
+  const std::string text = all == 1
+                               ? "The expected ID needs work:"
+                               : fmt::format("{} of {} expected IDs {} work:", open, all, open == 1 ? "needs" : "need");
   return painted(text, Tone::BAD) + "\n";
 }
-
-constexpr char GUESSED[] =
-    "The expected IDs were guessed from results: what is missing before the first and after the last of a range cannot "
-    "be "
-    "told";
 
 std::string textOf(const Inspect::Job& job, const JobStatus& status) {
   std::string text = job.description.title.empty() ? "" : printable(job.description.title) + "\n";
   text +=
       rangesText(status) + "\n" + verdictText(status) + workText(status) + historyText(status) + foreignText(status);
-  if (job.description.isGuessed || !status.notes.empty()) text += "\n";
-  if (job.description.isGuessed) text += std::string(GUESSED) + ".\n";
+  if (!status.notes.empty()) text += "\n";
   for (const std::string& note : status.notes) text += printable(note) + ".\n";
   return text;
 }
@@ -125,12 +125,12 @@ void addCounts(const Inspect::LinkCounts& counts, Json::Value& json) {
   }
 }
 
-/// Rows of three kinds, told apart by their first column.
+/// Rows of several kinds, told apart by their first column.
 std::vector<Json::Value> rowsOf(const JobStatus& status) {
   std::vector<Json::Value> rows;
   const auto add = [&rows](const char* kind) -> Json::Value& {
     Json::Value& row = rows.emplace_back(Json::objectValue);
-    row["kind"] = kind;
+    row[KIND] = kind;
     return row;
   };
   for (const Inspect::RangeStatus& range : status.ranges) {
@@ -146,6 +146,26 @@ std::vector<Json::Value> rowsOf(const JobStatus& status) {
     row["status"] = item.result != nullptr ? Json::Value(toString(item.result->summary.status)) : Json::Value();
     row["file"] = item.file.empty() ? Json::Value() : Json::Value(item.file);
   }
+  for (const Inspect::JobLink* link : status.history) {
+    for (const Inspect::LinkResult& result : link->results) {
+      if (result.replacedBy == nullptr) continue;
+      Json::Value& row = add(HISTORY);
+      row["id"] = link->id;
+      row["status"] = toString(result.row->summary.status);
+      row["file"] = result.row->file;
+      row["replacedBy"] = result.replacedBy->file;
+    }
+  }
+  for (const Inspect::JobLink* link : status.foreign) {
+    for (const Inspect::LinkResult& result : link->results) {
+      Json::Value& row = add(FOREIGN);
+      row["id"] = link->id;
+      row["why"] = toString(link->state);
+      row["status"] = toString(result.row->summary.status);
+      row["file"] = result.row->file;
+    }
+  }
+  for (const std::string& note : status.notes) add(NOTE)[NOTE] = note;
   return rows;
 }
 
@@ -159,6 +179,7 @@ Json::Value jsonOf(const Inspect::LinkResult& result) {
   json["damaged"] = result.row->isDamaged;
   json["counts"] = result.counts;
   json["replacedBy"] = result.replacedBy != nullptr ? Json::Value(result.replacedBy->file) : Json::Value();
+  json["tied"] = result.isTied;
   json["copyOf"] = result.copyOf != nullptr ? Json::Value(result.copyOf->file) : Json::Value();
   return json;
 }
@@ -186,12 +207,28 @@ Json::Value jsonOf(const Inspect::Job& job, const JobStatus& status) {
   addCounts(status.all, json["all"] = Json::Value(Json::objectValue));
   for (const char* list : {"ranges", "work", "notes"}) json[list] = Json::Value(Json::arrayValue);
   for (Json::Value& row : rowsOf(status)) {
-    const std::string kind = row["kind"].asString();
-    row.removeMember("kind");
-    if (kind != ALL) json[kind == RANGE ? "ranges" : "work"].append(std::move(row));
+    const std::string kind = row[KIND].asString();
+    row.removeMember(KIND);
+    if (kind == RANGE) json["ranges"].append(std::move(row));
+    if (kind == WORK) json["work"].append(std::move(row));
+    if (kind == NOTE) json["notes"].append(row[NOTE]);
   }
-  for (const std::string& note : status.notes) json["notes"].append(note);
   return json;
+}
+
+/// How a job gets expected IDs: where there is no description, one can be made of its folder.
+std::string adviceOf(const JobArguments& args, const Inspect::Job& job) {
+  if (!job.descriptionFile.empty()) {
+    return fmt::format("{}: job.expected: no IDs; add them, or use --expect", job.descriptionFile);
+  }
+  std::error_code unknown;
+  const std::string& path = args.paths.front();
+  std::filesystem::path folder = path;
+  if (!std::filesystem::is_directory(folder, unknown))
+    folder = folder.parent_path().empty() ? "." : folder.parent_path();
+  if (path == "-") return path + ": no expected IDs; name them with --expect";
+  return fmt::format("{}: no expected IDs; to make them of its results: veltra job init {}", path,
+                     Inspect::shellWord(folder.string()));
 }
 
 int status(const JobArguments& args, const Options& options) {
@@ -199,25 +236,22 @@ int status(const JobArguments& args, const Options& options) {
   int code = EXIT_DONE;
   if (!describeJob(args, job, code)) return code;
   if (job.expected.empty()) {
-    const std::string folder = Inspect::shellWord(args.paths.front());
-    complain(job.descriptionFile.empty()
-                 ? fmt::format("{}: no expected IDs; to make them of its results: veltra job init {}",
-                               args.paths.front(), folder)
-                 : fmt::format("{}: job.expected: no IDs; add them, or use --expect", job.descriptionFile));
+    complain(adviceOf(args, job));
     return EXIT_USAGE;
   }
   readWholeJob(args, options, job, code);
   const JobStatus status = statusOf(job);
   Document document;
-  document.columns = {"kind"};
-  for (const char* column : {RANGE, "id", "why", "status", "file"}) document.columns.emplace_back(column);
+  for (const char* column : {KIND, RANGE, "id", "why", "status", "file", "replacedBy", NOTE}) {
+    document.columns.emplace_back(column);
+  }
   for (const Inspect::LinkCountColumn& column : Inspect::linkCountColumns()) document.columns.emplace_back(column.name);
   document.text = [&] { return textOf(job, status); };
   document.json = [&] { return jsonOf(job, status); };
   std::vector<Json::Value> rows;
   if (options.format == FORMAT_JSON) {
     document.rows = {"links", job.links.size(), [&](std::size_t i) { return jsonOf(job.links[i]); }};
-  } else {
+  } else if (options.format != FORMAT_TABLE) {
     rows = rowsOf(status);
     document.rows = {"", rows.size(), [&rows](std::size_t i) { return rows[i]; }};
   }
@@ -227,56 +261,65 @@ int status(const JobArguments& args, const Options& options) {
 
 struct InitArguments {
   std::string folder;
+  bool dryRun = false;
 };
 
-int init(const InitArguments& args, const Options& options) {
-  JobArguments wanted;
-  wanted.paths = {args.folder};
-  const std::string path = (std::filesystem::path(args.folder) / Inspect::JobDescription::FILE_NAME).string();
-  std::error_code unknown;
-  if (!std::filesystem::is_directory(args.folder, unknown)) {
-    complain(args.folder + ": expected the folder of a job");
-    return EXIT_COULD_NOT;
-  }
-  if (std::filesystem::symlink_status(path, unknown).type() != std::filesystem::file_type::not_found) {
-    complain(path + ": exists, and is never replaced");
-    return EXIT_COULD_NOT;
-  }
-  Inspect::Job job;
-  int code = EXIT_DONE;
-  readWholeJob(wanted, options, job, code);
-  std::vector<std::string> ids, unusual;
-  for (const Inspect::JobLink& link : job.links) ids.push_back(link.id);
-  job.description.expected = Inspect::guessedRanges(std::move(ids), unusual);
-  job.description.isGuessed = true;
-  for (const std::string& id : unusual) {
-    complain(
-        fmt::format("{}: an ID that cannot be expected: expected UTF-8 text without \"..\"", Inspect::shellWord(id)));
-    code = worse(code, EXIT_WITH_LOSS);
-  }
-  if (job.description.expected.empty() && complainsOfNoResults(wanted.paths, job.files)) return EXIT_COULD_NOT;
-  const std::string text = Inspect::textOf(job.description);
+constexpr char NEVER_REPLACED[] = "exists, and is never replaced";
+
+/// @return false, with a complaint
+bool writeNew(const std::string& path, const std::string& text) {
   Veltra::FileReplacement file;
   bool isWritten = file.open(path);
   if (isWritten) {
     file.expect({});  // none: who was faster keeps his
     isWritten = file.write(text.data(), text.size()) && file.commit();
   }
-  if (!isWritten) {
-    complain(fmt::format("{}: {}", path, errno == ESTALE ? "exists, and is never replaced" : std::strerror(errno)));
+  if (!isWritten) complain(fmt::format("{}: {}", path, errno == ESTALE ? NEVER_REPLACED : std::strerror(errno)));
+  return isWritten;
+}
+
+int init(const InitArguments& args, const Options& options) {
+  namespace fs = std::filesystem;
+  JobArguments wanted;
+  wanted.paths = {args.folder};
+  const std::string path = (fs::path(args.folder) / Inspect::JobDescription::FILE_NAME).string();
+  std::error_code unknown;
+  if (!fs::is_directory(args.folder, unknown)) {
+    complain(args.folder + ": expected the folder of a job");
     return EXIT_COULD_NOT;
   }
+  const fs::file_type found = fs::symlink_status(path, unknown).type();
+  if (!args.dryRun && found != fs::file_type::not_found && found != fs::file_type::none) {
+    complain(fmt::format("{}: {}; with --dry-run nothing is written", path, NEVER_REPLACED));
+    return EXIT_COULD_NOT;
+  }
+  Inspect::Job job;
+  int code = EXIT_DONE;
+  readWholeJob(wanted, options, job, code);
+  std::vector<std::string> unusual;
+  job.description = guessedDescription(job, unusual);
+  for (const std::string& id : unusual) {
+    complain(
+        fmt::format("{}: an ID that cannot be expected: expected UTF-8 text without \"..\"", Inspect::shellWord(id)));
+    code = worse(code, EXIT_WITH_LOSS);
+  }
+  if (job.description.expected.empty()) {
+    complain(args.folder + ": no results with an ID");
+    return EXIT_COULD_NOT;
+  }
+  if (!args.dryRun && !writeNew(path, Inspect::textOf(job.description))) return EXIT_COULD_NOT;
   Json::Value json(Json::objectValue);
   json["file"] = path;
+  json["written"] = !args.dryRun;
   json["expected"] = Json::Value(Json::arrayValue);
   for (const std::string& range : job.description.expected) json["expected"].append(range);
   Document document;
   document.text = [&] {
-    std::string shown =
-        fmt::format("{}: {} expected, guessed from {}; edit it\n", printable(path),
-                    counted(job.description.expected.size(), "range"), counted(job.files.rows.size(), "result"));
-    for (const std::string& range : job.description.expected) shown += "  " + printable(range) + "\n";
-    return shown;
+    std::string text = fmt::format("{}: {} expected, guessed from {}; {}\n", printable(path),
+                                   counted(job.description.expected.size(), "range"),
+                                   counted(job.files.rows.size(), "result"), args.dryRun ? "not written" : "edit it");
+    for (const std::string& range : job.description.expected) text += "  " + printable(range) + "\n";
+    return text;
   };
   document.json = [&json] { return json; };
   printDocument(document, options);
@@ -294,6 +337,7 @@ Subcommand jobCommand(const Options& options) {
   ask.run = [statusArgs, &options] { return status(*statusArgs, options); };
   Subcommand make("init", "Write job.json into a folder of results, with the IDs that it seems to be about");
   make.place("FOLDER", "FOLDER", &initArgs->folder, "the folder of the job").required();
+  make.flag("--dry-run", initArgs->dryRun, "print the IDs, write nothing");
   make.run = [initArgs, &options] { return init(*initArgs, options); };
   command.commands.push_back(std::move(ask));
   command.commands.push_back(std::move(make));

@@ -53,10 +53,9 @@ std::vector<std::string> columnsOf(const Selection& selection) {
 }
 
 Json::Value jsonOf(const Inspect::ResultRow& row, const Selection& selection) {
-  Json::Value all = toJson(row);
-  if (selection.fields.empty()) return all;
+  if (selection.fields.empty()) return toJson(row);
   Json::Value chosen(Json::objectValue);
-  for (const Inspect::RowField* const field : selection.fields) chosen[field->name] = all[field->name];
+  for (const Inspect::RowField* const field : selection.fields) chosen[field->name] = field->json(row);
   return chosen;
 }
 
@@ -225,11 +224,12 @@ Subcommand summaryCommand(const Options& options) {
   command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
   addExpect(command, args->expected);
   command.flag("--failed", args->failed, "only results that failed");
-  command.option("--columns", "FIELD,...", &args->columns, "only these columns, in this order");
+  command.option("--columns", "FIELD,...", &args->columns, "only these columns, in this order").repeated();
   command.option("--limit", "N", &args->limit, "only the first N rows");
   command.flag("--unsorted", args->unsorted, "in the order of the files, each row as soon as it is known")
       .excluding("--expect");
   command.option("--sort", "FIELD", &args->sort, "by this column, with - before it the highest first; several in turn")
+      .repeated()
       .excluding("--unsorted");
   command.run = [args, &options] { return summary(*args, options); };
   return command;
