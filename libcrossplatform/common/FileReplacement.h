@@ -69,6 +69,12 @@ class VELTRA_EXPORT FileReplacement {
   /// for a file that must not be there, and where the file system can, none is replaced that is made meanwhile. Call it
   /// after open().
   void expect(const FileStamp& old) { _expected = old; }
+  /// Gives the new file this mode, whatever the old one had, and the caller as its owner; of a mode no more than the
+  /// rights to read, write and run. Not with ACCESS_PRIVATE. Call it after open().
+  void useMode(mode_t mode) {
+    _mode = mode & 0777;
+    _replaces = false;
+  }
 
   /// Appends to the temporary file. After a failure commit() fails too.
   [[nodiscard]] bool write(const void* bytes, std::size_t size);
