@@ -65,6 +65,13 @@ void tellOfOthers(uint64_t others, const Options& options);
     bool complainOfFindings, Inspect::Examination examination, bool showsOthers,
     const std::function<FileAnswer(const Inspect::JudgedFile&, Inspect::OutputPlace)>& answer);
 
+/// Reading options from the command line, with a progress bar.
+Inspect::ReadingOptions readingOf(const Options& options, Progress& progress);
+/// The exit code for one file of many; complains if it could not be read.
+/// @param unread  the code then
+[[nodiscard]] int codeOfFile(const Inspect::ReadOutcome& outcome, const Inspect::Findings& findings,
+                             const Options& options, int unread = EXIT_COULD_NOT);
+
 /// Reads the results of a job. Findings go to standard error.
 /// @param code    made at least as bad as the result of answerForFiles() would be
 /// @param unread  the exit code for a file that could not be read

@@ -13,9 +13,7 @@
 #include "Commands.h"
 
 namespace Command {
-namespace {
 
-/// Reading options from the command line, with a progress bar.
 Inspect::ReadingOptions readingOf(const Options& options, Progress& progress) {
   Inspect::ReadingOptions reading;
   reading.threads = options.jobs;
@@ -27,15 +25,16 @@ Inspect::ReadingOptions readingOf(const Options& options, Progress& progress) {
   return reading;
 }
 
-/// The exit code for one file; complains if it could not be read.
 int codeOfFile(const Inspect::ReadOutcome& outcome, const Inspect::Findings& findings, const Options& options,
-               int unread = EXIT_COULD_NOT) {
+               int unread) {
   if (outcome.state == Inspect::ReadOutcome::WAS_READ) return codeOf(findings);
   const bool isLeftOut = outcome.state == Inspect::ReadOutcome::LEFT_OUT;
   if (!isLeftOut || !options.quiet) complain(outcome.error);
   if (outcome.state == Inspect::ReadOutcome::OUT_OF_MEMORY) return EXIT_COULD_NOT;
   return isLeftOut ? EXIT_WITH_LOSS : unread;
 }
+
+namespace {
 
 /// The exit code for a file that is no container: complains of one that was named, counts one of a folder.
 int codeOfOther(const Inspect::FileRun& run, const std::string& file, const std::string& why, uint64_t& others) {
