@@ -1,6 +1,7 @@
 #include <libinspect/container/FileDiff.h>
 
 #include <algorithm>
+#include <string_view>
 
 #include <fmt/format.h>
 
@@ -51,9 +52,13 @@ class FileDiff {
       const bool isInA = walkA.next(a), isInB = walkB.next(b);
       if (!isInA && !isInB) break;
       _path = fmt::format("section[{}]", number);
+      _sectionPath = _path.size();
+      _isFileHeader = number == 0;
       compareSections(isInA ? &a : nullptr, isInB ? &b : nullptr);
     }
     _path = "after the sections";
+    _sectionPath = _path.size();
+    _isOnlyInOne = false;
     compareBytes({_a, walkA.end(), _a.size() - walkA.end()}, {_b, walkB.end(), _b.size() - walkB.end()});
     return {walkA.report(), walkB.report(), _differences};
   }
@@ -89,6 +94,7 @@ class FileDiff {
 
   void compareSections(const SectionInfo* a, const SectionInfo* b) {
     const bool isInBoth = a != nullptr && b != nullptr;
+    _isOnlyInOne = !isInBoth;
     if (isInBoth && isSame(stretchOf(_a, *a), stretchOf(_b, *b))) return;
     const uint64_t before = _differences;
     const Json::Value membersA = membersOf(_a, a), membersB = membersOf(_b, b);
@@ -155,7 +161,13 @@ class FileDiff {
       return _reveal ? value : isMasked ? masked(value) : withoutSecrets(value);
     };
     ++_differences;
-    _onDifference({shortened(_path), shown(a), shown(b)});
+    _onDifference({shortened(_path), shown(a), shown(b), isValue()});
+  }
+
+  /// Whether the place is one of values. The file header holds the length of the file, which follows from the sections.
+  bool isValue() const {
+    const auto isBelow = [this](std::string_view name) { return _path.compare(_sectionPath, name.size(), name) == 0; };
+    return _isOnlyInOne || (!_isFileHeader && (isBelow(".data") || isBelow(".type")));
   }
 
   const ByteSource& _a;
@@ -164,6 +176,9 @@ class FileDiff {
   bool _reveal;
   const OnDifference& _onDifference;
   std::string _path;
+  std::size_t _sectionPath = 0;  ///< how much of it names the section
+  bool _isFileHeader = false;
+  bool _isOnlyInOne = false;  ///< the section is
   uint64_t _differences = 0;
 };
 
