@@ -164,7 +164,7 @@ std::vector<std::string> filesWithoutId(const Job& job) {
     for (const LinkResult& result : link.results) known.insert(result.row->file);
     known.insert(link.lostFiles.begin(), link.lostFiles.end());
   }
-  std::vector<std::string> files = job.files.lostFiles();
+  std::vector<std::string> files = job.files.lost;
   files.erase(
       std::remove_if(files.begin(), files.end(), [&](const std::string& file) { return known.count(file) > 0; }),
       files.end());
