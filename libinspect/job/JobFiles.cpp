@@ -13,7 +13,7 @@ FileNote noteOf(const JudgedFile& file, OutputPlace place) {
   note.leftOut = report.findings.leftOut();
   for (const Finding& finding : report.findings) {
     if (note.findings.size() < FileNote::MOST_FINDINGS) {
-      note.findings.push_back(describe(finding));
+      note.findings.push_back(finding);
     } else {
       ++note.leftOut;
     }

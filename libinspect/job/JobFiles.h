@@ -11,13 +11,13 @@
 
 namespace Inspect {
 
-/// A file with findings, in the words of doctor.
+/// A file with findings.
 struct FileNote {
   static constexpr std::size_t MOST_FINDINGS = 5;
 
   std::string file;
   bool isDamaged = false;  ///< false: there are only warnings
-  std::vector<std::string> findings;
+  std::vector<Finding> findings;
   uint64_t leftOut = 0;  ///< findings not listed
   std::string next;      ///< the command that helps next
   std::string advice;    ///< what to do where no command helps
