@@ -60,6 +60,7 @@ struct Subcommand {
   std::vector<Argument> arguments;
   std::vector<Subcommand> commands;  ///< if there are any, one of them must be given
   Run run;                           ///< of a command without subcommands
+  bool makesTables = false;          ///< its answer may be a file of tables
 
   Subcommand(std::string commandName, std::string commandHelp)
       : name(std::move(commandName)), help(std::move(commandHelp)) {}

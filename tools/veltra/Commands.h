@@ -93,8 +93,11 @@ void addJobArguments(Subcommand& command, JobArguments& args);
 /// @return false, with a complaint, and the exit code in `code`
 [[nodiscard]] bool describeJob(const JobArguments& args, Inspect::Job& job, int& code);
 /// Reads the results, too, of all files in folders.
-/// @param code  EXIT_COULD_NOT if not all files could be read
-void readWholeJob(const JobArguments& args, const Options& options, Inspect::Job& job, int& code);
+/// @param code    EXIT_COULD_NOT if not all files could be read
+/// @param choose  if given, is shown all files before they are read, and may take some out, or return false to end it
+/// @return false if `choose` ended it
+bool readWholeJob(const JobArguments& args, const Options& options, Inspect::Job& job, int& code,
+                  const std::function<bool(std::vector<std::string>& files)>& choose = {});
 
 /// Complains of each finding.
 void complainOfEach(const std::string& name, const Inspect::Findings& findings);

@@ -253,7 +253,8 @@ bool describeJob(const JobArguments& args, Inspect::Job& job, int& code) {
   return false;
 }
 
-void readWholeJob(const JobArguments& args, const Options& options, Inspect::Job& job, int& code) {
+bool readWholeJob(const JobArguments& args, const Options& options, Inspect::Job& job, int& code,
+                  const std::function<bool(std::vector<std::string>& files)>& choose) {
   Options recursive = options;
   recursive.recursive = true;
   std::size_t passedOver = 0;
@@ -261,11 +262,13 @@ void readWholeJob(const JobArguments& args, const Options& options, Inspect::Job
   std::vector<std::string> files = filesOf(args.paths, recursive, reading, passedOver);
   if (args.paths.size() > 1) Inspect::leaveOutDoubles(files);
   if (!job.descriptionFile.empty()) Inspect::leaveOutDescription(files, job.descriptionFile);
+  if (choose && !choose(files)) return false;
   const Inspect::FileRun run(std::move(files), args.paths, options.maxSize, passedOver);
   job.files = readJob(run, options, reading);
   // What is damaged is known of the links; only what nobody could look at makes the answer doubtful.
   if (reading == EXIT_COULD_NOT) code = worse(code, EXIT_COULD_NOT);
   job.settle(args.policy);
+  return true;
 }
 
 void complainOfEach(const std::string& name, const Inspect::Findings& findings) {

@@ -9,7 +9,7 @@
 #include <libinspect/job/JobStatus.h>
 #include <libinspect/records/IsoTime.h>
 
-#include "Commands.h"
+#include "TableFile.h"
 
 namespace Command {
 namespace {
@@ -27,19 +27,6 @@ constexpr char NOTE[] = "note";
 
 Table::Cell verdictCell(Veltra::Status status) {
   return {toString(status), toneOf(status)};
-}
-
-Tone toneOf(Inspect::LinkState state) {
-  switch (state) {
-    case Inspect::LinkState::PASSED:
-    case Inspect::LinkState::PASSED_WITH_STAR:
-      return Tone::GOOD;
-    case Inspect::LinkState::FAILED:
-    case Inspect::LinkState::DAMAGED:
-      return Tone::BAD;
-    default:
-      return Tone::DOUBTFUL;
-  }
 }
 
 /// A heading, and the table under it; nothing without rows.
@@ -231,16 +218,22 @@ std::string adviceOf(const JobArguments& args, const Inspect::Job& job) {
                      Inspect::shellWord(folder.string()));
 }
 
-int status(const JobArguments& args, const Options& options) {
+int status(const JobArguments& args, const TableOutput& output, const Options& options) {
   Inspect::Job job;
   int code = EXIT_DONE;
+  if (!takeTableOutput(output, args.paths, options, code)) return code;
   if (!describeJob(args, job, code)) return code;
   if (job.expected.empty()) {
     complain(adviceOf(args, job));
     return EXIT_USAGE;
   }
-  readWholeJob(args, options, job, code);
+  const auto choose = [&](std::vector<std::string>& files) {
+    return leaveOutTableOutput(output, files, {job.descriptionFile});
+  };
+  if (!readWholeJob(args, options, job, code, choose)) return EXIT_COULD_NOT;
   const JobStatus status = statusOf(job);
+  const int answer = status.isFinished() ? EXIT_DONE : EXIT_NO;
+  if (!output.path.empty()) return worse(worse(code, answer), saveTables(job, output, options));
   Document document;
   for (const char* column : {KIND, RANGE, "id", "why", "status", "file", "replacedBy", NOTE}) {
     document.columns.emplace_back(column);
@@ -256,7 +249,7 @@ int status(const JobArguments& args, const Options& options) {
     document.rows = {"", rows.size(), [&rows](std::size_t i) { return rows[i]; }};
   }
   printDocument(document, options);
-  return worse(code, status.isFinished() ? EXIT_DONE : EXIT_NO);
+  return worse(code, answer);
 }
 
 struct InitArguments {
@@ -333,8 +326,11 @@ Subcommand jobCommand(const Options& options) {
   const auto initArgs = std::make_shared<InitArguments>();
   Subcommand command("job", "Whether a job is finished: which links passed, and which need work");
   Subcommand ask("status", "What was tested of what is expected, and the IDs that need work");
+  const auto output = std::make_shared<TableOutput>();
   addJobArguments(ask, *statusArgs);
-  ask.run = [statusArgs, &options] { return status(*statusArgs, options); };
+  addTableOutput(ask, *output);
+  ask.makesTables = true;
+  ask.run = [statusArgs, output, &options] { return status(*statusArgs, *output, options); };
   Subcommand make("init", "Write job.json into a folder of results, with the IDs that it seems to be about");
   make.place("FOLDER", "FOLDER", &initArgs->folder, "the folder of the job").required();
   make.flag("--dry-run", initArgs->dryRun, "print the IDs, write nothing");

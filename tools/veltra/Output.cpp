@@ -150,6 +150,8 @@ void printDocument(const Document& document, const Options& options) {
   const LongList& rows = document.rows;
   switch (options.format) {
     case FORMAT_TABLE:
+    case FORMAT_XLSX:
+    case FORMAT_SQLITE:
       if (document.print) return document.print();
       fmt::print("{}", document.text());
       break;
@@ -202,6 +204,8 @@ void AnswerStream::print(const std::string& text, const Json::Value& element, co
   if (_format != FORMAT_TABLE || !text.empty()) room.emplace(stdout);
   switch (_format) {
     case FORMAT_TABLE:
+    case FORMAT_XLSX:
+    case FORMAT_SQLITE:
       fmt::print("{}", text);
       break;
     case FORMAT_JSON:
@@ -270,6 +274,19 @@ Tone toneOf(Veltra::Status status) {
     if (row.status == status) return row.tone;
   }
   return Tone::PLAIN;
+}
+
+Tone toneOf(Inspect::LinkState state) {
+  switch (state) {
+    case Inspect::LinkState::PASSED:
+    case Inspect::LinkState::PASSED_WITH_STAR:
+      return Tone::GOOD;
+    case Inspect::LinkState::FAILED:
+    case Inspect::LinkState::DAMAGED:
+      return Tone::BAD;
+    default:
+      return Tone::DOUBTFUL;
+  }
 }
 
 std::string furtherText(const std::string& name, const Inspect::Findings& findings) {

@@ -11,7 +11,7 @@
 #include <libinspect/job/ResultRows.h>
 #include <libinspect/records/Verdict.h>
 
-#include "Commands.h"
+#include "TableFile.h"
 
 namespace Command {
 namespace {
@@ -27,6 +27,7 @@ struct SummaryArguments {
   std::optional<uint32_t> limit;
   bool failed = false;
   bool unsorted = false;
+  TableOutput output;
 };
 
 /// What of the results is shown, and how.
@@ -163,8 +164,16 @@ int summary(const SummaryArguments& args, const Options& options) {
   Selection selection;
   if (!takeExpected(args.expected, expected) || !select(args, selection)) return EXIT_USAGE;
   int code = EXIT_DONE;
+  if (!takeTableOutput(args.output, args.paths, options, code)) return code;
+  const bool isChosen = args.failed || args.limit || !args.sort.empty() || !args.columns.empty();
+  if ((args.unsorted || isChosen) && !args.output.path.empty()) {
+    complain(args.unsorted ? "--unsorted: expected without -o, found a file whose rows are in the order of IDs"
+                           : "-o: expected no --failed, --sort, --columns and --limit, since the file has all rows");
+    return EXIT_USAGE;
+  }
   std::size_t passedOver = 0;
   std::vector<std::string> files = filesOf(args.paths, options, code, passedOver);
+  if (!leaveOutTableOutput(args.output, files, Inspect::descriptionsIn(args.paths))) return EXIT_COULD_NOT;
   const Inspect::FileRun run(std::move(files), args.paths, options.maxSize, passedOver);
   if (!hasExpected && complainsOfNoFiles(args.paths, run.files())) return EXIT_COULD_NOT;
   if (args.unsorted && options.format != FORMAT_TABLE) return summaryInPassing(args, selection, run, options, code);
@@ -212,6 +221,13 @@ int summary(const SummaryArguments& args, const Options& options) {
     }
     code = worse(code, codeOf(coverage));
   }
+  if (!args.output.path.empty()) {
+    Inspect::Job whole;
+    whole.files = std::move(job);
+    whole.expected = std::move(expected);
+    whole.settle(Inspect::CountPolicy::LATEST);
+    return worse(code, saveTables(whole, args.output, options));
+  }
   if (!rows.empty() || options.format != FORMAT_JSONL) printDocument(document, options);
   return code;
 }
@@ -231,6 +247,8 @@ Subcommand summaryCommand(const Options& options) {
   command.option("--sort", "FIELD", &args->sort, "by this column, with - before it the highest first; several in turn")
       .repeated()
       .excluding("--unsorted");
+  addTableOutput(command, args->output);
+  command.makesTables = true;
   command.run = [args, &options] { return summary(*args, options); };
   return command;
 }
