@@ -2,23 +2,24 @@
 #include <sys/types.h>
 #include <unistd.h>
 #include <xlsxwriter.h>
-#include <zlib.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <map>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include <fmt/format.h>
 
 #include <libcrossplatform/serialization/Utf8Text.h>
-#include <libinspect/container/ByteSource.h>
 #include <libinspect/job/JobTables.h>
 #include <libinspect/records/IsoTime.h>
 
 #include "TableFile.h"
+#include "WorkbookCheck.h"
 
 namespace Command {
 namespace {
@@ -94,35 +95,6 @@ class QuietErrors {
   int _kept;
 };
 
-/// Whether a compressed sheet ends as a sheet does, after so many bytes at least.
-bool isWholeSheet(const Inspect::ByteSource& source, uint64_t at, off_t least) {
-  constexpr std::string_view END = "</worksheet>";
-  constexpr std::size_t PIECE = 65536;
-  std::vector<uint8_t> text(PIECE);
-  std::string end;
-  z_stream inflating{};
-  if (inflateInit2(&inflating, -MAX_WBITS) != Z_OK) return false;
-  int result = Z_OK;
-  while (result == Z_OK) {
-    const uint8_t* bytes = nullptr;
-    const std::size_t there = inflating.avail_in > 0 ? inflating.avail_in : source.view(at, bytes);
-    if (there == 0) break;
-    if (inflating.avail_in == 0) {
-      inflating.next_in = const_cast<uint8_t*>(bytes);  // zlib only reads it
-      inflating.avail_in = static_cast<uInt>(there);
-      at += there;
-    }
-    inflating.next_out = text.data();
-    inflating.avail_out = PIECE;
-    result = inflate(&inflating, Z_NO_FLUSH);
-    end.append(text.begin(), text.end() - inflating.avail_out);
-    if (end.size() > END.size()) end.erase(0, end.size() - END.size());
-  }
-  const bool isWhole = result == Z_STREAM_END && end == END && static_cast<off_t>(inflating.total_out) >= least;
-  inflateEnd(&inflating);
-  return isWhole;
-}
-
 class Workbook {
  public:
   explicit Workbook(const std::string& path) : _path(path) {
@@ -147,6 +119,7 @@ class Workbook {
   }
 
   bool write(const Inspect::Job& job, std::string& error) {
+    const QuietErrors quiet;
     bool isWritten = _isReady;
     for (const JobTable& table : Inspect::jobTables()) isWritten = isWritten && add(table, job);
     isWritten = isWritten && close();
@@ -158,21 +131,19 @@ class Workbook {
   struct Free {
     void operator()(lxw_workbook* workbook) const { lxw_workbook_free(workbook); }
   };
-  struct Sheet {
-    std::string file;  ///< within the workbook
-    lxw_worksheet* worksheet;
-    off_t rowBytes = 0;
-  };
-
   static void paint(lxw_format* format, lxw_color_t letters, lxw_color_t ground) {
     format_set_font_color(format, letters);
     format_set_bg_color(format, ground);
   }
 
   bool add(const JobTable& table, const Inspect::Job& job) {
+    errno = 0;
     lxw_worksheet* const sheet = workbook_add_worksheet(_workbook.get(), table.name);
-    if (sheet == nullptr) return false;
-    _sheets.push_back({fmt::format("xl/worksheets/sheet{}.xml", _sheets.size() + 1), sheet});
+    if (sheet == nullptr) {
+      if (errno != 0 && errno != ENOMEM) _error = temporaryFailure();
+      return false;
+    }
+    _sheets.push_back(sheet);
     std::vector<std::size_t> shown;  // places of the columns
     for (std::size_t i = 0; i < table.columns.size(); ++i) {
       if (isShown(table.columns[i])) shown.push_back(i);
@@ -202,6 +173,7 @@ class Workbook {
       if (!passes(worksheet_set_column(sheet, columnOf(i), columnOf(i), width, nullptr))) return false;
     }
     worksheet_freeze_panes(sheet, 1, 0);
+    _rows[fmt::format("xl/worksheets/sheet{}.xml", _sheets.size())] = uint64_t{row} + 1;
     return passes(worksheet_autofilter(sheet, 0, 0, row, columnOf(shown.size() - 1)));
   }
 
@@ -257,21 +229,16 @@ class Workbook {
   /// Rows go through temporary files, whose write errors the library passes over.
   bool close() {
     errno = 0;
-    for (Sheet& sheet : _sheets) {
-      std::FILE* const rows = sheet.worksheet->optimize_tmpfile;
-      sheet.rowBytes = std::fflush(rows) == 0 && std::ferror(rows) == 0 ? ftello(rows) : -1;
-      if (sheet.rowBytes >= 0) continue;
+    for (const lxw_worksheet* const sheet : _sheets) {
+      if (std::fflush(sheet->optimize_tmpfile) == 0 && std::ferror(sheet->optimize_tmpfile) == 0) continue;
       _error = temporaryFailure();
       return false;
     }
-    const auto [result, reason] = [this] {
-      const QuietErrors quiet;
-      const lxw_error closed = workbook_close(_workbook.release());
-      return std::make_pair(closed, errno);
-    }();
+    const lxw_error result = workbook_close(_workbook.release());
+    const int reason = errno;
     if (result != LXW_NO_ERROR && reason != 0) _error = std::strerror(reason);
     if (_error.empty() && !passes(result)) return false;
-    if (_error.empty() && !hasWholeSheets()) _error = temporaryFailure();
+    if (_error.empty() && !isWholeWorkbook(_path, _rows)) _error = temporaryFailure();
     return _error.empty();
   }
 
@@ -280,54 +247,16 @@ class Workbook {
                        errno != 0 ? ": " : "", errno != 0 ? std::strerror(errno) : "");
   }
 
-  /// Whether each sheet in the file, a ZIP file, was written to its end.
-  bool hasWholeSheets() const;
-
   static lxw_col_t columnOf(std::size_t place) { return static_cast<lxw_col_t>(place); }
 
   std::string _path, _error;
   std::unique_ptr<lxw_workbook, Free> _workbook;
-  std::vector<Sheet> _sheets;
+  std::vector<lxw_worksheet*> _sheets;
+  std::map<std::string, uint64_t> _rows;  ///< of each sheet, by its name in the file
   lxw_format *_heading = nullptr, *_text = nullptr, *_time = nullptr;
   lxw_format *_good = nullptr, *_bad = nullptr, *_doubtful = nullptr;
   bool _isReady = false;
 };
-
-bool Workbook::hasWholeSheets() const {
-  constexpr std::size_t END_BYTES = 22, ENTRY_BYTES = 46,
-                        MEMBER_BYTES = 30;                   // headers, before what has no fixed length
-  constexpr std::size_t ENTRIES_AT = 10, DIRECTORY_AT = 16;  // in the header at the end
-  constexpr std::size_t LENGTHS_AT = 28, MEMBER_AT = 42;     // in an entry
-  constexpr std::size_t MEMBER_LENGTHS_AT = 26;
-  Inspect::ByteSource source;
-  std::string error;
-  std::vector<uint8_t> bytes(ENTRY_BYTES);
-  const auto read = [&](uint64_t at, std::size_t size) { return source.readAside(at, bytes.data(), size) == size; };
-  const auto number = [&bytes](std::size_t at, std::size_t size) {
-    uint32_t value = 0;
-    for (std::size_t i = size; i-- > 0;) value = value << 8 | bytes[at + i];
-    return value;
-  };
-  if (!source.openFile(_path, error) || source.size() < END_BYTES || !read(source.size() - END_BYTES, END_BYTES)) {
-    return false;
-  }
-  uint64_t at = number(DIRECTORY_AT, 4);
-  std::size_t found = 0;
-  for (uint32_t left = number(ENTRIES_AT, 2); left > 0 && read(at, ENTRY_BYTES); --left) {
-    const uint32_t member = number(MEMBER_AT, 4);
-    std::string name(number(LENGTHS_AT, 2), '\0');
-    if (source.readAside(at + ENTRY_BYTES, name.data(), name.size()) != name.size()) return false;
-    at += ENTRY_BYTES + name.size() + number(LENGTHS_AT + 2, 2) + number(LENGTHS_AT + 4, 2);
-    const auto sheet =
-        std::find_if(_sheets.begin(), _sheets.end(), [&name](const Sheet& each) { return each.file == name; });
-    if (sheet == _sheets.end()) continue;
-    if (!read(member, MEMBER_BYTES)) return false;
-    const uint32_t names = number(MEMBER_LENGTHS_AT, 2) + number(MEMBER_LENGTHS_AT + 2, 2);
-    if (!isWholeSheet(source, uint64_t{member} + MEMBER_BYTES + names, sheet->rowBytes)) return false;
-    ++found;
-  }
-  return found == _sheets.size();
-}
 
 }  // namespace
 
