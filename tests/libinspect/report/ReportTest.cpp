@@ -159,7 +159,8 @@ TEST(ReportPage, OfAwkwardResultsIsTheGoldenOne) {
               row("A6", Veltra::STATUS_PASS, "1", "1.0"),
               row("B1", Veltra::STATUS_FAIL, "700", "-1.0", Veltra::RESULT_TYPE_FIBER)};
   job.rows[7].summary.headroom.value = ScaledInt::fromRaw(5, static_cast<ScaledInt::ScaledTo>(9));
-  job.notes = {{hostile, true, {{E04_DATA_CRC, 24, 1, "1", hostile}}, 3, hostile, ""}, {"job/A6.vres", true, {}, 0, "", ""}};
+  job.notes = {{hostile, true, {{E04_DATA_CRC, 24, 1, "1", hostile}}, 3, hostile, ""},
+               {"job/A6.vres", true, {}, 0, "", ""}};
   job.unread = {hostile};
   job.withoutResult = {hostile};
   const std::string page = reportPage(job, "Job");
