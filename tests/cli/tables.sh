@@ -44,7 +44,8 @@ answered() { # PAGE
 page=$data/../../docs/many-results.md
 answered "$page" > page.now
 [[ -z ${UPDATE_GOLDEN:-} ]] || cp page.now "$page"
-t diff "$page" page.now
+cp "$page" page.md
+t diff page.md page.now
 t grep -c '^```sql' page.now
 
 sed -n '/^## The tables/,/^## Ten/s/^| \(`[^|]*`\) |.*/\1/p' "$page" | grep -o '[a-zA-Z]*' > documented.txt
