@@ -47,10 +47,7 @@ TableCell numberCell(const Veltra::DisplayMeas& measurement) {
 }
 
 TableCell relationCell(const Veltra::DisplayMeas& measurement) {
-  const Json::Value json = measurementJson(measurement);
-  const std::string relation = json["relation"].asString();
-  const bool hasNumber = relation == "=" || relation == ">" || relation == "<";
-  return hasNumber && !measurement.value.isFinite() ? json["text"].asString() : relation;
+  return relationBeside(measurementJson(measurement)).asString();
 }
 
 TableCell fileCell(const ResultRow* row) {

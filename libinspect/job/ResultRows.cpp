@@ -45,9 +45,9 @@ int orderAsCounted(const std::string& a, const std::string& b) {
   return counted != 0 ? counted : a.compare(b);
 }
 
-/// The name of a file in its folder.
+/// The name of a file in its folder, without its extension: "A-1" comes before "A-1 copy".
 std::string nameOf(const std::string& file) {
-  return file.substr(file.rfind('/') + 1);
+  return std::filesystem::path(file).stem().string();
 }
 
 bool isBefore(const ResultRow& a, const ResultRow& b) {

@@ -64,7 +64,7 @@ for new in job/new . here here/sub/new; do t veltra recover -q -r job -o $new; d
 echo changed > copy/A1.vres && ln -sf ../job/A1.vres copy/-
 t veltra recover -q -r job -o copy
 t veltra recover -q -r job -o copy --force
-rm -r copy/sub && ln -s ../job/sub copy/sub && t veltra recover -q -r job -o copy --force && rm copy/sub
+rm -r copy/sub && ln -s ../job/sub copy/sub && t veltra recover -j 1 -q -r job -o copy --force && rm copy/sub
 cp whole.vres job/A5.vres && t veltra recover -q -r job -o copy
 rm job/A5.vres && t veltra recover -q -r job -o copy
 t cmp before <(stamps job/*)
