@@ -232,6 +232,14 @@ bool FileReplacement::putInPlace() {
   if (_access != ACCESS_PRIVATE) giveAccess();
   // Some file systems report only now that they could not store the bytes.
   if (::close(std::exchange(_descriptor, -1)) != 0 || !isAsExpected()) return false;
+  // A file that must not be there may have been made just now: where the system can, it says so itself.
+  if (_expected && !_expected->exists) {
+    if (renameat2(_folderDescriptor, _temporary->name, _folderDescriptor, _name.c_str(), RENAME_NOREPLACE) == 0) {
+      return true;
+    }
+    if (errno == EEXIST) errno = ESTALE;
+    if (errno != EINVAL && errno != ENOSYS) return false;
+  }
   return renameat(_folderDescriptor, _temporary->name, _folderDescriptor, _name.c_str()) == 0;
 }
 

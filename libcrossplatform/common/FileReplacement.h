@@ -65,9 +65,16 @@ class VELTRA_EXPORT FileReplacement {
   ///         could not be created; nothing remains of it
   [[nodiscard]] bool open(const std::string& path, Access access = ACCESS_AS_BEFORE);
   bool isOpen() const { return _descriptor >= 0; }
-  /// Makes commit() fail unless the file to replace still has this stamp, or is still missing. Call it after
-  /// open().
+  /// Makes commit() fail unless the file to replace still has this stamp, or is still missing: a default stamp stands
+  /// for a file that must not be there, and where the file system can, none is replaced that is made meanwhile. Call it
+  /// after open().
   void expect(const FileStamp& old) { _expected = old; }
+  /// Gives the new file this mode, whatever the old one had, and the caller as its owner; of a mode no more than the
+  /// rights to read, write and run. Not with ACCESS_PRIVATE. Call it after open().
+  void useMode(mode_t mode) {
+    _mode = mode & 0777;
+    _replaces = false;
+  }
 
   /// Appends to the temporary file. After a failure commit() fails too.
   [[nodiscard]] bool write(const void* bytes, std::size_t size);

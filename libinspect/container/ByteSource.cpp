@@ -252,6 +252,21 @@ bool isSameFile(const std::string& input, const std::string& path) {
   return isKnown && stat(path.c_str(), &b) == 0 && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+bool haveSameBytes(const ByteSource& a, uint64_t offsetA, const ByteSource& b, uint64_t offsetB, uint64_t size) {
+  for (uint64_t done = 0; done < size;) {
+    const uint8_t *atA = nullptr, *atB = nullptr;
+    const std::size_t gotA = a.view(offsetA + done, atA), gotB = b.view(offsetB + done, atB);
+    const std::size_t got = std::min({gotA, gotB, static_cast<std::size_t>(std::min<uint64_t>(size - done, gotA))});
+    if (got == 0 || std::memcmp(atA, atB, got) != 0) return false;
+    done += got;
+  }
+  return true;
+}
+
+bool haveSameBytes(const ByteSource& a, const ByteSource& b) {
+  return a.size() == b.size() && haveSameBytes(a, 0, b, 0, a.size());
+}
+
 bool readText(const std::string& path, uint64_t limit, std::string& text, std::string& error) {
   ByteSource source;
   source.setLimit(limit);

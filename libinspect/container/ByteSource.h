@@ -86,6 +86,11 @@ std::string inputName(const std::string& path);
 /// False if one of them cannot be examined.
 bool isSameFile(const std::string& input, const std::string& path);
 
+/// Whether two inputs have the same bytes; false if one of them cannot be read to its end.
+bool haveSameBytes(const ByteSource& a, const ByteSource& b);
+/// The same of a part of each.
+bool haveSameBytes(const ByteSource& a, uint64_t offsetA, const ByteSource& b, uint64_t offsetB, uint64_t size);
+
 constexpr uint64_t MOST_TEXT = uint64_t{16} << 20;  ///< bytes of a description or a list that a person made
 
 /// A whole input as text, for descriptions and lists. Of a pipe no more than `limit` bytes and a piece are taken in.

@@ -1,7 +1,7 @@
 #include <libinspect/container/FileDiff.h>
 
 #include <algorithm>
-#include <cstring>
+#include <string_view>
 
 #include <fmt/format.h>
 
@@ -19,15 +19,7 @@ struct Stretch {
 };
 
 bool isSame(const Stretch& a, const Stretch& b) {
-  if (a.size != b.size) return false;
-  for (uint64_t done = 0; done < a.size;) {
-    const uint8_t *atA = nullptr, *atB = nullptr;
-    const std::size_t gotA = a.source.view(a.offset + done, atA), gotB = b.source.view(b.offset + done, atB);
-    const std::size_t got = std::min({gotA, gotB, static_cast<std::size_t>(std::min<uint64_t>(a.size - done, gotA))});
-    if (got == 0 || std::memcmp(atA, atB, got) != 0) return false;
-    done += got;
-  }
-  return true;
+  return a.size == b.size && haveSameBytes(a.source, a.offset, b.source, b.offset, a.size);
 }
 
 /// "5 bytes, CRC 0x01234567"; null for none.
@@ -47,13 +39,6 @@ bool isDeep(const Json::Value* value) {
   return value != nullptr && (value->isObject() || value->isArray()) && !value->empty();
 }
 
-/// A path without its middle, if it is very long: a document may repeat a long name for each of its values.
-std::string shortened(const std::string& path) {
-  constexpr std::size_t MOST = 1000;
-  if (path.size() <= MOST) return path;
-  return path.substr(0, cutAt(path, MOST / 2)) + "..." + path.substr(cutAt(path, path.size() - MOST / 2));
-}
-
 class FileDiff {
  public:
   FileDiff(const ByteSource& a, const ByteSource& b, const FieldsOf& fieldsOf, bool reveal,
@@ -67,9 +52,13 @@ class FileDiff {
       const bool isInA = walkA.next(a), isInB = walkB.next(b);
       if (!isInA && !isInB) break;
       _path = fmt::format("section[{}]", number);
+      _sectionPath = _path.size();
+      _isFileHeader = number == 0;
       compareSections(isInA ? &a : nullptr, isInB ? &b : nullptr);
     }
     _path = "after the sections";
+    _sectionPath = _path.size();
+    _isOnlyInOne = false;
     compareBytes({_a, walkA.end(), _a.size() - walkA.end()}, {_b, walkB.end(), _b.size() - walkB.end()});
     return {walkA.report(), walkB.report(), _differences};
   }
@@ -105,6 +94,7 @@ class FileDiff {
 
   void compareSections(const SectionInfo* a, const SectionInfo* b) {
     const bool isInBoth = a != nullptr && b != nullptr;
+    _isOnlyInOne = !isInBoth;
     if (isInBoth && isSame(stretchOf(_a, *a), stretchOf(_b, *b))) return;
     const uint64_t before = _differences;
     const Json::Value membersA = membersOf(_a, a), membersB = membersOf(_b, b);
@@ -171,7 +161,13 @@ class FileDiff {
       return _reveal ? value : isMasked ? masked(value) : withoutSecrets(value);
     };
     ++_differences;
-    _onDifference({shortened(_path), shown(a), shown(b)});
+    _onDifference({shortened(_path), shown(a), shown(b), isValue()});
+  }
+
+  /// Whether the place is one of values. The file header holds the length of the file, which follows from the sections.
+  bool isValue() const {
+    const auto isBelow = [this](std::string_view name) { return _path.compare(_sectionPath, name.size(), name) == 0; };
+    return _isOnlyInOne || (!_isFileHeader && (isBelow(".data") || isBelow(".type")));
   }
 
   const ByteSource& _a;
@@ -180,6 +176,9 @@ class FileDiff {
   bool _reveal;
   const OnDifference& _onDifference;
   std::string _path;
+  std::size_t _sectionPath = 0;  ///< how much of it names the section
+  bool _isFileHeader = false;
+  bool _isOnlyInOne = false;  ///< the section is
   uint64_t _differences = 0;
 };
 

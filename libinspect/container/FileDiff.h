@@ -17,6 +17,7 @@ struct Difference {
   std::string field;  ///< a very long one without its middle
   Json::Value a;
   Json::Value b;
+  bool isValue = false;  ///< of a payload, or of which sections there are; otherwise of how the same is stored
 };
 using OnDifference = std::function<void(const Difference&)>;
 

@@ -47,6 +47,12 @@ std::string counted(uint64_t count, const std::string& noun) {
   return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
 }
 
+std::string shortened(const std::string& text) {
+  constexpr std::size_t MOST = 1000;
+  if (text.size() <= MOST) return text;
+  return text.substr(0, cutAt(text, MOST / 2)) + "..." + text.substr(cutAt(text, text.size() - MOST / 2));
+}
+
 std::string printable(const std::string& text, Charset charset) {
   std::string shown;
   for (std::size_t at = 0; at < text.size();) {

@@ -15,6 +15,9 @@ std::string counted(uint64_t count, const std::string& noun);
 /// The last place up to `at` where a character of UTF-8 text begins, or the end of a shorter text: text is cut there.
 std::size_t cutAt(const std::string& text, std::size_t at);
 
+/// A very long text without its middle: a document may repeat a long name for each of its values.
+std::string shortened(const std::string& text);
+
 /// Text from outside as a terminal may show it: control characters, those that begin a line or change the direction of
 /// writing, bytes that are not UTF-8, and with ASCII all others beyond it, become \xNN.
 std::string printable(const std::string& text, Charset charset = Charset::UTF8);

@@ -255,26 +255,43 @@ Recovery findSections(const ByteSource& source) {
   return Search(source).run();
 }
 
-bool writeRecovered(const ByteSource& source, const Recovery& recovery, const std::string& path, std::string& error) {
-  Veltra::FileReplacement file;
-  PFile::FileWriter writer;
-  const auto failed = [&] {
-    error = fmt::format("{}: {}", path, std::strerror(errno));
-    return false;
-  };
+namespace {
+
+/// Of the container that the sections found make.
+uint64_t sizeOf(const Recovery& recovery) {
   uint64_t total = PFile::FILE_HEADER_BYTES;
   for (const SectionInfo& info : recovery.kept) total += PFile::Header::BYTES + uint64_t{info.header.dataSize};
-  if (total > PFile::FileWriter::MAX_BYTES) {
-    error = fmt::format("{}: expected sections that make a container of at most {} bytes, found {}", source.name(),
-                        PFile::FileWriter::MAX_BYTES, total);
-    return false;
-  }
-  if (!file.open(path) || writer.open(file.temporaryPath().c_str()) != 0) return failed();
+  return total;
+}
+
+bool isTooLarge(const ByteSource& source, const Recovery& recovery, std::string& error) {
+  const uint64_t total = sizeOf(recovery);
+  if (total <= PFile::FileWriter::MAX_BYTES) return false;
+  error = fmt::format("{}: expected sections that make a container of at most {} bytes, found {}", source.name(),
+                      PFile::FileWriter::MAX_BYTES, total);
+  return true;
+}
+
+std::string writeError(const std::string& path) {
+  return fmt::format("{}: {}", path, std::strerror(errno));
+}
+
+}  // namespace
+
+WriteOutcome writeRecovered(const ByteSource& source, const Recovery& recovery, Veltra::FileReplacement& file,
+                            const std::string& path, std::string& error) {
+  PFile::FileWriter writer;
+  const auto failed = [&] {
+    error = writeError(path);
+    return WriteOutcome::NOT_WRITTEN;
+  };
+  if (isTooLarge(source, recovery, error)) return WriteOutcome::NOT_READ;
+  if (writer.open(file.temporaryPath().c_str()) != 0) return failed();
   for (const SectionInfo& info : recovery.kept) {
     std::unique_ptr<unsigned char[]> bytes(new unsigned char[info.header.dataSize]);
     if (source.readAt(info.payloadOffset(), bytes.get(), info.header.dataSize) != info.header.dataSize) {
       error = fmt::format("{}: read error", source.name());
-      return false;
+      return WriteOutcome::NOT_READ;
     }
     PFile::Section section;
     section.header = info.header;
@@ -283,7 +300,38 @@ bool writeRecovered(const ByteSource& source, const Recovery& recovery, const st
     if (writer.write(section) != 0) return failed();
   }
   if (writer.close(false) != 0) return failed();
-  return isWhole(file.temporaryPath(), path, error) && (file.commit() || failed());
+  return isWhole(file.temporaryPath(), path, error) ? WriteOutcome::WRITTEN : WriteOutcome::NOT_READ;
+}
+
+bool writeRecovered(const ByteSource& source, const Recovery& recovery, const std::string& path, std::string& error) {
+  Veltra::FileReplacement file;
+  if (isTooLarge(source, recovery, error)) return false;
+  const bool isOpen = file.open(path);
+  if (isOpen && writeRecovered(source, recovery, file, path, error) != WriteOutcome::WRITTEN) return false;
+  if (isOpen && file.commit()) return true;
+  error = writeError(path);
+  return false;
+}
+
+bool isRecovered(const ByteSource& source, const Recovery& recovery, const ByteSource& file) {
+  uint64_t at = PFile::FILE_HEADER_BYTES;
+  const uint64_t total = sizeOf(recovery);
+  if (file.size() != total || total > PFile::FileWriter::MAX_BYTES) return false;
+  uint8_t expected[PFile::FILE_HEADER_BYTES], found[PFile::FILE_HEADER_BYTES];
+  uint8_t* const length = expected + PFile::Header::BYTES;
+  Marshal::storeLittle32(length, static_cast<uint32_t>(total));
+  PFile::Header header;
+  header.set(PFile::FILE_HEADER_TYPE, PFile::FILE_HEADER_VERSION, 0, 0, sizeof(uint32_t), length);
+  const auto bytes = header.bytes();
+  std::copy(bytes.begin(), bytes.end(), expected);
+  if (file.readAt(0, found, sizeof found) != sizeof found || std::memcmp(found, expected, sizeof found) != 0) {
+    return false;
+  }
+  return std::all_of(recovery.kept.begin(), recovery.kept.end(), [&](const SectionInfo& info) {
+    const uint64_t begin = at, size = PFile::Header::BYTES + uint64_t{info.header.dataSize};
+    at += size;
+    return haveSameBytes(source, info.offset, file, begin, size);
+  });
 }
 
 }  // namespace Inspect

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include <libcrossplatform/common/FileReplacement.h>
 #include <libinspect/container/ContainerWalk.h>
 
 namespace Inspect {
@@ -45,5 +46,18 @@ Recovery findSections(const ByteSource& source);
 /// @return false, with `error` filled; the file at `path` is then unchanged
 [[nodiscard]] bool writeRecovered(const ByteSource& source, const Recovery& recovery, const std::string& path,
                                   std::string& error);
+
+enum class WriteOutcome {
+  WRITTEN,
+  NOT_READ,     ///< the input is at fault: it failed, was changed, or has more than a container can hold
+  NOT_WRITTEN,  ///< the output is, and probably the next one
+};
+/// The same into a file that is open, which is left to the caller to commit.
+/// @param path  what the error calls it
+[[nodiscard]] WriteOutcome writeRecovered(const ByteSource& source, const Recovery& recovery,
+                                          Veltra::FileReplacement& file, const std::string& path, std::string& error);
+
+/// Whether a file has the bytes that writeRecovered() writes.
+bool isRecovered(const ByteSource& source, const Recovery& recovery, const ByteSource& file);
 
 }  // namespace Inspect

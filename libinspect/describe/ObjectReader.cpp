@@ -6,6 +6,7 @@
 #include <json/writer.h>
 
 #include <libinspect/container/JsonFaults.h>
+#include <libinspect/container/PrintableText.h>
 
 namespace Inspect {
 namespace {
@@ -77,8 +78,8 @@ void ObjectReader::finish() {
 
 void ObjectReader::fail(const std::string& key, const Json::Value& found, const std::string& wanted) {
   if (!ok()) return;
-  _error =
-      fmt::format("{}{}{}: expected {}, found {}", _path, key.empty() ? "" : ".", key, wanted, asTyped(found, _source));
+  _error = fmt::format("{}{}{}: expected {}, found {}", _path, key.empty() ? "" : ".", key, wanted,
+                       shortened(asTyped(found, _source)));
 }
 
 }  // namespace Inspect

@@ -13,7 +13,7 @@ FileNote noteOf(const JudgedFile& file, OutputPlace place) {
   note.leftOut = report.findings.leftOut();
   for (const Finding& finding : report.findings) {
     if (note.findings.size() < FileNote::MOST_FINDINGS) {
-      note.findings.push_back(describe(finding));
+      note.findings.push_back(finding);
     } else {
       ++note.leftOut;
     }
@@ -34,6 +34,9 @@ void JobFiles::add(const std::string& name, const ReadOutcome& outcome, const Ju
     return;
   }
   if (!isRead || isOther) unread.push_back(shown);
+  const bool hasId = file != nullptr && file->hasSummary;
+  const bool isDamaged = isRead ? file->state == FileState::DAMAGED : outcome.state != ReadOutcome::LEFT_OUT;
+  if (isDamaged && !hasId) lost.push_back(shown);
   if (file == nullptr || isOther) return;
   if (file->hasSummary) rows.push_back({shown, file->summary, !isRead || file->state == FileState::DAMAGED});
   if (!isRead) return;
@@ -51,11 +54,7 @@ void JobFiles::sort() {
   std::sort(withoutResult.begin(), withoutResult.end(), comesBefore);
 }
 
-Coverage JobFiles::coverageOf(const CableIdSet& set) const {
-  std::vector<std::string> lost = unread;
-  for (const FileNote& note : notes) {
-    if (note.isDamaged) lost.push_back(note.file);
-  }
+Coverage JobFiles::coverageOf(const ExpectedIds& set) const {
   return Inspect::coverageOf(rows, lost, set);
 }
 

@@ -11,13 +11,13 @@
 
 namespace Inspect {
 
-/// A file with findings, in the words of doctor.
+/// A file with findings.
 struct FileNote {
   static constexpr std::size_t MOST_FINDINGS = 5;
 
   std::string file;
   bool isDamaged = false;  ///< false: there are only warnings
-  std::vector<std::string> findings;
+  std::vector<Finding> findings;
   uint64_t leftOut = 0;  ///< findings not listed
   std::string next;      ///< the command that helps next
   std::string advice;    ///< what to do where no command helps
@@ -30,9 +30,11 @@ struct JobFiles {
   std::vector<FileNote> notes;
   std::vector<std::string> withoutResult;  ///< intact, but not result files
   std::vector<std::string> unread;         ///< could not be opened or read to the end, or named and no container
-  std::size_t others = 0;                  ///< files of folders that are no containers
-  bool hasPassed = false;                  ///< there were rows or notes, which are not held
-  const CableIdSet* expected = nullptr;    ///< null if no IDs were given
+  /// Damaged, or not read though it was tried, and no summary tells the ID: it may be the name without its extension.
+  std::vector<std::string> lost;
+  std::size_t others = 0;                 ///< files of folders that are no containers
+  bool hasPassed = false;                 ///< there were rows or notes, which are not held
+  const ExpectedIds* expected = nullptr;  ///< null if no IDs were given
 
   /// Takes in one file.
   /// @param outcome  of reading it; what was read before an error is not taken for intact
@@ -42,7 +44,7 @@ struct JobFiles {
   void sort();
   /// No result was found, nor what may have been one.
   bool isEmpty() const { return rows.empty() && notes.empty() && !hasPassed; }
-  Coverage coverageOf(const CableIdSet& set) const;
+  Coverage coverageOf(const ExpectedIds& set) const;
 };
 
 /// Called for each file after reading it, before the next: with the outcome, and what it is, null if it was not read.

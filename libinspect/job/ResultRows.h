@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include <libinspect/job/CableIds.h>
+#include <libinspect/job/ExpectedIds.h>
 #include <libinspect/records/FileJudge.h>
 
 namespace Inspect {
@@ -15,31 +15,55 @@ struct ResultRow {
   bool isDamaged = false;  ///< the file is damaged after its summary, or could not be read to its end
 };
 
+/// Whether a result says when it was taken.
+bool hasTime(const ResultRow& row);
+
 /// True when `a` comes before `b` with runs of digits compared as numbers: A2 before A10.
 bool comesBefore(const std::string& a, const std::string& b);
 
-/// Puts rows in the numeric order of their IDs; equal IDs by time, then by file.
+/// Puts rows in the numeric order of their IDs; equal IDs by time, then by name of the file, numbers in it counted.
 void sortRows(std::vector<ResultRow>& rows);
 
-/// The row as an object: file, id, type, status, length and headroom as measurementJson(), time, and the numbers of
-/// tests that passed, passed with a star and failed. These names are those of every table, CSV and JSON of results.
+/// A member of a row: its name in every table, CSV and JSON, what rows can be sorted by, and which columns can be
+/// chosen.
+struct RowField {
+  const char* name;
+  bool isNumber;                                       ///< on the right of a table
+  bool isMeasurement;                                  ///< two columns: its number and its relation
+  std::string (*text)(const ResultRow&);               ///< for people
+  Json::Value (*json)(const ResultRow&);               ///< a measurement as measurementJson()
+  int (*compare)(const ResultRow&, const ResultRow&);  ///< below 0: the first one is the lower
+  int (*absence)(const ResultRow&);                    ///< 0: there is a value; the others stand last, in this order
+};
+/// The members in the order of the columns.
+const std::vector<RowField>& rowFields();
+/// The member of that name; null if there is none.
+const RowField* rowField(const std::string& name);
+/// The row as an object with all members.
 Json::Value toJson(const ResultRow& row);
-/// The columns of that object in order, with a measurement as a number and a relation.
+/// The columns of that object, or of some of its members, in order, with a measurement as a number and a relation.
+std::vector<std::string> rowColumns(const std::vector<const RowField*>& fields);
 const std::vector<std::string>& rowColumns();
+
+/// One field that rows are sorted by.
+struct SortKey {
+  const RowField* field = nullptr;
+  bool isDescending = false;
+};
+/// Puts rows in the order of the first key, equal ones in that of the second, and so on; the rest stays as it is. Those
+/// without a value come last, whatever the direction: not set, not available, not applicable.
+void sortBy(const std::vector<SortKey>& keys, std::vector<const ResultRow*>& rows);
 
 /// Which IDs of a job were tested.
 struct Coverage {
   std::vector<std::string> missing;  ///< expected, without a result
   std::vector<std::string> damaged;  ///< expected, with nothing but a damaged or unreadable file
   std::vector<std::string> twice;    ///< expected, with more than one result
-  std::vector<std::string> foreign;  ///< IDs of results that are not in the set
-  std::vector<int> results;          ///< number of intact results for each ID of the set, in order
+  std::vector<std::string> foreign;  ///< IDs of results that are not expected
+  std::vector<int> results;          ///< number of intact results for each expected ID, in order
 };
 /// @param lostFiles  damaged and unreadable files: one whose name without extension is an ID stands for a result of it
 Coverage coverageOf(const std::vector<ResultRow>& rows, const std::vector<std::string>& lostFiles,
-                    const CableIdSet& expected);
-
-/// Splits "FIRST..LAST" and builds its set. @return false, with `error` filled
-[[nodiscard]] bool parseExpected(const std::string& text, CableIdSet& set, std::string& error);
+                    const ExpectedIds& expected);
 
 }  // namespace Inspect

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <limits>
 
 namespace Inspect {
 namespace {
@@ -24,6 +25,10 @@ const char* relationOf(Veltra::DisplayType type) {
   }
 }
 
+bool isShown(const Veltra::DisplayMeas& measurement) {
+  return measurement.type >= Veltra::DISPLAY_TYPE_VALUE && measurement.type <= Veltra::DISPLAY_TYPE_LESS_THAN;
+}
+
 /// "0", "-12.50": no leading zeros, and digits on both sides of a point.
 bool isDecimal(const std::string& text) {
   constexpr char DIGITS[] = "0123456789";
@@ -38,16 +43,48 @@ bool isDecimal(const std::string& text) {
 
 std::optional<double> measuredNumber(const Veltra::DisplayMeas& measurement) {
   const ScaledInt& value = measurement.value;
-  const bool isShown =
-      measurement.type >= Veltra::DISPLAY_TYPE_VALUE && measurement.type <= Veltra::DISPLAY_TYPE_LESS_THAN;
-  if (!isShown || !value.isFinite() || !value.hasPrintableScale()) return std::nullopt;
+  if (!isShown(measurement) || !value.isFinite() || !value.hasPrintableScale()) return std::nullopt;
   const double raw = value.getRaw();
   const int scale = value.getScaledTo();
   return scale < 0 ? raw * std::pow(10.0, -scale) : raw / std::pow(10.0, scale);
 }
 
+Presence presenceOf(const Veltra::DisplayMeas& measurement) {
+  if (isShown(measurement)) {
+    const bool isNumber = measurement.value.hasPrintableScale() && !measurement.value.isNotANumber();
+    return isNumber ? Presence::NUMBER : Presence::NOT_SET;
+  }
+  return measurement.type == Veltra::DISPLAY_TYPE_NOT_APPLICABLE ? Presence::NOT_APPLICABLE : Presence::NOT_AVAILABLE;
+}
+
+int compareNumbers(const Veltra::DisplayMeas& a, const Veltra::DisplayMeas& b) {
+  if (presenceOf(a) != Presence::NUMBER || presenceOf(b) != Presence::NUMBER) return 0;
+  const auto numberOf = [](const Veltra::DisplayMeas& m) {
+    constexpr double INFINITE = std::numeric_limits<double>::infinity();
+    return measuredNumber(m).value_or(m.value.getRaw() < 0 ? -INFINITE : INFINITE);
+  };
+  const auto boundOf = [](const Veltra::DisplayMeas& m) {
+    return m.type == Veltra::DISPLAY_TYPE_LESS_THAN ? -1 : m.type == Veltra::DISPLAY_TYPE_GREATER_THAN ? 1 : 0;
+  };
+  const double x = numberOf(a), y = numberOf(b);
+  return x < y ? -1 : x > y ? 1 : boundOf(a) - boundOf(b);
+}
+
 std::string measurementText(const Veltra::DisplayMeas& measurement) {
   return measuredNumber(measurement) ? measurement.toString() : "-";
+}
+
+std::string presenceText(const Veltra::DisplayMeas& measurement) {
+  switch (presenceOf(measurement)) {
+    case Presence::NUMBER:
+      return measurement.toString();
+    case Presence::NOT_SET:
+      return "not set";
+    case Presence::NOT_APPLICABLE:
+      return "none";
+    default:
+      return "n/a";
+  }
 }
 
 Json::Value measurementJson(const Veltra::DisplayMeas& measurement) {
@@ -57,6 +94,12 @@ Json::Value measurementJson(const Veltra::DisplayMeas& measurement) {
   json["value"] = number ? Json::Value(*number) : Json::Value();
   json["text"] = measurement.value.hasPrintableScale() ? Json::Value(measurement.toString()) : Json::Value();
   return json;
+}
+
+Json::Value relationBeside(const Json::Value& measurement) {
+  const Json::Value &relation = measurement["relation"], &text = measurement["text"];
+  const bool wantsNumber = relation == "=" || relation == ">" || relation == "<";
+  return wantsNumber && measurement["value"].isNull() && text.isString() ? text : relation;
 }
 
 bool isMeasurement(const Json::Value& value) {

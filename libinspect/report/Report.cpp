@@ -40,20 +40,20 @@ void addMedia(const JobFiles& job, Report& report) {
 }
 
 void addExpected(const JobFiles& job, Report& report) {
-  const CableIdSet& set = *job.expected;
+  const ExpectedIds& set = *job.expected;
   report.hasExpected = true;
   report.coverage = job.coverageOf(set);
-  const std::vector<std::string> ids = set.ids(0, set.count());
+  const std::vector<std::string>& ids = set.ids();
   report.expected.resize(ids.size());
   for (std::size_t i = 0; i < ids.size(); ++i) {
     report.expected[i].id = ids[i];
     report.expected[i].results = report.coverage.results[i];
   }
-  for (const std::string& id : report.coverage.damaged) report.expected[*set.ordinalOf(id)].isDamaged = true;
+  for (const std::string& id : report.coverage.damaged) report.expected[*set.placeOf(id)].isDamaged = true;
   for (const ResultRow& row : job.rows) {
-    const std::optional<uint32_t> ordinal = set.ordinalOf(row.summary.resultName);
-    if (!ordinal) continue;
-    std::size_t& severity = report.expected[*ordinal].severity;
+    const std::optional<std::size_t> place = set.placeOf(row.summary.resultName);
+    if (!place) continue;
+    std::size_t& severity = report.expected[*place].severity;
     severity = std::min(severity, severityOf(row.summary.status));
   }
 }
@@ -71,8 +71,8 @@ Report reportOf(const JobFiles& job) {
   report.results = job.rows.size();
   for (const ResultRow& row : job.rows) {
     ++report.verdicts[severityOf(row.summary.status)];
+    if (!hasTime(row)) continue;
     const auto time = static_cast<time_t>(row.summary.timeStamp);
-    if (time <= 0) continue;  // never set
     report.firstTime = report.firstTime == 0 ? time : std::min(report.firstTime, time);
     report.lastTime = std::max(report.lastTime, time);
   }

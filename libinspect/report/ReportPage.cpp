@@ -235,7 +235,7 @@ Data dataOf(const FileNote& note) {
                       {"next", note.next},
                       {"advice", note.advice}});
   Data findings(Data::type::list);
-  for (const std::string& finding : note.findings) findings << wordsOf(finding);
+  for (const Finding& finding : note.findings) findings << wordsOf(describe(finding));
   if (note.leftOut > 0) findings << wordsOf(fmt::format("and {} more", note.leftOut));
   data["findings"] = std::move(findings);
   return data;

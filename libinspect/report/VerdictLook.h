@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include <libcrossplatform/common/ResultVocabulary.h>
+#include <libinspect/records/Verdict.h>
 
 namespace Inspect {
 
@@ -23,13 +24,5 @@ constexpr std::size_t VERDICTS = 9;
 const VerdictLook& verdictLook(std::size_t severity);
 /// The place of a verdict in that order.
 std::size_t severityOf(Veltra::Status status);
-
-inline bool isFail(Veltra::Status status) {
-  return status == Veltra::STATUS_FAIL || status == Veltra::STATUS_FAIL_STAR;
-}
-inline bool isPass(Veltra::Status status) {
-  return status == Veltra::STATUS_PASS || status == Veltra::STATUS_PASS_STAR ||
-         status == Veltra::STATUS_PASS_ACCEPTABLE;
-}
 
 }  // namespace Inspect

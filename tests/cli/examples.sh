@@ -19,6 +19,8 @@ packed job/A-03.vres A-03 "Pass star" 88.0 0.08 25
 packed job/A-10.vres A-10 Pass 7.0 9.50 31
 packed stick/A-05.vres A-05 Pass 42.5 6.12 27
 packed stick/A-06.vres A-06 Pass 42.5 6.12 29
+mkdir later && cp job/A-01.vres job/A-03.vres later && packed later/A-02.vres A-02 Pass 96.25 0.40 50
+packed later/A-04.vres A-04 Pass 61.5 5.20 55
 patch stick/A-05.vres 130 ff
 never_closed stick/A-06.vres
 result A-07 Pass 31.0 4.75 40 > result.json

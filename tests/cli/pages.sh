@@ -9,6 +9,10 @@ veltra pack "$pages/examples/results/otdr-pass.json" --payloads payloads -o otdr
 } > printed.txt
 sed -n '/^\$ veltra info otdr-pass/,/^```/p' "$pages/README.md" | sed '$d' > readme.txt
 t diff readme.txt printed.txt
+"$pages/examples/make_job" "$veltra" job 12 4
+sed -n '/^\$ veltra job status -q job/,/^```/p' "$pages/README.md" | sed '$d' > readme.txt
+grep '^\$ ' readme.txt | while read -r _ line; do echo "\$ $line" && eval "$line"; echo; done | sed '$d' > printed.txt
+t diff readme.txt printed.txt
 veltra types -f csv | sed -nE 's/^section,([0-9]+),([^,]*),(version )?([^,]*)$/\1 \2 \4/p' | sed -E 's/  / - /; s/ $/ -/' > types.txt
 sed -nE 's/^\| ([0-9]+) \| ([^ ]+) \| ([^ ]+) \|$/\1 \2 \3/p' "$pages/docs/section-types.md" > page.txt
 t diff page.txt types.txt

@@ -43,3 +43,38 @@ closed_input() { veltra "$@" <&-; }
 t closed_input doctor -q -j 1 whole.vres -
 endless() { yes | veltra pack - -o never.vres 2>&1 | sed -E 's/found 167[0-9]{5}|found 168[0-9]{5}/found little more/'; }
 t endless
+
+# A clean copy of a job: what is intact with its mode and time, what can be saved of the rest, and sums of all. The job
+# stays as it is; made again, the copy does, too.
+mkdir -p job/sub && cp whole.vres job/A1.vres && chmod 640 job/A1.vres && touch -d 2026-01-02T03:04:05.6Z job/A1.vres
+cp header-crc.vres job/A2.vres && head -c 30 cut.vres > job/A3.vres && cp unclosed.vres job/sub
+cp whole.vres $'job/sub/line\nbreak\\.vres' && cp whole.vres job/- && echo notes > job/notes.txt && echo {} > job/job.json
+ln -s job here && mkfifo job/fifo
+stamps() { find "$@" -printf '%p %T@ %s %m\n' | sort; }
+sums() { (cd "$1" && sha256sum -c SHA256SUMS); }
+stamps job/* > before
+t veltra recover -r job -o copy
+t sums copy
+t stat -c '%a %y' copy/A1.vres
+stamps copy > first
+t veltra recover -r ./here/ -o copy// -f csv
+t cmp first <(stamps copy)
+for new in job/new . here here/sub/new; do t veltra recover -q -r job -o $new; done
+# What differs is replaced only on demand, links are not written through, and the list only grows.
+echo changed > copy/A1.vres && ln -sf ../job/A1.vres copy/-
+t veltra recover -q -r job -o copy
+t veltra recover -q -r job -o copy --force
+rm -r copy/sub && ln -s ../job/sub copy/sub && t veltra recover -j 1 -q -r job -o copy --force && rm copy/sub
+cp whole.vres job/A5.vres && t veltra recover -q -r job -o copy
+rm job/A5.vres && t veltra recover -q -r job -o copy
+t cmp before <(stamps job/*)
+# A file that cannot be written is named; nothing of it is left, and no list says that all is there.
+mkdir large none && cp whole.vres large/A1.vres && cp whole.vres large/A3.vres && echo x > none/x
+cat trace.bin trace.bin > twice.bin
+echo '{"summary": {}, "sections": [{"type": 300, "version": 1, "payload": "twice.bin"}]}' > twice.json
+veltra pack twice.json -o large/A2.vres > /dev/null
+full() { (ulimit -f 1 && exec env --default-signal=XFSZ "$veltra" "$@"); }
+t full recover -q -j 1 -r large -o full
+t ls -A full
+t veltra recover -r none -o none.copy
+t ls none.copy

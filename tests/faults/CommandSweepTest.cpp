@@ -88,6 +88,8 @@ INSTANTIATE_TEST_SUITE_P(Of, CommandSweep,
                              {"types", "nothing"},  // the first, for what comes before every command
                              {"summary", "-r", ".", "-j2", "--expect", "A-1..A-3"},
                              {"summary", "-r", ".", "-j1", "-f", "json", "--unsorted"},
+                             // The library for workbooks does not survive a refused allocation.
+                             {"summary", "-r", ".", "-j1", "-f", "sqlite", "-o", "job.db", "--force"},
                              {"info", "a.vres", "-f", "jsonl"},
                              {"list", "a.vres", "c.vres", "-f", "csv", "--spreadsheet"},
                              {"show", "a.vres"},

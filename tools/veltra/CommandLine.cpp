@@ -190,6 +190,7 @@ void addArguments(CLI::App& app, const Subcommand& command) {
     options[argument.names] = option;
     checkValue(argument, *option);
     if (!argument.type.empty()) option->type_name(argument.type);
+    if (argument.isRepeated) option->allow_extra_args(false);
     if (argument.isRequired) option->required();
     if (argument.showsPreset) option->capture_default_str();
     if (!argument.preset.empty()) option->default_str(argument.preset);

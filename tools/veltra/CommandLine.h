@@ -28,6 +28,7 @@ struct Argument {
   Target target;
   bool isCommand = false;  ///< names a command: shells complete them
   bool isRequired = false;
+  bool isRepeated = false;   ///< of a list: given several times with one value each, not once with several
   bool showsPreset = false;  ///< help shows its default value
   std::string preset;        ///< the default for help, if its target does not hold it
   std::string group;         ///< purpose of its group; at most one option of a group may be given
@@ -43,6 +44,7 @@ struct Argument {
 
   Argument& namingCommands() { return isCommand = true, *this; }
   Argument& required() { return isRequired = true, *this; }
+  Argument& repeated() { return isRepeated = true, *this; }
   Argument& showingPreset() { return showsPreset = true, *this; }
   Argument& showing(std::string value) { return preset = std::move(value), *this; }
   Argument& inGroup(std::string purpose) { return group = std::move(purpose), *this; }
@@ -58,6 +60,7 @@ struct Subcommand {
   std::vector<Argument> arguments;
   std::vector<Subcommand> commands;  ///< if there are any, one of them must be given
   Run run;                           ///< of a command without subcommands
+  bool makesTables = false;          ///< its answer may be a file of tables
 
   Subcommand(std::string commandName, std::string commandHelp)
       : name(std::move(commandName)), help(std::move(commandHelp)) {}

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include <libinspect/container/ContainerWalk.h>
-#include <libinspect/job/JobFiles.h>
+#include <libinspect/job/Job.h>
 
 #include "CommandLine.h"
 #include "Output.h"
@@ -26,7 +26,7 @@ struct FileAnswer {
   uint64_t deepFindings = 0;  ///< how many of the findings a deep examination alone has found
 };
 
-/// The files of paths: with -r every regular file below a directory, in order of name.
+/// The files of paths: with -r every regular file below a directory, in order of name, but for its job.json.
 /// @param code        made worse, with a complaint, for a path that cannot be examined
 /// @param passedOver  receives how much else is in the directories
 std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Options& options, int& code,
@@ -38,10 +38,10 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Op
 /// True, with a complaint, when nothing but files that are no containers, or could not be read, were found.
 [[nodiscard]] bool complainsOfNoResults(const std::vector<std::string>& paths, const Inspect::JobFiles& job);
 
-/// The option that names the IDs of a job.
-Argument& addExpect(Subcommand& command, std::string& expected);
-/// Makes the set of that option. @return false, with a complaint, for wrong usage
-[[nodiscard]] bool takeExpected(const std::string& expected, Inspect::CableIdSet& set);
+/// The option that names IDs of a job, which may be given several times.
+Argument& addExpect(Subcommand& command, std::vector<std::string>& expected);
+/// Adds the IDs of that option. @return false, with a complaint, for wrong usage
+[[nodiscard]] bool takeExpected(const std::vector<std::string>& expected, Inspect::ExpectedIds& ids);
 
 /// Tells of files in folders that are no containers.
 void tellOfOthers(uint64_t others, const Options& options);
@@ -65,12 +65,39 @@ void tellOfOthers(uint64_t others, const Options& options);
     bool complainOfFindings, Inspect::Examination examination, bool showsOthers,
     const std::function<FileAnswer(const Inspect::JudgedFile&, Inspect::OutputPlace)>& answer);
 
+/// Reading options from the command line, with a progress bar.
+Inspect::ReadingOptions readingOf(const Options& options, Progress& progress);
+/// The exit code for one file of many; complains if it could not be read.
+/// @param unread  the code then
+[[nodiscard]] int codeOfFile(const Inspect::ReadOutcome& outcome, const Inspect::Findings& findings,
+                             const Options& options, int unread = EXIT_COULD_NOT);
+
 /// Reads the results of a job. Findings go to standard error.
 /// @param code    made at least as bad as the result of answerForFiles() would be
 /// @param unread  the exit code for a file that could not be read
 /// @param onRow   if given, receives the results in the order of the files, and they are not held
 Inspect::JobFiles readJob(const Inspect::FileRun& run, const Options& options, int& code, int unread = EXIT_COULD_NOT,
                           const Inspect::OnRow& onRow = {});
+
+/// What the commands that speak of a job are told of it.
+struct JobArguments {
+  std::vector<std::string> paths;
+  std::string descriptionFile;
+  std::vector<std::string> expected;
+  Inspect::CountPolicy policy = Inspect::CountPolicy::LATEST;
+};
+/// The arguments of each of these commands: paths, --job, --expect and --count.
+void addJobArguments(Subcommand& command, JobArguments& args);
+/// Reads the description of a job and its expected IDs, from --job or else from the folder that is named, if it has
+/// one.
+/// @return false, with a complaint, and the exit code in `code`
+[[nodiscard]] bool describeJob(const JobArguments& args, Inspect::Job& job, int& code);
+/// Reads the results, too, of all files in folders.
+/// @param code    EXIT_COULD_NOT if not all files could be read
+/// @param choose  if given, is shown all files before they are read, and may take some out, or return false to end it
+/// @return false if `choose` ended it
+bool readWholeJob(const JobArguments& args, const Options& options, Inspect::Job& job, int& code,
+                  const std::function<bool(std::vector<std::string>& files)>& choose = {});
 
 /// Complains of each finding.
 void complainOfEach(const std::string& name, const Inspect::Findings& findings);
@@ -106,6 +133,7 @@ Subcommand diffCommand(const Options& options);
 Subcommand doctorCommand(const Options& options);
 Subcommand extractCommand(const Options& options);
 Subcommand idsCommand(const Options& options);
+Subcommand jobCommand(const Options& options);
 Subcommand infoCommand(const Options& options);
 Subcommand listCommand(const Options& options);
 Subcommand manifestCommand(const Options& options);

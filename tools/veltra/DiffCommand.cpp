@@ -1,6 +1,11 @@
+#include <array>
 #include <memory>
+#include <optional>
+
+#include <fmt/format.h>
 
 #include <libinspect/container/FileDiff.h>
+#include <libinspect/job/DeliveryDiff.h>
 #include <libinspect/records/FileJudge.h>
 #include <libinspect/records/KnownPayload.h>
 
@@ -79,15 +84,191 @@ int diff(const DiffArguments& args, const Options& options) {
   return answerAfter(a, answerAfter(b, isSame ? EXIT_DONE : EXIT_NO));
 }
 
+/// A difference of an ID, as it is printed.
+struct DeliveryRow {
+  std::string id;
+  Inspect::DeliveryChange change = Inspect::DeliveryChange::SAME;
+  Inspect::ResultPair files;
+  Inspect::Difference difference;
+};
+using OnDeliveryRow = std::function<void(const DeliveryRow&)>;
+
+Table::Row cellsOf(const DeliveryRow& row) {
+  Table::Row cells = cellsOf(row.difference);
+  cells.insert(cells.begin(), {row.id, toString(row.change)});
+  return cells;
+}
+
+Json::Value jsonOf(const DeliveryRow& row) {
+  const auto known = [](const std::string& file) { return file.empty() ? Json::Value() : Json::Value(file); };
+  Json::Value json(Json::objectValue);
+  json["id"] = row.id;
+  json["change"] = toString(row.change);
+  json["field"] = row.difference.field;
+  json["old"] = row.difference.a;
+  json["new"] = row.difference.b;
+  json["oldFile"] = known(row.files.oldFile);
+  json["newFile"] = known(row.files.newFile);
+  return json;
+}
+
+/// Two deliveries and what is known of their difference: few rows of it.
+struct DeliveryComparison {
+  Inspect::Job before, after;
+  std::vector<Inspect::LinkPair> links;
+  std::array<std::size_t, Inspect::DELIVERY_CHANGES> changes = {};
+  std::vector<std::string> withoutId;
+
+  std::size_t& of(Inspect::DeliveryChange change) { return changes[static_cast<std::size_t>(change)]; }
+};
+
+/// Calls with each row. The kind of a change is known only after its differences; where values differ, how they are
+/// stored is not told.
+/// @param onLink  called after each ID, with why it could not be compared, if so
+void compareDeliveries(const DeliveryComparison& deliveries, bool reveal, Progress& progress,
+                       const OnDeliveryRow& onRow,
+                       const std::function<void(Inspect::DeliveryChange, const std::string& error)>& onLink) {
+  for (const Inspect::LinkPair& link : deliveries.links) {
+    FirstFew<DeliveryRow> rows;
+    std::string error;
+    const auto compare = [&](const OnDeliveryRow& onEach) {
+      return compareLinks(
+          link, Inspect::comparedFields, reveal,
+          [&](const Inspect::ResultPair& files, const Inspect::Difference& difference) {
+            onEach({link.id, Inspect::DeliveryChange::SAME, files, difference});
+          },
+          error);
+    };
+    const Inspect::DeliveryChange change = compare([&rows](const DeliveryRow& row) { rows.add(row); });
+    const auto tell = [&](DeliveryRow row) {
+      if (!row.difference.isValue && change != Inspect::DeliveryChange::BYTES) return;
+      row.change = change;
+      onRow(row);
+    };
+    for (const DeliveryRow& row : rows.held()) tell(row);
+    if (!rows.areAll()) compare(tell);
+    onLink(change, error);
+    for (const Inspect::ResultPair& pair : link.results) {
+      progress.advance(Inspect::bytesOf({pair.oldFile, pair.newFile}));
+      progress.finishFile();
+    }
+  }
+}
+
+void expectAll(const DeliveryComparison& deliveries, Progress& progress) {
+  std::size_t pairs = 0;
+  uint64_t bytes = 0;
+  if (!progress.active()) return;
+  for (const Inspect::LinkPair& link : deliveries.links) {
+    pairs += link.results.size();
+    for (const Inspect::ResultPair& pair : link.results) bytes += Inspect::bytesOf({pair.oldFile, pair.newFile});
+  }
+  progress.expect(bytes, pairs);
+}
+
+/// "4 IDs: 1 verdict changed, 3 same"
+std::string totalOf(const DeliveryComparison& deliveries) {
+  std::string text;
+  for (std::size_t i = 0; i < deliveries.changes.size(); ++i) {
+    if (deliveries.changes[i] == 0) continue;
+    text += fmt::format("{}{} {}", text.empty() ? ": " : ", ", deliveries.changes[i],
+                        toString(static_cast<Inspect::DeliveryChange>(i)));
+  }
+  text = counted(deliveries.links.size(), "ID") + text + "\n";
+  for (const std::string& file : deliveries.withoutId) {
+    text += fmt::format("{}: damaged and of no ID, not compared\n", printable(file));
+  }
+  return text;
+}
+
+Json::Value jsonOf(const DeliveryComparison& deliveries) {
+  Json::Value json(Json::objectValue);
+  json["ids"] = static_cast<Json::UInt64>(deliveries.links.size());
+  for (std::size_t i = 0; i < deliveries.changes.size(); ++i) {
+    json[memberName(static_cast<Inspect::DeliveryChange>(i))] = static_cast<Json::UInt64>(deliveries.changes[i]);
+  }
+  json["withoutId"] = Json::Value(Json::arrayValue);
+  for (const std::string& file : deliveries.withoutId) json["withoutId"].append(file);
+  return json;
+}
+
+/// @return false, with a complaint, if there is nothing to compare
+bool readDelivery(const std::string& path, const Options& options, Inspect::Job& job, int& code) {
+  JobArguments wanted;
+  wanted.paths = {path};
+  const std::vector<std::string> description = Inspect::descriptionsIn(wanted.paths);
+  if (!description.empty()) job.descriptionFile = description.front();
+  readWholeJob(wanted, options, job, code);
+  return !complainsOfNoResults(wanted.paths, job.files);
+}
+
+int diffDeliveries(const DiffArguments& args, const Options& options) {
+  if (args.a == "-" || args.b == "-") {
+    complain("-: expected a folder or a file with -r, since files are read twice");
+    return EXIT_USAGE;
+  }
+  DeliveryComparison deliveries;
+  int code = EXIT_DONE;
+  const bool hasOld = readDelivery(args.a, options, deliveries.before, code);
+  if (!readDelivery(args.b, options, deliveries.after, code) || !hasOld) return EXIT_COULD_NOT;
+  settleDeliveries(deliveries.before, deliveries.after);
+  deliveries.links = pairLinks(deliveries.before.links, deliveries.after.links);
+  for (const Inspect::Job* const job : {&deliveries.before, &deliveries.after}) {
+    for (std::string& file : filesWithoutId(*job)) deliveries.withoutId.push_back(std::move(file));
+  }
+  if (!deliveries.withoutId.empty()) code = worse(code, EXIT_WITH_LOSS);
+  FirstFew<DeliveryRow> rows;
+  LongTable table({{"ID"}, {"Change"}, {"Field"}, {"Old"}, {"New"}}, "difference");
+  {
+    Progress progress(options.progress);
+    expectAll(deliveries, progress);
+    compareDeliveries(
+        deliveries, args.reveal, progress,
+        [&](const DeliveryRow& row) {
+          rows.add(row);
+          if (options.format == FORMAT_TABLE) table.add(cellsOf(row));
+        },
+        [&](Inspect::DeliveryChange change, const std::string& error) {
+          ++deliveries.of(change);
+          if (change != Inspect::DeliveryChange::SAME) code = worse(code, EXIT_NO);
+          if (error.empty()) return;
+          complain(error);
+          code = worse(code, EXIT_COULD_NOT);
+        });
+  }
+  // Few rows are held; many are found once more to be printed.
+  const auto forEach = [&](const OnDeliveryRow& onRow) {
+    for (const DeliveryRow& row : rows.held()) onRow(row);
+    if (rows.areAll()) return;
+    Progress progress(options.progress);
+    const Room room(stdout);
+    expectAll(deliveries, progress);
+    compareDeliveries(deliveries, args.reveal, progress, onRow, [](Inspect::DeliveryChange, const std::string&) {});
+  };
+  Document document;
+  document.columns = {"id", "change", "field", "old", "new", "oldFile", "newFile"};
+  document.json = [&] { return jsonOf(deliveries); };
+  document.rows.name = "differences";
+  document.rows.all = [&](const LongList::OnElement& onElement) {
+    forEach([&](const DeliveryRow& row) { onElement(jsonOf(row)); });
+  };
+  document.print = [&] {
+    table.print([&](const LongTable::OnRow& onRow) { forEach([&](const DeliveryRow& row) { onRow(cellsOf(row)); }); });
+    fmt::print("{}", totalOf(deliveries));
+  };
+  printDocument(document, options);
+  return code;
+}
+
 }  // namespace
 
 Subcommand diffCommand(const Options& options) {
   const auto args = std::make_shared<DiffArguments>();
-  Subcommand command("diff", "The fields in which two files differ");
-  command.place("A", "A", &args->a, "one file").required();
-  command.place("B", "B", &args->b, "the other").required();
+  Subcommand command("diff", "The fields in which two files differ, or two deliveries of a job");
+  command.place("A", "A", &args->a, "one file; with -r the old delivery, a folder or a file").required();
+  command.place("B", "B", &args->b, "the other; with -r the new delivery").required();
   command.flag("--reveal", args->reveal, REVEAL_HELP);
-  command.run = [args, &options] { return diff(*args, options); };
+  command.run = [args, &options] { return options.recursive ? diffDeliveries(*args, options) : diff(*args, options); };
   return command;
 }
 

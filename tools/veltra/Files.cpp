@@ -1,5 +1,6 @@
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -12,9 +13,7 @@
 #include "Commands.h"
 
 namespace Command {
-namespace {
 
-/// Reading options from the command line, with a progress bar.
 Inspect::ReadingOptions readingOf(const Options& options, Progress& progress) {
   Inspect::ReadingOptions reading;
   reading.threads = options.jobs;
@@ -26,15 +25,16 @@ Inspect::ReadingOptions readingOf(const Options& options, Progress& progress) {
   return reading;
 }
 
-/// The exit code for one file; complains if it could not be read.
 int codeOfFile(const Inspect::ReadOutcome& outcome, const Inspect::Findings& findings, const Options& options,
-               int unread = EXIT_COULD_NOT) {
+               int unread) {
   if (outcome.state == Inspect::ReadOutcome::WAS_READ) return codeOf(findings);
   const bool isLeftOut = outcome.state == Inspect::ReadOutcome::LEFT_OUT;
   if (!isLeftOut || !options.quiet) complain(outcome.error);
   if (outcome.state == Inspect::ReadOutcome::OUT_OF_MEMORY) return EXIT_COULD_NOT;
   return isLeftOut ? EXIT_WITH_LOSS : unread;
 }
+
+namespace {
 
 /// The exit code for a file that is no container: complains of one that was named, counts one of a folder.
 int codeOfOther(const Inspect::FileRun& run, const std::string& file, const std::string& why, uint64_t& others) {
@@ -44,6 +44,15 @@ int codeOfOther(const Inspect::FileRun& run, const std::string& file, const std:
   }
   ++others;
   return EXIT_DONE;
+}
+
+/// Whether a file begins as containers do, whatever its name.
+bool looksLikeContainer(const std::string& file) {
+  Inspect::ByteSource source;
+  std::string error;
+  char begin[2] = {};
+  return source.openFile(file, error) && source.readAt(0, begin, sizeof begin) == sizeof begin && begin[0] == 'P' &&
+         begin[1] == 'F';
 }
 
 void complainOfFile(const std::string& file, const Inspect::Findings& findings, const Options& options) {
@@ -56,6 +65,10 @@ std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Op
                                  std::size_t& passedOver) {
   std::vector<std::string> faults;
   std::vector<std::string> files = Inspect::filesOf(paths, options.recursive, faults, passedOver);
+  for (const std::string& description : Inspect::descriptionsIn(paths)) {
+    const bool isNamed = std::find(paths.begin(), paths.end(), description) != paths.end();
+    if (!isNamed && !looksLikeContainer(description)) Inspect::leaveOutDescription(files, description);
+  }
   for (const std::string& fault : faults) complain(fault);
   if (!faults.empty()) code = worse(code, EXIT_COULD_NOT);
   return files;
@@ -72,16 +85,21 @@ bool complainsOfNoResults(const std::vector<std::string>& paths, const Inspect::
   return true;
 }
 
-Argument& addExpect(Subcommand& command, std::string& expected) {
-  return command.option("--expect", "FIRST..LAST", &expected,
-                        "the IDs of the job; tells which are missing, damaged, tested twice or not expected");
+Argument& addExpect(Subcommand& command, std::vector<std::string>& expected) {
+  return command
+      .option("--expect", "FIRST..LAST", &expected,
+              "IDs of the job, or one ID; tells which are missing, damaged, tested twice or not expected")
+      .repeated();
 }
 
-bool takeExpected(const std::string& expected, Inspect::CableIdSet& set) {
-  std::string error;
-  if (expected.empty() || Inspect::parseExpected(expected, set, error)) return true;
-  complain(error);
-  return false;
+bool takeExpected(const std::vector<std::string>& expected, Inspect::ExpectedIds& ids) {
+  for (const std::string& range : expected) {
+    std::string error;
+    if (ids.add(range, error)) continue;
+    complain(error);
+    return false;
+  }
+  return true;
 }
 
 void tellOfOthers(uint64_t others, const Options& options) {
@@ -196,6 +214,61 @@ Inspect::JobFiles readJob(const Inspect::FileRun& run, const Options& options, i
   Inspect::JobFiles job = Inspect::readJob(run, readingOf(options, progress), tell, onRow);
   tellOfOthers(others, options);
   return job;
+}
+
+void addJobArguments(Subcommand& command, JobArguments& args) {
+  command.place("PATH", "PATH...", &args.paths, "the folder of the job, or its files").required();
+  command.option("--job", "FILE", &args.descriptionFile,
+                 "the description of the job (default: job.json in the folder)");
+  command
+      .option("--expect", "FIRST..LAST", &args.expected,
+              "IDs of the job beside those of its description, or one ID; may be given several times")
+      .repeated();
+  command.option(
+      "--count", "latest|all",
+      takeChoice<Inspect::CountPolicy>(args.policy,
+                                       {{"latest", Inspect::CountPolicy::LATEST}, {"all", Inspect::CountPolicy::ALL}}),
+      "which results of one ID count: latest leaves out those that a later one stands for (default: latest)");
+}
+
+bool describeJob(const JobArguments& args, Inspect::Job& job, int& code) {
+  job.descriptionFile = args.descriptionFile;
+  if (job.descriptionFile.empty()) {
+    const std::vector<std::string> found = Inspect::descriptionsIn(args.paths);
+    if (found.size() > 1) {
+      complain(fmt::format("expected one job, found {}; say which with --job", fmt::join(found, " and ")));
+      code = EXIT_USAGE;
+      return false;
+    }
+    if (!found.empty()) job.descriptionFile = found.front();
+  }
+  std::string error;
+  if (!job.descriptionFile.empty() && !readJobDescription(job.descriptionFile, job.description, job.expected, error)) {
+    complain(error);
+    code = EXIT_COULD_NOT;
+    return false;
+  }
+  if (takeExpected(args.expected, job.expected)) return true;
+  code = EXIT_USAGE;
+  return false;
+}
+
+bool readWholeJob(const JobArguments& args, const Options& options, Inspect::Job& job, int& code,
+                  const std::function<bool(std::vector<std::string>& files)>& choose) {
+  Options recursive = options;
+  recursive.recursive = true;
+  std::size_t passedOver = 0;
+  int reading = EXIT_DONE;
+  std::vector<std::string> files = filesOf(args.paths, recursive, reading, passedOver);
+  if (args.paths.size() > 1) Inspect::leaveOutDoubles(files);
+  if (!job.descriptionFile.empty()) Inspect::leaveOutDescription(files, job.descriptionFile);
+  if (choose && !choose(files)) return false;
+  const Inspect::FileRun run(std::move(files), args.paths, options.maxSize, passedOver);
+  job.files = readJob(run, options, reading);
+  // What is damaged is known of the links; only what nobody could look at makes the answer doubtful.
+  if (reading == EXIT_COULD_NOT) code = worse(code, EXIT_COULD_NOT);
+  job.settle(args.policy);
+  return true;
 }
 
 void complainOfEach(const std::string& name, const Inspect::Findings& findings) {

@@ -36,7 +36,7 @@ std::map<std::string, FlatMember> flatMembers(const Json::Value& row) {
     const Json::Value& value = row[name];
     if (isMeasurement(value)) {
       members[name] = {value["value"], digitsOf(value)};
-      members[name + "Relation"] = {value["relation"], {}};
+      members[name + "Relation"] = {Inspect::relationBeside(value), {}};
     } else {
       members[name] = {value, {}};
     }

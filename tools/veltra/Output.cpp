@@ -84,15 +84,19 @@ bool isForSpreadsheet = false;
 struct ColumnUnit {
   const char* column;
   const char* unit;
+  const char* beside = nullptr;  ///< only where this column is, too
 };
-constexpr ColumnUnit UNITS[] = {{"length", "m"},     {"headroom", "dB"},      {"time", "UTC"},
-                                {"bytes", "bytes"},  {"offset", "bytes"},     {"recordedBytes", "bytes"},
-                                {"size", "bytes"},   {"storedSize", "bytes"}, {"originalSize", "bytes"},
-                                {"missing", "bytes"}};
+constexpr ColumnUnit UNITS[] = {{"length", "m"},           {"headroom", "dB"},
+                                {"time", "UTC"},           {"bytes", "bytes"},
+                                {"offset", "bytes"},       {"recordedBytes", "bytes"},
+                                {"size", "bytes"},         {"storedSize", "bytes"},
+                                {"originalSize", "bytes"}, {"missing", "bytes", "wasClosed"}};
 
-std::string headingOf(const std::string& column) {
+std::string headingOf(const std::string& column, const std::vector<std::string>& columns) {
   for (const ColumnUnit& row : UNITS) {
-    if (isForSpreadsheet && column == row.column) return fmt::format("{} ({})", column, row.unit);
+    if (!isForSpreadsheet || column != row.column) continue;
+    if (row.beside == nullptr || std::find(columns.begin(), columns.end(), row.beside) != columns.end())
+      return fmt::format("{} ({})", column, row.unit);
   }
   return column;
 }
@@ -122,7 +126,7 @@ void setSpreadsheet(bool isWanted) {
 void printCsvHeader(const std::vector<std::string>& columns) {
   constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
   std::string line;
-  for (const std::string& column : columns) line += (line.empty() ? "" : ",") + headingOf(column);
+  for (const std::string& column : columns) line += (line.empty() ? "" : ",") + headingOf(column, columns);
   fmt::print("{}{}{}", isForSpreadsheet ? BYTE_ORDER_MARK : "", line, csvLineEnd());
 }
 
@@ -146,6 +150,8 @@ void printDocument(const Document& document, const Options& options) {
   const LongList& rows = document.rows;
   switch (options.format) {
     case FORMAT_TABLE:
+    case FORMAT_XLSX:
+    case FORMAT_SQLITE:
       if (document.print) return document.print();
       fmt::print("{}", document.text());
       break;
@@ -198,6 +204,8 @@ void AnswerStream::print(const std::string& text, const Json::Value& element, co
   if (_format != FORMAT_TABLE || !text.empty()) room.emplace(stdout);
   switch (_format) {
     case FORMAT_TABLE:
+    case FORMAT_XLSX:
+    case FORMAT_SQLITE:
       fmt::print("{}", text);
       break;
     case FORMAT_JSON:
@@ -266,6 +274,19 @@ Tone toneOf(Veltra::Status status) {
     if (row.status == status) return row.tone;
   }
   return Tone::PLAIN;
+}
+
+Tone toneOf(Inspect::LinkState state) {
+  switch (state) {
+    case Inspect::LinkState::PASSED:
+    case Inspect::LinkState::PASSED_WITH_STAR:
+      return Tone::GOOD;
+    case Inspect::LinkState::FAILED:
+    case Inspect::LinkState::DAMAGED:
+      return Tone::BAD;
+    default:
+      return Tone::DOUBTFUL;
+  }
 }
 
 std::string furtherText(const std::string& name, const Inspect::Findings& findings) {

@@ -10,6 +10,7 @@
 
 #include <libcrossplatform/common/ResultVocabulary.h>
 #include <libinspect/container/ContainerWalk.h>
+#include <libinspect/job/JobLinks.h>
 
 #include "ExitCodes.h"
 #include "JsonPrinting.h"
@@ -18,7 +19,8 @@
 
 namespace Command {
 
-enum Format { FORMAT_TABLE, FORMAT_JSON, FORMAT_JSONL, FORMAT_CSV };
+/// How an answer is given. The last two are files, of which only a line is printed: see TableFile.h.
+enum Format { FORMAT_TABLE, FORMAT_JSON, FORMAT_JSONL, FORMAT_CSV, FORMAT_XLSX, FORMAT_SQLITE };
 
 constexpr int SCHEMA = 1;  ///< of JSON documents and lines
 
@@ -90,6 +92,7 @@ void printHexDump(const std::vector<uint8_t>& bytes);
 
 Tone toneOf(Inspect::FindingCode code);
 Tone toneOf(Veltra::Status status);
+Tone toneOf(Inspect::LinkState state);
 /// "FILE: 17 further findings"
 std::string furtherText(const std::string& name, const Inspect::Findings& findings);
 

@@ -1,11 +1,16 @@
+#include <array>
+#include <filesystem>
 #include <memory>
+#include <utility>
 
 #include <fmt/format.h>
 
 #include <libinspect/container/Recover.h>
+#include <libinspect/job/CleanCopy.h>
 #include <libinspect/records/FileJudge.h>
 
 #include "Commands.h"
+#include "Sha256.h"
 
 namespace Command {
 namespace {
@@ -45,6 +50,24 @@ void printRecovery(const RecoverArguments& args, const Inspect::Recovery& recove
   fmt::print("\n");
 }
 
+/// What is lost of a file, but for the bytes.
+/// @param lost  a recovery, or a copy
+template <class Lost>
+std::string lostText(const std::string& file, const Lost& lost) {
+  std::string text;
+  for (const Inspect::LostSection& section : lost.lostSections) {
+    const std::string type = section.hasHeader ? Inspect::typeName(section.section.header.type) : "type unknown";
+    text += fmt::format("{}: section {} lost ({}): offset {}: {}: {}\n", file, section.section.number, type,
+                        section.section.offset, nameOf(section.why), printable(detailsOf(section.why)));
+  }
+  if (lost.lostSectionsLeftOut > 0) {
+    text += fmt::format("{}: {} lost\n", file, counted(lost.lostSectionsLeftOut, "further section"));
+  }
+  if (lost.isSummaryLost) text += fmt::format("{}: the result's summary is lost\n", file);
+  if (lost.missing > 0) text += fmt::format("{}: {} shorter than recorded\n", file, counted(lost.missing, "byte"));
+  return text;
+}
+
 std::string textOf(const RecoverArguments& args, const Inspect::Recovery& recovery) {
   const std::string file = printable(args.file);
   std::string text = fmt::format("{}: {} kept in {}{}\n", file, counted(recovery.kept.size(), "section"),
@@ -52,18 +75,7 @@ std::string textOf(const RecoverArguments& args, const Inspect::Recovery& recove
   for (const Inspect::LostRange& lost : recovery.lost) {
     text += fmt::format("{}: offset {}: {} lost\n", file, lost.offset, counted(lost.bytes, "byte"));
   }
-  for (const Inspect::LostSection& lost : recovery.lostSections) {
-    const std::string type = lost.hasHeader ? Inspect::typeName(lost.section.header.type) : "type unknown";
-    text += fmt::format("{}: section {} lost ({}): offset {}: {}: {}\n", file, lost.section.number, type,
-                        lost.section.offset, nameOf(lost.why), printable(detailsOf(lost.why)));
-  }
-  if (recovery.lostSectionsLeftOut > 0) {
-    text += fmt::format("{}: {} lost\n", file, counted(recovery.lostSectionsLeftOut, "further section"));
-  }
-  if (recovery.isSummaryLost) text += fmt::format("{}: the result's summary is lost\n", file);
-  if (recovery.missing > 0)
-    text += fmt::format("{}: {} shorter than recorded\n", file, counted(recovery.missing, "byte"));
-  return text;
+  return text + lostText(file, recovery);
 }
 
 int recover(const RecoverArguments& args, const Options& options) {
@@ -100,15 +112,160 @@ int recover(const RecoverArguments& args, const Options& options) {
   return recovery.lost.empty() && recovery.missing == 0 ? EXIT_DONE : EXIT_WITH_LOSS;
 }
 
+using Inspect::CopyAction;
+
+uint64_t lostSectionsOf(const Inspect::FileCopy& copy) {
+  return copy.lostSections.size() + copy.lostSectionsLeftOut;
+}
+
+/// Nothing for a file that is copied: a job may have thousands.
+std::string textOf(const std::string& name, const Inspect::FileCopy& copy) {
+  const std::string file = printable(name);
+  if (copy.action == CopyAction::OTHER) return fmt::format("{}: other, not copied: no container\n", file);
+  if (copy.action == CopyAction::LOST) {
+    return fmt::format("{}: {}: no intact section in {}\n", file, painted("lost", Tone::BAD),
+                       counted(copy.size, "byte")) +
+           lostText(file, copy);
+  }
+  if (copy.action != CopyAction::RECOVERED) return "";
+  std::string text =
+      fmt::format("{}: {}: {} kept, {} lost\n", file, painted("recovered", copy.hasLoss() ? Tone::BAD : Tone::GOOD),
+                  counted(copy.kept, "section"), counted(copy.lostBytes, "byte"));
+  text += lostText(file, copy);
+  if (copy.damage) {
+    text += fmt::format("{}: still damaged: {}: {}: {}\n", file, placeOf(*copy.damage), nameOf(*copy.damage),
+                        printable(detailsOf(*copy.damage)));
+  }
+  return text;
+}
+
+Json::Value jsonOf(const std::string& file, const Inspect::FileCopy& copy) {
+  const auto known = [](const std::string& text) { return text.empty() ? Json::Value() : Json::Value(text); };
+  Json::Value json(Json::objectValue);
+  json["file"] = file;
+  json["action"] = toString(copy.action);
+  json["output"] = copy.isInCopy() ? Json::Value(copy.output) : Json::Value();
+  json["sha256"] = known(copy.sum);
+  if (copy.action != CopyAction::RECOVERED && copy.action != CopyAction::LOST) return json;
+  json["sectionsKept"] = static_cast<Json::UInt64>(copy.kept);
+  json["sectionsLost"] = static_cast<Json::UInt64>(lostSectionsOf(copy));
+  json["bytesLost"] = static_cast<Json::UInt64>(copy.lostBytes);
+  json["missing"] = static_cast<Json::UInt64>(copy.missing);
+  json["summaryLost"] = copy.isSummaryLost;
+  json["damage"] = copy.damage ? Json::Value(describe(*copy.damage)) : Json::Value();
+  return json;
+}
+
+/// How many files there are of each kind.
+struct CopyTotals {
+  std::array<std::size_t, 5> actions = {};
+  std::size_t untried = 0;  ///< of those that failed
+  std::size_t unread = 0;
+  std::size_t passedOver = 0;  ///< what is neither file nor folder
+  bool isListed = false;       ///< the list of sums was written
+
+  std::size_t& of(CopyAction action) { return actions[static_cast<std::size_t>(action)]; }
+};
+
+std::string totalOf(const std::string& copy, const CopyTotals& totals) {
+  std::string text;
+  for (std::size_t i = 0; i < totals.actions.size(); ++i) {
+    if (totals.actions[i] == 0 && !text.empty()) continue;
+    text += fmt::format("{}{} {}", text.empty() ? "" : ", ", totals.actions[i], toString(static_cast<CopyAction>(i)));
+  }
+  if (totals.unread > 0) text += fmt::format(", {} not read", totals.unread);
+  if (totals.passedOver > 0) text += fmt::format(", {} neither file nor folder", totals.passedOver);
+  return fmt::format("{}: {}{}\n", printable(copy), text,
+                     totals.isListed ? fmt::format("; sums in {}", Inspect::CopyOrder::LIST_NAME) : "");
+}
+
+Json::Value jsonOf(const std::string& copy, const CopyTotals& totals) {
+  Json::Value json(Json::objectValue);
+  for (std::size_t i = 0; i < totals.actions.size(); ++i) {
+    json[toString(static_cast<CopyAction>(i))] = static_cast<Json::UInt64>(totals.actions[i]);
+  }
+  json["unread"] = static_cast<Json::UInt64>(totals.unread);
+  json["passedOver"] = static_cast<Json::UInt64>(totals.passedOver);
+  json["list"] = totals.isListed ? Json::Value(copy + "/" + Inspect::CopyOrder::LIST_NAME) : Json::Value();
+  return json;
+}
+
+/// Counts a file, complains if it failed. @return its exit code
+int account(const Inspect::FileCopy& copy, CopyTotals& totals) {
+  ++totals.of(copy.action);
+  if (copy.action != CopyAction::FAILED) return copy.hasLoss() ? EXIT_WITH_LOSS : EXIT_DONE;
+  if (copy.error.empty()) {
+    ++totals.untried;
+  } else {
+    complain(copy.error);
+  }
+  return EXIT_COULD_NOT;
+}
+
+int recoverJob(const RecoverArguments& args, const Options& options) {
+  const Inspect::CopyOrder order = {args.file, args.output, args.force, sha256Of};
+  std::string error;
+  if (!areApart(order, error)) {
+    complain(error);
+    return EXIT_COULD_NOT;
+  }
+  int code = EXIT_DONE;
+  CopyTotals totals;
+  std::vector<std::string> faults;
+  std::vector<std::string> files = Inspect::filesOf({args.file}, true, faults, totals.passedOver);
+  for (const std::string& fault : faults) complain(fault);
+  if (!faults.empty()) code = EXIT_COULD_NOT;
+  const Inspect::FileRun run(std::move(files), {}, options.maxSize, totals.passedOver);
+  if (complainsOfNoFiles({args.file}, run.files())) return EXIT_COULD_NOT;
+  Progress progress(options.progress);
+  AnswerStream answers(options, "files",
+                       {"file", "action", "sectionsKept", "sectionsLost", "bytesLost", "missing", "summaryLost",
+                        "damage", "output", "sha256"});
+  const auto tell = [&](const std::string& file, const Inspect::ReadOutcome& outcome, const Inspect::FileCopy* copy) {
+    code = worse(code, codeOfFile(outcome, {}, options));
+    if (outcome.state != Inspect::ReadOutcome::WAS_READ) return void(++totals.unread);
+    code = worse(code, account(*copy, totals));
+    const Json::Value row = jsonOf(file, *copy);
+    Json::Value element = row;
+    Json::Value& lost = element["lostSections"] = Json::Value(Json::arrayValue);
+    for (const Inspect::LostSection& section : copy->lostSections) lost.append(toJson(section));
+    answers.print(options.quiet ? "" : textOf(file, *copy), element, {row});
+    (void)std::fflush(stdout);  // write errors are checked at the end
+  };
+  const bool isDone = copyJob(order, run, readingOf(options, progress), tell, error);
+  progress.hold();
+  totals.isListed = isDone && totals.of(CopyAction::COPIED) + totals.of(CopyAction::RECOVERED) > 0;
+  answers.finish(jsonOf(args.output, totals));
+  if (options.format == FORMAT_TABLE && !options.quiet) fmt::print("{}", totalOf(args.output, totals));
+  (void)std::fflush(stdout);
+  if (isDone && totals.of(CopyAction::OTHER) < run.files().size()) return code;
+  if (totals.untried > 0) {
+    complain(fmt::format("{}: {} not tried after that", args.output, counted(totals.untried, "file")));
+  }
+  complain(isDone           ? args.file + ": no containers"
+           : !error.empty() ? error
+                            : args.output + ": not complete, no list of sums was written");
+  return EXIT_COULD_NOT;
+}
+
+bool isFolder(const std::string& path) {
+  std::error_code unknown;
+  return path != "-" && std::filesystem::is_directory(path, unknown);
+}
+
 }  // namespace
 
 Subcommand recoverCommand(const Options& options) {
   const auto args = std::make_shared<RecoverArguments>();
-  Subcommand command("recover", "Save every intact section of a damaged file into a new one");
-  command.place("FILE", "FILE", &args->file, "the damaged file; - reads standard input").required();
-  command.option("-o,--output", "NEW", &args->output, "the file to write").required();
+  Subcommand command("recover", "Save every intact section of a damaged file, or all that is intact of a job");
+  command
+      .place("FILE", "FILE", &args->file, "the damaged file; - reads standard input; with -r also the folder of a job")
+      .required();
+  command.option("-o,--output", "NEW", &args->output, "the file to write; of a folder, its clean copy").required();
   command.flag("--force", args->force, FORCE_HELP);
-  command.run = [args, &options] { return recover(*args, options); };
+  command.run = [args, &options] {
+    return options.recursive && isFolder(args->file) ? recoverJob(*args, options) : recover(*args, options);
+  };
   return command;
 }
 

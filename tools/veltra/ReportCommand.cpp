@@ -12,14 +12,14 @@ namespace {
 
 struct ReportArguments {
   std::vector<std::string> paths;
-  std::string expected;
+  std::vector<std::string> expected;
   std::string output;
   std::string title = "Cable test report";
   bool force = false;
 };
 
 int report(const ReportArguments& args, const Options& options) {
-  Inspect::CableIdSet expected;
+  Inspect::ExpectedIds expected;
   if (!takeExpected(args.expected, expected)) return EXIT_USAGE;
   if (refusesToReplace(args.output, args.force, args.paths)) return EXIT_COULD_NOT;
   int code = EXIT_DONE;

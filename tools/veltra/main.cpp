@@ -16,7 +16,7 @@
 #include <libcrossplatform/common/Version.h>
 #include <libinspect/job/ManyFiles.h>
 
-#include "Commands.h"
+#include "TableFile.h"
 
 namespace {
 
@@ -26,11 +26,14 @@ using namespace Command;
 void addOptions(Subcommand& root, Options& options) {
   root.option("-h,--help", "", {}, "Print this help message and exit");
   root.option("--version", "", {}, "Display program version information and exit");
-  root.option("-f,--format", "table|json|jsonl|csv",
-              takeChoice<Format>(
-                  options.format,
-                  {{"table", FORMAT_TABLE}, {"json", FORMAT_JSON}, {"jsonl", FORMAT_JSONL}, {"csv", FORMAT_CSV}}),
-              "how answers are printed (default: table)");
+  root.option("-f,--format", "table|json|jsonl|csv|xlsx|sqlite",
+              takeChoice<Format>(options.format, {{"table", FORMAT_TABLE},
+                                                  {"json", FORMAT_JSON},
+                                                  {"jsonl", FORMAT_JSONL},
+                                                  {"csv", FORMAT_CSV},
+                                                  {"xlsx", FORMAT_XLSX},
+                                                  {"sqlite", FORMAT_SQLITE}}),
+              "how answers are given; xlsx and sqlite: files of a job (default: table)");
   root.flag("--spreadsheet", options.spreadsheet,
             "CSV for a spreadsheet: units in the headings, and no text is taken for a formula");
   root.flag("-q,--quiet", options.quiet, "do not print findings; the exit code reports them");
@@ -74,16 +77,18 @@ int runCommand(int argc, char** argv) {
   Subcommand root("veltra", "Inspect, check, recover and create the files of cabling testers.");
   addOptions(root, options);
   root.commands = listOf(infoCommand(options), listCommand(options), showCommand(options), summaryCommand(options),
-                         doctorCommand(options), recoverCommand(options), reportCommand(options),
+                         doctorCommand(options), recoverCommand(options), jobCommand(options), reportCommand(options),
                          annotateCommand(options), extractCommand(options), diffCommand(options), packCommand(options),
                          manifestCommand(options), netprofileCommand(options), idsCommand(options),
                          typesCommand(options), completionCommand(root), helpCommand(root));
+  refuseTableFormats(root, options);
   int code = EXIT_DONE;
   const Run run = parseCommandLine(root, "veltra " VELTRA_VERSION_TEXT, argc, argv, code);
   if (code == EXIT_USAGE) return code;
   setColor(options.color);
-  if (options.spreadsheet && (options.format == FORMAT_JSON || options.format == FORMAT_JSONL)) {
-    complain("--spreadsheet: expected -f csv or no -f, found a format for programs");
+  if (options.spreadsheet && options.format != FORMAT_TABLE && options.format != FORMAT_CSV) {
+    complain(isTableFormat(options.format) ? "--spreadsheet: expected -f csv or no -f, found a file of tables"
+                                           : "--spreadsheet: expected -f csv or no -f, found a format for programs");
     return EXIT_USAGE;
   }
   if (options.spreadsheet) options.format = FORMAT_CSV;

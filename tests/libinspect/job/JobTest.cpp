@@ -9,9 +9,9 @@ namespace {
 using Texts = std::vector<std::string>;
 
 TEST(JobFiles, WhatWasReadBeforeAnErrorIsNotIntact) {
-  CableIdSet expected;
+  ExpectedIds expected;
   std::string error;
-  ASSERT_TRUE(parseExpected("A1..A3", expected, error)) << error;
+  ASSERT_TRUE(expected.add("A1..A3", error)) << error;
   const FileRun run({}, {"notes.txt"}, 0, 0);
   JudgedFile result, other;
   result.hasSummary = true;

@@ -130,7 +130,7 @@ TEST(ReportPage, TheLeadIsThatOfTheTable) {
     for (const Veltra::Status status : {Veltra::STATUS_PASS, Veltra::STATUS_FAIL, Veltra::STATUS_NOT_SET}) {
       made.rows.insert(made.rows.end(), counts[verdict++], row("A1", status, "1", "1"));
     }
-    made.notes.push_back({"a", job % 2 == 1, {"W02"}, 0, "", ""});
+    made.notes.push_back({"a", job % 2 == 1, {{W02_UNKNOWN_TYPE, 0, 1, "", ""}}, 0, "", ""});
     if (job / 2 % 2 == 1) made.unread = {"b"};
     const std::string page = reportPage(made, "Job");
     std::smatch lead;
@@ -144,9 +144,9 @@ TEST(ReportPage, TheLeadIsThatOfTheTable) {
 // Text that is markup or cannot be shown, numbers that are none, damage, what was not read, expected IDs.
 TEST(ReportPage, OfAwkwardResultsIsTheGoldenOne) {
   const std::string hostile = "\"><script>x</script>' onload='a' {title} \x01\xff\xE2\x80\xAE https:";
-  CableIdSet expected;
+  ExpectedIds expected;
   std::string error;
-  ASSERT_TRUE(parseExpected("A1..A9", expected, error));
+  ASSERT_TRUE(expected.add("A1..A9", error));
   JobFiles job;
   job.expected = &expected;
   job.rows = {row(hostile, Veltra::STATUS_FAIL, "45.0", "-1.0"),
@@ -159,7 +159,8 @@ TEST(ReportPage, OfAwkwardResultsIsTheGoldenOne) {
               row("A6", Veltra::STATUS_PASS, "1", "1.0"),
               row("B1", Veltra::STATUS_FAIL, "700", "-1.0", Veltra::RESULT_TYPE_FIBER)};
   job.rows[7].summary.headroom.value = ScaledInt::fromRaw(5, static_cast<ScaledInt::ScaledTo>(9));
-  job.notes = {{hostile, true, {hostile}, 3, hostile, ""}, {"job/A6.vres", true, {}, 0, "", ""}};
+  job.notes = {{hostile, true, {{E04_DATA_CRC, 24, 1, "1", hostile}}, 3, hostile, ""},
+               {"job/A6.vres", true, {}, 0, "", ""}};
   job.unread = {hostile};
   job.withoutResult = {hostile};
   const std::string page = reportPage(job, "Job");

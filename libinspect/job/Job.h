@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <libinspect/job/JobDescription.h>
+#include <libinspect/job/JobFiles.h>
+#include <libinspect/job/JobLinks.h>
+
+namespace Inspect {
+
+/// A job: what people know of it, the files, and what they say of each link.
+struct Job {
+  Job() = default;
+  Job(const Job&) = delete;  // links point to rows of the files
+  Job& operator=(const Job&) = delete;
+
+  JobDescription description;
+  std::string descriptionFile;  ///< empty: there is none
+  ExpectedIds expected;         ///< of the description, and what else is expected
+  JobFiles files;
+  std::vector<JobLink> links;
+
+  /// Makes the links of the files. Call it when all else is there.
+  void settle(CountPolicy policy) { links = linksOf(files, expected, policy); }
+};
+
+/// A description with the IDs that the results of a job seem to be of, marked as guessed; the names of damaged files
+/// count where they fit into a range. Without IDs there is nothing to guess from.
+/// @param unusual  receives the IDs that cannot be written as an expected ID
+JobDescription guessedDescription(const Job& job, std::vector<std::string>& unusual);
+
+/// The descriptions that folders have, by JobDescription::FILE_NAME, and those that are named themselves.
+/// @param paths  of files and folders
+std::vector<std::string> descriptionsIn(const std::vector<std::string>& paths);
+
+/// Leaves each file in a list once, by whatever names it is there.
+void leaveOutDoubles(std::vector<std::string>& files);
+
+/// Takes the description of a job out of its files, by whatever name it is there.
+void leaveOutDescription(std::vector<std::string>& files, const std::string& descriptionFile);
+
+}  // namespace Inspect
