@@ -1,0 +1,225 @@
+#include <libinspect/report/HeldSections.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include <fmt/format.h>
+
+#include <libcrossplatform/common/InstrumentSettings.h>
+#include <libcrossplatform/common/OrbelSettings.h>
+#include <libinspect/container/ContainerWalk.h>
+#include <libinspect/container/JsonFaults.h>
+#include <libinspect/container/Secrets.h>
+#include <libinspect/records/KnownPayload.h>
+
+namespace Inspect {
+namespace {
+
+using Veltra::EquipmentInformation;
+
+bool isSettings(const DecodedRecord& record) {
+  return record.id == Veltra::InstrumentSettings::SERIAL_TYPE_ID || record.id == Veltra::OrbelSettings::SERIAL_TYPE_ID;
+}
+
+std::string textOf(const Json::Value& value) {
+  if (value.isNull()) return "-";
+  if (value.isObject() || value.isArray()) return "none";
+  return value.asString();
+}
+
+/// The values within a document, named by the way to them: "pairs[0].length".
+class ValueList {
+ public:
+  ValueList(std::vector<HeldValue>& values, std::size_t most) : _values(values), _most(most) {}
+
+  void add(const Json::Value& value, const std::string& name) {
+    if (isMeasurement(value)) return add(value["text"], name);
+    const bool isFull = _values.size() >= _most;  // what is only counted needs no names
+    if (value.isArray() && !value.empty()) {
+      for (Json::ArrayIndex i = 0; i < value.size(); ++i) {
+        add(value[i], isFull ? name : fmt::format("{}[{}]", name, i));
+      }
+    } else if (value.isObject() && !value.empty()) {
+      for (auto member = value.begin(); member != value.end(); ++member) {
+        add(*member, isFull ? name : name + (name.empty() ? "" : ".") + shortened(member.name()));
+      }
+    } else if (isFull) {
+      ++_leftOut;
+    } else {
+      _values.push_back({name, textOf(value)});
+    }
+  }
+
+  std::size_t leftOut() const { return _leftOut; }
+
+ private:
+  /// Each value repeats the names of what it is in.
+  static std::string shortened(const std::string& name) {
+    constexpr std::size_t MOST = 100;
+    return name.size() <= MOST ? name : name.substr(0, cutAt(name, MOST)) + "...";
+  }
+
+  std::vector<HeldValue>& _values;
+  std::size_t _most;
+  std::size_t _leftOut = 0;
+};
+
+class Reader {
+ public:
+  Reader(const TimeZone& zone, HeldSections& held) : _zone(zone), _held(held) {}
+
+  void read(const ByteSource& source, const SectionInfo& info) {
+    if (_held.sections.size() == HeldSections::MOST_SECTIONS) {
+      ++_held.leftOut;
+      return;
+    }
+    HeldSection& section = _held.sections.emplace_back();
+    section.name = typeName(info.header.type);
+    std::vector<uint8_t> bytes;
+    std::string error;
+    if (info.header.dataSize <= HeldSections::MOST_SECTION_BYTES) {
+      if (!loadPayload(source, info, bytes, error)) {
+        section.words = "could not be read";
+        return;
+      }
+      take(info.header.type, bytes, section);
+    }
+    if (!section.words.empty() || !section.values.empty() || !section.picture.uri.empty()) return;
+    section.words = fmt::format("{}, CRC-32 {:08x}", counted(info.header.dataSize, "byte"), info.header.dataCrc);
+  }
+
+ private:
+  void take(uint16_t type, const std::vector<uint8_t>& bytes, HeldSection& section) {
+    KnownPayload payload = knownPayload(type, bytes);
+    if (payload.image) {
+      takePicture(*payload.image, bytes, section);
+    } else if (payload.kind == PayloadKind::RECORD && isSettings(payload.record)) {
+      section.words = "settings, not shown";
+    } else if (const auto* const equipment = payload.record.as<EquipmentInformation>()) {
+      section.name = "Equipment";
+      section.values = equipmentValues(*equipment, _zone);
+      if (section.values.empty()) section.words = "nothing named";
+    } else if (payload.kind == PayloadKind::RECORD) {
+      takeTable(payload.record.toJson(false), section);
+    } else if (payload.kind == PayloadKind::JSON) {
+      Json::Value shown = withoutSecrets(std::move(payload.document));
+      useDigits(shown, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+      takeTable(shown, section);
+    }
+  }
+
+  void takeTable(const Json::Value& json, HeldSection& section) {
+    if (json.isNull()) return;
+    ValueList list(section.values, HeldSections::MOST_VALUES - _values);
+    list.add(json, "");
+    _values += section.values.size();
+    if (list.leftOut() > 0) section.words = fmt::format("and {} not shown", counted(list.leftOut(), "value"));
+  }
+
+  void takePicture(const ImageInfo& info, const std::vector<uint8_t>& bytes, HeldSection& section) {
+    std::string error;
+    section.words = toString(info);
+    Picture picture;
+    if (!makePicture(bytes, Picture::MOST_BYTES, picture, error)) {
+      section.words += ", not shown: " + error;
+    } else if (picture.uri.size() > HeldSections::MOST_PICTURES - _pictures) {
+      section.words += ", not shown: this result has larger pictures than a page can hold";
+    } else {
+      _pictures += picture.uri.size();
+      section.picture = std::move(picture);
+    }
+  }
+
+  const TimeZone& _zone;
+  HeldSections& _held;
+  std::size_t _values = 0;
+  std::size_t _pictures = 0;
+};
+
+/// Calls `take` for each section after the summary. @return false if the file could not be read to its end
+template <class Take>
+bool eachSection(const ByteSource& source, Take take) {
+  SectionWalk walk(source, WalkDepth::HEADERS);
+  SectionInfo section;
+  while (walk.next(section)) {
+    if (section.number > 0 && section.header.type != PFile::SECTION_RESULT_SUMMARY) take(section);
+  }
+  return !source.hasFailed();
+}
+
+std::string line(const EquipmentInformation& equipment) {
+  std::string text;
+  const auto add = [&text](const char* separator, const char* words, const std::string& what) {
+    if (!what.empty()) text += (text.empty() ? "" : separator) + std::string(words) + what;
+  };
+  add("", "", equipment.getModelIdStr());
+  add(", ", "serial number ", equipment.getModelSerialNumber());
+  add(", ", "software ", equipment.getSoftwareVersion());
+  add("; ", "module ", equipment.getModuleIdStr());
+  add(", ", "module serial number ", equipment.getModuleSerialNumber());
+  return text;
+}
+
+}  // namespace
+
+HeldSections heldSections(const std::string& file, const TimeZone& zone) {
+  HeldSections held;
+  ByteSource source;
+  std::string error;
+  if (!source.openFile(file, error)) return held;
+  Reader reader(zone, held);
+  held.isRead = eachSection(source, [&](const SectionInfo& section) { reader.read(source, section); });
+  return held;
+}
+
+std::vector<HeldValue> equipmentValues(const EquipmentInformation& equipment, const TimeZone& zone) {
+  const auto dayOf = [&zone](long time) { return time > 0 ? zone.day(static_cast<time_t>(time)) : std::string(); };
+  const auto numberOf = [](int number) { return number != 0 ? std::to_string(number) : std::string(); };
+  const Json::Value json = equipment.toJson(Dump::DumpFlags());
+  std::vector<HeldValue> values = {{"Model", equipment.getModelIdStr()},
+                                   {"Serial number", equipment.getModelSerialNumber()},
+                                   {"Hardware revision", numberOf(equipment.getModelHardwareRevision())},
+                                   {"Software", equipment.getSoftwareVersion()},
+                                   {"Module", equipment.getModuleIdStr()},
+                                   {"Module serial number", equipment.getModuleSerialNumber()},
+                                   {"Module hardware revision", numberOf(equipment.getModuleHardwareRevision())},
+                                   {"Module calibrated", dayOf(equipment.getModuleCalibrationTime())},
+                                   {"Module first used", dayOf(equipment.getModuleFirstUseDate())},
+                                   {"Adapter", json["liaId"].asString()},
+                                   {"Adapter serial number", equipment.getLiaSerialNumber()},
+                                   {"Adapter calibrated", dayOf(equipment.getLiaCalibrationTime())}};
+  values.erase(std::remove_if(values.begin(), values.end(), [](const HeldValue& value) { return value.text.empty(); }),
+               values.end());
+  return values;
+}
+
+std::vector<std::string> instrumentsOf(const std::vector<std::string>& files, const ReadingOptions& options) {
+  constexpr uint32_t MOST_RECORD = 4096;  // stored bytes; the record has seven numbers and five short texts
+  using Lines = std::vector<std::string>;
+  const auto ask = [](const ByteSource& source) {
+    Lines lines;
+    (void)eachSection(source, [&](const SectionInfo& section) {
+      std::vector<uint8_t> bytes;
+      std::string error;
+      if (section.header.dataSize > MOST_RECORD || lines.size() == HeldSections::MOST_SECTIONS ||
+          !loadPayload(source, section, bytes, error))
+        return;
+      const DecodedRecord record = decodeRecord(bytes);
+      const auto* const equipment = record.as<EquipmentInformation>();
+      if (equipment != nullptr) lines.push_back(line(*equipment));
+    });
+    return lines;
+  };
+  Lines known;
+  askEach<Lines>(files, options, ask, [&](const std::string&, const ReadOutcome&, const std::optional<Lines>& lines) {
+    if (!lines) return;
+    for (const std::string& each : *lines) {
+      if (!each.empty() && std::find(known.begin(), known.end(), each) == known.end() &&
+          known.size() < HeldSections::MOST_SECTIONS)
+        known.push_back(each);
+    }
+  });
+  return known;
+}
+
+}  // namespace Inspect
