@@ -1,5 +1,7 @@
 #include <libinspect/report/LinkBlock.h>
 
+#include <filesystem>
+
 #include <fmt/format.h>
 
 #include <libinspect/container/PrintableText.h>
@@ -15,6 +17,11 @@ std::string timeOf(const ResultRow& row, const TimeZone& zone) {
 std::string testsOf(const Veltra::ResultSummary& summary) {
   return fmt::format("tests: {} passed, {} with a star, {} failed", summary.numPassTests, summary.numPassStarTests,
                      summary.numFailTests);
+}
+
+/// A customer has no use for folders.
+std::string fileOf(const std::string& path, const ReportForm& form) {
+  return form.edition == Edition::CUSTOMER ? std::filesystem::path(path).filename().string() : path;
 }
 
 /// Why a result is not a part of the link's verdict; empty if it is.
@@ -49,7 +56,6 @@ void addSections(const LinkResult& result, const TimeZone& zone, PageData& data)
   }
   if (held.leftOut > 0) named << pageObject({{"name", fmt::format("and {} more", held.leftOut)}, {"words", "-"}});
   if (!held.isRead) named << pageObject({{"name", "The file"}, {"words", "could not be read again to its end"}});
-  data["hasNamed"] = PageData(named.is_non_empty_list());
   data["shown"] = std::move(shown);
   data["named"] = std::move(named);
 }
@@ -64,7 +70,7 @@ PageData dataOf(const LinkResult& result, const ReportForm& form, const TimeZone
   PageData data = pageObject({{"style", look.style},
                               {"word", look.word},
                               {"facts", facts},
-                              {"file", row.file},
+                              {"file", fileOf(row.file, form)},
                               {"role", role},
                               {"kind", result.counts ? "" : "earlier"}});
   if (result.counts) addSections(result, zone, data);
@@ -90,7 +96,8 @@ PageData linkBlock(const JobLink& link, const ReportForm& form, const TimeZone& 
   for (const LinkResult& result : link.results) results << dataOf(result, form, zone);
   const char* const lostWords = link.state == LinkState::DAMAGED ? "Could not be read; test again"
                                                                  : "Another file could not be read, and does not count";
-  for (const std::string& file : link.lostFiles) lost << pageObject({{"words", lostWords}, {"file", file}});
+  for (const std::string& file : link.lostFiles)
+    lost << pageObject({{"words", lostWords}, {"file", fileOf(file, form)}});
   data["results"] = std::move(results);
   data["lost"] = std::move(lost);
   if (link.state == LinkState::MISSING) data["isMissing"] = PageData(true);

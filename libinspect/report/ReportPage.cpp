@@ -28,7 +28,10 @@ class Page {
   PageData eachOf(const Items& items, DataOf dataOf) {
     return PageData(kainjow::mustache::lambda2(
         [this, &items, dataOf](const std::string& section, const kainjow::mustache::renderer&) -> std::string {
-          kainjow::mustache::mustache item(section.substr(section.front() == '\n' ? 1 : 0));
+          // Its lines are for whoever edits the page: of each line end a browser would make a text.
+          std::string line = section;
+          line.erase(std::remove(line.begin(), line.end(), '\n'), line.end());
+          kainjow::mustache::mustache item(line + "\n");
           item.set_custom_escape(htmlText);
           for (const auto& each : items) {
             if (!_isWritten) break;
@@ -229,11 +232,13 @@ PageData dataOf(const TableRow& row, const ReportForm& form, const TimeZone& zon
   return data;
 }
 
-/// Rows stand in groups, of which a browser lays out those that are seen.
-void addGroup(std::size_t row, std::size_t rows, PageData& data) {
+/// Long lists stand in groups, of which a browser lays out those that are seen.
+template <class Item>
+void addGroup(const Item& item, const std::vector<Item>& items, PageData& data) {
   constexpr std::size_t MOST = 100;
-  if (row % MOST == 0) data["group"] = PageData(std::to_string(std::min(MOST, rows - row)));
-  data["isLast"] = PageData(row % MOST == MOST - 1 || row + 1 == rows);
+  const auto place = static_cast<std::size_t>(&item - items.data());
+  if (place % MOST == 0) data["group"] = PageData(std::to_string(std::min(MOST, items.size() - place)));
+  data["isLast"] = PageData(place % MOST == MOST - 1 || place + 1 == items.size());
 }
 
 PageData dataOf(const Figure& figure) {
@@ -358,11 +363,15 @@ bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, c
   page["isTechnical"] = PageData(form.edition == Edition::TECHNICIAN);
   page["rows"] = out.eachOf(report.table, [&form, &zone, &report](const TableRow& row) {
     PageData data = dataOf(row, form, zone);
-    addGroup(static_cast<std::size_t>(&row - report.table.data()), report.table.size(), data);
+    addGroup(row, report.table, data);
     return data;
   });
   page["media"] = pageList(report.media, [](const MediumReport& medium) { return dataOf(medium); });
-  page["blocks"] = out.eachOf(job.links, [&form, &zone](const JobLink& link) { return linkBlock(link, form, zone); });
+  page["blocks"] = out.eachOf(job.links, [&form, &zone, &job](const JobLink& link) {
+    PageData data = linkBlock(link, form, zone);
+    addGroup(link, job.links, data);
+    return data;
+  });
 
   page["hasFiles"] = PageData(hasFiles);
   page["hasRemarks"] = PageData(!report.status.notes.empty());

@@ -6,7 +6,7 @@ pack() { # FILE ID TYPE STATUS LENGTH HEADROOM
 }
 # page FILE: the words of a page, a line each, without its style sheet, its script and its drawings' texts.
 page() {
-  sed -e '/<style>/,/<\/style>/d' -e '/<script>/,/<\/script>/d' -e 's/<\/*bdi>//g' -e 's/<svg class="chart".*<\/svg>//' -e 's/<\/\(li\|td\|th\)>/|/g; s/<[^>]*>/ /g; s/  */ /g' "$1" |
+  sed -e '/<style>/,/<\/style>/d' -e '/<script>/,/<\/script>/d' -e 's/<\/*bdi>//g' -e 's/<svg class="chart".*<\/svg>//' -e 's/<\/\(li\|td\|th\)>/|/g; s/<\/p>/\n/g; s/<[^>]*>/ /g; s/  */ /g' "$1" |
     grep -v '^[ |]*$'
 }
 # lead FILE: the verdict, and what to know first. from FILE HEADING: all from that on.
