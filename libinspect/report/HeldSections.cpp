@@ -21,10 +21,17 @@ bool isSettings(const DecodedRecord& record) {
   return record.id == Veltra::InstrumentSettings::SERIAL_TYPE_ID || record.id == Veltra::OrbelSettings::SERIAL_TYPE_ID;
 }
 
+/// A file may hold texts of megabytes.
+std::string shortened(const std::string& text, std::size_t most) {
+  return text.size() <= most ? text : text.substr(0, cutAt(text, most)) + "...";
+}
+constexpr std::size_t MOST_NAME = 100;  ///< bytes, each value repeats the names of what it is in
+constexpr std::size_t MOST_TEXT_SHOWN = 1000;
+
 std::string textOf(const Json::Value& value) {
   if (value.isNull()) return "-";
   if (value.isObject() || value.isArray()) return "none";
-  return value.asString();
+  return shortened(value.asString(), MOST_TEXT_SHOWN);
 }
 
 /// The values within a document, named by the way to them: "pairs[0].length".
@@ -41,7 +48,7 @@ class ValueList {
       }
     } else if (value.isObject() && !value.empty()) {
       for (auto member = value.begin(); member != value.end(); ++member) {
-        add(*member, isFull ? name : name + (name.empty() ? "" : ".") + shortened(member.name()));
+        add(*member, isFull ? name : name + (name.empty() ? "" : ".") + shortened(member.name(), MOST_NAME));
       }
     } else if (isFull) {
       ++_leftOut;
@@ -53,12 +60,6 @@ class ValueList {
   std::size_t leftOut() const { return _leftOut; }
 
  private:
-  /// Each value repeats the names of what it is in.
-  static std::string shortened(const std::string& name) {
-    constexpr std::size_t MOST = 100;
-    return name.size() <= MOST ? name : name.substr(0, cutAt(name, MOST)) + "...";
-  }
-
   std::vector<HeldValue>& _values;
   std::size_t _most;
   std::size_t _leftOut = 0;
@@ -66,18 +67,20 @@ class ValueList {
 
 class Reader {
  public:
-  Reader(const TimeZone& zone, HeldSections& held) : _zone(zone), _held(held) {}
+  Reader(const TimeZone& zone, HeldBudget& left, HeldSections& held) : _zone(zone), _left(left), _held(held) {}
 
   void read(const ByteSource& source, const SectionInfo& info) {
-    if (_held.sections.size() == HeldSections::MOST_SECTIONS) {
+    if (_left.sections == 0) {
       ++_held.leftOut;
       return;
     }
+    --_left.sections;
     HeldSection& section = _held.sections.emplace_back();
     section.name = typeName(info.header.type);
+    constexpr uint32_t MOST_SECTION = 8 * 1024 * 1024;
     std::vector<uint8_t> bytes;
     std::string error;
-    if (info.header.dataSize <= HeldSections::MOST_SECTION_BYTES) {
+    if (info.header.dataSize <= MOST_SECTION) {
       if (!loadPayload(source, info, bytes, error)) {
         section.words = "could not be read";
         return;
@@ -110,9 +113,9 @@ class Reader {
 
   void takeTable(const Json::Value& json, HeldSection& section) {
     if (json.isNull()) return;
-    ValueList list(section.values, HeldSections::MOST_VALUES - _values);
+    ValueList list(section.values, _left.values);
     list.add(json, "");
-    _values += section.values.size();
+    _left.values -= section.values.size();
     if (list.leftOut() > 0) section.words = fmt::format("and {} not shown", counted(list.leftOut(), "value"));
   }
 
@@ -122,18 +125,17 @@ class Reader {
     Picture picture;
     if (!makePicture(bytes, Picture::MOST_BYTES, picture, error)) {
       section.words += ", not shown: " + error;
-    } else if (picture.uri.size() > HeldSections::MOST_PICTURES - _pictures) {
-      section.words += ", not shown: this result has larger pictures than a page can hold";
+    } else if (picture.uri.size() > _left.pictures) {
+      section.words += ", not shown: this link has larger pictures than a page can hold";
     } else {
-      _pictures += picture.uri.size();
+      _left.pictures -= picture.uri.size();
       section.picture = std::move(picture);
     }
   }
 
   const TimeZone& _zone;
+  HeldBudget& _left;
   HeldSections& _held;
-  std::size_t _values = 0;
-  std::size_t _pictures = 0;
 };
 
 /// Calls `take` for each section after the summary. @return false if the file could not be read to its end
@@ -157,17 +159,17 @@ std::string line(const EquipmentInformation& equipment) {
   add(", ", "software ", equipment.getSoftwareVersion());
   add("; ", "module ", equipment.getModuleIdStr());
   add(", ", "module serial number ", equipment.getModuleSerialNumber());
-  return text;
+  return shortened(text, MOST_TEXT_SHOWN);
 }
 
 }  // namespace
 
-HeldSections heldSections(const std::string& file, const TimeZone& zone) {
+HeldSections heldSections(const std::string& file, const TimeZone& zone, HeldBudget& left) {
   HeldSections held;
   ByteSource source;
   std::string error;
   if (!source.openFile(file, error)) return held;
-  Reader reader(zone, held);
+  Reader reader(zone, left, held);
   held.isRead = eachSection(source, [&](const SectionInfo& section) { reader.read(source, section); });
   return held;
 }
@@ -190,10 +192,12 @@ std::vector<HeldValue> equipmentValues(const EquipmentInformation& equipment, co
                                    {"Adapter calibrated", dayOf(equipment.getLiaCalibrationTime())}};
   values.erase(std::remove_if(values.begin(), values.end(), [](const HeldValue& value) { return value.text.empty(); }),
                values.end());
+  for (HeldValue& value : values) value.text = shortened(value.text, MOST_TEXT_SHOWN);
   return values;
 }
 
 std::vector<std::string> instrumentsOf(const std::vector<std::string>& files, const ReadingOptions& options) {
+  constexpr std::size_t MOST = 100;       // of a file, and in all
   constexpr uint32_t MOST_RECORD = 4096;  // stored bytes; the record has seven numbers and five short texts
   using Lines = std::vector<std::string>;
   const auto ask = [](const ByteSource& source) {
@@ -201,8 +205,7 @@ std::vector<std::string> instrumentsOf(const std::vector<std::string>& files, co
     (void)eachSection(source, [&](const SectionInfo& section) {
       std::vector<uint8_t> bytes;
       std::string error;
-      if (section.header.dataSize > MOST_RECORD || lines.size() == HeldSections::MOST_SECTIONS ||
-          !loadPayload(source, section, bytes, error))
+      if (section.header.dataSize > MOST_RECORD || lines.size() == MOST || !loadPayload(source, section, bytes, error))
         return;
       const DecodedRecord record = decodeRecord(bytes);
       const auto* const equipment = record.as<EquipmentInformation>();
@@ -214,8 +217,7 @@ std::vector<std::string> instrumentsOf(const std::vector<std::string>& files, co
   askEach<Lines>(files, options, ask, [&](const std::string&, const ReadOutcome&, const std::optional<Lines>& lines) {
     if (!lines) return;
     for (const std::string& each : *lines) {
-      if (!each.empty() && std::find(known.begin(), known.end(), each) == known.end() &&
-          known.size() < HeldSections::MOST_SECTIONS)
+      if (!each.empty() && std::find(known.begin(), known.end(), each) == known.end() && known.size() < MOST)
         known.push_back(each);
     }
   });

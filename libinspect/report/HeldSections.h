@@ -27,19 +27,22 @@ struct HeldSection {
 
 /// What there is to show of a result beyond its summary.
 struct HeldSections {
-  static constexpr std::size_t MOST_SECTIONS = 100;                        ///< of one file
-  static constexpr std::size_t MOST_VALUES = 2000;                         ///< of all its tables
-  static constexpr std::size_t MOST_PICTURES = std::size_t{8} << 20;       ///< characters of all its pictures
-  static constexpr std::size_t MOST_SECTION_BYTES = std::size_t{8} << 20;  ///< larger ones are not looked into
-
   std::vector<HeldSection> sections;
-  bool isRead = false;  ///< the file could be read, to its end
-  std::size_t leftOut = 0;
+  std::size_t leftOut = 0;  ///< sections
+  bool isRead = false;      ///< the file could be read, to its end
 };
 
-/// Reads the sections of a result after its summary. Holds one of them at a time, and what is shown of all of them
-/// within the bounds above. Settings are named and not shown; what has no known form is named with its size and CRC.
-HeldSections heldSections(const std::string& file, const TimeZone& zone);
+/// How much may still be shown of a link.
+struct HeldBudget {
+  std::size_t sections = 100;
+  std::size_t values = 2000;                            ///< of tables
+  std::size_t pictures = std::size_t{8} * 1024 * 1024;  ///< characters of their addresses
+};
+
+/// Reads the sections of a result after its summary, one at a time; those of more than 8 MiB are not looked into.
+/// Settings are named and not shown; what has no known form is named with its size and CRC.
+/// @param left  what is shown is taken from it
+HeldSections heldSections(const std::string& file, const TimeZone& zone, HeldBudget& left);
 
 /// The equipment that a record names, in order; what it does not name is left out.
 std::vector<HeldValue> equipmentValues(const Veltra::EquipmentInformation& equipment, const TimeZone& zone);

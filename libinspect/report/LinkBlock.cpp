@@ -1,5 +1,6 @@
 #include <libinspect/report/LinkBlock.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include <fmt/format.h>
@@ -47,8 +48,8 @@ PageData dataOf(const HeldSection& section) {
   return data;
 }
 
-void addSections(const LinkResult& result, const TimeZone& zone, PageData& data) {
-  const HeldSections held = heldSections(result.row->file, zone);
+void addSections(const LinkResult& result, const TimeZone& zone, HeldBudget& left, PageData& data) {
+  const HeldSections held = heldSections(result.row->file, zone, left);
   PageData shown(PageData::type::list), named(PageData::type::list);
   for (const HeldSection& section : held.sections) {
     const bool isShown = !section.values.empty() || !section.picture.uri.empty();
@@ -60,7 +61,7 @@ void addSections(const LinkResult& result, const TimeZone& zone, PageData& data)
   data["named"] = std::move(named);
 }
 
-PageData dataOf(const LinkResult& result, const ReportForm& form, const TimeZone& zone) {
+PageData dataOf(const LinkResult& result, const ReportForm& form, const TimeZone& zone, HeldBudget& left) {
   const ResultRow& row = *result.row;
   const VerdictLook& look = verdictLook(severityOf(row.summary.status));
   std::string facts = timeOf(row, zone) + ", " + mediumOf(row) + ", ";
@@ -73,7 +74,7 @@ PageData dataOf(const LinkResult& result, const ReportForm& form, const TimeZone
                               {"file", fileOf(row.file, form)},
                               {"role", role},
                               {"kind", result.counts ? "" : "earlier"}});
-  if (result.counts) addSections(result, zone, data);
+  if (result.counts) addSections(result, zone, left, data);
   return data;
 }
 
@@ -90,14 +91,23 @@ std::string measuredWords(const ResultRow& row) {
 PageData linkBlock(const JobLink& link, const ReportForm& form, const TimeZone& zone) {
   const StateLook& look = stateLook(link.state);
   PageData data =
-      pageObject({{"style", look.style}, {"word", look.word}, {"id", link.id}, {"anchor", anchorOf(link.id)}});
+      pageObject({{"style", look.style}, {"word", look.word}, {"id", shownId(link)}, {"anchor", anchorOf(link.id)}});
   data["isOpen"] = PageData(form.showsDetails);
+  constexpr std::size_t MOST = 1000;  // results, and files
+  HeldBudget left;
   PageData results(PageData::type::list), lost(PageData::type::list);
-  for (const LinkResult& result : link.results) results << dataOf(result, form, zone);
+  for (std::size_t i = 0; i < std::min(MOST, link.results.size()); ++i) {
+    results << dataOf(link.results[i], form, zone, left);
+  }
   const char* const lostWords = link.state == LinkState::DAMAGED ? "Could not be read; test again"
                                                                  : "Another file could not be read, and does not count";
-  for (const std::string& file : link.lostFiles)
-    lost << pageObject({{"words", lostWords}, {"file", fileOf(file, form)}});
+  for (std::size_t i = 0; i < std::min(MOST, link.lostFiles.size()); ++i) {
+    lost << pageObject({{"words", lostWords}, {"file", fileOf(link.lostFiles[i], form)}});
+  }
+  if (link.results.size() + link.lostFiles.size() > MOST) {
+    data["more"] = PageData(fmt::format("{} results and {} files in all, of which at most {} each are shown",
+                                        link.results.size(), link.lostFiles.size(), MOST));
+  }
   data["results"] = std::move(results);
   data["lost"] = std::move(lost);
   if (link.state == LinkState::MISSING) data["isMissing"] = PageData(true);

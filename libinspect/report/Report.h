@@ -55,6 +55,11 @@ Report reportOf(const Job& job);
 /// @param hasStrays  there are files that could not be read, of which nobody knows the link
 std::string verdictSentence(const LinkCounts& counts, bool hasStrays);
 
+/// The ID as people are shown it: a result may have none.
+inline std::string shownId(const JobLink& link) {
+  return link.id.empty() ? "(no ID)" : link.id;
+}
+
 /// What identifies the block of a link within a page, whatever other links there are: "link-" and its ID, in which what
 /// is not a letter, a digit or "-" is written as "_" and two hexadecimal digits.
 std::string anchorOf(const std::string& id);

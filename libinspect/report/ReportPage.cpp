@@ -19,8 +19,12 @@ class Page {
  public:
   explicit Page(const WritePiece& write) : _write(write) {}
 
-  void put(std::string_view piece) { _isWritten = _isWritten && _write(piece); }
-  bool isWritten() const { return _isWritten; }
+  /// Hands over what was not yet. @return false if anything could not be written
+  bool flush() {
+    _isWritten = _isWritten && _write(_pending);
+    _pending.clear();
+    return _isWritten;
+  }
 
   /// A section for each item. Its tag stands on a line of its own, and in no other list: what was before it has gone
   /// out then, and each item can follow at once.
@@ -48,7 +52,14 @@ class Page {
   }
 
  private:
+  void put(const std::string& text) {
+    constexpr std::size_t PIECE = std::size_t{64} * 1024;
+    if (_isWritten) _pending += text;
+    if (_pending.size() >= PIECE) (void)flush();
+  }
+
   const WritePiece& _write;
+  std::string _pending;
   bool _isWritten = true;
 };
 
@@ -60,10 +71,13 @@ std::string countOf(std::size_t count, const char* one, const char* many) {
   return fmt::format("{} {}", count, count == 1 ? one : many);
 }
 
-/// Text as the inside of a CSS string: no character of it but letters and digits is written as itself.
+/// Text as the inside of a CSS string, for a line of a sheet: no ASCII character of it but letters and digits is
+/// written as itself.
 std::string cssText(const std::string& text) {
+  constexpr std::size_t MOST = 100;
+  const std::string shown = printable(text);
   std::string css;
-  for (const char c : printable(text)) {
+  for (const char c : shown.substr(0, cutAt(shown, MOST))) {
     const auto byte = static_cast<unsigned char>(c);
     const bool isPlain = byte >= 0x80 || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
     css += isPlain ? std::string(1, c) : fmt::format("\\{:06x}", byte);
@@ -183,7 +197,7 @@ PageData dataOf(const JobLink& link) {
   return pageObject({{"style", look.style},
                      {"word", look.word},
                      {"note", link.state == LinkState::PASSED ? "" : look.shortWord},
-                     {"id", link.id},
+                     {"id", shownId(link)},
                      {"anchor", anchorOf(link.id)},
                      {"detail", detail}});
 }
@@ -213,7 +227,7 @@ PageData dataOf(const TableRow& row, const ReportForm& form, const TimeZone& zon
                               {"rank", std::to_string(rankOf(row))},
                               {"style", state.style},
                               {"word", state.word},
-                              {"id", link.id},
+                              {"id", shownId(link)},
                               {"anchor", anchorOf(link.id)}});
   data["isTechnical"] = PageData(form.edition == Edition::TECHNICIAN);
   if (row.result == nullptr) return data;
@@ -386,7 +400,7 @@ bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, c
     page["others"] = PageData(countOf(files.others, "other file is no container", "other files are no containers"));
   }
   out.render(page);
-  return out.isWritten();
+  return out.flush();
 }
 
 void leaveOutPage(std::vector<std::string>& files, const std::string& page) {

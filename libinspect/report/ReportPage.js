@@ -3,7 +3,7 @@
   // The page is complete without this: it filters and sorts the table of results, and opens blocks where the browser
   // does not do that by itself.
   const openTarget = () => {
-    const target = document.getElementById(decodeURIComponent(location.hash.slice(1)));
+    const target = document.getElementById(location.hash.slice(1));
     const block = target && target.closest("details");
     if (!block || block.open) return;
     block.open = true;

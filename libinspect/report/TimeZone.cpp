@@ -49,6 +49,10 @@ std::string formatted(time_t time, const char* form) {
 
 }  // namespace
 
+TimeZone::TimeZone() {
+  tzset();  // localtime_r() need not look at the zone
+}
+
 TimeZone::~TimeZone() {
   if (_name.empty()) return;
   if (_before) {

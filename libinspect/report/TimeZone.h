@@ -10,8 +10,8 @@ namespace Inspect {
 /// thread reads the environment.
 class TimeZone {
  public:
-  TimeZone() = default;  ///< that of the machine
-  ~TimeZone();           ///< brings back the one before
+  TimeZone();   ///< that of the machine
+  ~TimeZone();  ///< brings back the one before
   TimeZone(const TimeZone&) = delete;
   TimeZone& operator=(const TimeZone&) = delete;
 
