@@ -54,10 +54,6 @@ void JobFiles::sort() {
   std::sort(withoutResult.begin(), withoutResult.end(), comesBefore);
 }
 
-Coverage JobFiles::coverageOf(const ExpectedIds& set) const {
-  return Inspect::coverageOf(rows, lost, set);
-}
-
 JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile, const OnRow& onRow) {
   JobFiles job;
   const auto ask = [&run](const ByteSource& source) {

@@ -152,4 +152,20 @@ std::vector<JobLink> linksOf(const JobFiles& files, const ExpectedIds& expected,
   return links;
 }
 
+Coverage coverageOf(const std::vector<JobLink>& links) {
+  Coverage coverage;
+  for (const JobLink& link : links) {
+    if (!link.isExpected) {
+      coverage.foreign.insert(coverage.foreign.end(), link.results.size(), link.id);
+      continue;
+    }
+    const auto intact = std::count_if(link.results.begin(), link.results.end(),
+                                      [](const LinkResult& result) { return !result.row->isDamaged; });
+    if (intact > 1) coverage.twice.push_back(link.id);
+    if (link.state == LinkState::DAMAGED) coverage.damaged.push_back(link.id);
+    if (link.state == LinkState::MISSING) coverage.missing.push_back(link.id);
+  }
+  return coverage;
+}
+
 }  // namespace Inspect
