@@ -34,6 +34,7 @@ void JobFiles::add(const std::string& name, const ReadOutcome& outcome, const Ju
     return;
   }
   if (!isRead || isOther) unread.push_back(shown);
+  if (outcome.state == ReadOutcome::LEFT_OUT) leftOut.push_back(shown);
   const bool hasId = file != nullptr && file->hasSummary;
   const bool isDamaged = isRead ? file->state == FileState::DAMAGED : outcome.state != ReadOutcome::LEFT_OUT;
   if (isDamaged && !hasId) lost.push_back(shown);

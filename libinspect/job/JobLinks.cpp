@@ -17,8 +17,14 @@ constexpr const char* STATE_NAMES[] = {"passed", "passed with a star", "failed",
 using Results = std::vector<LinkResult>;
 
 /// Marks the copies among results that may be the same; a file that cannot be read again is none.
-void markCopies(const std::vector<LinkResult*>& results) {
+void markCopies(std::vector<LinkResult*> results) {
   if (results.size() < 2) return;
+  // Of equal files that with the shortest name is the first one: "Copy of A-1" and "A-1 (2)" are copies of "A-1".
+  const auto lengthOf = [](const LinkResult* result) {
+    return std::filesystem::path(result->row->file).filename().string().size();
+  };
+  std::stable_sort(results.begin(), results.end(),
+                   [&](const LinkResult* a, const LinkResult* b) { return lengthOf(a) < lengthOf(b); });
   std::map<std::pair<uint64_t, uint32_t>, const ResultRow*> known;  // by size and CRC: each is compared with one other
   ByteSource source, other;
   std::string error;

@@ -1,7 +1,6 @@
 #include <libinspect/report/Report.h>
 
 #include <algorithm>
-#include <unordered_set>
 
 #include <fmt/format.h>
 
@@ -19,14 +18,6 @@ constexpr Medium MEDIA[] = {{"Copper", "copper"}, {"Fibre", "fibre"}, {"No mediu
 std::size_t placeOf(const ResultRow& row) {
   if (row.summary.resultType == Veltra::RESULT_TYPE_COPPER) return 0;
   return row.summary.resultType == Veltra::RESULT_TYPE_FIBER ? 1 : 2;
-}
-
-std::size_t straysOf(const Job& job) {
-  std::unordered_set<std::string> known;
-  for (const JobLink& link : job.links) known.insert(link.lostFiles.begin(), link.lostFiles.end());
-  std::size_t strays = 0;
-  for (const std::string& file : job.files.lostFiles()) strays += known.insert(file).second ? 1 : 0;
-  return strays;
 }
 
 void addTime(const ResultRow& row, Report& report) {
@@ -52,7 +43,7 @@ Report reportOf(const Job& job) {
   Report report;
   std::vector<ReportRow> rows[std::size(MEDIA)];
   report.status = statusOf(job);
-  report.strays = straysOf(job);
+  report.strays = job.strays().size();
   for (const JobLink& link : job.links) {
     const std::size_t before = report.table.size();
     for (const LinkResult& result : link.results) {

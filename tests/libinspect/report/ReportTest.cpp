@@ -214,6 +214,7 @@ TEST(ReportPage, OfAwkwardResultsIsTheGoldenOne) {
   job.files.notes = {{hostile, true, {{E04_DATA_CRC, 24, 1, "1", hostile}}, 3, hostile, ""},
                      {"job/A6.vres", true, {}, 0, "", ""}};
   job.files.unread = {hostile};
+  job.files.lost = {hostile, "job/A6.vres"};
   job.files.withoutResult = {hostile};
   ReportForm form;
   form.title = hostile;
