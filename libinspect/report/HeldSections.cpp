@@ -34,34 +34,74 @@ std::string textOf(const Json::Value& value) {
   return shortened(value.asString(), MOST_TEXT_SHOWN);
 }
 
-/// The values within a document, named by the way to them: "pairs[0].length".
+/// What stands in a cell; a measurement counts as one value.
+bool isValue(const Json::Value& value) {
+  return isMeasurement(value) || !(value.isObject() || value.isArray()) || value.empty();
+}
+
+/// Whether these are several objects with values of the same names.
+bool isTable(const Json::Value& value) {
+  constexpr std::size_t MOST_COLUMNS = 10;
+  if (!(value.isObject() || value.isArray()) || value.size() < 2) return false;
+  const Json::Value& first = *value.begin();
+  return std::all_of(value.begin(), value.end(), [&first](const Json::Value& line) {
+    return line.isObject() && !isMeasurement(line) && !line.empty() && line.size() <= MOST_COLUMNS &&
+           std::all_of(line.begin(), line.end(), isValue) && line.getMemberNames() == first.getMemberNames();
+  });
+}
+
+/// Takes a document apart into values, named by the way to them, "pairs[0].length", and tables.
 class ValueList {
  public:
-  ValueList(std::vector<HeldValue>& values, std::size_t most) : _values(values), _most(most) {}
+  ValueList(HeldSection& section, std::size_t& left) : _section(section), _left(left) {}
 
   void add(const Json::Value& value, const std::string& name) {
     if (isMeasurement(value)) return add(value["text"], name);
-    const bool isFull = _values.size() >= _most;  // what is only counted needs no names
-    if (value.isArray() && !value.empty()) {
-      for (Json::ArrayIndex i = 0; i < value.size(); ++i) {
-        add(value[i], isFull ? name : fmt::format("{}[{}]", name, i));
-      }
-    } else if (value.isObject() && !value.empty()) {
-      for (auto member = value.begin(); member != value.end(); ++member) {
-        add(*member, isFull ? name : name + (name.empty() ? "" : ".") + shortened(member.name(), MOST_NAME));
-      }
-    } else if (isFull) {
-      ++_leftOut;
+    if (isValue(value)) {
+      if (take(1)) _section.values.push_back({name, textOf(value)});
+    } else if (isTable(value) && value.size() * value.begin()->size() <= _left) {
+      addTable(value, name);
     } else {
-      _values.push_back({name, textOf(value)});
+      for (auto child = value.begin(); child != value.end(); ++child) {
+        add(*child, _left == 0 ? std::string() : nameOf(child, value, name));  // what is only counted needs no name
+      }
     }
   }
 
   std::size_t leftOut() const { return _leftOut; }
 
  private:
-  std::vector<HeldValue>& _values;
-  std::size_t _most;
+  static std::string nameOf(const Json::Value::const_iterator& child, const Json::Value& parent,
+                            const std::string& parentName) {
+    if (parent.isArray()) return fmt::format("{}[{}]", parentName, child.index());
+    return parentName + (parentName.empty() ? "" : ".") + shortened(child.name(), MOST_NAME);
+  }
+
+  bool take(std::size_t count) {
+    if (count > _left) {
+      _leftOut += count;
+      return false;
+    }
+    _left -= count;
+    return true;
+  }
+
+  void addTable(const Json::Value& value, const std::string& name) {
+    HeldTable& table = _section.tables.emplace_back();
+    table.name = name;
+    for (const std::string& column : value.begin()->getMemberNames()) {
+      table.columns.push_back(shortened(column, MOST_NAME));
+    }
+    for (auto child = value.begin(); child != value.end(); ++child) {
+      (void)take(child->size());
+      std::vector<std::string>& line = table.lines.emplace_back();
+      line.push_back(value.isArray() ? std::to_string(child.index()) : shortened(child.name(), MOST_NAME));
+      for (const Json::Value& cell : *child) line.push_back(textOf(isMeasurement(cell) ? cell["text"] : cell));
+    }
+  }
+
+  HeldSection& _section;
+  std::size_t& _left;
   std::size_t _leftOut = 0;
 };
 
@@ -87,7 +127,7 @@ class Reader {
       }
       take(info.header.type, bytes, section);
     }
-    if (!section.words.empty() || !section.values.empty() || !section.picture.uri.empty()) return;
+    if (!section.words.empty() || section.isShown()) return;
     section.words = fmt::format("{}, CRC-32 {:08x}", counted(info.header.dataSize, "byte"), info.header.dataCrc);
   }
 
@@ -113,9 +153,8 @@ class Reader {
 
   void takeTable(const Json::Value& json, HeldSection& section) {
     if (json.isNull()) return;
-    ValueList list(section.values, _left.values);
+    ValueList list(section, _left.values);
     list.add(json, "");
-    _left.values -= section.values.size();
     if (list.leftOut() > 0) section.words = fmt::format("and {} not shown", counted(list.leftOut(), "value"));
   }
 

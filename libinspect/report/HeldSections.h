@@ -17,12 +17,22 @@ struct HeldValue {
   std::string text;
 };
 
+/// Values that have the same names within several objects: a line for each object.
+struct HeldTable {
+  std::string name;
+  std::vector<std::string> columns;
+  std::vector<std::vector<std::string>> lines;  ///< the name of the object, and its values in the order of the columns
+};
+
 /// What a section of a result holds, for people.
 struct HeldSection {
   std::string name;               ///< of its type
   std::string words;              ///< what there is to say of it besides the table or picture
   std::vector<HeldValue> values;  ///< of a known record or of JSON, secrets masked
+  std::vector<HeldTable> tables;  ///< what of it is better seen so
   Picture picture;                ///< no uri: there is none
+
+  bool isShown() const { return !values.empty() || !tables.empty() || !picture.uri.empty(); }
 };
 
 /// What there is to show of a result beyond its summary.

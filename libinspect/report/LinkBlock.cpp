@@ -35,12 +35,25 @@ std::string roleOf(const LinkResult& result, const ReportForm& form, const TimeZ
   return fmt::format("Tested again {}{}: {}.", timeOf(*result.replacedBy, zone), by, counts);
 }
 
+PageData dataOf(const HeldTable& table) {
+  const auto cell = [](const std::string& text) { return pageObject({{"cell", text}}); };
+  PageData data = pageObject({{"within", table.name}});
+  data["columns"] = pageList(table.columns, cell);
+  data["lines"] = pageList(table.lines, [&cell](const std::vector<std::string>& line) {
+    PageData row = pageObject({{"head", line.front()}});
+    row["cells"] = pageList(std::vector<std::string>(line.begin() + 1, line.end()), cell);
+    return row;
+  });
+  return data;
+}
+
 PageData dataOf(const HeldSection& section) {
-  PageData data = pageObject({{"name", section.name}, {"words", section.words}});
+  PageData data = pageObject({{"name", section.name}, {"section", section.name}, {"words", section.words}});
   data["hasValues"] = PageData(!section.values.empty());
   data["values"] = pageList(section.values, [](const HeldValue& value) {
     return pageObject({{"name", value.name}, {"text", value.text}});
   });
+  data["tables"] = pageList(section.tables, [](const HeldTable& table) { return dataOf(table); });
   if (section.picture.uri.empty()) return data;
   data["uri"] = PageData(section.picture.uri);
   data["width"] = PageData(std::to_string(section.picture.width));
@@ -52,8 +65,7 @@ void addSections(const LinkResult& result, const TimeZone& zone, HeldBudget& lef
   const HeldSections held = heldSections(result.row->file, zone, left);
   PageData shown(PageData::type::list), named(PageData::type::list);
   for (const HeldSection& section : held.sections) {
-    const bool isShown = !section.values.empty() || !section.picture.uri.empty();
-    (isShown ? shown : named) << dataOf(section);
+    (section.isShown() ? shown : named) << dataOf(section);
   }
   if (held.leftOut > 0) named << pageObject({{"name", fmt::format("and {} more", held.leftOut)}, {"words", "-"}});
   if (!held.isRead) named << pageObject({{"name", "The file"}, {"words", "could not be read again to its end"}});
