@@ -1,6 +1,7 @@
 #include <libinspect/report/HeldSections.h>
 
 #include <algorithm>
+#include <new>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -253,13 +254,15 @@ std::vector<std::string> instrumentsOf(const std::vector<std::string>& files, co
     return lines;
   };
   Lines known;
-  askEach<Lines>(files, options, ask, [&](const std::string&, const ReadOutcome&, const std::optional<Lines>& lines) {
-    if (!lines) return;
-    for (const std::string& each : *lines) {
-      if (!each.empty() && std::find(known.begin(), known.end(), each) == known.end() && known.size() < MOST)
-        known.push_back(each);
-    }
-  });
+  askEach<Lines>(
+      files, options, ask, [&](const std::string&, const ReadOutcome& outcome, const std::optional<Lines>& lines) {
+        if (outcome.state == ReadOutcome::OUT_OF_MEMORY) throw std::bad_alloc();
+        if (!lines) return;
+        for (const std::string& each : *lines) {
+          if (!each.empty() && std::find(known.begin(), known.end(), each) == known.end() && known.size() < MOST)
+            known.push_back(each);
+        }
+      });
   return known;
 }
 

@@ -3,10 +3,11 @@
 // scrolling on a phone, and has no serious finding of axe. NAMES is a file with a line for each name as the page shows it.
 import { createRequire } from "node:module";
 import { readFileSync } from "node:fs";
+import { resolve } from "node:path";
 import { pathToFileURL } from "node:url";
 
 const [modules, file, namesFile] = process.argv.slice(2);
-const require = createRequire(modules + "/node_modules/");
+const require = createRequire(resolve(modules, "node_modules") + "/");
 const puppeteer = await import(pathToFileURL(require.resolve("puppeteer-core")).href);
 const axe = readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
 const address = pathToFileURL(file).href;
