@@ -60,7 +60,7 @@ class ValueList {
     if (isMeasurement(value)) return add(value["text"], name);
     if (isValue(value)) {
       if (take(1)) _section.values.push_back({name, textOf(value)});
-    } else if (isTable(value) && value.size() * value.begin()->size() <= _left) {
+    } else if (isTable(value) && std::size_t{value.size()} * value.begin()->size() <= _left) {
       addTable(value, name);
     } else {
       for (auto child = value.begin(); child != value.end(); ++child) {
@@ -106,9 +106,9 @@ class ValueList {
   std::size_t _leftOut = 0;
 };
 
-class Reader {
+class SectionReader {
  public:
-  Reader(const TimeZone& zone, HeldBudget& left, HeldSections& held) : _zone(zone), _left(left), _held(held) {}
+  SectionReader(const TimeZone& zone, HeldBudget& left, HeldSections& held) : _zone(zone), _left(left), _held(held) {}
 
   void read(const ByteSource& source, const SectionInfo& info) {
     if (_left.sections == 0) {
@@ -209,7 +209,7 @@ HeldSections heldSections(const std::string& file, const TimeZone& zone, HeldBud
   ByteSource source;
   std::string error;
   if (!source.openFile(file, error)) return held;
-  Reader reader(zone, left, held);
+  SectionReader reader(zone, left, held);
   held.isRead = eachSection(source, [&](const SectionInfo& section) { reader.read(source, section); });
   return held;
 }

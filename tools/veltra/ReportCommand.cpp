@@ -103,7 +103,7 @@ int report(const ReportArguments& args, const Options& options) {
   json["damaged"] = static_cast<Json::Int64>(damaged);
   json["unread"] = static_cast<Json::UInt64>(unread);
   json["otherFiles"] = static_cast<Json::UInt64>(job.files.others);
-  const std::string text =
+  std::string text =
       fmt::format("{}: {}, {} damaged, {} not read\n", printable(args.output), counted(job.files.rows.size(), "result"),
                   counted(static_cast<std::size_t>(damaged), "file"), unread);
   printDocument({[&] { return text; }, [&] { return json; }, {}, {}}, options);
