@@ -202,6 +202,14 @@ PageData dataOf(const JobLink& link) {
                      {"detail", detail}});
 }
 
+/// The room that the cells of a grid have for their IDs, in characters.
+std::string widthOf(const std::vector<const JobLink*>& links) {
+  constexpr std::size_t LEAST = 4, MOST = 32;
+  std::size_t width = LEAST;
+  for (const JobLink* link : links) width = std::max(width, std::min(shownId(*link).size(), MOST));
+  return std::to_string(width);
+}
+
 std::string linkFacts(const Job& job, const Report& report) {
   std::string text;
   for (const ExpectedIds::Range& range : job.expected.ranges()) text += (text.empty() ? "" : ", ") + range.text;
@@ -367,9 +375,8 @@ bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, c
   page["hasLinks"] = PageData(hasLinks);
   page["links"] = out.eachOf(report.judged, ofLink);
   page["hasMany"] = PageData(report.judged.size() > MOST_ON_HALF_A_SHEET);
-  std::size_t idWidth = 4;
-  for (const JobLink& link : job.links) idWidth = std::max(idWidth, std::min(link.id.size(), std::size_t{32}));
-  page["idWidth"] = PageData(std::to_string(idWidth));
+  page["idWidth"] = PageData(widthOf(report.judged));
+  page["foreignWidth"] = PageData(widthOf(report.status.foreign));
   // What a browser takes them for until they are seen: lines of eight, 32 pixels each.
   page["gridHeight"] = PageData(std::to_string((report.judged.size() / 8 + 1) * 32));
   page["hasForeign"] = PageData(!report.status.foreign.empty() && !job.expected.empty());
