@@ -32,7 +32,7 @@ packages_of() {
   awk -v wanted=" $* " '
     /^\[/ { group = substr($0, 2, length($0) - 2); next }
     /^#/ || NF == 0 { next }
-    index(wanted, " " group " ") || (index(wanted, " all ") && group != "armhf")' "$root/scripts/packages.txt"
+    index(wanted, " " group " ") || (index(wanted, " all ") && group != "armhf" && group != "browse")' "$root/scripts/packages.txt"
 }
 
 # install_packages GROUP... installs what is missing of the groups. A machine that has everything is left alone: no

@@ -184,6 +184,14 @@ std::string numberIn(std::string_view text, const Json::Value& number) {
   return std::string(text.substr(begin, text.find_first_not_of("+-.0123456789eE", begin) - begin));
 }
 
+void useDigits(Json::Value& document, std::string_view text) {
+  if (document.isObject() || document.isArray()) {
+    for (Json::Value& child : document) useDigits(child, text);
+  } else if (document.type() == Json::realValue) {
+    document = numberIn(text, document);
+  }
+}
+
 bool parseWholeJson(const std::string& text, Json::Value& document, std::string& error) {
   Json::Value parsed;
   if (!Veltra::parseJson(text, parsed, false)) {

@@ -40,6 +40,9 @@ std::string jsonFaultIn(const std::string& text);
 
 /// A number as it stands in the text that it was parsed from; empty for a value that was not parsed.
 std::string numberIn(std::string_view text, const Json::Value& number);
+/// Puts the text of each fraction of a document, and of each number too large for an integer, in its place.
+/// @param text  that it was parsed from
+void useDigits(Json::Value& document, std::string_view text);
 
 /// Parses a document that a person wrote: nothing of it is passed over but comments.
 /// @return false, with `error` saying what was found where; `document` is then unchanged

@@ -93,7 +93,7 @@ bool ExpectedIds::add(const std::string& text, std::string& error) {
   } else {
     const std::string first = text.substr(0, dots), last = text.substr(dots + 2);
     CableIdSet set;
-    std::string refusal = "a set needs a first and a last ID";
+    std::string refusal = "a range needs a first and a last ID";
     if (first.empty() || last.empty() || !set.build(first, last, refusal)) {
       error = fmt::format("{}: {}{}", shortened(text), refusal, proposalFor(first, last));
       return false;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <set>
+#include <unordered_set>
 #include <utility>
 
 #include <libcrossplatform/common/FileReplacement.h>
@@ -11,6 +12,16 @@
 namespace Inspect {
 
 namespace fs = std::filesystem;
+
+std::vector<std::string> Job::strays() const {
+  std::unordered_set<std::string> known;
+  for (const JobLink& link : links) known.insert(link.lostFiles.begin(), link.lostFiles.end());
+  std::vector<std::string> strays;
+  for (const std::string& file : files.lost) {
+    if (known.insert(file).second) strays.push_back(file);
+  }
+  return strays;
+}
 
 JobDescription guessedDescription(const Job& job, std::vector<std::string>& unusual) {
   std::vector<std::string> ids, likely;

@@ -23,6 +23,8 @@ struct Job {
 
   /// Makes the links of the files. Call it when all else is there.
   void settle(CountPolicy policy) { links = linksOf(files, expected, policy); }
+  /// Damaged and unreadable files of which nobody knows the link.
+  std::vector<std::string> strays() const;
 };
 
 /// A description with the IDs that the results of a job seem to be of, marked as guessed; the names of damaged files

@@ -34,6 +34,7 @@ void JobFiles::add(const std::string& name, const ReadOutcome& outcome, const Ju
     return;
   }
   if (!isRead || isOther) unread.push_back(shown);
+  if (outcome.state == ReadOutcome::LEFT_OUT) leftOut.push_back(shown);
   const bool hasId = file != nullptr && file->hasSummary;
   const bool isDamaged = isRead ? file->state == FileState::DAMAGED : outcome.state != ReadOutcome::LEFT_OUT;
   if (isDamaged && !hasId) lost.push_back(shown);
@@ -52,10 +53,6 @@ void JobFiles::sort() {
   std::sort(notes.begin(), notes.end(),
             [](const FileNote& a, const FileNote& b) { return comesBefore(a.file, b.file); });
   std::sort(withoutResult.begin(), withoutResult.end(), comesBefore);
-}
-
-Coverage JobFiles::coverageOf(const ExpectedIds& set) const {
-  return Inspect::coverageOf(rows, lost, set);
 }
 
 JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile, const OnRow& onRow) {

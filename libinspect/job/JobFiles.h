@@ -32,9 +32,9 @@ struct JobFiles {
   std::vector<std::string> unread;         ///< could not be opened or read to the end, or named and no container
   /// Damaged, or not read though it was tried, and no summary tells the ID: it may be the name without its extension.
   std::vector<std::string> lost;
-  std::size_t others = 0;                 ///< files of folders that are no containers
-  bool hasPassed = false;                 ///< there were rows or notes, which are not held
-  const ExpectedIds* expected = nullptr;  ///< null if no IDs were given
+  std::vector<std::string> leftOut;  ///< larger than the limit
+  std::size_t others = 0;            ///< files of folders that are no containers
+  bool hasPassed = false;            ///< there were rows or notes, which are not held
 
   /// Takes in one file.
   /// @param outcome  of reading it; what was read before an error is not taken for intact
@@ -44,7 +44,6 @@ struct JobFiles {
   void sort();
   /// No result was found, nor what may have been one.
   bool isEmpty() const { return rows.empty() && notes.empty() && !hasPassed; }
-  Coverage coverageOf(const ExpectedIds& set) const;
 };
 
 /// Called for each file after reading it, before the next: with the outcome, and what it is, null if it was not read.

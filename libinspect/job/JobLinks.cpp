@@ -17,8 +17,14 @@ constexpr const char* STATE_NAMES[] = {"passed", "passed with a star", "failed",
 using Results = std::vector<LinkResult>;
 
 /// Marks the copies among results that may be the same; a file that cannot be read again is none.
-void markCopies(const std::vector<LinkResult*>& results) {
+void markCopies(std::vector<LinkResult*> results) {
   if (results.size() < 2) return;
+  // Of equal files that with the shortest name is the first one: "Copy of A-1" and "A-1 (2)" are copies of "A-1".
+  const auto lengthOf = [](const LinkResult* result) {
+    return std::filesystem::path(result->row->file).filename().string().size();
+  };
+  std::stable_sort(results.begin(), results.end(),
+                   [&](const LinkResult* a, const LinkResult* b) { return lengthOf(a) < lengthOf(b); });
   std::map<std::pair<uint64_t, uint32_t>, const ResultRow*> known;  // by size and CRC: each is compared with one other
   ByteSource source, other;
   std::string error;
@@ -150,6 +156,22 @@ std::vector<JobLink> linksOf(const JobFiles& files, const ExpectedIds& expected,
   addLostFiles(files, expected, links);
   for (JobLink& each : links) settle(each, policy);
   return links;
+}
+
+Coverage coverageOf(const std::vector<JobLink>& links) {
+  Coverage coverage;
+  for (const JobLink& link : links) {
+    if (!link.isExpected) {
+      coverage.foreign.insert(coverage.foreign.end(), link.results.size(), link.id);
+      continue;
+    }
+    const auto intact = std::count_if(link.results.begin(), link.results.end(),
+                                      [](const LinkResult& result) { return !result.row->isDamaged; });
+    if (intact > 1) coverage.twice.push_back(link.id);
+    if (link.state == LinkState::DAMAGED) coverage.damaged.push_back(link.id);
+    if (link.state == LinkState::MISSING) coverage.missing.push_back(link.id);
+  }
+  return coverage;
 }
 
 }  // namespace Inspect

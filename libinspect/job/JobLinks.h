@@ -63,4 +63,13 @@ enum class CountPolicy {
 /// @param files  sorted; outlives the links
 std::vector<JobLink> linksOf(const JobFiles& files, const ExpectedIds& expected, CountPolicy policy);
 
+/// The IDs of links that are not as expected.
+struct Coverage {
+  std::vector<std::string> missing;  ///< without a result
+  std::vector<std::string> damaged;  ///< with nothing but damaged and unreadable files
+  std::vector<std::string> twice;    ///< with more than one intact result
+  std::vector<std::string> foreign;  ///< not expected, once for each result
+};
+Coverage coverageOf(const std::vector<JobLink>& links);
+
 }  // namespace Inspect

@@ -1,7 +1,5 @@
 #include <libinspect/job/JobStatus.h>
 
-#include <unordered_set>
-
 #include <fmt/format.h>
 
 namespace Inspect {
@@ -46,26 +44,17 @@ void addNotes(const JobLink& link, std::vector<std::string>& notes) {
                                   result.row->file, result.replacedBy->file));
     }
     if (result.copyOf != nullptr) {
-      notes.push_back(
-          fmt::format("{}: {} has the bytes of {} and counts once", link.id, result.row->file, result.copyOf->file));
+      notes.push_back(fmt::format("{}: {} has the bytes of {} and is no other result", link.id, result.row->file,
+                                  result.copyOf->file));
     }
     if (link.results.size() > 1 && !result.row->isDamaged && !hasTime(*result.row)) {
-      notes.push_back(fmt::format("{}: {} has no time after 1970: it stands for no other result, nor another for it",
-                                  link.id, result.row->file));
+      notes.push_back(fmt::format("{}: {} has no time: it stands for no other result, nor another for it", link.id,
+                                  result.row->file));
     }
   }
   if (link.state == LinkState::DAMAGED) return;
   for (const std::string& file : link.lostFiles) {
     notes.push_back(fmt::format("{}: {} is damaged and does not count; an intact result does", link.id, file));
-  }
-}
-
-/// Damaged and unreadable files of which nobody knows the link.
-void addStrays(const Job& job, std::vector<std::string>& notes) {
-  std::unordered_set<std::string> known;
-  for (const JobLink& link : job.links) known.insert(link.lostFiles.begin(), link.lostFiles.end());
-  for (const std::string& file : job.files.lost) {
-    if (known.insert(file).second) notes.push_back(file + " is damaged or could not be read: its ID is not known");
   }
 }
 
@@ -110,7 +99,12 @@ JobStatus statusOf(const Job& job) {
       status.foreign.push_back(&link);
     }
   }
-  addStrays(job, status.notes);
+  for (const std::string& file : job.strays()) {
+    status.notes.push_back(file + " is damaged or could not be read: its ID is not known");
+  }
+  for (const std::string& file : job.files.leftOut) {
+    status.notes.push_back(file + " was not read: it is larger than the limit");
+  }
   if (job.description.isGuessed) {
     status.notes.emplace_back(
         "The expected IDs were guessed from results: what is missing before the first and after the last of a range "

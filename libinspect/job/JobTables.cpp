@@ -125,6 +125,8 @@ const std::vector<ColumnOf<LinkTableRow>>& linkColumns() {
       {{"testedAgain", ColumnKind::FLAG}, [](const R& r) -> TableCell { return r.link.isTestedAgain(); }},
       {{"damagedFiles", ColumnKind::INTEGER},
        [](const R& r) -> TableCell { return static_cast<int64_t>(r.link.lostFiles.size()); }},
+      {{"damagedFile", ColumnKind::TEXT},
+       [](const R& r) { return r.link.lostFiles.empty() ? TableCell() : TableCell(r.link.lostFiles.front()); }},
   };
   return COLUMNS;
 }

@@ -223,31 +223,4 @@ Json::Value toJson(const ResultRow& row) {
   return json;
 }
 
-Coverage coverageOf(const std::vector<ResultRow>& rows, const std::vector<std::string>& lostFiles,
-                    const ExpectedIds& expected) {
-  Coverage coverage;
-  const std::vector<std::string>& ids = expected.ids();
-  std::vector<int>& results = coverage.results;
-  results.resize(ids.size());
-  std::vector<bool> isLost(ids.size());
-  for (const std::string& file : lostFiles) {
-    const std::optional<std::size_t> place = expected.placeOf(std::filesystem::path(file).stem().string());
-    if (place) isLost[*place] = true;
-  }
-  for (const ResultRow& row : rows) {
-    const std::optional<std::size_t> place = expected.placeOf(row.summary.resultName);
-    if (!place) {
-      coverage.foreign.push_back(row.summary.resultName);
-    } else if (row.isDamaged) {
-      isLost[*place] = true;
-    } else if (++results[*place] == 2) {
-      coverage.twice.push_back(row.summary.resultName);
-    }
-  }
-  for (std::size_t i = 0; i < ids.size(); ++i) {
-    if (results[i] == 0) (isLost[i] ? coverage.damaged : coverage.missing).push_back(ids[i]);
-  }
-  return coverage;
-}
-
 }  // namespace Inspect

@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include <libinspect/job/ExpectedIds.h>
 #include <libinspect/records/FileJudge.h>
 
 namespace Inspect {
@@ -53,17 +52,5 @@ struct SortKey {
 /// Puts rows in the order of the first key, equal ones in that of the second, and so on; the rest stays as it is. Those
 /// without a value come last, whatever the direction: not set, not available, not applicable.
 void sortBy(const std::vector<SortKey>& keys, std::vector<const ResultRow*>& rows);
-
-/// Which IDs of a job were tested.
-struct Coverage {
-  std::vector<std::string> missing;  ///< expected, without a result
-  std::vector<std::string> damaged;  ///< expected, with nothing but a damaged or unreadable file
-  std::vector<std::string> twice;    ///< expected, with more than one result
-  std::vector<std::string> foreign;  ///< IDs of results that are not expected
-  std::vector<int> results;          ///< number of intact results for each expected ID, in order
-};
-/// @param lostFiles  damaged and unreadable files: one whose name without extension is an ID stands for a result of it
-Coverage coverageOf(const std::vector<ResultRow>& rows, const std::vector<std::string>& lostFiles,
-                    const ExpectedIds& expected);
 
 }  // namespace Inspect

@@ -71,7 +71,7 @@ int compareNumbers(const Veltra::DisplayMeas& a, const Veltra::DisplayMeas& b) {
 }
 
 std::string measurementText(const Veltra::DisplayMeas& measurement) {
-  return measuredNumber(measurement) ? measurement.toString() : "-";
+  return presenceOf(measurement) == Presence::NUMBER ? measurement.toString() : "-";
 }
 
 std::string presenceText(const Veltra::DisplayMeas& measurement) {

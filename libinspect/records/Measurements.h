@@ -23,7 +23,7 @@ Presence presenceOf(const Veltra::DisplayMeas& measurement);
 /// Below 0 if `a` is the lower one, above 0 if `b` is; 0 if they are equal, or one has no number. "< 5" is below 5.
 int compareNumbers(const Veltra::DisplayMeas& a, const Veltra::DisplayMeas& b);
 
-/// The measurement as text for people: its relation and number, "-" where there is no number.
+/// The measurement as text for people: its relation and number, also an infinite one; "-" where there is none.
 std::string measurementText(const Veltra::DisplayMeas& measurement);
 /// The same for lists that are sorted by it: "not set", "n/a" and "none" where there is no number.
 std::string presenceText(const Veltra::DisplayMeas& measurement);

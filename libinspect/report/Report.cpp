@@ -1,7 +1,10 @@
 #include <libinspect/report/Report.h>
 
 #include <algorithm>
-#include <limits>
+
+#include <fmt/format.h>
+
+#include <libinspect/container/PrintableText.h>
 
 namespace Inspect {
 namespace {
@@ -12,53 +15,23 @@ struct Medium {
 };
 constexpr Medium MEDIA[] = {{"Copper", "copper"}, {"Fibre", "fibre"}, {"No medium", "without a medium"}};
 
-std::size_t mediumOf(const ResultRow& row) {
+std::size_t placeOf(const ResultRow& row) {
   if (row.summary.resultType == Veltra::RESULT_TYPE_COPPER) return 0;
   return row.summary.resultType == Veltra::RESULT_TYPE_FIBER ? 1 : 2;
 }
 
-/// Worst first. Rows come in the order of their IDs, which a stable sort keeps.
-void sortByNeed(std::vector<ReportRow>& rows) {
-  const auto headroom = [](const ReportRow& row) {
-    return measuredNumber(row.result->summary.headroom).value_or(std::numeric_limits<double>::max());
-  };
-  std::stable_sort(rows.begin(), rows.end(), [&headroom](const ReportRow& a, const ReportRow& b) {
-    return a.severity != b.severity ? a.severity < b.severity : headroom(a) < headroom(b);
-  });
-}
-
-void addMedia(const JobFiles& job, Report& report) {
-  std::vector<ReportRow> rows[std::size(MEDIA)];
-  for (const ResultRow& row : job.rows) {
-    rows[mediumOf(row)].push_back({&row, severityOf(row.summary.status)});
-  }
-  for (std::size_t i = 0; i < std::size(MEDIA); ++i) {
-    if (rows[i].empty()) continue;
-    sortByNeed(rows[i]);
-    report.media.push_back({MEDIA[i].name, MEDIA[i].phrase, std::move(rows[i])});
-  }
-}
-
-void addExpected(const JobFiles& job, Report& report) {
-  const ExpectedIds& set = *job.expected;
-  report.hasExpected = true;
-  report.coverage = job.coverageOf(set);
-  const std::vector<std::string>& ids = set.ids();
-  report.expected.resize(ids.size());
-  for (std::size_t i = 0; i < ids.size(); ++i) {
-    report.expected[i].id = ids[i];
-    report.expected[i].results = report.coverage.results[i];
-  }
-  for (const std::string& id : report.coverage.damaged) report.expected[*set.placeOf(id)].isDamaged = true;
-  for (const ResultRow& row : job.rows) {
-    const std::optional<std::size_t> place = set.placeOf(row.summary.resultName);
-    if (!place) continue;
-    std::size_t& severity = report.expected[*place].severity;
-    severity = std::min(severity, severityOf(row.summary.status));
-  }
+void addTime(const ResultRow& row, Report& report) {
+  if (!hasTime(row)) return;
+  const auto time = static_cast<time_t>(row.summary.timeStamp);
+  report.firstTime = report.firstTime == 0 ? time : std::min(report.firstTime, time);
+  report.lastTime = std::max(report.lastTime, time);
 }
 
 }  // namespace
+
+const char* mediumOf(const ResultRow& row) {
+  return MEDIA[placeOf(row)].name;
+}
 
 VerdictCounts verdictCounts(const std::vector<ReportRow>& rows) {
   VerdictCounts counts{};
@@ -66,19 +39,66 @@ VerdictCounts verdictCounts(const std::vector<ReportRow>& rows) {
   return counts;
 }
 
-Report reportOf(const JobFiles& job) {
+Report reportOf(const Job& job) {
   Report report;
-  report.results = job.rows.size();
-  for (const ResultRow& row : job.rows) {
-    ++report.verdicts[severityOf(row.summary.status)];
-    if (!hasTime(row)) continue;
-    const auto time = static_cast<time_t>(row.summary.timeStamp);
-    report.firstTime = report.firstTime == 0 ? time : std::min(report.firstTime, time);
-    report.lastTime = std::max(report.lastTime, time);
+  std::vector<ReportRow> rows[std::size(MEDIA)];
+  report.status = statusOf(job);
+  report.strays = job.strays().size();
+  for (const JobLink& link : job.links) {
+    const std::size_t before = report.table.size();
+    for (const LinkResult& result : link.results) {
+      if (!result.counts) continue;
+      report.table.push_back({&link, result.row});
+      rows[placeOf(*result.row)].push_back({result.row, severityOf(result.row->summary.status)});
+      addTime(*result.row, report);
+    }
+    if (report.table.size() == before) report.table.push_back({&link, nullptr});
+    if (!link.isExpected && !job.expected.empty()) continue;
+    report.judged.push_back(&link);
+    report.counts.add(link);
+    if (!link.passed()) report.work.push_back(&link);
   }
-  addMedia(job, report);
-  if (job.expected != nullptr) addExpected(job, report);
+  std::stable_sort(report.work.begin(), report.work.end(),
+                   [](const JobLink* a, const JobLink* b) { return a->state < b->state; });
+  for (std::size_t i = 0; i < std::size(MEDIA); ++i) {
+    if (!rows[i].empty()) report.media.push_back({MEDIA[i].name, MEDIA[i].phrase, std::move(rows[i])});
+  }
   return report;
+}
+
+std::string verdictSentence(const LinkCounts& counts, bool hasStrays) {
+  if (counts.expected == 0) return "There are no links.";
+  const std::size_t passed = counts.passed + counts.passedStar;
+  std::string star;
+  if (counts.passedStar > 0) {
+    star = counts.passedStar < passed ? fmt::format(", {} of them with a star", counts.passedStar)
+           : passed == 1              ? ", with a star"
+                                      : ", all with a star";
+  }
+  if (counts.areAllPassed()) {
+    const char* const readable = hasStrays ? " that could be read" : "";
+    return counts.expected == 1 ? fmt::format("The link{} passed{}.", readable, star)
+                                : fmt::format("All {} links{} passed{}.", counts.expected, readable, star);
+  }
+  std::string rest;
+  const auto add = [&rest](std::size_t count, const char* one, const char* many) {
+    if (count > 0) rest += fmt::format("{}{} {}", rest.empty() ? "" : ", ", count, count == 1 ? one : many);
+  };
+  add(counts.failed, "failed", "failed");
+  add(counts.noVerdict, "has no verdict", "have no verdict");
+  add(counts.damaged, "could not be read", "could not be read");
+  add(counts.missing, "was not tested", "were not tested");
+  return fmt::format("{} of {} passed{}. {}.", passed, counted(counts.expected, "link"), star, rest);
+}
+
+std::string anchorOf(const std::string& id) {
+  std::string anchor = "link-";
+  for (const char c : id) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool isPlain = (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '-';
+    anchor += isPlain ? std::string(1, c) : fmt::format("_{:02x}", byte);
+  }
+  return anchor;
 }
 
 }  // namespace Inspect

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include <libinspect/job/JobFiles.h>
+#include <libinspect/job/JobStatus.h>
 #include <libinspect/report/VerdictLook.h>
 
 namespace Inspect {
@@ -16,35 +16,52 @@ struct ReportRow {
   std::size_t severity;  ///< of its verdict, see verdictLook()
 };
 
-/// The results of one medium.
+/// The medium of a result.
+/// @return "Copper", "Fibre" or "No medium"
+const char* mediumOf(const ResultRow& row);
+
+/// The results of one medium that count.
 struct MediumReport {
   std::string name;
   const char* phrase;           ///< after a number of results: "copper"
-  std::vector<ReportRow> rows;  ///< the worst verdict first, then the least headroom, then by ID
-};
-
-/// An ID of the job and the results it has.
-struct ExpectedId {
-  std::string id;
-  int results = 0;                  ///< intact ones
-  std::size_t severity = VERDICTS;  ///< the worst of its results, in damaged files too; VERDICTS without any
-  bool isDamaged = false;           ///< there is nothing of it but a damaged or unreadable file
+  std::vector<ReportRow> rows;  ///< in the order of the links
 };
 
 using VerdictCounts = std::array<std::size_t, VERDICTS>;
 VerdictCounts verdictCounts(const std::vector<ReportRow>& rows);
 
-/// What the page says. Holds pointers to the rows it was made from.
-struct Report {
-  std::size_t results = 0;
-  VerdictCounts verdicts{};
-  std::vector<MediumReport> media;  ///< copper, fibre, none: those with results
-  time_t firstTime = 0;             ///< of the results with a time after 1970, 0 without any
-  time_t lastTime = 0;
-  bool hasExpected = false;
-  Coverage coverage;
-  std::vector<ExpectedId> expected;
+/// A row of the table of all links: one for each result that counts, and one for each link without any.
+struct TableRow {
+  const JobLink* link;
+  const ResultRow* result;  ///< null if there is none
 };
-Report reportOf(const JobFiles& job);
+
+/// What the page says of a job, which it borrows.
+struct Report {
+  JobStatus status;
+  LinkCounts counts;                   ///< of the expected links, or of all where none is expected
+  std::vector<const JobLink*> judged;  ///< these links
+  std::vector<const JobLink*> work;    ///< those of them that did not pass
+  std::vector<TableRow> table;         ///< of all links, in their order
+  std::vector<MediumReport> media;     ///< copper, fibre, none: those with results
+  time_t firstTime = 0;                ///< of the results with a time after 1970, 0 without any
+  time_t lastTime = 0;
+  std::size_t strays = 0;  ///< damaged and unreadable files of which nobody knows the link
+};
+/// @param job  settled
+Report reportOf(const Job& job);
+
+/// "All 16 links passed.", or how many are in which state.
+/// @param hasStrays  there are files that could not be read, of which nobody knows the link
+std::string verdictSentence(const LinkCounts& counts, bool hasStrays);
+
+/// The ID as people are shown it: a result may have none.
+inline std::string shownId(const JobLink& link) {
+  return link.id.empty() ? "(no ID)" : link.id;
+}
+
+/// What identifies the block of a link within a page, whatever other links there are: "link-" and its ID, in which what
+/// is not a letter, a digit or "-" is written as "_" and two hexadecimal digits.
+std::string anchorOf(const std::string& id);
 
 }  // namespace Inspect

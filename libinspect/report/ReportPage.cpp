@@ -4,213 +4,278 @@
 #include <utility>
 
 #include <fmt/format.h>
-#include <kainjow/mustache.hpp>
 
 #include <libinspect/container/ByteSource.h>
 #include <libinspect/container/PrintableText.h>
+#include <libinspect/report/LinkBlock.h>
 #include <libinspect/report/ReportFigures.h>
 #include <libinspect/report/ReportTemplate.h>
 
 namespace Inspect {
 namespace {
 
-using Data = kainjow::mustache::data;
-using Members = std::initializer_list<std::pair<const char*, std::string>>;
+/// A page on its way out. Long lists go out item by item when the page reaches them.
+class Page {
+ public:
+  explicit Page(const WritePiece& write) : _write(write) {}
 
-/// An object of texts; an empty text is omitted, so that its section is left out.
-Data object(Members members) {
-  Data data;
-  for (const auto& [name, text] : members) {
-    if (!text.empty()) data[name] = Data(text);
+  /// Hands over what was not yet. @return false if anything could not be written
+  bool flush() {
+    _isWritten = _isWritten && _write(_pending);
+    _pending.clear();
+    return _isWritten;
   }
-  return data;
+
+  /// A section for each item. Its tag stands on a line of its own, and in no other list: what was before it has gone
+  /// out then, and each item can follow at once.
+  template <class Items, class DataOf>
+  PageData eachOf(const Items& items, DataOf dataOf) {
+    return PageData(kainjow::mustache::lambda2(
+        [this, &items, dataOf](const std::string& section, const kainjow::mustache::renderer&) -> std::string {
+          // Its lines are for whoever edits the page: of each line end a browser would make a text.
+          std::string line = section;
+          line.erase(std::remove(line.begin(), line.end(), '\n'), line.end());
+          kainjow::mustache::mustache item(line + "\n");
+          item.set_custom_escape(htmlText);
+          for (const auto& each : items) {
+            if (!_isWritten) break;
+            item.render(dataOf(each), [this](const std::string& piece) { put(piece); });
+          }
+          return {};
+        }));
+  }
+
+  void render(const PageData& data) {
+    kainjow::mustache::mustache form(REPORT_TEMPLATE);
+    form.set_custom_escape(htmlText);
+    form.render(data, [this](const std::string& piece) { put(piece); });
+  }
+
+ private:
+  void put(const std::string& text) {
+    constexpr std::size_t PIECE = std::size_t{64} * 1024;
+    if (_isWritten) _pending += text;
+    if (_pending.size() >= PIECE) (void)flush();
+  }
+
+  const WritePiece& _write;
+  std::string _pending;
+  bool _isWritten = true;
+};
+
+PageData wordsOf(const std::string& words) {
+  return pageObject({{"words", words}});
 }
 
-/// A section for each item. Items become data one at a time, when the page reaches them: of a long list only
-/// the text of the page is held in memory.
-template <class Items, class DataOf>
-Data eachOf(const Items& items, DataOf dataOf) {
-  return Data(kainjow::mustache::lambda2(
-      [&items, dataOf](const std::string& section, const kainjow::mustache::renderer&) -> std::string {
-        kainjow::mustache::mustache rows(section);
-        rows.set_custom_escape(htmlText);
-        std::string text;
-        for (const auto& item : items) text += rows.render(dataOf(item));
-        return text;
-      }));
-}
-
-Data wordsOf(const std::string& words) {
-  return object({{"words", words}});
-}
-
-std::string counted(std::size_t count, const char* one, const char* many) {
+std::string countOf(std::size_t count, const char* one, const char* many) {
   return fmt::format("{} {}", count, count == 1 ? one : many);
 }
 
-template <class Predicate>
-std::size_t countOf(const VerdictCounts& verdicts, Predicate wanted) {
-  std::size_t count = 0;
-  for (std::size_t i = 0; i < VERDICTS; ++i) count += wanted(verdictLook(i).status) ? verdicts[i] : 0;
-  return count;
-}
-
-std::size_t damagedFiles(const JobFiles& job) {
-  return static_cast<std::size_t>(
-      std::count_if(job.notes.begin(), job.notes.end(), [](const FileNote& note) { return note.isDamaged; }));
-}
-
-/// The verdict on the whole job. Results that could not be read are always mentioned.
-std::string leadOf(const JobFiles& job, const Report& report) {
-  const std::size_t all = report.results;
-  const std::size_t fails = countOf(report.verdicts, isFail), passes = countOf(report.verdicts, isPass);
-  const char* const readable = damagedFiles(job) + job.unread.size() > 0 ? " that could be read" : "";
-  if (all == 0) return fmt::format("No results{}.", readable);
-  if (fails == all || passes == all) {
-    const char* const verb = fails == all ? "fail" : "pass";
-    return all == 1 ? fmt::format("The result{} {}{}.", readable, verb, fails == all ? "s" : "es")
-                    : fmt::format("All {} results{} {}.", all, readable, verb);
+/// Text as the inside of a CSS string, for a line of a sheet: no ASCII character of it but letters and digits is
+/// written as itself.
+std::string cssText(const std::string& text) {
+  constexpr std::size_t MOST = 100;
+  const std::string shown = printable(text);
+  std::string css;
+  for (const char c : shown.substr(0, cutAt(shown, MOST))) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool isPlain = byte >= 0x80 || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    css += isPlain ? std::string(1, c) : fmt::format("\\{:06x}", byte);
   }
-  const std::size_t others = all - fails - passes;
-  return fmt::format("Of {}{}, {} and {}{}.", counted(all, "result", "results"), readable,
-                     counted(passes, "passes", "pass"), counted(fails, "fails", "fail"),
-                     others > 0 ? fmt::format("; {} neither", counted(others, "does", "do")) : "");
+  return css;
 }
 
-/// "28 copper, 12 fibre. Tested from 2024-01-31 to 2024-02-05 (UTC)."
-std::string factsOf(const Report& report) {
-  constexpr std::size_t DAY = 10;  // characters of a date
+std::string periodOf(const Report& report, const TimeZone& zone) {
+  if (report.firstTime == 0) return {};
+  const std::string first = zone.day(report.firstTime), last = zone.day(report.lastTime);
+  return first == last ? first : first + " to " + last;
+}
+
+/// "Europe/Berlin, UTC+01:00", with both where the clock was changed in between.
+std::string zoneOf(const Report& report, const TimeZone& zone) {
+  const std::string first = zone.nameAt(report.firstTime), last = zone.nameAt(report.lastTime);
+  return first == last ? first : first + " to " + last.substr(std::min(last.rfind("UTC"), last.size()));
+}
+
+std::string mediaOf(const Report& report) {
   std::string text;
   for (const MediumReport& medium : report.media) {
     text += fmt::format("{}{} {}", text.empty() ? "" : ", ", medium.rows.size(), medium.phrase);
   }
-  if (!text.empty()) text += ". ";
-  if (report.firstTime == 0) return text;
-  const std::string first = isoUtc(report.firstTime).substr(0, DAY), last = isoUtc(report.lastTime).substr(0, DAY);
-  return text + (first == last ? fmt::format("Tested on {} (UTC).", first)
-                               : fmt::format("Tested from {} to {} (UTC).", first, last));
+  return text;
+}
+
+PageData factsOf(const Job& job, const Report& report, const ReportForm& form, const TimeZone& zone) {
+  const JobDescription& description = job.description;
+  std::vector<std::pair<const char*, std::string>> facts = {
+      {"Customer", description.customer},      {"Site", description.site},         {"Reference", description.reference},
+      {"Tested by", description.operatorName}, {"Tested", periodOf(report, zone)}, {"Times", zoneOf(report, zone)},
+      {"Results that count", mediaOf(report)}};
+  for (const std::string& instrument : form.instruments) facts.emplace_back("Instrument", instrument);
+  facts.erase(std::remove_if(facts.begin(), facts.end(), [](const auto& fact) { return fact.second.empty(); }),
+              facts.end());
+  return pageList(facts, [](const auto& fact) { return pageObject({{"name", fact.first}, {"text", fact.second}}); });
 }
 
 /// What a reader of the page must know first.
-std::vector<std::string> alertsOf(const JobFiles& job, const Report& report) {
+std::vector<std::string> alertsOf(const Job& job, const Report& report, Edition edition) {
   std::vector<std::string> alerts;
-  const std::size_t damaged = damagedFiles(job);
-  if (!job.unread.empty()) alerts.push_back(counted(job.unread.size(), "file", "files") + " could not be read.");
-  if (damaged > 0) {
-    alerts.push_back(counted(damaged, "file is", "files are") +
-                     " damaged. If the summary could still be read, the result is shown and marked.");
+  if (job.description.isGuessed) {
+    alerts.emplace_back(
+        "The expected IDs were guessed from the results: what is missing before the first and after the last of a "
+        "range "
+        "cannot be told.");
   }
-  const std::size_t missing = report.coverage.missing.size(), foreign = report.coverage.foreign.size();
-  const std::size_t onlyDamaged = report.coverage.damaged.size();
-  if (missing > 0) {
-    alerts.push_back(fmt::format("{} of {} expected IDs {} no result.", missing, report.expected.size(),
-                                 missing == 1 ? "has" : "have"));
+  if (report.counts.damaged > 0) {
+    alerts.push_back(countOf(report.counts.damaged, "link", "links") + " could not be read: test again.");
   }
-  if (onlyDamaged > 0) {
-    alerts.push_back(fmt::format("{} of {} expected IDs {} no result but a damaged one.", onlyDamaged,
-                                 report.expected.size(), onlyDamaged == 1 ? "has" : "have"));
+  if (report.strays > 0) {
+    alerts.push_back(countOf(report.strays, "file", "files") + " could not be read; nobody knows of which link.");
   }
-  if (!report.coverage.twice.empty()) {
-    alerts.push_back(counted(report.coverage.twice.size(), "expected ID has", "expected IDs have") +
-                     " more than one result.");
+  if (!job.expected.empty() && !report.status.foreign.empty()) {
+    alerts.push_back(countOf(report.status.foreign.size(), "link has an ID that is", "links have IDs that are") +
+                     " not expected.");
   }
-  if (foreign > 0)
-    alerts.push_back(counted(foreign, "result has an ID that is", "results have IDs that are") + " not expected.");
+  const auto damaged = static_cast<std::size_t>(std::count_if(job.files.notes.begin(), job.files.notes.end(),
+                                                              [](const FileNote& note) { return note.isDamaged; }));
+  if (edition == Edition::TECHNICIAN && damaged > 0) {
+    alerts.push_back(countOf(damaged, "file is", "files are") + " damaged.");
+  }
   return alerts;
 }
 
-Data markOf(const VerdictLook& look) {
-  return object({{"style", look.style}, {"kind", look.isStroked ? "drawn" : "filled"}, {"shape", look.shape}});
+PageData markOf(const char* name, const char* shape, bool isStroked) {
+  return pageObject({{"name", name},
+                     {"shape", shape},
+                     {"kind", isStroked ? "drawn" : "filled"},
+                     {"paint", isStroked ? "fill='none' stroke='black' stroke-width='.42'" : ""}});
 }
 
-void addTiles(const Report& report, Data& page) {
-  Data tiles(Data::type::list), marks(Data::type::list);
+/// Every mark once: links have those of verdicts where they look alike.
+PageData marks() {
+  PageData list(PageData::type::list);
   for (std::size_t i = 0; i < VERDICTS; ++i) {
     const VerdictLook& look = verdictLook(i);
-    const std::size_t count = report.verdicts[i];
-    marks << markOf(look);
-    if (count == 0 && !look.isAlwaysCounted) continue;
+    list << markOf(look.style, look.shape, look.isStroked);
+  }
+  for (const LinkState state : {LinkState::DAMAGED, LinkState::MISSING}) {
+    const StateLook& look = stateLook(state);
+    list << markOf(look.style, look.shape, look.isStroked);
+  }
+  return list;
+}
+
+void addStates(const Report& report, PageData& page) {
+  const LinkCounts& counts = report.counts;
+  const std::size_t of[LINK_STATES] = {counts.passed,    counts.passedStar, counts.failed,
+                                       counts.noVerdict, counts.damaged,    counts.missing};
+  PageData tiles(PageData::type::list), states(PageData::type::list);
+  for (std::size_t i = 0; i < LINK_STATES; ++i) {
+    const StateLook& look = stateLook(i);
     const double share =
-        report.results == 0 ? 0 : 100.0 * static_cast<double>(count) / static_cast<double>(report.results);
-    Data tile = object({{"style", look.style},
-                        {"word", look.word},
-                        {"count", std::to_string(count)},
-                        {"detail", fmt::format("{:.1f} %", share)}});
-    tile["isZero"] = Data(count == 0);
+        counts.expected == 0 ? 0 : 100.0 * static_cast<double>(of[i]) / static_cast<double>(counts.expected);
+    PageData tile = pageObject({{"style", look.style},
+                                {"word", look.word},
+                                {"count", std::to_string(of[i])},
+                                {"detail", fmt::format("{:.1f} %", share)}});
+    tile["isZero"] = PageData(of[i] == 0);
     tiles << tile;
+    states << pageObject({{"style", look.style}, {"word", look.word}});
   }
-  page["hasResults"] = Data(report.results > 0);
   page["tiles"] = std::move(tiles);
-  page["marks"] = std::move(marks);
+  page["states"] = std::move(states);
 }
 
-Data dataOf(const ExpectedId& id) {
-  const bool hasVerdict = id.severity < VERDICTS;
-  const VerdictLook& look = verdictLook(hasVerdict ? id.severity : 0);
-  const char* const state = id.results > 1   ? "twice"
-                            : id.results > 0 ? "present"
-                            : id.isDamaged   ? "damaged"
-                                             : "missing";
-  return object({{"state", state},
-                 {"id", id.id},
-                 {"style", hasVerdict ? look.style : ""},
-                 {"verdict", hasVerdict ? look.word : ""},
-                 {"word", id.results > 1   ? fmt::format("\u00d7{}", id.results)
-                          : id.results > 0 ? ""
-                                           : state}});
-}
-
-void addExpected(const Report& report, Data& page) {
-  page["hasExpected"] = Data(report.hasExpected);
-  if (!report.hasExpected) return;
-  const Coverage& coverage = report.coverage;
-  const std::size_t all = report.expected.size(), missing = coverage.missing.size(), twice = coverage.twice.size();
-  const std::size_t damaged = coverage.damaged.size();
-  page["expectedFacts"] =
-      Data(fmt::format("{} to {}: {} IDs, {} with one result, {} with more{}, {} missing. {} with another ID.",
-                       report.expected.front().id, report.expected.back().id, all, all - missing - damaged - twice,
-                       twice, damaged > 0 ? fmt::format(", {} damaged", damaged) : "", missing,
-                       counted(coverage.foreign.size(), "result", "results")));
-  page["idWidth"] = Data(std::to_string(report.expected.front().id.size()));
-  page["ids"] = eachOf(report.expected, [](const ExpectedId& id) { return dataOf(id); });
-  page["hasForeign"] = Data(!coverage.foreign.empty());
-  page["foreign"] = eachOf(coverage.foreign, wordsOf);
-}
-
-Data dataOf(const Figure& figure) {
-  Data data = object({{"caption", figure.caption}, {"chart", figure.chart}, {"note", figure.note}});
-  Data legend(Data::type::list);
-  for (const std::size_t severity : figure.legend) {
-    legend << object({{"style", verdictLook(severity).style}, {"word", verdictLook(severity).word}});
+/// A link in the grid, or in the list of those that need work.
+PageData dataOf(const JobLink& link) {
+  const StateLook& look = stateLook(link.state);
+  std::string detail;
+  for (const LinkResult& result : link.results) {
+    if (result.counts && !isPass(result.row->summary.status)) detail = measuredWords(*result.row);
   }
-  data["hasLegend"] = Data(!figure.legend.empty());
-  data["legend"] = std::move(legend);
+  if (link.state == LinkState::DAMAGED) detail = "test again";
+  return pageObject({{"style", look.style},
+                     {"word", look.word},
+                     {"note", link.state == LinkState::PASSED ? "" : look.shortWord},
+                     {"id", shownId(link)},
+                     {"anchor", anchorOf(link.id)},
+                     {"detail", detail}});
+}
+
+/// The room that the cells of a grid have for their IDs, in characters.
+std::string widthOf(const std::vector<const JobLink*>& links) {
+  constexpr std::size_t LEAST = 4, MOST = 32;
+  std::size_t width = LEAST;
+  for (const JobLink* link : links) width = std::max(width, std::min(shownId(*link).size(), MOST));
+  return std::to_string(width);
+}
+
+std::string linkFacts(const Job& job, const Report& report) {
+  std::string text;
+  for (const ExpectedIds::Range& range : job.expected.ranges()) text += (text.empty() ? "" : ", ") + range.text;
+  if (text.size() > 500) text = text.substr(0, cutAt(text, 500)) + " ...";
+  if (!text.empty()) text = "Expected: " + text + ". ";
+  text += countOf(report.counts.expected, "link", "links");
+  if (report.counts.testedAgain > 0) text += fmt::format(", {} of them tested again", report.counts.testedAgain);
+  return text + ".";
+}
+
+/// Sorts failures first and passes last.
+std::size_t rankOf(const TableRow& row) {
+  constexpr std::size_t WITHOUT_RESULT = 10, NO_VERDICT = 20, PASS = 40;
+  if (row.result == nullptr) return WITHOUT_RESULT + static_cast<std::size_t>(row.link->state);
+  const Veltra::Status status = row.result->summary.status;
+  return severityOf(status) + (isFail(status) ? 0 : isPass(status) ? PASS : NO_VERDICT);
+}
+
+PageData dataOf(const TableRow& row, const ReportForm& form, const TimeZone& zone) {
+  const JobLink& link = *row.link;
+  const StateLook& state = stateLook(row.result != nullptr ? stateOf(row.result->summary.status) : link.state);
+  PageData data = pageObject({{"state", state.style},
+                              {"rank", std::to_string(rankOf(row))},
+                              {"style", state.style},
+                              {"word", state.word},
+                              {"id", shownId(link)},
+                              {"anchor", anchorOf(link.id)}});
+  data["isTechnical"] = PageData(form.edition == Edition::TECHNICIAN);
+  if (row.result == nullptr) return data;
+  const Veltra::ResultSummary& s = row.result->summary;
+  const VerdictLook& look = verdictLook(severityOf(s.status));
+  data["style"] = PageData(look.style);
+  data["word"] = PageData(look.word);
+  data["medium"] = PageData(mediumOf(*row.result));
+  data["length"] = PageData(measurementText(s.length));
+  data["headroom"] = PageData(measurementText(s.headroom));
+  data["passed"] = PageData(std::to_string(s.numPassTests));
+  data["starred"] = PageData(std::to_string(s.numPassStarTests));
+  data["failed"] = PageData(std::to_string(s.numFailTests));
+  data["time"] = PageData(hasTime(*row.result) ? zone.minute(static_cast<time_t>(s.timeStamp)) : "-");
+  data["file"] = PageData(row.result->file);
   return data;
 }
 
-Data dataOf(const ReportRow& row) {
-  constexpr std::size_t MINUTES = 16;  // characters of a time without seconds
-  const Veltra::ResultSummary& s = row.result->summary;
-  std::string time = isoUtc(static_cast<time_t>(s.timeStamp)).substr(0, MINUTES);
-  std::replace(time.begin(), time.end(), 'T', ' ');
-  Data data = object({{"style", verdictLook(row.severity).style},
-                      {"word", verdictLook(row.severity).word},
-                      {"id", s.resultName},
-                      {"length", measurementText(s.length)},
-                      {"headroom", measurementText(s.headroom)},
-                      {"passed", std::to_string(s.numPassTests)},
-                      {"starred", std::to_string(s.numPassStarTests)},
-                      {"failed", std::to_string(s.numFailTests)},
-                      {"time", time},
-                      {"file", row.result->file}});
-  data["isDamaged"] = Data(row.result->isDamaged);
+/// Long lists stand in groups, of which a browser lays out those that are seen.
+template <class Item>
+void addGroup(const Item& item, const std::vector<Item>& items, PageData& data) {
+  constexpr std::size_t MOST = 100;
+  const auto place = static_cast<std::size_t>(&item - items.data());
+  if (place % MOST == 0) data["group"] = PageData(std::to_string(std::min(MOST, items.size() - place)));
+  data["isLast"] = PageData(place % MOST == MOST - 1 || place + 1 == items.size());
+}
+
+PageData dataOf(const Figure& figure) {
+  PageData data = pageObject({{"caption", figure.caption}, {"chart", figure.chart}, {"note", figure.note}});
+  data["hasLegend"] = PageData(!figure.legend.empty());
+  data["legend"] = pageList(figure.legend, [](std::size_t severity) {
+    return pageObject({{"style", verdictLook(severity).style}, {"word", verdictLook(severity).word}});
+  });
   return data;
 }
 
 /// "28 results: 3 Fail, 25 Pass"
 std::string factsOf(const MediumReport& medium) {
   const VerdictCounts verdicts = verdictCounts(medium.rows);
-  std::string text = counted(medium.rows.size(), "result", "results");
+  std::string text = countOf(medium.rows.size(), "result", "results");
   const char* separator = ": ";
   for (std::size_t i = 0; i < VERDICTS; ++i) {
     if (verdicts[i] == 0) continue;
@@ -220,25 +285,41 @@ std::string factsOf(const MediumReport& medium) {
   return text;
 }
 
-Data dataOf(const MediumReport& medium) {
-  Data data = object({{"name", medium.name}, {"facts", factsOf(medium)}});
-  Data figures(Data::type::list);
-  for (const Figure& figure : figuresOf(medium)) figures << dataOf(figure);
-  data["figures"] = std::move(figures);
-  data["rows"] = eachOf(medium.rows, [](const ReportRow& row) { return dataOf(row); });
+std::string anchorOf(const MediumReport& medium) {
+  return std::string("medium-") + (medium.name == "No medium" ? "none" : medium.phrase);
+}
+
+PageData dataOf(const MediumReport& medium) {
+  PageData data = pageObject({{"name", medium.name}, {"anchor", anchorOf(medium)}, {"facts", factsOf(medium)}});
+  data["figures"] = pageList(figuresOf(medium), [](const Figure& figure) { return dataOf(figure); });
   return data;
 }
 
-Data dataOf(const FileNote& note) {
-  Data data = object({{"file", note.file},
-                      {"state", note.isDamaged ? "damaged" : "warning"},
-                      {"next", note.next},
-                      {"advice", note.advice}});
-  Data findings(Data::type::list);
-  for (const Finding& finding : note.findings) findings << wordsOf(describe(finding));
+PageData dataOf(const FileNote& note) {
+  PageData data = pageObject({{"file", note.file},
+                              {"state", note.isDamaged ? "damaged" : "warning"},
+                              {"next", note.next},
+                              {"advice", note.advice}});
+  PageData findings = pageList(note.findings, [](const Finding& finding) { return wordsOf(describe(finding)); });
   if (note.leftOut > 0) findings << wordsOf(fmt::format("and {} more", note.leftOut));
   data["findings"] = std::move(findings);
   return data;
+}
+
+PageData contentsOf(const Report& report, bool hasLinks, bool hasFiles) {
+  PageData list(PageData::type::list);
+  const auto add = [&list](const std::string& anchor, const std::string& name, const std::string& detail = {}) {
+    list << pageObject({{"anchor", anchor}, {"name", name}, {"detail", detail}});
+  };
+  if (!report.work.empty()) add("work", "Links that need work", std::to_string(report.work.size()));
+  if (hasLinks) add("links", "All links", std::to_string(report.judged.size()));
+  if (hasLinks) add("results", "Results", std::to_string(report.table.size()));
+  for (const MediumReport& medium : report.media) {
+    add(anchorOf(medium), medium.name, std::to_string(medium.rows.size()));
+  }
+  if (hasLinks) add("blocks", "Each link");
+  if (hasFiles) add("files", "Files");
+  return list;
 }
 
 /// Whether a file begins as every page does. False if it cannot be read.
@@ -251,30 +332,82 @@ bool isReportPage(const std::string& path) {
          begin == firstLine;
 }
 
+constexpr char EXPLANATION[] =
+    "A link is all results of one ID. A later result stands for an earlier one of the same medium if it contains all "
+    "tests "
+    "of it; copies count once, and files that could not be read do not count. A link has the worst verdict of the "
+    "results "
+    "that count. > and < say that a value is above or below what is shown; - that there is none.";
+
 }  // namespace
 
-std::string reportPage(const JobFiles& job, const std::string& title) {
+bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, const WritePiece& write) {
   const Report report = reportOf(job);
-  const std::vector<std::string> alerts = alertsOf(job, report);
-  Data page = object({{"title", title}, {"facts", factsOf(report)}, {"lead", leadOf(job, report)}});
-  page["hasAlerts"] = Data(!alerts.empty());
-  page["alerts"] = eachOf(alerts, wordsOf);
-  addTiles(report, page);
-  addExpected(report, page);
-  Data media(Data::type::list);
-  for (const MediumReport& medium : report.media) media << dataOf(medium);
-  page["media"] = std::move(media);
-  page["hasNotes"] = Data(!job.notes.empty());
-  page["notes"] = eachOf(job.notes, [](const FileNote& note) { return dataOf(note); });
-  page["hasUnread"] = Data(!job.unread.empty());
-  page["unread"] = eachOf(job.unread, wordsOf);
-  if (job.others > 0)
-    page["others"] = Data(counted(job.others, "other file is no container", "other files are no containers"));
-  page["hasWithoutResult"] = Data(!job.withoutResult.empty());
-  page["withoutResult"] = eachOf(job.withoutResult, wordsOf);
-  kainjow::mustache::mustache form(REPORT_TEMPLATE);
-  form.set_custom_escape(htmlText);
-  return form.render(page);
+  const JobFiles& files = job.files;
+  const std::vector<std::string> alerts = alertsOf(job, report, form.edition);
+  const bool hasLinks = !job.links.empty();
+  const bool hasFiles = form.edition == Edition::TECHNICIAN &&
+                        (!report.status.notes.empty() || !files.notes.empty() || !files.unread.empty() ||
+                         !files.withoutResult.empty() || files.others > 0);
+  Page out(write);
+  PageData page = pageObject({{"title", form.title},
+                              {"cssTitle", cssText(form.title)},
+                              {"lead", verdictSentence(report.counts, report.strays > 0)},
+                              {"linkFacts", linkFacts(job, report)},
+                              {"explanation", EXPLANATION},
+                              {"hash", REPORT_SCRIPT_HASH},
+                              {"script", REPORT_SCRIPT},
+                              {"style", REPORT_STYLE},
+                              {"logo", form.logo.uri},
+                              {"logoWidth", std::to_string(form.logo.width)},
+                              {"logoHeight", std::to_string(form.logo.height)}});
+  page["marks"] = marks();
+  page["hasAlerts"] = PageData(!alerts.empty());
+  page["alerts"] = pageList(alerts, wordsOf);
+  page["facts"] = factsOf(job, report, form, zone);
+  page["contents"] = contentsOf(report, hasLinks, hasFiles);
+  addStates(report, page);
+
+  constexpr std::size_t MOST_ON_HALF_A_SHEET = 200;  // in print
+  const auto ofLink = [](const JobLink* link) { return dataOf(*link); };
+  page["hasWork"] = PageData(!report.work.empty());
+  page["work"] = out.eachOf(report.work, ofLink);
+  page["hasLinks"] = PageData(hasLinks);
+  page["links"] = out.eachOf(report.judged, ofLink);
+  page["hasMany"] = PageData(report.judged.size() > MOST_ON_HALF_A_SHEET);
+  page["idWidth"] = PageData(widthOf(report.judged));
+  page["foreignWidth"] = PageData(widthOf(report.status.foreign));
+  // What a browser takes them for until they are seen: lines of eight, 32 pixels each.
+  page["gridHeight"] = PageData(std::to_string((report.judged.size() / 8 + 1) * 32));
+  page["hasForeign"] = PageData(!report.status.foreign.empty() && !job.expected.empty());
+  page["foreign"] = out.eachOf(report.status.foreign, ofLink);
+  page["isTechnical"] = PageData(form.edition == Edition::TECHNICIAN);
+  page["rows"] = out.eachOf(report.table, [&form, &zone, &report](const TableRow& row) {
+    PageData data = dataOf(row, form, zone);
+    addGroup(row, report.table, data);
+    return data;
+  });
+  page["media"] = pageList(report.media, [](const MediumReport& medium) { return dataOf(medium); });
+  page["blocks"] = out.eachOf(job.links, [&form, &zone, &job](const JobLink& link) {
+    PageData data = linkBlock(link, form, zone);
+    addGroup(link, job.links, data);
+    return data;
+  });
+
+  page["hasFiles"] = PageData(hasFiles);
+  page["hasRemarks"] = PageData(!report.status.notes.empty());
+  page["remarks"] = out.eachOf(report.status.notes, wordsOf);
+  page["hasNotes"] = PageData(!files.notes.empty());
+  page["notes"] = out.eachOf(files.notes, [](const FileNote& note) { return dataOf(note); });
+  page["hasUnread"] = PageData(!files.unread.empty());
+  page["unread"] = out.eachOf(files.unread, wordsOf);
+  page["hasWithoutResult"] = PageData(!files.withoutResult.empty());
+  page["withoutResult"] = out.eachOf(files.withoutResult, wordsOf);
+  if (files.others > 0) {
+    page["others"] = PageData(countOf(files.others, "other file is no container", "other files are no containers"));
+  }
+  out.render(page);
+  return out.flush();
 }
 
 void leaveOutPage(std::vector<std::string>& files, const std::string& page) {

@@ -1,16 +1,39 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
-#include <libinspect/report/Report.h>
+#include <libinspect/job/Job.h>
+#include <libinspect/report/Picture.h>
+#include <libinspect/report/TimeZone.h>
 
 namespace Inspect {
 
-/// A job as one self-contained HTML page: no script, no link, no font. The same files give the same
-/// bytes. Memory use follows the size of the page.
-/// @param title  the page's headline
-std::string reportPage(const JobFiles& job, const std::string& title);
+/// Whom a page is for.
+enum class Edition {
+  CUSTOMER,    ///< the links; nothing of files but that one could not be read
+  TECHNICIAN,  ///< all findings, too, and the commands that help
+};
+
+/// How a page is made.
+struct ReportForm {
+  std::string title = "Cable test report";
+  Edition edition = Edition::CUSTOMER;
+  bool showsDetails = false;  ///< the blocks of the links are open, and are printed
+  Picture logo;               ///< no uri: there is none
+  std::vector<std::string> instruments;
+};
+
+/// Takes the next piece of a page. @return false if it cannot, after which no more is made
+using WritePiece = std::function<bool(std::string_view piece)>;
+
+/// Writes a job as one HTML page that needs no other file. The same files give the same bytes. Reads the sections of
+/// each result when the page reaches its link; of the page no more than a link is held in memory.
+/// @param job  settled
+/// @return false if a piece could not be written
+[[nodiscard]] bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, const WritePiece& write);
 
 /// Leaves out of the files of a job the page it is about to replace, under any name, if that begins as every page does.
 void leaveOutPage(std::vector<std::string>& files, const std::string& page);

@@ -3,16 +3,32 @@
 namespace Inspect {
 namespace {
 
+constexpr char CROSS[] = "M-.8-.8 .8 .8M-.8 .8 .8-.8";
+constexpr char RING[] = "M-.75 0A.75 .75 0 1 0 .75 0 .75 .75 0 1 0-.75 0Z";
+constexpr char DISC[] = "M-.85 0A.85 .85 0 1 0 .85 0 .85 .85 0 1 0-.85 0Z";
+constexpr char UP[] = "M0-.95 1 .75H-1Z";
+constexpr char DASH[] = "M-1 0H1";
+constexpr char BROKEN[] = "M-.9-.9H.5L-.3 .9H-.9ZM.9 .9H.1L.9-.9Z";
+
 constexpr VerdictLook LOOKS[VERDICTS] = {
-    {static_cast<Veltra::Status>(-1), "Unknown", "unknown", "M-1 0H1M0-1V1", true, false},
-    {Veltra::STATUS_FAIL, "Fail", "fail", "M-.8-.8 .8 .8M-.8 .8 .8-.8", true, true},
-    {Veltra::STATUS_FAIL_STAR, "Fail star", "fail-star", "M0 .95-1-.75H1Z", false, true},
-    {Veltra::STATUS_PASS_STAR, "Pass star", "pass-star", "M0-.95 1 .75H-1Z", false, true},
-    {Veltra::STATUS_PASS_ACCEPTABLE, "Pass acceptable", "pass-acceptable", "M0-1 1 0 0 1-1 0Z", false, false},
-    {Veltra::STATUS_PASS, "Pass", "pass", "M-.85 0A.85 .85 0 1 0 .85 0 .85 .85 0 1 0-.85 0Z", false, true},
-    {Veltra::STATUS_SHOW, "Show", "show", "M-.75-.75H.75V.75H-.75Z", true, false},
-    {Veltra::STATUS_DONT_SHOW, "Don't show", "dont-show", "M-.75-.75H.75V.75H-.75ZM-.75 .75 .75-.75", true, false},
-    {Veltra::STATUS_NOT_SET, "Not set", "not-set", "M-1 0H1", true, false},
+    {static_cast<Veltra::Status>(-1), "Unknown", "unknown", "M-1 0H1M0-1V1", true},
+    {Veltra::STATUS_FAIL, "Fail", "fail", CROSS, true},
+    {Veltra::STATUS_FAIL_STAR, "Fail star", "fail-star", "M0 .95-1-.75H1Z", false},
+    {Veltra::STATUS_PASS_STAR, "Pass star", "pass-star", UP, false},
+    {Veltra::STATUS_PASS_ACCEPTABLE, "Pass acceptable", "pass-acceptable", "M0-1 1 0 0 1-1 0Z", false},
+    {Veltra::STATUS_PASS, "Pass", "pass", DISC, false},
+    {Veltra::STATUS_SHOW, "Show", "show", "M-.75-.75H.75V.75H-.75Z", true},
+    {Veltra::STATUS_DONT_SHOW, "Don't show", "dont-show", "M-.75-.75H.75V.75H-.75ZM-.75 .75 .75-.75", true},
+    {Veltra::STATUS_NOT_SET, "Not set", "not-set", DASH, true},
+};
+
+constexpr StateLook STATES[LINK_STATES] = {
+    {LinkState::PASSED, "Passed", "passed", "passed", "pass", DISC, false},
+    {LinkState::PASSED_WITH_STAR, "Passed with a star", "star", "passed with a star", "pass-star", UP, false},
+    {LinkState::FAILED, "Failed", "failed", "failed", "fail", CROSS, true},
+    {LinkState::NO_VERDICT, "No verdict", "no verdict", "without a verdict", "not-set", DASH, true},
+    {LinkState::DAMAGED, "Could not be read", "unreadable", "could not be read", "damaged", BROKEN, false},
+    {LinkState::MISSING, "Not tested", "not tested", "not tested", "missing", RING, true},
 };
 
 }  // namespace
@@ -26,6 +42,10 @@ std::size_t severityOf(Veltra::Status status) {
     if (LOOKS[i].status == status) return i;
   }
   return 0;
+}
+
+const StateLook& stateLook(std::size_t state) {
+  return STATES[state < LINK_STATES ? state : 0];
 }
 
 }  // namespace Inspect

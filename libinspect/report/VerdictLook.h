@@ -3,6 +3,7 @@
 #include <cstddef>
 
 #include <libcrossplatform/common/ResultVocabulary.h>
+#include <libinspect/job/JobLinks.h>
 #include <libinspect/records/Verdict.h>
 
 namespace Inspect {
@@ -11,10 +12,9 @@ namespace Inspect {
 struct VerdictLook {
   Veltra::Status status;
   const char* word;
-  const char* style;     ///< its CSS class, and the name of its mark
-  const char* shape;     ///< SVG path data, within 1 of the origin
-  bool isStroked;        ///< the shape is drawn by its lines, not filled
-  bool isAlwaysCounted;  ///< counted on a page even where no result has it
+  const char* style;  ///< its CSS class, and the name of its mark
+  const char* shape;  ///< SVG path data, within 1 of the origin
+  bool isStroked;     ///< the shape is drawn by its lines, not filled
 };
 
 constexpr std::size_t VERDICTS = 9;
@@ -24,5 +24,25 @@ constexpr std::size_t VERDICTS = 9;
 const VerdictLook& verdictLook(std::size_t severity);
 /// The place of a verdict in that order.
 std::size_t severityOf(Veltra::Status status);
+
+/// How a page shows the state of a link; its colours and most of its shapes are those of verdicts.
+struct StateLook {
+  LinkState state;
+  const char* word;       ///< "Passed"
+  const char* shortWord;  ///< "passed", where there is little room
+  const char* clause;     ///< after a number: "passed"
+  const char* style;
+  const char* shape;
+  bool isStroked;
+};
+
+constexpr std::size_t LINK_STATES = 6;
+
+/// In the order of LinkState.
+/// @param state  as a number, 0 to LINK_STATES - 1
+const StateLook& stateLook(std::size_t state);
+inline const StateLook& stateLook(LinkState state) {
+  return stateLook(static_cast<std::size_t>(state));
+}
 
 }  // namespace Inspect

@@ -71,7 +71,7 @@ veltra doctor -r mixed -f csv 2> /dev/null | awk -F, '$4 ~ /^E/ { print $1 }' | 
 veltra doctor -r mixed -f json 2> /dev/null | grep -A1 '"damaged": true' | sed -n 's/.*"file": "\(.*\)",/\1/p' | sort > json.txt
 veltra info -r mixed -f csv 2> /dev/null | awk -F, '$3 == "true" { print $1 }' | sort > info.txt
 veltra summary -r mixed 2>&1 > summary.out | sed -n 's/^veltra: \([^:]*\): offset.*: E[0-9][0-9] .*/\1/p' | sort -u > summary.txt
-veltra report -q -r mixed -o page.html > report.out
+veltra report -q mixed --edition technician -o page.html > report.out
 sed -n 's/.*damaged:<\/b> <bdi>\([^<]*\)<.*/\1/p' page.html | sort > report.txt
 for command in json info summary report; do t diff doctor.txt $command.txt; done
 t cat report.out

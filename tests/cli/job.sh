@@ -43,6 +43,7 @@ mkdir tie && cp job/06.vres "tie/P (9).vres" && cp job/06b.vres "tie/P (10).vres
 patch tie/P7.vres $(($(stat -c %s tie/P7.vres) - 1)) ff && printf '%.0s[' {1..1200} > deep.json
 t veltra job status -q tie tie/../tie --expect P6 --expect P7 --expect P9
 t veltra job status tie --job deep.json
+t veltra job status -q tie --expect P6 --max-size 10; t veltra job status nowhere; t veltra job status job/01.vres
 t veltra job status -q tie/P* --count all -f jsonl --expect P6
 # Guesses: one length, from 9 to 10, gaps, what cannot be counted, and what cannot be said.
 mkdir many
@@ -61,7 +62,7 @@ mkdir rows
 value 1 A1 3.10 Pass && value 2 A2 -inf Fail && value 3 A10 N/A "Pass star" && value 4 A9 --- "Fail star"
 value 5 A3 "< 3.1" Pass && value 6 A4 "> 3.1" "Pass acceptable" && value 0 A5 -2 "Not set"
 t veltra summary -r rows --sort headroom --columns id,headroom,time
-t veltra summary -r rows --sort -headroom --columns headroom,id --limit 3 -f csv
+t veltra summary -r rows --sort -headroom --columns headroom,id -f csv
 t veltra summary -r rows --sort status,-id --columns id --columns status -f jsonl
 t veltra summary -r rows --failed --unsorted --columns id
 t veltra summary -r rows --sort -time --limit 2 --columns id,time

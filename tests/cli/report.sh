@@ -4,11 +4,14 @@ pack() { # FILE ID TYPE STATUS LENGTH HEADROOM
     "timeStamp": "2024-01-31T09:15:00Z", "numPassTests": 12}}' "${@:2}" > result.json
   veltra pack result.json -o "$1" > /dev/null
 }
-# page FILE: the words of a page, a line each, without its style sheet and its drawings' texts.
+# page FILE: the words of a page, a line each, without its style sheet, its script and its drawings' texts.
 page() {
-  sed -e '/<style>/,/<\/style>/d' -e 's/<\/*bdi>//g' -e 's/<svg class="chart".*<\/svg>//' -e 's/<\/\(li\|td\|th\)>/|/g; s/<[^>]*>/ /g; s/  */ /g' "$1" |
+  sed -e '/<style>/,/<\/style>/d' -e '/<script>/,/<\/script>/d' -e 's/<\/*bdi>//g' -e 's/<svg class="chart".*<\/svg>//' -e 's/<\/\(li\|td\|th\)>/|/g; s/<\/p>/\n/g; s/<[^>]*>/ /g; s/  */ /g' "$1" |
     grep -v '^[ |]*$'
 }
+# lead FILE: the verdict, and what to know first. from FILE HEADING: all from that on.
+lead() { page "$1" | sed -n '3,4p'; }
+from() { page "$1" | sed -n "/^ $2/,\$p"; }
 mkdir -p job/sub empty
 pack job/1.vres A01 COPPER Pass 45.2 3.10
 pack job/2.vres A02 COPPER 'Fail star' 88.0 -0.20
@@ -21,15 +24,15 @@ t veltra report -r job -o job.html
 page job.html
 t veltra report -r job -o job.html
 t veltra report job/1.vres job/sub/5.vres -o job.html --force --title 'Floor <2>' -f json
-grep -c '<h1>Floor &lt;2&gt;</h1>' job.html
+grep -c '<h1><bdi>Floor &lt;2&gt;</bdi></h1>' job.html
 t veltra report -r job -o all.html --expect A01..A04
-page all.html | sed -n '/^ Expected/,/^ Copper/p'
+page all.html | sed -n '/^ Expected/,/^ Results/p'
 veltra report -j 1 -r job -o one-thread.html > /dev/null
 veltra report -j 4 -r job -o four-threads.html > /dev/null
 t cmp one-thread.html four-threads.html
 t veltra report job/1.vres job/2.vres job/sub/5.vres -o foreign.html --expect A01..A02
 # Names cannot change the order of what stands around them.
-t grep -oE '<bdi>[^<]*</bdi>' foreign.html
+grep -oE '<bdi>[^<]*</bdi>' foreign.html | sort | uniq -c
 t veltra report job/1.vres job/2.vres job/sub/4.vres -o twice.html --expect A01..A02
 
 # Damage: the page is made all the same, and says so. The page of last time is no file of the job.
@@ -38,14 +41,16 @@ printf more >> job/sub/5.vres
 truncate -s 30 job/2.vres
 t veltra report -q -r job -o job/page.html
 t veltra report -q -r job missing.vres -o job/page.html --force
-page job/page.html | grep -v '^ \(Headroom\|Length\|Results\|Verdict\) '
+lead job/page.html
+page job/page.html | grep -cE 'E0[1-9]|W0[1-9]|offset|veltra |missing[.]vres'
+t veltra report -q -r job missing.vres -o job/page.html --force --edition technician
+lead job/page.html
+from job/page.html 'What to know'
 { veltra summary -q -r job > /dev/null; echo $?; } > summary.code
 { veltra report -q -r job -o job/page.html --force > /dev/null; echo $?; } > report.code
 t cmp summary.code report.code
-# What could not be read is named on the page. When nothing could be read, or a folder cannot be listed, or there are no
-# results, the old page stays.
+# When nothing could be read, or a folder cannot be listed, or there are no results, the old page stays.
 t veltra report -q job/1.vres missing.vres -o kept.html
-page kept.html | sed -n '/^ Files/,$p'
 cp kept.html old.html
 mkdir deep && cp job/1.vres deep && echo notes > empty/notes.txt
 # A folder whose path is too long to be opened: made step by step, and named by the last letters of the complaint.
@@ -70,11 +75,41 @@ pack again/x.vres A08 FIBER Pass 1 1 && echo trailing >> again/x.vres && patch a
 t veltra summary -q -r again --expect A01..A09
 veltra summary -q -r again --expect A01..A09 -f json | grep -A3 '"damaged"'
 t veltra report -q -r again -o again.html --expect A01..A09
-page again.html | sed -n '/more than one\|damaged one/p; /^ Expected/,/^ Fibre/p'
+lead again.html
+from again.html 'Passed A07'
 t veltra report -r empty -o empty.html --expect A01..A02
-page empty.html
+lead empty.html
+
+# A whole job: its description, history, the zone of the times; what the sections hold, without secrets and settings.
+make_job=$data/../../examples/make_job
+"$make_job" "$veltra" small 12 4
+cp "$data/cli/payload.json" "$data/good/equipment_information_v3.bin" "$data/good/orbel_settings_v0.bin" .
+printf 'P5 2 2 255\n\0\125\252\377' > image.pgm
+printf '\211PNG\r\n\032\n\0\0\0\rIHDR\0\0\200\0\0\0\200\0\10\0\0\0\0' > large.png
+printf '{"summary": {"resultName": "A-009", "resultType": "COPPER", "status": "Pass", "timeStamp": 1774753200}, "sections": [
+  {"type": 910, "version": 1, "payload": "payload.json"}, {"type": 920, "version": 1, "payload": "large.png"},
+  {"type": 326, "version": 2, "payload": "image.pgm", "compress": true}, {"type": 104, "version": 1, "payload": "orbel_settings_v0.bin"},
+  {"type": 5, "version": 1, "payload": "equipment_information_v3.bin"}]}' | veltra pack - -o small/A-009.vres > /dev/null
+t veltra report -q small -o small.html --timezone Europe/Berlin
+page small.html | sed -n '1,/^ Contents/p; /^ Passed A-005/,/^ Back/p; /^ Passed A-009/,/^ Back/p'
+grep -oE 'base64,[^"]*" alt="IMAGE[^>]*' small.html
+t grep -c '<details open' small.html
+t veltra report -q small -o small.html --force --details --count all --edition technician
+t grep -c '<details open' small.html
+page small.html | grep '^ Tested again'
+# The logo is a picture, or there is no page.
+echo '{"logo": "logo.png"}' > small/job.json
+t veltra report -q small -o logo.html
+cp large.png small/logo.png
+t veltra report -q small -o logo.html
+base64 -d <<< iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAAAAAA6fptVAAAACklEQVR4nGNgAAAAAgABc3UBGAAAAABJRU5ErkJggg== > small/logo.png
+t veltra report small -o logo.html
+grep -o '<img class.*' logo.html
 
 # What it refuses.
+t veltra report small -o small/logo.png --force
+t veltra report small -o zone.html --timezone Mars/Phobos
+t veltra report small -o zone.html --timezone ../zoneinfo/UTC
 t veltra report job/1.vres -o job/1.vres --force
 t veltra report job/1.vres -o nowhere/page.html
 t veltra report job/1.vres -o x.html --expect A2..A1

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <libinspect/container/Findings.h>
-#include <libinspect/job/ResultRows.h>
+#include <libinspect/job/JobLinks.h>
 
 namespace Command {
 

@@ -267,6 +267,7 @@ bool readWholeJob(const JobArguments& args, const Options& options, Inspect::Job
   job.files = readJob(run, options, reading);
   // What is damaged is known of the links; only what nobody could look at makes the answer doubtful.
   if (reading == EXIT_COULD_NOT) code = worse(code, EXIT_COULD_NOT);
+  if (!job.files.leftOut.empty()) code = worse(code, EXIT_WITH_LOSS);
   job.settle(args.policy);
   return true;
 }

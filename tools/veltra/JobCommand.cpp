@@ -112,48 +112,58 @@ void addCounts(const Inspect::LinkCounts& counts, Json::Value& json) {
   }
 }
 
-/// Rows of several kinds, told apart by their first column.
-std::vector<Json::Value> rowsOf(const JobStatus& status) {
-  std::vector<Json::Value> rows;
-  const auto add = [&rows](const char* kind) -> Json::Value& {
-    Json::Value& row = rows.emplace_back(Json::objectValue);
-    row[KIND] = kind;
-    return row;
-  };
+Json::Value rowOf(const char* kind) {
+  Json::Value row(Json::objectValue);
+  row[KIND] = kind;
+  return row;
+}
+
+/// Calls with rows of several kinds, told apart by their first column.
+void forEachRow(const JobStatus& status, const LongList::OnElement& onRow) {
   for (const Inspect::RangeStatus& range : status.ranges) {
-    Json::Value& row = add(RANGE);
+    Json::Value row = rowOf(RANGE);
     row[RANGE] = range.text;
     addCounts(range.counts, row);
+    onRow(row);
   }
-  addCounts(status.all, add(ALL));
+  Json::Value all = rowOf(ALL);
+  addCounts(status.all, all);
+  onRow(all);
   for (const Inspect::WorkItem& item : status.work) {
-    Json::Value& row = add(WORK);
+    Json::Value row = rowOf(WORK);
     row["id"] = item.link->id;
     row["why"] = toString(item.why);
     row["status"] = item.result != nullptr ? Json::Value(toString(item.result->summary.status)) : Json::Value();
     row["file"] = item.file.empty() ? Json::Value() : Json::Value(item.file);
+    onRow(row);
   }
   for (const Inspect::JobLink* link : status.history) {
     for (const Inspect::LinkResult& result : link->results) {
       if (result.replacedBy == nullptr) continue;
-      Json::Value& row = add(HISTORY);
+      Json::Value row = rowOf(HISTORY);
       row["id"] = link->id;
       row["status"] = toString(result.row->summary.status);
       row["file"] = result.row->file;
+      row["time"] = Inspect::isoUtc(static_cast<time_t>(result.row->summary.timeStamp));
       row["replacedBy"] = result.replacedBy->file;
+      onRow(row);
     }
   }
   for (const Inspect::JobLink* link : status.foreign) {
     for (const Inspect::LinkResult& result : link->results) {
-      Json::Value& row = add(FOREIGN);
+      Json::Value row = rowOf(FOREIGN);
       row["id"] = link->id;
       row["why"] = toString(link->state);
       row["status"] = toString(result.row->summary.status);
       row["file"] = result.row->file;
+      onRow(row);
     }
   }
-  for (const std::string& note : status.notes) add(NOTE)[NOTE] = note;
-  return rows;
+  for (const std::string& note : status.notes) {
+    Json::Value row = rowOf(NOTE);
+    row[NOTE] = note;
+    onRow(row);
+  }
 }
 
 Json::Value jsonOf(const Inspect::LinkResult& result) {
@@ -193,29 +203,39 @@ Json::Value jsonOf(const Inspect::Job& job, const JobStatus& status) {
   json["otherFiles"] = static_cast<Json::UInt64>(job.files.others);
   addCounts(status.all, json["all"] = Json::Value(Json::objectValue));
   for (const char* list : {"ranges", "work", "notes"}) json[list] = Json::Value(Json::arrayValue);
-  for (Json::Value& row : rowsOf(status)) {
+  forEachRow(status, [&json](Json::Value row) {
     const std::string kind = row[KIND].asString();
     row.removeMember(KIND);
     if (kind == RANGE) json["ranges"].append(std::move(row));
     if (kind == WORK) json["work"].append(std::move(row));
     if (kind == NOTE) json["notes"].append(row[NOTE]);
-  }
+  });
   return json;
 }
 
-/// How a job gets expected IDs: where there is no description, one can be made of its folder.
-std::string adviceOf(const JobArguments& args, const Inspect::Job& job) {
-  if (!job.descriptionFile.empty()) {
-    return fmt::format("{}: job.expected: no IDs; add them, or use --expect", job.descriptionFile);
-  }
+/// Complains of a job without expected IDs, and says how it gets them. @return the exit code
+int complainOfNoIds(const JobArguments& args, const Inspect::Job& job) {
+  namespace fs = std::filesystem;
   std::error_code unknown;
   const std::string& path = args.paths.front();
-  std::filesystem::path folder = path;
-  if (!std::filesystem::is_directory(folder, unknown))
-    folder = folder.parent_path().empty() ? "." : folder.parent_path();
-  if (path == "-") return path + ": no expected IDs; name them with --expect";
-  return fmt::format("{}: no expected IDs; to make them of its results: veltra job init {}", path,
-                     Inspect::shellWord(folder.string()));
+  if (!job.descriptionFile.empty()) {
+    complain(fmt::format("{}: job.expected: no IDs; add them, or use --expect", job.descriptionFile));
+    return EXIT_USAGE;
+  }
+  if (path != "-" && fs::status(path, unknown).type() == fs::file_type::not_found) {
+    complain(fmt::format("{}: {}", path, std::strerror(ENOENT)));
+    return EXIT_COULD_NOT;
+  }
+  fs::path folder = path;
+  if (!fs::is_directory(folder, unknown)) folder = folder.parent_path().empty() ? "." : folder.parent_path();
+  const fs::path beside = folder / Inspect::JobDescription::FILE_NAME;
+  complain(path == "-" ? path + ": no expected IDs; name them with --expect"
+           : fs::exists(beside, unknown)
+               ? fmt::format("{}: no expected IDs; for those of its folder: --job {}", path,
+                             Inspect::shellWord(beside.string()))
+               : fmt::format("{}: no expected IDs; to make them of its results: veltra job init {}", path,
+                             Inspect::shellWord(folder.string())));
+  return EXIT_USAGE;
 }
 
 int status(const JobArguments& args, const TableOutput& output, const Options& options) {
@@ -223,10 +243,7 @@ int status(const JobArguments& args, const TableOutput& output, const Options& o
   int code = EXIT_DONE;
   if (!takeTableOutput(output, args.paths, options, code)) return code;
   if (!describeJob(args, job, code)) return code;
-  if (job.expected.empty()) {
-    complain(adviceOf(args, job));
-    return EXIT_USAGE;
-  }
+  if (job.expected.empty()) return complainOfNoIds(args, job);
   const auto choose = [&](std::vector<std::string>& files) {
     return leaveOutTableOutput(output, files, {job.descriptionFile});
   };
@@ -235,18 +252,16 @@ int status(const JobArguments& args, const TableOutput& output, const Options& o
   const int answer = status.isFinished() ? EXIT_DONE : EXIT_NO;
   if (!output.path.empty()) return worse(worse(code, answer), saveTables(job, output, options));
   Document document;
-  for (const char* column : {KIND, RANGE, "id", "why", "status", "file", "replacedBy", NOTE}) {
+  for (const char* column : {KIND, RANGE, "id", "why", "status", "file", "time", "replacedBy", NOTE}) {
     document.columns.emplace_back(column);
   }
   for (const Inspect::LinkCountColumn& column : Inspect::linkCountColumns()) document.columns.emplace_back(column.name);
   document.text = [&] { return textOf(job, status); };
   document.json = [&] { return jsonOf(job, status); };
-  std::vector<Json::Value> rows;
   if (options.format == FORMAT_JSON) {
     document.rows = {"links", job.links.size(), [&](std::size_t i) { return jsonOf(job.links[i]); }};
-  } else if (options.format != FORMAT_TABLE) {
-    rows = rowsOf(status);
-    document.rows = {"", rows.size(), [&rows](std::size_t i) { return rows[i]; }};
+  } else {
+    document.rows.all = [&status](const LongList::OnElement& onRow) { forEachRow(status, onRow); };
   }
   printDocument(document, options);
   return worse(code, answer);

@@ -289,7 +289,7 @@ CsvCell csvCell(const Json::Value& row, const std::string& column) {
     return {};
   }
   const Json::Value* const measured = memberNamed(column.substr(0, column.size() - RELATION.size()));
-  return measured != nullptr && isMeasurement(*measured) ? cellOf((*measured)["relation"]) : CsvCell{};
+  return measured != nullptr && isMeasurement(*measured) ? cellOf(Inspect::relationBeside(*measured)) : CsvCell{};
 }
 
 void printDocumentJson(const Json::Value& object, const LongList& rows, const HexBytes& hex) {

@@ -1,8 +1,13 @@
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <memory>
 
 #include <fmt/format.h>
 
+#include <libcrossplatform/common/FileReplacement.h>
+#include <libinspect/job/JobStatus.h>
+#include <libinspect/report/HeldSections.h>
 #include <libinspect/report/ReportPage.h>
 
 #include "Commands.h"
@@ -11,43 +16,96 @@ namespace Command {
 namespace {
 
 struct ReportArguments {
-  std::vector<std::string> paths;
-  std::vector<std::string> expected;
+  JobArguments job;
   std::string output;
-  std::string title = "Cable test report";
+  std::string title;
+  std::string timeZone;
+  Inspect::Edition edition = Inspect::Edition::CUSTOMER;
+  bool details = false;
   bool force = false;
 };
 
+/// Writes the page so that the whole old or the whole new one exists at any time. @return false, with a complaint
+bool savePage(const std::string& path, const Inspect::Job& job, const Inspect::ReportForm& form,
+              const Inspect::TimeZone& zone) {
+  Veltra::FileReplacement file;
+  const auto write = [&file](std::string_view piece) { return file.write(piece.data(), piece.size()); };
+  if (file.open(path) && writeReport(job, form, zone, write) && file.commit()) return true;
+  complain(fmt::format("{}: {}", path, std::strerror(errno)));
+  return false;
+}
+
+/// The files of the results that count.
+std::vector<std::string> countedFiles(const Inspect::Job& job) {
+  std::vector<std::string> files;
+  for (const Inspect::JobLink& link : job.links) {
+    for (const Inspect::LinkResult& result : link.results) {
+      if (result.counts) files.push_back(result.row->file);
+    }
+  }
+  return files;
+}
+
 int report(const ReportArguments& args, const Options& options) {
-  Inspect::ExpectedIds expected;
-  if (!takeExpected(args.expected, expected)) return EXIT_USAGE;
-  if (refusesToReplace(args.output, args.force, args.paths)) return EXIT_COULD_NOT;
+  Inspect::Job job;
+  Inspect::TimeZone zone;
+  Inspect::ReportForm form;
+  std::string error;
   int code = EXIT_DONE;
+  if (!describeJob(args.job, job, code)) return code;
+  if (!args.timeZone.empty() && !zone.use(args.timeZone, error)) {
+    complain(error);
+    return EXIT_USAGE;
+  }
+  const std::string& logo = job.description.logo;
+  if (!logo.empty() && !readLogo(logo, form.logo, error)) {
+    complain(error);
+    return EXIT_COULD_NOT;
+  }
+  if (refusesToReplace(args.output, args.force, args.job.paths)) return EXIT_COULD_NOT;
+  Options recursive = options;
+  recursive.recursive = true;
   std::size_t passedOver = 0;
-  std::vector<std::string> files = filesOf(args.paths, options, code, passedOver);
+  std::vector<std::string> files = filesOf(args.job.paths, recursive, code, passedOver);
   if (code == EXIT_COULD_NOT) return code;  // nobody can say what the page would leave out
+  for (const std::string& known : {job.descriptionFile, logo}) {
+    if (!known.empty()) Inspect::leaveOutDescription(files, known);
+    if (!known.empty() && refusesToReplace(args.output, true, {known})) return EXIT_COULD_NOT;
+  }
   Inspect::leaveOutPage(files, args.output);
   if (refusesToReplace(args.output, true, files)) return EXIT_COULD_NOT;
-  if (args.expected.empty() && complainsOfNoFiles(args.paths, files)) return EXIT_COULD_NOT;
-  const Inspect::FileRun run(std::move(files), args.paths, options.maxSize, passedOver);
-  Inspect::JobFiles job = readJob(run, options, code, EXIT_WITH_LOSS);
-  const bool isUnread = !job.unread.empty();
-  if ((args.expected.empty() || isUnread) && complainsOfNoResults(args.paths, job)) return EXIT_COULD_NOT;
-  if (!args.expected.empty()) job.expected = &expected;
-  if (job.expected != nullptr) code = worse(code, codeOf(job.coverageOf(expected)));
-  const std::string page = Inspect::reportPage(job, args.title);
-  if (!saveOutput(args.output, page.data(), page.size())) return EXIT_COULD_NOT;
-  const auto damaged =
-      std::count_if(job.notes.begin(), job.notes.end(), [](const Inspect::FileNote& note) { return note.isDamaged; });
+  const bool expectsNone = job.expected.empty();
+  if (expectsNone && complainsOfNoFiles(args.job.paths, files)) return EXIT_COULD_NOT;
+  const Inspect::FileRun run(std::move(files), args.job.paths, options.maxSize, passedOver);
+  job.files = readJob(run, options, code, EXIT_WITH_LOSS);
+  const std::size_t unread = job.files.unread.size();
+  if ((expectsNone || unread > 0) && complainsOfNoResults(args.job.paths, job.files)) return EXIT_COULD_NOT;
+  job.settle(args.job.policy);
+  const Inspect::JobStatus status = statusOf(job);
+  if (status.all.missing + status.all.damaged > 0 || (!expectsNone && !status.foreign.empty()))
+    code = worse(code, EXIT_NO);
+
+  form.edition = args.edition;
+  form.showsDetails = args.details;
+  for (const std::string& title : {job.description.title, args.title}) {
+    if (!title.empty()) form.title = title;
+  }
+  Inspect::ReadingOptions reading;
+  reading.threads = options.jobs;
+  form.instruments = Inspect::instrumentsOf(countedFiles(job), reading);
+  if (!savePage(args.output, job, form, zone)) return EXIT_COULD_NOT;
+  const auto damaged = std::count_if(job.files.notes.begin(), job.files.notes.end(),
+                                     [](const Inspect::FileNote& note) { return note.isDamaged; });
   Json::Value json(Json::objectValue);
   json["file"] = args.output;
-  json["results"] = static_cast<Json::UInt64>(job.rows.size());
+  json["links"] = static_cast<Json::UInt64>(job.links.size());
+  json["results"] = static_cast<Json::UInt64>(job.files.rows.size());
   json["damaged"] = static_cast<Json::Int64>(damaged);
-  json["unread"] = static_cast<Json::UInt64>(job.unread.size());
-  json["otherFiles"] = static_cast<Json::UInt64>(job.others);
-  const std::string text =
-      fmt::format("{}: {}, {} damaged, {} not read\n", printable(args.output), counted(job.rows.size(), "result"),
-                  counted(static_cast<std::size_t>(damaged), "file"), job.unread.size());
+  json["unread"] = static_cast<Json::UInt64>(unread);
+  json["otherFiles"] = static_cast<Json::UInt64>(job.files.others);
+  std::string text =
+      fmt::format("{}: {}, {} damaged, {} not read\n", printable(args.output), counted(job.files.rows.size(), "result"),
+                  counted(static_cast<std::size_t>(damaged), "file"), unread);
   printDocument({[&] { return text; }, [&] { return json; }, {}, {}}, options);
   return code;
 }
@@ -56,11 +114,18 @@ int report(const ReportArguments& args, const Options& options) {
 
 Subcommand reportCommand(const Options& options) {
   const auto args = std::make_shared<ReportArguments>();
-  Subcommand command("report", "One page about many results, to print or to hand over");
-  command.place("PATH", "PATH...", &args->paths, "result files, or directories with -r").required();
+  Subcommand command("report", "One page about a job, to print or to hand over");
+  addJobArguments(command, args->job);
   command.option("-o,--output", "PAGE", &args->output, "the page to write, HTML").required();
-  addExpect(command, args->expected);
-  command.option("--title", "TEXT", &args->title, "the page's headline").showingPreset();
+  command.option("--title", "TEXT", &args->title, "the page's headline (default: that of job.json)");
+  command.option("--edition", "customer|technician",
+                 takeChoice<Inspect::Edition>(args->edition, {{"customer", Inspect::Edition::CUSTOMER},
+                                                              {"technician", Inspect::Edition::TECHNICIAN}}),
+                 "whom it is for; a technician's tells what is wrong with files and which command helps (default: "
+                 "customer)");
+  command.flag("--details", args->details, "open the block of each link, and print them");
+  command.option("--timezone", "ZONE", &args->timeZone,
+                 "zone of the page's times, such as Europe/Berlin (default: that of the machine)");
   command.flag("--force", args->force, FORCE_HELP);
   command.run = [args, &options] { return report(*args, options); };
   return command;

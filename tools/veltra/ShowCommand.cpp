@@ -19,15 +19,6 @@ struct ShowArguments {
   bool reveal = false;
 };
 
-/// Puts the text of each fraction, and of each number too large for an integer, in its place.
-void useDigits(Json::Value& value, std::string_view text) {
-  if (value.isObject() || value.isArray()) {
-    for (Json::Value& child : value) useDigits(child, text);
-  } else if (value.type() == Json::realValue) {
-    value = Inspect::numberIn(text, value);
-  }
-}
-
 /// Prints what is known of a payload, or its bytes.
 /// @param type    of the section, 0 outside one
 /// @param reveal  show secrets as they are
@@ -44,7 +35,7 @@ int showPayload(uint16_t type, std::vector<uint8_t> bytes, bool reveal, Json::Va
     member = "json";
     shown = reveal ? std::move(payload.document) : Inspect::withoutSecrets(std::move(payload.document));
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    if (options.format == FORMAT_TABLE) useDigits(shown, text);
+    if (options.format == FORMAT_TABLE) Inspect::useDigits(shown, text);
   }
   Document document;
   document.print = [&] {

@@ -158,76 +158,91 @@ int summaryInPassing(const SummaryArguments& args, const Selection& selection, c
   return code;
 }
 
-int summary(const SummaryArguments& args, const Options& options) {
-  Inspect::ExpectedIds expected;
-  const bool hasExpected = !args.expected.empty();
-  Selection selection;
-  if (!takeExpected(args.expected, expected) || !select(args, selection)) return EXIT_USAGE;
-  int code = EXIT_DONE;
-  if (!takeTableOutput(args.output, args.paths, options, code)) return code;
+/// What arguments must not be together. @return false, with a complaint
+bool agree(const SummaryArguments& args) {
   const bool isChosen = args.failed || args.limit || !args.sort.empty() || !args.columns.empty();
-  if ((args.unsorted || isChosen) && !args.output.path.empty()) {
-    complain(args.unsorted ? "--unsorted: expected without -o, found a file whose rows are in the order of IDs"
-                           : "-o: expected no --failed, --sort, --columns and --limit, since the file has all rows");
-    return EXIT_USAGE;
-  }
-  std::size_t passedOver = 0;
-  std::vector<std::string> files = filesOf(args.paths, options, code, passedOver);
-  if (!leaveOutTableOutput(args.output, files, Inspect::descriptionsIn(args.paths))) return EXIT_COULD_NOT;
-  const Inspect::FileRun run(std::move(files), args.paths, options.maxSize, passedOver);
-  if (!hasExpected && complainsOfNoFiles(args.paths, run.files())) return EXIT_COULD_NOT;
-  if (args.unsorted && options.format != FORMAT_TABLE) return summaryInPassing(args, selection, run, options, code);
-  Inspect::JobFiles job;
-  if (args.unsorted) {
-    std::vector<Inspect::ResultRow> rows;
-    job = readJob(run, options, code, EXIT_COULD_NOT, [&rows](const Inspect::ResultRow& row) { rows.push_back(row); });
-    job.rows.swap(rows);
-  } else {
-    job = readJob(run, options, code);
-  }
-  if (!hasExpected && complainsOfNoResults(args.paths, job)) return EXIT_COULD_NOT;
+  if (args.output.path.empty() || !(args.unsorted || isChosen)) return true;
+  complain(args.unsorted ? "--unsorted: expected without -o, found a file whose rows are in the order of IDs"
+                         : "-o: expected no --failed, --sort, --columns and --limit, since the file has all rows");
+  return false;
+}
+
+/// All results, in the order of their IDs or, unsorted, of the files.
+Inspect::JobFiles readAll(const SummaryArguments& args, const Inspect::FileRun& run, const Options& options,
+                          int& code) {
+  if (!args.unsorted) return readJob(run, options, code);
+  std::vector<Inspect::ResultRow> rows;
+  Inspect::JobFiles job =
+      readJob(run, options, code, EXIT_COULD_NOT, [&rows](const Inspect::ResultRow& row) { rows.push_back(row); });
+  job.rows.swap(rows);
+  return job;
+}
+
+Rows rowsOf(const Inspect::JobFiles& job, const Selection& selection) {
   Rows rows;
   for (const Inspect::ResultRow& row : job.rows) {
     if (selection.includes(row)) rows.push_back(&row);
   }
   sortBy(selection.keys, rows);
   rows.resize(std::min(rows.size(), selection.most));
-  Document document;
-  document.columns = columnsOf(selection);
-  document.rows = {"results", rows.size(), [&](std::size_t i) { return jsonOf(*rows[i], selection); }};
-  document.text = [&] { return tableOf(rows, selection) + totalOf(job.rows, rows.size()); };
-  Inspect::Coverage coverage;
-  document.json = [&] {
-    Json::Value json(Json::objectValue);
-    json["otherFiles"] = static_cast<Json::UInt64>(job.others);
-    if (!hasExpected) return json;
+  return rows;
+}
+
+/// Adds the IDs that are not as expected: to the answer, or to standard error beside one that has rows alone.
+void addCoverage(const Inspect::Coverage& coverage, const Options& options, Document& document) {
+  const std::string lists = listText("Missing", coverage.missing) + listText("Damaged", coverage.damaged) +
+                            listText("Tested twice", coverage.twice) + listText("Foreign", coverage.foreign);
+  document.text = [text = document.text, lists] {
+    return text() + (lists.empty() ? "All expected IDs were tested once.\n" : lists);
+  };
+  document.json = [whole = document.json, &coverage] {
+    Json::Value json = whole();
     json["missing"] = listJson(coverage.missing);
     json["damaged"] = listJson(coverage.damaged);
     json["twice"] = listJson(coverage.twice);
     json["foreign"] = listJson(coverage.foreign);
     return json;
   };
+  const bool isWhole = options.format == FORMAT_TABLE || options.format == FORMAT_JSON;
+  if (isWhole || options.quiet) return;
+  std::istringstream lines(lists);
+  for (std::string line; std::getline(lines, line);) complain(line);
+}
+
+int summary(const SummaryArguments& args, const Options& options) {
+  Inspect::Job job;
+  const bool hasExpected = !args.expected.empty();
+  Selection selection;
+  if (!takeExpected(args.expected, job.expected) || !select(args, selection)) return EXIT_USAGE;
+  int code = EXIT_DONE;
+  if (!takeTableOutput(args.output, args.paths, options, code)) return code;
+  if (!agree(args)) return EXIT_USAGE;
+  std::size_t passedOver = 0;
+  std::vector<std::string> files = filesOf(args.paths, options, code, passedOver);
+  if (!leaveOutTableOutput(args.output, files, Inspect::descriptionsIn(args.paths))) return EXIT_COULD_NOT;
+  const Inspect::FileRun run(std::move(files), args.paths, options.maxSize, passedOver);
+  if (!hasExpected && complainsOfNoFiles(args.paths, run.files())) return EXIT_COULD_NOT;
+  if (args.unsorted && options.format != FORMAT_TABLE) return summaryInPassing(args, selection, run, options, code);
+  job.files = readAll(args, run, options, code);
+  if (!hasExpected && complainsOfNoResults(args.paths, job.files)) return EXIT_COULD_NOT;
+  const bool makesTables = !args.output.path.empty();
+  if (hasExpected || makesTables) job.settle(Inspect::CountPolicy::LATEST);
+  const Rows rows = rowsOf(job.files, selection);
+  Document document;
+  document.columns = columnsOf(selection);
+  document.rows = {"results", rows.size(), [&](std::size_t i) { return jsonOf(*rows[i], selection); }};
+  document.text = [&] { return tableOf(rows, selection) + totalOf(job.files.rows, rows.size()); };
+  document.json = [&job] {
+    Json::Value json(Json::objectValue);
+    json["otherFiles"] = static_cast<Json::UInt64>(job.files.others);
+    return json;
+  };
+  const Inspect::Coverage coverage = coverageOf(job.links);
   if (hasExpected) {
-    coverage = job.coverageOf(expected);
-    const std::string lists = listText("Missing", coverage.missing) + listText("Damaged", coverage.damaged) +
-                              listText("Tested twice", coverage.twice) + listText("Foreign", coverage.foreign);
-    document.text = [text = document.text, lists] {
-      return text() + (lists.empty() ? "All expected IDs were tested once.\n" : lists);
-    };
-    const bool isWhole = options.format == FORMAT_TABLE || options.format == FORMAT_JSON;
-    if (!isWhole && !options.quiet) {
-      std::istringstream lines(lists);
-      for (std::string line; std::getline(lines, line);) complain(line);
-    }
+    addCoverage(coverage, options, document);
     code = worse(code, codeOf(coverage));
   }
-  if (!args.output.path.empty()) {
-    Inspect::Job whole;
-    whole.files = std::move(job);
-    whole.expected = std::move(expected);
-    whole.settle(Inspect::CountPolicy::LATEST);
-    return worse(code, saveTables(whole, args.output, options));
-  }
+  if (makesTables) return worse(code, saveTables(job, args.output, options));
   if (!rows.empty() || options.format != FORMAT_JSONL) printDocument(document, options);
   return code;
 }

@@ -1,5 +1,5 @@
 
-#include <libinspect/job/JobFiles.h>
+#include <libinspect/job/JobLinks.h>
 
 #include "RecordTesting.h"
 
@@ -27,8 +27,9 @@ TEST(JobFiles, WhatWasReadBeforeAnErrorIsNotIntact) {
   job.add("folder/notes.txt", isRead, &other, run);
   EXPECT_EQ(job.unread, (Texts{"first", "A3.vres", "notes.txt"}));
   EXPECT_EQ(job.others, 1u);
-  EXPECT_EQ(job.coverageOf(expected).damaged, (Texts{"A1", "A3"}));
-  EXPECT_EQ(job.coverageOf(expected).results, (std::vector<int>{0, 1, 0}));
+  const std::vector<JobLink> links = linksOf(job, expected, CountPolicy::LATEST);
+  EXPECT_EQ(coverageOf(links).damaged, (Texts{"A1", "A3"}));
+  EXPECT_EQ(links[1].state, LinkState::NO_VERDICT);
 }
 
 }  // namespace

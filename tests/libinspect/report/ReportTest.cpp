@@ -1,13 +1,16 @@
 #include <random>
 #include <regex>
+#include <set>
 #include <tuple>
 
 #include <fmt/format.h>
 
 #include <libinspect/container/PrintableText.h>
 #include <libinspect/report/ChartScale.h>
+#include <libinspect/report/Report.h>
 #include <libinspect/report/ReportCharts.h>
 #include <libinspect/report/ReportPage.h>
+#include <libinspect/report/ReportTemplate.h>
 
 #include "RecordTesting.h"
 
@@ -28,17 +31,28 @@ ResultRow row(const std::string& id, Veltra::Status status, const std::string& l
   return row;
 }
 
-JobFiles jobOf(std::size_t count, double lengths, double headrooms) {
-  JobFiles job;
+void fillJob(std::size_t count, double lengths, double headrooms, Job& job) {
   std::mt19937 random(1);
   const auto draw = [&random](double least, double range) {
     return fmt::format("{:.2f}", least + range * static_cast<double>(random() % 1000) / 1000);
   };
   for (std::size_t i = 0; i < count; ++i) {
     const auto status = static_cast<Veltra::Status>(1 << (random() % 8));
-    job.rows.push_back(row(fmt::format("A{}", i), status, draw(45, lengths), draw(3 - headrooms / 2, headrooms)));
+    job.files.rows.push_back(row(fmt::format("A{}", i), status, draw(45, lengths), draw(3 - headrooms / 2, headrooms)));
   }
-  return job;
+}
+
+std::string pageOf(Job& job, const ReportForm& form = {}) {
+  std::string page;
+  TimeZone zone;
+  std::string error;
+  EXPECT_TRUE(zone.use("UTC", error));
+  job.settle(CountPolicy::LATEST);
+  EXPECT_TRUE(writeReport(job, form, zone, [&page](std::string_view piece) {
+    page += piece;
+    return true;
+  }));
+  return page;
 }
 
 std::size_t countOf(const std::string& text, const std::string& part) {
@@ -47,12 +61,21 @@ std::size_t countOf(const std::string& text, const std::string& part) {
   return count;
 }
 
-/// What holds of every page, whatever the files say: it is whole, asks nothing of anybody, runs nothing, and draws no
-/// number that is none.
-void expectSelfContained(const std::string& page) {
-  static const std::regex TAG(R"re(<(/?)([!\w]+)((?: [\w-]+="[^"]*"| html)*)(/?)>|<)re"),
+/// What holds of every page, whatever the files say: it is whole, asks nothing of anybody, runs nothing but its own
+/// script, and draws no number that is none.
+void expectSelfContained(std::string page) {
+  static const std::regex TAG(R"re(<(/?)([!\w]+)((?: [\w-]+="[^"]*"| (?:html|hidden|open))*)(/?)>|<)re"),
       FORBIDDEN(R"re(<script|<[^>]* (?:on\w*|src)=|<[^>]* href="[^#]|://|url\(|@import|\{\{)re"),
-      NO_NUMBER(R"re(<[^>]* (?:x|y|d|width|height)="[^"]*[nfi])re");
+      NO_NUMBER(R"re(<[^>]* (?:x|y|d|width|height)="[^"]*[nfi])re"),
+      MARKS(
+          R"re(\n\.[\w-]+ \{ --mark: url\("data:image/svg\+xml,%3Csvg xmlns='http://www.w3.org/2000/svg'[^"]*"\); \})re");
+  for (const std::string& own : {std::string(REPORT_STYLE), "<script>" + std::string(REPORT_SCRIPT) + "</script>"}) {
+    const std::size_t at = page.find(own);
+    ASSERT_NE(at, std::string::npos);
+    page.erase(at, own.size());
+  }
+  page = std::regex_replace(page, MARKS, "");
+  static const std::set<std::string> VOID = {"!DOCTYPE", "img", "input", "meta"};
   std::vector<std::string> open;
   for (std::sregex_iterator tag(page.begin(), page.end(), TAG), end; tag != end; ++tag) {
     const std::string name = (*tag)[2];
@@ -60,7 +83,7 @@ void expectSelfContained(const std::string& page) {
     if ((*tag)[1] == "/") {
       ASSERT_TRUE(!open.empty() && open.back() == name) << name;
       open.pop_back();
-    } else if ((*tag)[4] != "/" && name != "meta" && name != "!DOCTYPE") {
+    } else if ((*tag)[4] != "/" && VOID.count(name) == 0) {
       open.push_back(name);
     }
   }
@@ -113,60 +136,96 @@ TEST(ReportPage, EveryJobGivesAWholePage) {
       {0, 0, 0}, {1, 0, 0}, {40, 0, 0}, {700, 90, 5}, {60, 2e7, 2e7}};
   for (const auto& [count, lengths, headrooms] : cases) {
     SCOPED_TRACE(count);
-    const std::string page = reportPage(jobOf(count, lengths, headrooms), "Job");
+    Job job;
+    fillJob(count, lengths, headrooms, job);
+    const std::string page = pageOf(job);
     expectSelfContained(page);
     EXPECT_EQ(countOf(page, "<td class=\"verdict\">"), count);
-    EXPECT_EQ(countOf(page, "role=\"img\""), count == 0 ? 0u : 3u);
+    EXPECT_EQ(countOf(page, "<svg class=\"chart\""), count == 0 ? 0u : 3u);
+    EXPECT_EQ(countOf(page, "<tbody style"), countOf(page, "</tr></tbody>"));
   }
 }
 
-// The lead of jobs of none to two results of each verdict, with a damaged file and one that could not be read.
-TEST(ReportPage, TheLeadIsThatOfTheTable) {
+// A page that cannot be written to its end is not made to its end, and no link after that is read.
+TEST(ReportPage, EndsWithTheFirstPieceThatCannotBeWritten) {
+  Job job;
+  fillJob(700, 90, 5, job);
+  job.settle(CountPolicy::LATEST);
+  std::size_t pieces = 0;
+  EXPECT_FALSE(writeReport(job, {}, TimeZone(), [&pieces](std::string_view) { return ++pieces < 3; }));
+  EXPECT_EQ(pieces, 3u);
+}
+
+TEST(Report, VerdictSentencesAreThoseOfTheTable) {
   std::string table;
-  for (unsigned job = 0; job < 2 * 2 * 27; ++job) {
-    const unsigned counts[] = {job / 4 % 3, job / 12 % 3, job / 36};
-    JobFiles made;
-    std::size_t verdict = 0;
-    for (const Veltra::Status status : {Veltra::STATUS_PASS, Veltra::STATUS_FAIL, Veltra::STATUS_NOT_SET}) {
-      made.rows.insert(made.rows.end(), counts[verdict++], row("A1", status, "1", "1"));
-    }
-    made.notes.push_back({"a", job % 2 == 1, {{W02_UNKNOWN_TYPE, 0, 1, "", ""}}, 0, "", ""});
-    if (job / 2 % 2 == 1) made.unread = {"b"};
-    const std::string page = reportPage(made, "Job");
-    std::smatch lead;
-    EXPECT_TRUE(std::regex_search(page, lead, std::regex("<p class=\"lead\">([^<]*)<")));
-    table += fmt::format("{}{}{}: {}\n", fmt::join(counts, " "), job % 2 == 1 ? " damaged" : "",
-                         countOf(page, "1 file could not be read.") == 1 ? " unread" : "", lead[1].str());
+  for (unsigned each = 0; each < 3 * 2 * 2 * 3; ++each) {
+    LinkCounts counts;
+    counts.passed = each % 3 == 2 ? 12 : each % 3;
+    counts.passedStar = each / 3 % 2;
+    counts.failed = each / 6 % 2 * 2;
+    counts.noVerdict = counts.missing = each / 12 % 3;
+    counts.damaged = each / 12 % 3 / 2;
+    counts.expected =
+        counts.passed + counts.passedStar + counts.failed + counts.noVerdict + counts.missing + counts.damaged;
+    table += verdictSentence(counts, each % 2 == 1) + "\n";
   }
   RecordTesting::expectGoldenText(table, "report_leads");
+}
+
+TEST(Report, TheZoneOfThePageIsThatOfTheProcessOnlyWhileItIsMade) {
+  std::string error;
+  ASSERT_EQ(setenv("TZ", "Asia/Tokyo", 1), 0);
+  {
+    TimeZone zone;
+    EXPECT_FALSE(zone.use("Europe/Nowhere", error));
+    EXPECT_EQ(zone.nameAt(0), "Asia/Tokyo, UTC+09:00");
+    ASSERT_TRUE(zone.use("Europe/Berlin", error));
+    EXPECT_EQ(zone.minute(1774746000), "2026-03-29 03:00");  // the first minute of summer time
+  }
+  EXPECT_STREQ(getenv("TZ"), "Asia/Tokyo");
+  EXPECT_EQ(TimeZone().minute(0), "1970-01-01 09:00");
+  ASSERT_EQ(unsetenv("TZ"), 0);
+}
+
+// An address that was mailed leads to the same link in the next page, and to no other.
+TEST(Report, AnchorsAreSafeAndTellIdsApart) {
+  EXPECT_EQ(anchorOf("A-001"), "link-A-001");
+  EXPECT_EQ(anchorOf("a_1 \"><\xC3\xA9"), "link-a_5f1_20_22_3e_3c_c3_a9");
+  EXPECT_NE(anchorOf("_20"), anchorOf(" "));
 }
 
 // Text that is markup or cannot be shown, numbers that are none, damage, what was not read, expected IDs.
 TEST(ReportPage, OfAwkwardResultsIsTheGoldenOne) {
   const std::string hostile = "\"><script>x</script>' onload='a' {title} \x01\xff\xE2\x80\xAE https:";
-  ExpectedIds expected;
+  Job job;
   std::string error;
-  ASSERT_TRUE(expected.add("A1..A9", error));
-  JobFiles job;
-  job.expected = &expected;
-  job.rows = {row(hostile, Veltra::STATUS_FAIL, "45.0", "-1.0"),
-              row("A1", Veltra::STATUS_PASS, "45.0", "NaN"),
-              row("A2", Veltra::STATUS_PASS, "N/A", "+inf"),
-              row("A3", Veltra::STATUS_FAIL, "46.0", "---"),
-              row("A3", Veltra::STATUS_PASS, ">47.0", "2.00"),
-              row("A4", static_cast<Veltra::Status>(5), "1", "9.0"),
-              row("A5", Veltra::STATUS_FAIL_STAR, "1", "-9.0"),
-              row("A6", Veltra::STATUS_PASS, "1", "1.0"),
-              row("B1", Veltra::STATUS_FAIL, "700", "-1.0", Veltra::RESULT_TYPE_FIBER)};
-  job.rows[7].summary.headroom.value = ScaledInt::fromRaw(5, static_cast<ScaledInt::ScaledTo>(9));
-  job.notes = {{hostile, true, {{E04_DATA_CRC, 24, 1, "1", hostile}}, 3, hostile, ""},
-               {"job/A6.vres", true, {}, 0, "", ""}};
-  job.unread = {hostile};
-  job.withoutResult = {hostile};
-  const std::string page = reportPage(job, "Job");
+  ASSERT_TRUE(job.expected.add("A1..A9", error));
+  job.description = {hostile, hostile, hostile, hostile, hostile, "", {}, true};
+  job.files.rows = {row(hostile, Veltra::STATUS_FAIL, "45.0", "-1.0"),
+                    row("A1", Veltra::STATUS_PASS, "45.0", "NaN"),
+                    row("A2", Veltra::STATUS_PASS, "N/A", "+inf"),
+                    row("A3", Veltra::STATUS_FAIL, "46.0", "---"),
+                    row("A3", Veltra::STATUS_PASS, ">47.0", "2.00"),
+                    row("A4", static_cast<Veltra::Status>(5), "1", "9.0"),
+                    row("A5", Veltra::STATUS_FAIL_STAR, "1", "-9.0"),
+                    row("A6", Veltra::STATUS_PASS, "1", "1.0"),
+                    row("B1", Veltra::STATUS_FAIL, "700", "-1.0", Veltra::RESULT_TYPE_FIBER)};
+  job.files.rows[7].summary.headroom.value = ScaledInt::fromRaw(5, static_cast<ScaledInt::ScaledTo>(9));
+  job.files.notes = {{hostile, true, {{E04_DATA_CRC, 24, 1, "1", hostile}}, 3, hostile, ""},
+                     {"job/A6.vres", true, {}, 0, "", ""}};
+  job.files.unread = {hostile};
+  job.files.lost = {hostile, "job/A6.vres"};
+  job.files.withoutResult = {hostile};
+  ReportForm form;
+  form.title = hostile;
+  form.edition = Edition::TECHNICIAN;
+  form.instruments = {hostile};
+  const std::string page = pageOf(job, form);
   expectSelfContained(page);
-  RecordTesting::expectGoldenText(std::regex_replace(page.substr(page.find("<body")), std::regex("><"), ">\n<"),
-                                  "report_page");
+  RecordTesting::expectGoldenText(
+      std::regex_replace(page.substr(page.find("@page :first"), page.find("<script>") - page.find("@page :first")),
+                         std::regex("><"), ">\n<"),
+      "report_page");
 }
 
 }  // namespace

@@ -1,7 +1,8 @@
 #!/bin/bash
 # render.sh VELTRA DIRECTORY
 # Makes the page of a varied job and renders it in a browser: wide, narrow, dark and printed, into DIRECTORY. Fails when
-# a picture is missing or empty, or when the browser complained of the page or asked for anything but the page.
+# a picture is missing or empty, when the browser complained of the page or asked for anything but the page, or when the
+# page does not keep what browse.mjs asks of it.
 set -euo pipefail
 . "$(dirname -- "$0")/../../../scripts/lib.sh"
 veltra=$(realpath -- "$1")
@@ -24,7 +25,7 @@ printf '\377' | dd of="$job/00005.vres" bs=1 seek=40 conv=notrunc status=none
 truncate -s 50 "$job/00009.vres"
 echo after >> "$job/00010.vres"
 status=0
-(cd "$pictures" && "$veltra" report -q -r job --expect A001..A036 --title 'Northgate House, floor 2' -o "$page") || status=$?
+(cd "$pictures" && "$veltra" report -q -r job --expect A001..A036 --edition technician --title 'Northgate House, floor 2' -o "$page") || status=$?
 [[ $status == 1 ]] || die "a job with damaged files and missing IDs answered $status"
 
 # render PICTURE FLAG...: one run of the browser, with a new profile and no way out.
@@ -50,9 +51,49 @@ render dark.png --window-size=1400,1600 --blink-settings=preferredColorScheme=0 
 render report.pdf --no-pdf-header-footer --print-to-pdf="$pictures/report.pdf"
 quietly pdftoppm -r 60 -png "$pictures/report.pdf" "$pictures/print"
 pdftotext -layout "$pictures/report.pdf" "$pictures/print.txt"
-for words in 'Expected IDs' Copper Fibre 'Files that need attention' 'header CRC differs'; do
+for words in 'Links that need work' 'All links' Copper Fibre 'Files that need attention' 'header CRC differs' 'Page 2 of'; do
   grep -qF "$words" "$pictures/print.txt" || die "\"$words\" is not in the printed page"
 done
-# A long table begins each sheet with its header again.
-[[ $(grep -c 'Verdict  *ID' "$pictures/print.txt") -gt 3 ]] || die "the table's header is not repeated in print"
+grep -qF '.vres' <(sed '/^Files$/,$d' "$pictures/print.txt") && die "names of files are printed before the files"
+# The large job of the examples fits forty sheets, its grid two; its table begins each sheet with its header again.
+"$root/examples/make_job" "$veltra" "$pictures/large" > /dev/null
+page=$pictures/large.html
+"$veltra" report -q "$pictures/large" -o "$page" > /dev/null || [[ $? == 1 ]]
+render large.pdf --no-pdf-header-footer --print-to-pdf="$pictures/large.pdf"
+sheets=$(pdfinfo "$pictures/large.pdf" | sed -n 's/^Pages: *//p')
+[[ $sheets -le 40 ]] || die "the large job takes $sheets sheets"
+[[ $(pdftotext -layout "$pictures/large.pdf" - | grep -c 'Verdict  *ID') -gt 5 ]] || die "the table's header is not repeated in print"
+grid=0
+for ((sheet = 1; sheet <= sheets; ++sheet)); do
+  words=$(pdftotext -f $sheet -l $sheet -layout "$pictures/large.pdf" -)
+  grep -qE '(A-[0-9]{3}.*){8}|(FB-[0-9]{3}.*){8}' <<< "$words" && grid=$((grid + 1))
+done
+[[ $grid == [12] ]] || die "the grid of the large job takes $grid sheets"
+
+# Names made to be more than text, and how the page shows them; a picture, JSON and a record in the same result.
+printf '%s\n' '<script>foreign1=1</script>' '<img id=foreign2 src=x onerror=foreign2=1>' '{{title}}{{{script}}}{{/rows}}' \
+  '</script></style><b id=foreign3>' "' onload='foreign4=1" '" onload="foreign5=1' '--><i id=foreign6>' '#link-A-001' \
+  "\\'+foreign7+'" > "$pictures/names.txt"
+printf 'P5 64 48 255\n' > "$pictures/image.pgm"
+head -c 3072 /dev/zero | tr '\0' '\201' >> "$pictures/image.pgm"
+"$root/examples/make_job" "$veltra" "$pictures/hostile-job" 12 4 > /dev/null
+count=0
+while IFS= read -r name; do
+  count=$((count + 1))
+  json=$(sed 's/[\\"]/\\&/g' <<< "$name")
+  printf '{"%s": ["%s", {"%s": 1.50}]}' "$json" "$json" "$json" > "$pictures/payload.json"
+  printf '{"summary": {"resultName": "%s", "resultType": "COPPER", "status": "Fail", "headroom": "-1.0"}, "sections": [
+    {"type": 910, "version": 1, "payload": "%s"}, {"type": 326, "version": 2, "payload": "%s"}]}' \
+    "$json" "$pictures/payload.json" "$pictures/image.pgm" |
+    "$veltra" pack - -o "$pictures/hostile-job/$count.vres" > /dev/null
+done < "$pictures/names.txt"
+printf '{"title": "%s", "customer": "</script>\\u2028\\u202e<b id=foreign8>"}' "$json" > "$pictures/hostile-job/job.json"
+printf '%s\n' '</script>\xe2\x80\xa8\xe2\x80\xae<b id=foreign8>' >> "$pictures/names.txt"
+"$veltra" report -q "$pictures/hostile-job" --edition technician -o "$pictures/hostile.html" > /dev/null || [[ $? == 1 ]]
+modules=$root/build/browser
+command -v npm > /dev/null || install_packages browse
+[[ -d $modules/node_modules/axe-core && -d $modules/node_modules/puppeteer-core ]] ||
+  quietly npm install --silent --no-save --no-audit --no-fund --ignore-scripts --prefix "$modules" \
+    axe-core@4.14.1 puppeteer-core@25.16.0
+node "${0%/*}/browse.mjs" "$modules" "$pictures/hostile.html" "$pictures/names.txt" || die "the page does not keep its promises"
 say "rendered wide, narrow, dark and in $(ls "$pictures"/print-*.png | wc -l) printed pages"

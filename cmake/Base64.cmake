@@ -1,0 +1,15 @@
+# veltra_base64_of_hex(HEX VARIABLE): the base64 of 32 bytes written as 64 hexadecimal digits, as policies name a hash.
+function(veltra_base64_of_hex hex variable)
+  set(digits ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/)
+  set(text)
+  foreach(at RANGE 0 63 3) # three hexadecimal digits are two of base64; the last two digits lack one
+    string(SUBSTRING "${hex}00" ${at} 3 three)
+    math(EXPR high "0x${three} / 64")
+    math(EXPR low "0x${three} % 64")
+    string(SUBSTRING ${digits} ${high} 1 first)
+    string(SUBSTRING ${digits} ${low} 1 second)
+    string(APPEND text ${first}${second})
+  endforeach()
+  string(SUBSTRING ${text} 0 43 text)
+  set(${variable} ${text}= PARENT_SCOPE)
+endfunction()

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <libinspect/report/PageData.h>
+#include <libinspect/report/Report.h>
+#include <libinspect/report/ReportPage.h>
+
+namespace Inspect {
+
+/// What the page says of one link, with all its results and what the sections of those that count hold, which are read
+/// here.
+PageData linkBlock(const JobLink& link, const ReportForm& form, const TimeZone& zone);
+
+/// "24.15 m, headroom > 6.12 dB", as far as there are numbers.
+std::string measuredWords(const ResultRow& row);
+
+}  // namespace Inspect
