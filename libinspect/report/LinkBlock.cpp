@@ -31,8 +31,7 @@ std::string roleOf(const LinkResult& result, const ReportForm& form, const TimeZ
   if (result.row->isDamaged) return "Could not be read to its end; it does not count.";
   if (result.replacedBy == nullptr) return {};
   const std::string by = form.edition == Edition::TECHNICIAN ? " (" + result.replacedBy->file + ")" : "";
-  const char* const counts = result.counts ? "it counts all the same" : "it does not count";
-  return fmt::format("Tested again {}{}: {}.", timeOf(*result.replacedBy, zone), by, counts);
+  return fmt::format("Tested again {}{}: it does not count.", timeOf(*result.replacedBy, zone), by);
 }
 
 PageData dataOf(const HeldTable& table) {
