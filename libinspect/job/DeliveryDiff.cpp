@@ -1,6 +1,8 @@
 #include <libinspect/job/DeliveryDiff.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <iterator>
 #include <map>
 #include <tuple>
 #include <unordered_map>
@@ -96,12 +98,13 @@ Json::Value verdictOf(const std::string& file, const ResultRow* row) {
   return row != nullptr ? toString(row->summary.status) : toString(LinkState::DAMAGED);
 }
 
+/// @param onOther  called if the files do not have the same bytes
 /// @return false, with `error`, if a file cannot be read
-bool compareFiles(const ResultPair& pair, const FieldsOf& fieldsOf, bool reveal, const OnDifference& onDifference,
+bool compareFiles(const ResultPair& pair, const std::function<void(const ByteSource&, const ByteSource&)>& onOther,
                   std::string& error) {
   ByteSource before, after;
   if (!before.openFile(pair.oldFile, error) || !after.openFile(pair.newFile, error)) return false;
-  if (!haveSameBytes(before, after)) differencesOf(before, after, fieldsOf, reveal, onDifference);
+  if (!haveSameBytes(before, after)) onOther(before, after);
   for (const ByteSource* const source : {&before, &after}) {
     if (!source->hasFailed()) continue;
     error = source->name() + ": read error";
@@ -110,13 +113,19 @@ bool compareFiles(const ResultPair& pair, const FieldsOf& fieldsOf, bool reveal,
   return true;
 }
 
-void addIds(const JobFiles& files, ExpectedIds& ids) {
+void addId(const std::string& id, ExpectedIds& ids) {
   std::string error;
-  for (const ResultRow& row : files.rows) {
-    const std::string& id = row.summary.resultName;
-    const bool isOneId = !id.empty() && id.find("..") == std::string::npos;
-    if (isOneId && !ids.placeOf(id) && ids.ids().size() < ExpectedIds::MOST_IDS) (void)ids.add(id, error);
-  }
+  const bool isOneId = !id.empty() && id.find("..") == std::string::npos;
+  if (isOneId && !ids.placeOf(id) && ids.ids().size() < ExpectedIds::MOST_IDS) (void)ids.add(id, error);
+}
+
+std::vector<std::string> lostWithoutId(const Job& job) {
+  std::unordered_set<std::string> known;
+  for (const JobLink& link : job.links) known.insert(link.lostFiles.begin(), link.lostFiles.end());
+  std::vector<std::string> files;
+  std::copy_if(job.files.lost.begin(), job.files.lost.end(), std::back_inserter(files),
+               [&](const std::string& file) { return known.count(file) == 0; });
+  return files;
 }
 
 }  // namespace
@@ -131,8 +140,12 @@ const char* memberName(DeliveryChange change) {
 
 void settleDeliveries(Job& before, Job& after) {
   ExpectedIds ids;
-  addIds(before.files, ids);
-  addIds(after.files, ids);
+  for (const Job* const job : {&before, &after}) {
+    for (const std::string& id : job->expected.ids()) addId(id, ids);
+  }
+  for (const Job* const job : {&before, &after}) {
+    for (const ResultRow& row : job->files.rows) addId(row.summary.resultName, ids);
+  }
   for (Job* const job : {&before, &after}) job->links = linksOf(job->files, ids, CountPolicy::LATEST);
 }
 
@@ -158,17 +171,25 @@ std::vector<LinkPair> pairLinks(const std::vector<JobLink>& before, const std::v
   return pairs;
 }
 
-std::vector<std::string> filesWithoutId(const Job& job) {
-  std::unordered_set<std::string> known;
-  for (const JobLink& link : job.links) {
-    for (const LinkResult& result : link.results) known.insert(result.row->file);
-    known.insert(link.lostFiles.begin(), link.lostFiles.end());
-  }
-  std::vector<std::string> files = job.files.lost;
-  files.erase(
-      std::remove_if(files.begin(), files.end(), [&](const std::string& file) { return known.count(file) > 0; }),
-      files.end());
+std::vector<ResultPair> filesWithoutId(const Job& before, const std::string& oldPath, const Job& after,
+                                       const std::string& newPath) {
+  const auto nameIn = [](const std::string& path, const std::string& file) {
+    return std::filesystem::path(file).lexically_relative(path).string();
+  };
+  std::map<std::string, ResultPair> pairs;
+  for (std::string& file : lostWithoutId(before)) pairs[nameIn(oldPath, file)].oldFile = std::move(file);
+  for (std::string& file : lostWithoutId(after)) pairs[nameIn(newPath, file)].newFile = std::move(file);
+  std::vector<ResultPair> files;
+  for (auto& pair : pairs) files.push_back(std::move(pair.second));
   return files;
+}
+
+DeliveryChange compareBytes(const ResultPair& files, std::string& error) {
+  if (files.newFile.empty()) return DeliveryChange::ONLY_OLD;
+  if (files.oldFile.empty()) return DeliveryChange::ONLY_NEW;
+  DeliveryChange change = DeliveryChange::SAME;
+  const auto onOther = [&change](const ByteSource&, const ByteSource&) { change = DeliveryChange::BYTES; };
+  return compareFiles(files, onOther, error) ? change : DeliveryChange::UNKNOWN;
 }
 
 DeliveryChange compareLinks(const LinkPair& link, const FieldsOf& fieldsOf, bool reveal,
@@ -176,7 +197,7 @@ DeliveryChange compareLinks(const LinkPair& link, const FieldsOf& fieldsOf, bool
   const Json::Value before = verdictOf(link.before), after = verdictOf(link.after);
   bool areValues = false, areBytes = false, isUnknown = false;
   if (before != after) {
-    onDifference(link.results.empty() ? ResultPair() : link.results.front(), {"verdict", before, after, true});
+    onDifference(link.results.empty() ? ResultPair() : link.results.front(), {LINK_VERDICT, before, after, true});
   }
   if (link.after == nullptr) return DeliveryChange::ONLY_OLD;
   if (link.before == nullptr) return DeliveryChange::ONLY_NEW;
@@ -192,7 +213,10 @@ DeliveryChange compareLinks(const LinkPair& link, const FieldsOf& fieldsOf, bool
       (difference.isValue ? areValues : areBytes) = true;
       onDifference(pair, difference);
     };
-    if (!compareFiles(pair, fieldsOf, reveal, tell, error)) isUnknown = true;
+    const auto onOther = [&](const ByteSource& oldFile, const ByteSource& newFile) {
+      differencesOf(oldFile, newFile, fieldsOf, reveal, tell);
+    };
+    if (!compareFiles(pair, onOther, error)) isUnknown = true;
   }
   return before != after ? DeliveryChange::VERDICT
          : isUnknown     ? DeliveryChange::UNKNOWN

@@ -40,17 +40,25 @@ struct LinkPair {
   std::vector<ResultPair> results;
 };
 
-/// Makes the links of two deliveries, with each ID of one expected in the other, so that a damaged file named as an ID
-/// stands for it.
+/// Makes the links of two deliveries anew. Each ID that one of them expects or has a result of is expected in both, so
+/// that a damaged file named as an ID stands for it.
 void settleDeliveries(Job& before, Job& after);
 
 /// Each ID of one of the deliveries, in the order in which people count.
 std::vector<LinkPair> pairLinks(const std::vector<JobLink>& before, const std::vector<JobLink>& after);
 
-/// The damaged and unreadable files that stand for no ID: nothing is compared with them.
-std::vector<std::string> filesWithoutId(const Job& job);
+/// The damaged and unreadable files that stand for no ID, by their paths in their deliveries. Call it after
+/// settleDeliveries().
+/// @param oldPath,newPath  the folders or files that are the deliveries: two files are one pair whatever their names
+std::vector<ResultPair> filesWithoutId(const Job& before, const std::string& oldPath, const Job& after,
+                                       const std::string& newPath);
+/// ONLY_OLD, ONLY_NEW, BYTES, UNKNOWN or SAME. Opens the files of a pair.
+/// @param error  receives why a change is UNKNOWN
+DeliveryChange compareBytes(const ResultPair& files, std::string& error);
 
-/// Receives a difference, and where it was found: of the field "verdict" the results are the first of the ID.
+constexpr char LINK_VERDICT[] = "verdict";  ///< the field of a difference that is not of one result, but of the ID
+
+/// Receives a difference, and where it was found: of LINK_VERDICT the results are the first of the ID.
 using OnLinkDifference = std::function<void(const ResultPair&, const Difference&)>;
 
 /// Compares an ID. Opens its files.

@@ -67,19 +67,23 @@ t veltra diff bad.vres worse.vres
 t veltra diff lost.vres lost2.vres -f jsonl
 t veltra diff bad.vres bad.vres
 # Two deliveries of a job are compared by ID, whatever the files are called: results that count, those of one ID each with
-# its own. A damaged file named as an ID stands for it.
+# its own. A damaged file named as an ID stands for it, also one that is only expected; others are compared by name.
 mkdir old new
 for id in A1 A4 A6 A7; do result old/$id.vres $id Pass 100 && cp old/$id.vres new; done
 result old/A2.vres A2 Fail 100 && result new/again.vres A2 Pass 200
 result old/A3.vres A3 Pass 100 && result new/A3.vres A3 Pass 300 && result new/A3-first.vres A3 Fail 50
 printf 'xyz' >> new/A4.vres && patch new/A6.vres 60 ff && cp new/A6.vres new/lost.vres
 result old/A10.vres A10 Pass 100 && result new/A9.vres A9 Pass 100
-result old/B1a.vres B1 Pass 0 && result old/B1b.vres B1 Fail 0 && cp old/B1b.vres new
+result old/B1a.vres B1 Pass 0 && result old/B1b.vres B1 Fail 0 && cp old/B1a.vres new
+echo '{"expected": ["D1"]}' | tee old/job.json > new/job.json
+cp bad.vres old/D1.vres && cp bad.vres old/same.vres && cp bad.vres new/same.vres
 sed 's/A10/A7/' plain.json | veltra pack - --payloads . -o new/A7.vres --force > /dev/null
 t veltra diff -q -r old new
 t veltra diff -q -r new old -f csv
 t veltra diff -q -r old/ ./old -f json
-t veltra diff -q -r old/A2.vres new/again.vres -f jsonl
+t veltra diff -r old/A2.vres new/again.vres -f jsonl
+t veltra diff -q -r bad.vres worse.vres
+t veltra diff -r bad.vres bad.vres -f jsonl
 t veltra diff -q -r old trace.bin
 
 t veltra types 0x510003

@@ -1,6 +1,12 @@
+#include <algorithm>
 #include <array>
+#include <cstdio>
 #include <memory>
 #include <optional>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -86,23 +92,35 @@ int diff(const DiffArguments& args, const Options& options) {
 
 /// A difference of an ID, as it is printed.
 struct DeliveryRow {
-  std::string id;
+  const Inspect::LinkPair* link = nullptr;
   Inspect::DeliveryChange change = Inspect::DeliveryChange::SAME;
   Inspect::ResultPair files;
   Inspect::Difference difference;
 };
 using OnDeliveryRow = std::function<void(const DeliveryRow&)>;
 
-Table::Row cellsOf(const DeliveryRow& row) {
+/// The file of a difference, or how many there are if it is of the ID.
+std::string fileText(const DeliveryRow& row, std::string Inspect::ResultPair::*file) {
+  const std::vector<Inspect::ResultPair>& results = row.link->results;
+  const auto files = std::count_if(results.begin(), results.end(),
+                                   [file](const Inspect::ResultPair& pair) { return !(pair.*file).empty(); });
+  if (row.difference.field == Inspect::LINK_VERDICT && files > 1) return fmt::format("{} files", files);
+  return (row.files.*file).empty() ? "-" : row.files.*file;
+}
+
+Table::Row cellsOf(const DeliveryRow& row, bool hasFiles) {
   Table::Row cells = cellsOf(row.difference);
-  cells.insert(cells.begin(), {row.id, toString(row.change)});
+  cells.insert(cells.begin(), {row.link->id, toString(row.change)});
+  if (!hasFiles) return cells;
+  cells.emplace_back(fileText(row, &Inspect::ResultPair::oldFile));
+  cells.emplace_back(fileText(row, &Inspect::ResultPair::newFile));
   return cells;
 }
 
 Json::Value jsonOf(const DeliveryRow& row) {
   const auto known = [](const std::string& file) { return file.empty() ? Json::Value() : Json::Value(file); };
   Json::Value json(Json::objectValue);
-  json["id"] = row.id;
+  json["id"] = row.link->id;
   json["change"] = toString(row.change);
   json["field"] = row.difference.field;
   json["old"] = row.difference.a;
@@ -117,7 +135,11 @@ struct DeliveryComparison {
   Inspect::Job before, after;
   std::vector<Inspect::LinkPair> links;
   std::array<std::size_t, Inspect::DELIVERY_CHANGES> changes = {};
-  std::vector<std::string> withoutId;
+  struct WithoutId {
+    Inspect::ResultPair files;
+    Inspect::DeliveryChange change;
+  };
+  std::vector<WithoutId> withoutId;  ///< damaged files
 
   std::size_t& of(Inspect::DeliveryChange change) { return changes[static_cast<std::size_t>(change)]; }
 };
@@ -135,7 +157,7 @@ void compareDeliveries(const DeliveryComparison& deliveries, bool reveal, Progre
       return compareLinks(
           link, Inspect::comparedFields, reveal,
           [&](const Inspect::ResultPair& files, const Inspect::Difference& difference) {
-            onEach({link.id, Inspect::DeliveryChange::SAME, files, difference});
+            onEach({&link, Inspect::DeliveryChange::SAME, files, difference});
           },
           error);
     };
@@ -166,6 +188,16 @@ void expectAll(const DeliveryComparison& deliveries, Progress& progress) {
   progress.expect(bytes, pairs);
 }
 
+std::string textOf(const DeliveryComparison::WithoutId& lost) {
+  using Inspect::DeliveryChange;
+  const auto& [files, change] = lost;
+  std::string what = toString(change);
+  if (change == DeliveryChange::SAME) what = "the same as " + printable(files.newFile);
+  if (change == DeliveryChange::BYTES) what = "other bytes than " + printable(files.newFile);
+  return fmt::format("{}: damaged and of no ID, {}\n", printable(files.oldFile.empty() ? files.newFile : files.oldFile),
+                     what);
+}
+
 /// "4 IDs: 1 verdict changed, 3 same"
 std::string totalOf(const DeliveryComparison& deliveries) {
   std::string text;
@@ -175,9 +207,7 @@ std::string totalOf(const DeliveryComparison& deliveries) {
                         toString(static_cast<Inspect::DeliveryChange>(i)));
   }
   text = counted(deliveries.links.size(), "ID") + text + "\n";
-  for (const std::string& file : deliveries.withoutId) {
-    text += fmt::format("{}: damaged and of no ID, not compared\n", printable(file));
-  }
+  for (const DeliveryComparison::WithoutId& lost : deliveries.withoutId) text += textOf(lost);
   return text;
 }
 
@@ -187,8 +217,15 @@ Json::Value jsonOf(const DeliveryComparison& deliveries) {
   for (std::size_t i = 0; i < deliveries.changes.size(); ++i) {
     json[memberName(static_cast<Inspect::DeliveryChange>(i))] = static_cast<Json::UInt64>(deliveries.changes[i]);
   }
-  json["withoutId"] = Json::Value(Json::arrayValue);
-  for (const std::string& file : deliveries.withoutId) json["withoutId"].append(file);
+  Json::Value& withoutId = json["withoutId"] = Json::Value(Json::arrayValue);
+  Json::UInt64 changed = 0;
+  for (const auto& [files, change] : deliveries.withoutId) {
+    if (change != Inspect::DeliveryChange::SAME) ++changed;
+    for (const std::string* const file : {&files.oldFile, &files.newFile}) {
+      if (!file->empty()) withoutId.append(*file);
+    }
+  }
+  json["withoutIdChanged"] = changed;
   return json;
 }
 
@@ -196,10 +233,23 @@ Json::Value jsonOf(const DeliveryComparison& deliveries) {
 bool readDelivery(const std::string& path, const Options& options, Inspect::Job& job, int& code) {
   JobArguments wanted;
   wanted.paths = {path};
-  const std::vector<std::string> description = Inspect::descriptionsIn(wanted.paths);
-  if (!description.empty()) job.descriptionFile = description.front();
+  if (!describeJob(wanted, job, code)) return false;
   readWholeJob(wanted, options, job, code);
+  if (!job.files.unread.empty()) code = worse(code, EXIT_WITH_LOSS);  // also larger than --max-size
   return !complainsOfNoResults(wanted.paths, job.files);
+}
+
+void compareWithoutId(const DiffArguments& args, DeliveryComparison& deliveries, int& code) {
+  for (Inspect::ResultPair& files : filesWithoutId(deliveries.before, args.a, deliveries.after, args.b)) {
+    std::string error;
+    const Inspect::DeliveryChange change = compareBytes(files, error);
+    code = worse(code, change == Inspect::DeliveryChange::SAME ? EXIT_WITH_LOSS : EXIT_NO);
+    if (!error.empty()) {
+      complain(error);
+      code = worse(code, EXIT_COULD_NOT);
+    }
+    deliveries.withoutId.push_back({std::move(files), change});
+  }
 }
 
 int diffDeliveries(const DiffArguments& args, const Options& options) {
@@ -213,12 +263,13 @@ int diffDeliveries(const DiffArguments& args, const Options& options) {
   if (!readDelivery(args.b, options, deliveries.after, code) || !hasOld) return EXIT_COULD_NOT;
   settleDeliveries(deliveries.before, deliveries.after);
   deliveries.links = pairLinks(deliveries.before.links, deliveries.after.links);
-  for (const Inspect::Job* const job : {&deliveries.before, &deliveries.after}) {
-    for (std::string& file : filesWithoutId(*job)) deliveries.withoutId.push_back(std::move(file));
-  }
-  if (!deliveries.withoutId.empty()) code = worse(code, EXIT_WITH_LOSS);
+  compareWithoutId(args, deliveries, code);
+  const bool hasFiles = std::any_of(deliveries.links.begin(), deliveries.links.end(),
+                                    [](const Inspect::LinkPair& link) { return link.results.size() > 1; });
   FirstFew<DeliveryRow> rows;
-  LongTable table({{"ID"}, {"Change"}, {"Field"}, {"Old"}, {"New"}}, "difference");
+  std::vector<Table::Column> columns = {{"ID"}, {"Change"}, {"Field"}, {"Old"}, {"New"}};
+  if (hasFiles) columns.insert(columns.end(), {{"Old file"}, {"New file"}});
+  LongTable table(std::move(columns), "difference");
   {
     Progress progress(options.progress);
     expectAll(deliveries, progress);
@@ -226,7 +277,7 @@ int diffDeliveries(const DiffArguments& args, const Options& options) {
         deliveries, args.reveal, progress,
         [&](const DeliveryRow& row) {
           rows.add(row);
-          if (options.format == FORMAT_TABLE) table.add(cellsOf(row));
+          if (options.format == FORMAT_TABLE) table.add(cellsOf(row, hasFiles));
         },
         [&](Inspect::DeliveryChange change, const std::string& error) {
           ++deliveries.of(change);
@@ -253,10 +304,17 @@ int diffDeliveries(const DiffArguments& args, const Options& options) {
     forEach([&](const DeliveryRow& row) { onElement(jsonOf(row)); });
   };
   document.print = [&] {
-    table.print([&](const LongTable::OnRow& onRow) { forEach([&](const DeliveryRow& row) { onRow(cellsOf(row)); }); });
+    table.print([&](const LongTable::OnRow& onRow) {
+      forEach([&](const DeliveryRow& row) { onRow(cellsOf(row, hasFiles)); });
+    });
     fmt::print("{}", totalOf(deliveries));
   };
   printDocument(document, options);
+  const bool isWhole = options.format == FORMAT_TABLE || options.format == FORMAT_JSON;
+  if (isWhole || options.quiet) return code;
+  (void)std::fflush(stdout);
+  std::istringstream lines(totalOf(deliveries));
+  for (std::string line; std::getline(lines, line);) complain(line, Tone::PLAIN);
   return code;
 }
 
