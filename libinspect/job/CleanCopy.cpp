@@ -10,6 +10,7 @@
 #include <sstream>
 #include <unordered_set>
 #include <utility>
+#include <vector>
 
 #include <fmt/format.h>
 
@@ -50,6 +51,14 @@ bool isFolder(const std::string& path, bool followsLinks) {
   return (followsLinks ? stat(path.c_str(), &info) : lstat(path.c_str(), &info)) == 0 && S_ISDIR(info.st_mode);
 }
 
+std::string needsOtherName(const std::string& path) {
+  return path + ": expected another name, since the copy has a list of this name";
+}
+
+std::string notRegular(const std::string& path) {
+  return path + ": not a regular file, not replaced";
+}
+
 /// What a file of the copy is made of.
 struct Content {
   const ByteSource& source;
@@ -67,7 +76,12 @@ class Copier {
         _run(run),
         _options(options),
         _copy(withoutSlashes(order.copy)),
-        _prefix(withSlash(order.folder).size()) {}
+        _prefix(withSlash(order.folder).size()) {
+    const std::unordered_set<std::string> files(run.files().begin(), run.files().end());
+    for (const std::string& file : run.files()) {
+      if (isDescription(file)) findLogo(file, files);
+    }
+  }
 
   /// From any thread.
   FileCopy copy(const ByteSource& source) {
@@ -82,7 +96,7 @@ class Copier {
 
   std::string nameOf(const std::string& file) const { return file.substr(_prefix); }
   std::string pathOf(const std::string& name) const { return withSlash(_copy) + name; }
-  bool hasFailed() const { return _hasFailed; }
+  const std::vector<std::string>& lostLogos() const { return _lostLogos; }
 
   bool writeList(const std::string& list, std::string& error) {
     const std::string path = pathOf(CopyOrder::LIST_NAME);
@@ -100,21 +114,40 @@ class Copier {
   }
 
  private:
+  static bool isDescription(const std::string& file) { return fs::path(file).filename() == JobDescription::FILE_NAME; }
+
+  /// A description that cannot be read names no picture; it is copied all the same.
+  void findLogo(const std::string& file, const std::unordered_set<std::string>& files) {
+    JobDescription description;
+    ExpectedIds expected;
+    std::string text, error;
+    const uint64_t limit = _options.maxSize > 0 ? std::min(_options.maxSize, MOST_TEXT) : MOST_TEXT;
+    if (!readText(file, limit, text, error) || !parseJobDescription(text, description, expected, error)) return;
+    if (description.logo.empty()) return;
+    // As the description in the copy leads to it there.
+    const std::string logo = (fs::path(nameOf(file)).parent_path() / description.logo).lexically_normal().string();
+    if (files.count(withSlash(_order.folder) + logo) > 0) {
+      _logos.insert(logo);
+    } else {
+      _lostLogos.push_back(
+          fmt::format("{}: logo: expected the relative path of a file in {}, found {}; it is not in the copy", file,
+                      _order.folder, description.logo));
+    }
+  }
+
   void take(const ByteSource& source, FileCopy& copy, uint64_t& told) {
     const std::string file = source.path();
     const Veltra::FileStamp before = Veltra::FileStamp::of(file);
     const std::string name = nameOf(file);
     copy.output = pathOf(name);
-    if (name == CopyOrder::LIST_NAME && isContainer(source)) {
-      return fail(copy, fmt::format("{}: expected another name, since the copy has a list of this name", file));
-    }
     std::optional<Recovery> recovery;
     copy.action = CopyAction::COPIED;
-    if (fs::path(name).filename() != JobDescription::FILE_NAME) {
+    if (!isDescription(file)) {
       const FileState state = stateOf(source);
-      if (state == FileState::OTHER) {
-        copy.action = CopyAction::OTHER;
-      } else if (state == FileState::DAMAGED) {
+      const bool isWanted = state != FileState::OTHER || _logos.count(name) > 0;
+      if (isWanted && name == CopyOrder::LIST_NAME) return fail(copy, needsOtherName(file));
+      if (!isWanted) copy.action = CopyAction::OTHER;
+      if (state == FileState::DAMAGED) {
         recovery = findSections(source);
         note(*recovery, copy);
       }
@@ -127,7 +160,6 @@ class Copier {
     return judge(source, Examination::ORDINARY, [this](const std::string& path) { return _run.isNamedAsResult(path); })
         .state;
   }
-  bool isContainer(const ByteSource& source) const { return stateOf(source) != FileState::OTHER; }
 
   static void note(Recovery& recovery, FileCopy& copy) {
     copy.kept = recovery.kept.size();
@@ -141,21 +173,25 @@ class Copier {
   }
 
   void put(const Content& content, const Veltra::FileStamp& before, FileCopy& copy, uint64_t& told) {
-    std::string error;
     struct stat info {};
     const bool isThere = lstat(copy.output.c_str(), &info) == 0;
-    if (isThere && S_ISREG(info.st_mode)) {
-      ByteSource present;
-      if (present.openFile(copy.output, error) && content.isIn(present)) {
-        return describe(content, present, copy);
-      }
-    } else if (isThere && !S_ISLNK(info.st_mode)) {
-      return fail(copy, copy.output + ": not a regular file, not replaced");
-    }
+    if (isThere && isPresent(content, copy)) return;
+    if (isThere && !S_ISREG(info.st_mode) && !S_ISLNK(info.st_mode)) return fail(copy, notRegular(copy.output));
     if (isThere && !_order.replaces) {
       return fail(copy, copy.output + ": exists and differs; use --force to replace it");
     }
     write(content, before, copy, told);
+  }
+
+  /// Whether a file of the copy has the bytes it should have; it is described then.
+  bool isPresent(const Content& content, FileCopy& copy) {
+    ByteSource present;
+    std::string error;
+    struct stat info {};
+    if (lstat(copy.output.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return false;
+    if (!present.openFile(copy.output, error) || !content.isIn(present)) return false;
+    describe(content, present, copy);
+    return true;
   }
 
   void write(const Content& content, const Veltra::FileStamp& before, FileCopy& copy, uint64_t& told) {
@@ -183,6 +219,7 @@ class Copier {
     describe(content, written, copy);
     if (copy.action == CopyAction::FAILED || output.commit()) return;
     if (errno != ESTALE) return failWrite(copy);
+    if (isPresent(content, copy)) return;  // another run has made it meanwhile
     fail(copy, copy.output + ": exists; use --force to replace it");
   }
 
@@ -230,10 +267,7 @@ class Copier {
     copy.action = CopyAction::FAILED;
     copy.error = std::move(error);
   }
-  void fail(FileCopy& copy, std::string error) {
-    failRead(copy, std::move(error));
-    _hasFailed = true;
-  }
+  void fail(FileCopy& copy, std::string error) { failRead(copy, std::move(error)); }
   void stop(FileCopy& copy, std::string error) {
     fail(copy, std::move(error));
     _isStopped = true;
@@ -261,9 +295,21 @@ class Copier {
   const ReadingOptions& _options;
   const std::string _copy;
   const std::size_t _prefix;
+  std::unordered_set<std::string> _logos;  // their names in the copy
+  std::vector<std::string> _lostLogos;
   std::atomic<bool> _isStopped{false};
-  std::atomic<bool> _hasFailed{false};
 };
+
+/// @param known  what is in the copy, or should be, by name
+void findForeign(const Copier& copier, const std::unordered_set<std::string>& known, CopyEnd& end) {
+  const std::string copy = copier.pathOf("");
+  PassedOver passedOver;
+  if (!isFolder(copy, true)) return;
+  for (std::string& file : filesOf({copy}, true, end.faults, passedOver)) {
+    const std::string name = file.substr(copy.size());
+    if (name != CopyOrder::LIST_NAME && known.count(name) == 0) end.foreign.push_back(std::move(file));
+  }
+}
 
 }  // namespace
 
@@ -271,7 +317,7 @@ const char* toString(CopyAction action) {
   return ACTION_NAMES[static_cast<std::size_t>(action)];
 }
 
-bool areApart(const CopyOrder& order, std::string& error) {
+bool canCopy(const CopyOrder& order, std::string& error) {
   const std::string copy = withoutSlashes(order.copy);
   error.clear();
   std::error_code reason;
@@ -293,25 +339,43 @@ bool areApart(const CopyOrder& order, std::string& error) {
     error = fmt::format("{}: lies in {}, into which nothing is written", copy, order.folder);
   } else if (isThere && isWithin(folder, known.string())) {
     error = fmt::format("{}: lies in {}, which is to be its copy", order.folder, copy);
+  } else {
+    const std::string named = withSlash(order.folder) + CopyOrder::LIST_NAME;
+    const std::string list = withSlash(copy) + CopyOrder::LIST_NAME;
+    struct stat info {};
+    if (isFolder(named, false)) {
+      error = needsOtherName(named);
+    } else if (stat(list.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) {
+      error = notRegular(list);
+    }
   }
   return error.empty();
 }
 
-bool copyJob(const CopyOrder& order, const FileRun& run, const ReadingOptions& options, const OnCopy& onCopy,
-             std::string& error) {
+CopyEnd copyJob(const CopyOrder& order, const FileRun& run, const ReadingOptions& options, const OnCopy& onCopy) {
   Copier copier(order, run, options);
+  CopyEnd end;
+  end.isComplete = !order.isPartial;
   std::string list;
+  std::unordered_set<std::string> known;
   ReadingOptions reading = options;
   reading.onRead = {};  // what was copied is progress
   askEach<FileCopy>(
       run.files(), reading, [&copier](const ByteSource& source) { return copier.copy(source); },
       [&](const std::string& file, const ReadOutcome& outcome, const std::optional<FileCopy>& copy) {
-        const bool isInCopy = outcome.state == ReadOutcome::WAS_READ && copy && copy->isInCopy();
-        if (isInCopy) list += sumLine(copy->sum, copier.nameOf(file));
+        const bool isRead = outcome.state == ReadOutcome::WAS_READ && copy;
+        const std::string name = copier.nameOf(file);
+        if (isRead && copy->isInCopy()) list += sumLine(copy->sum, name);
+        if (!isRead || copy->action == CopyAction::FAILED) end.isComplete = false;
+        if (!isRead || copy->isInCopy() || copy->action == CopyAction::FAILED) known.insert(name);
         onCopy(file, outcome, copy ? &*copy : nullptr);
       });
-  if (copier.hasFailed()) return false;
-  return list.empty() || copier.writeList(list, error);
+  end.lostLogos = copier.lostLogos();
+  if (end.isComplete && !list.empty() && copier.writeList(list, end.error)) {
+    end.list = copier.pathOf(CopyOrder::LIST_NAME);
+  }
+  findForeign(copier, known, end);
+  return end;
 }
 
 std::string sumLine(const std::string& sum, const std::string& name) {

@@ -24,10 +24,10 @@ namespace {
 namespace fs = std::filesystem;
 
 /// The regular files of a folder, also those that links lead to, and its folders.
-/// @param others  counts what is neither: a FIFO, a socket, a device, a link that leads nowhere
+/// @param passedOver  receives what is neither
 /// @return 0, or the reason in the manner of errno
 int listFolder(const std::string& folder, std::vector<std::string>& files, std::vector<std::string>& folders,
-               std::size_t& others) {
+               PassedOver& passedOver) {
   const std::unique_ptr<DIR, int (*)(DIR*)> opened(opendir(folder.c_str()), closedir);
   if (opened == nullptr) return errno;
   const std::string prefix = folder.back() == '/' ? folder : folder + "/";
@@ -48,20 +48,20 @@ int listFolder(const std::string& folder, std::vector<std::string>& files, std::
       folders.push_back(prefix + name);
     } else if (S_ISREG(status.st_mode) || (stat((prefix + name).c_str(), &status) == 0 && S_ISREG(status.st_mode))) {
       files.push_back(prefix + name);
-    } else if (!S_ISDIR(status.st_mode)) {
-      ++others;
+    } else {
+      (S_ISDIR(status.st_mode) ? passedOver.linkedFolders : passedOver.others).push_back(prefix + name);
     }
   }
 }
 
 /// std::filesystem ends the program where it finds no memory for the name of an entry.
 void addFilesBelow(const std::string& directory, std::vector<std::string>& files, std::vector<std::string>& faults,
-                   std::size_t& others) {
+                   PassedOver& passedOver) {
   std::vector<std::string> found, folders = {directory};
   while (!folders.empty()) {
     const std::string folder = std::move(folders.back());
     folders.pop_back();
-    const int reason = listFolder(folder, found, folders, others);
+    const int reason = listFolder(folder, found, folders, passedOver);
     if (reason == ENOMEM) throw std::bad_alloc();
     if (reason != 0) faults.push_back(fmt::format("{}: {}", folder, std::strerror(reason)));
   }
@@ -224,18 +224,28 @@ const char* causeOf(const std::exception& exception) {
 }
 
 std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool recursive,
-                                 std::vector<std::string>& faults, std::size_t& others) {
+                                 std::vector<std::string>& faults, PassedOver& passedOver) {
   std::vector<std::string> files;
   for (const std::string& path : paths) {
     std::error_code unreadable;
     if (!fs::is_directory(path, unreadable)) {
       files.push_back(path);
     } else if (recursive) {
-      addFilesBelow(path, files, faults, others);
+      addFilesBelow(path, files, faults, passedOver);
     } else {
       faults.push_back(path + ": is a directory; use -r to look into it");
     }
   }
+  std::sort(passedOver.linkedFolders.begin(), passedOver.linkedFolders.end());
+  std::sort(passedOver.others.begin(), passedOver.others.end());
+  return files;
+}
+
+std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool recursive,
+                                 std::vector<std::string>& faults, std::size_t& others) {
+  PassedOver passedOver;
+  std::vector<std::string> files = filesOf(paths, recursive, faults, passedOver);
+  others += passedOver.others.size();
   return files;
 }
 

@@ -32,9 +32,18 @@ struct ReadOutcome {
 /// What an exception says to people: "out of memory" for that of the library and for JsonCpp's.
 const char* causeOf(const std::exception& exception);
 
+/// What is in folders and is neither file nor folder.
+struct PassedOver {
+  std::vector<std::string> linkedFolders;  ///< links to folders, which are not followed
+  std::vector<std::string> others;         ///< such as FIFOs and links that lead nowhere
+};
+
 /// The files of paths, in the order of the paths: for a directory every regular file below it, in order of name.
-/// @param faults  receives a line for each path that cannot be examined
-/// @param others  receives how much else is in the directories, such as FIFOs and links that lead nowhere
+/// @param faults      receives a line for each path that cannot be examined
+/// @param passedOver  receives what else is in the directories, in order of name
+std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool recursive,
+                                 std::vector<std::string>& faults, PassedOver& passedOver);
+/// @param others  receives only how much else is there, links to folders not counted
 std::vector<std::string> filesOf(const std::vector<std::string>& paths, bool recursive,
                                  std::vector<std::string>& faults, std::size_t& others);
 

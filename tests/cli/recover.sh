@@ -48,7 +48,8 @@ t endless
 # stays as it is; made again, the copy does, too.
 mkdir -p job/sub && cp whole.vres job/A1.vres && chmod 640 job/A1.vres && touch -d 2026-01-02T03:04:05.6Z job/A1.vres
 cp header-crc.vres job/A2.vres && head -c 30 cut.vres > job/A3.vres && cp unclosed.vres job/sub
-cp whole.vres $'job/sub/line\nbreak\\.vres' && cp whole.vres job/- && echo notes > job/notes.txt && echo {} > job/job.json
+cp whole.vres $'job/sub/line\nbreak\\.vres' && cp whole.vres job/- && echo notes > job/notes.txt
+echo '{"logo": "./logo.png"}' > job/job.json && echo picture > job/logo.png
 ln -s job here && mkfifo job/fifo
 stamps() { find "$@" -printf '%p %T@ %s %m\n' | sort; }
 sums() { (cd "$1" && sha256sum -c SHA256SUMS); }
@@ -78,3 +79,13 @@ t full recover -q -j 1 -r large -o full
 t ls -A full
 t veltra recover -r none -o none.copy
 t ls none.copy
+# There is no list of what is not whole, nor a copy where it could have none. What is left behind is named.
+mkdir small lists && echo mine > lists/A2.vres && cp whole.vres small/A1.vres && ln -s ../job small/linked
+t veltra recover -r small -o lists --max-size 100
+t ls lists
+t veltra recover -r small -o lists/// -f json
+rm small/linked && echo '{"logo": "../plot.bin"}' > small/job.json
+t veltra recover -r small -o lists
+mkdir small/SHA256SUMS && t veltra recover -r small -o lists.new
+rmdir small/SHA256SUMS && mkdir -p lists.new/SHA256SUMS && t veltra recover -r small -o lists.new --force
+t ls lists.new

@@ -161,32 +161,37 @@ struct CopyTotals {
   std::array<std::size_t, 5> actions = {};
   std::size_t untried = 0;  ///< of those that failed
   std::size_t unread = 0;
+  std::size_t linked = 0;      ///< links to folders
   std::size_t passedOver = 0;  ///< what is neither file nor folder
-  bool isListed = false;       ///< the list of sums was written
+  std::size_t foreign = 0;     ///< files that are in the copy and not of it
 
   std::size_t& of(CopyAction action) { return actions[static_cast<std::size_t>(action)]; }
 };
 
-std::string totalOf(const std::string& copy, const CopyTotals& totals) {
+std::string totalOf(const std::string& copy, const CopyTotals& totals, bool isListed) {
   std::string text;
   for (std::size_t i = 0; i < totals.actions.size(); ++i) {
     if (totals.actions[i] == 0 && !text.empty()) continue;
     text += fmt::format("{}{} {}", text.empty() ? "" : ", ", totals.actions[i], toString(static_cast<CopyAction>(i)));
   }
   if (totals.unread > 0) text += fmt::format(", {} not read", totals.unread);
+  if (totals.linked > 0) text += fmt::format(", {} linked", totals.linked);
   if (totals.passedOver > 0) text += fmt::format(", {} neither file nor folder", totals.passedOver);
+  if (totals.foreign > 0) text += fmt::format(", {} not of this copy", totals.foreign);
   return fmt::format("{}: {}{}\n", printable(copy), text,
-                     totals.isListed ? fmt::format("; sums in {}", Inspect::CopyOrder::LIST_NAME) : "");
+                     isListed ? fmt::format("; sums in {}", Inspect::CopyOrder::LIST_NAME) : "");
 }
 
-Json::Value jsonOf(const std::string& copy, const CopyTotals& totals) {
+Json::Value jsonOf(const CopyTotals& totals, const std::string& list) {
   Json::Value json(Json::objectValue);
   for (std::size_t i = 0; i < totals.actions.size(); ++i) {
     json[toString(static_cast<CopyAction>(i))] = static_cast<Json::UInt64>(totals.actions[i]);
   }
   json["unread"] = static_cast<Json::UInt64>(totals.unread);
+  json["linked"] = static_cast<Json::UInt64>(totals.linked);
   json["passedOver"] = static_cast<Json::UInt64>(totals.passedOver);
-  json["list"] = totals.isListed ? Json::Value(copy + "/" + Inspect::CopyOrder::LIST_NAME) : Json::Value();
+  json["foreign"] = static_cast<Json::UInt64>(totals.foreign);
+  json["list"] = list.empty() ? Json::Value() : Json::Value(list);
   return json;
 }
 
@@ -202,20 +207,51 @@ int account(const Inspect::FileCopy& copy, CopyTotals& totals) {
   return EXIT_COULD_NOT;
 }
 
+/// Tells of what was not copied, nor was to be.
+std::size_t tellOfOthers(const std::vector<std::string>& files, const char* action, const std::string& what,
+                         const Options& options, AnswerStream& answers) {
+  for (const std::string& file : files) {
+    Json::Value row(Json::objectValue);
+    row["file"] = file;
+    row["action"] = action;
+    row["output"] = row["sha256"] = Json::Value();
+    Json::Value element = row;
+    element["lostSections"] = Json::Value(Json::arrayValue);
+    answers.print(options.quiet ? "" : fmt::format("{}: {}\n", printable(file), what), element, {row});
+  }
+  return files.size();
+}
+
+/// Complains of what the copy lacks. @return the exit code
+int codeOf(const Inspect::CopyEnd& end, const RecoverArguments& args, bool hasContainers, int code) {
+  for (const std::string& fault : end.faults) complain(fault);
+  for (const std::string& logo : end.lostLogos) complain(logo);
+  if (!end.lostLogos.empty()) code = worse(code, EXIT_WITH_LOSS);
+  if (!end.isComplete) {
+    complain(args.output + ": not complete, no list of sums was written");
+    return code;
+  }
+  if (end.error.empty() && hasContainers) return code;
+  complain(hasContainers ? end.error : args.file + ": no containers");
+  return EXIT_COULD_NOT;
+}
+
 int recoverJob(const RecoverArguments& args, const Options& options) {
-  const Inspect::CopyOrder order = {args.file, args.output, args.force, sha256Of};
+  Inspect::CopyOrder order = {args.file, args.output, args.force, false, sha256Of};
   std::string error;
-  if (!areApart(order, error)) {
+  if (!canCopy(order, error)) {
     complain(error);
     return EXIT_COULD_NOT;
   }
   int code = EXIT_DONE;
   CopyTotals totals;
   std::vector<std::string> faults;
-  std::vector<std::string> files = Inspect::filesOf({args.file}, true, faults, totals.passedOver);
+  Inspect::PassedOver passedOver;
+  std::vector<std::string> files = Inspect::filesOf({args.file}, true, faults, passedOver);
   for (const std::string& fault : faults) complain(fault);
-  if (!faults.empty()) code = EXIT_COULD_NOT;
-  const Inspect::FileRun run(std::move(files), {}, options.maxSize, totals.passedOver);
+  order.isPartial = !faults.empty();
+  if (order.isPartial) code = EXIT_COULD_NOT;
+  const Inspect::FileRun run(std::move(files), {}, options.maxSize, passedOver.others.size());
   if (complainsOfNoFiles({args.file}, run.files())) return EXIT_COULD_NOT;
   Progress progress(options.progress);
   AnswerStream answers(options, "files",
@@ -232,20 +268,23 @@ int recoverJob(const RecoverArguments& args, const Options& options) {
     answers.print(options.quiet ? "" : textOf(file, *copy), element, {row});
     (void)std::fflush(stdout);  // write errors are checked at the end
   };
-  const bool isDone = copyJob(order, run, readingOf(options, progress), tell, error);
+  const Inspect::CopyEnd end = copyJob(order, run, readingOf(options, progress), tell);
   progress.hold();
-  totals.isListed = isDone && totals.of(CopyAction::COPIED) + totals.of(CopyAction::RECOVERED) > 0;
-  answers.finish(jsonOf(args.output, totals));
-  if (options.format == FORMAT_TABLE && !options.quiet) fmt::print("{}", totalOf(args.output, totals));
+  totals.linked = tellOfOthers(passedOver.linkedFolders, "linked",
+                               painted("linked", Tone::BAD) + ": a link to a folder, not copied", options, answers);
+  if (totals.linked > 0) code = worse(code, EXIT_WITH_LOSS);
+  totals.passedOver =
+      tellOfOthers(passedOver.others, "passedOver", "neither file nor folder, not copied", options, answers);
+  totals.foreign = tellOfOthers(end.foreign, "foreign", "was there before, and is not of this copy", options, answers);
+  answers.finish(jsonOf(totals, end.list));
+  if (options.format == FORMAT_TABLE && !options.quiet) {
+    fmt::print("{}", totalOf(args.output, totals, !end.list.empty()));
+  }
   (void)std::fflush(stdout);
-  if (isDone && totals.of(CopyAction::OTHER) < run.files().size()) return code;
   if (totals.untried > 0) {
     complain(fmt::format("{}: {} not tried after that", args.output, counted(totals.untried, "file")));
   }
-  complain(isDone           ? args.file + ": no containers"
-           : !error.empty() ? error
-                            : args.output + ": not complete, no list of sums was written");
-  return EXIT_COULD_NOT;
+  return codeOf(end, args, totals.of(CopyAction::OTHER) < run.files().size(), code);
 }
 
 bool isFolder(const std::string& path) {
