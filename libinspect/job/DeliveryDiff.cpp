@@ -2,11 +2,9 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <iterator>
 #include <map>
 #include <tuple>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
 namespace Inspect {
@@ -119,15 +117,6 @@ void addId(const std::string& id, ExpectedIds& ids) {
   if (isOneId && !ids.placeOf(id) && ids.ids().size() < ExpectedIds::MOST_IDS) (void)ids.add(id, error);
 }
 
-std::vector<std::string> lostWithoutId(const Job& job) {
-  std::unordered_set<std::string> known;
-  for (const JobLink& link : job.links) known.insert(link.lostFiles.begin(), link.lostFiles.end());
-  std::vector<std::string> files;
-  std::copy_if(job.files.lost.begin(), job.files.lost.end(), std::back_inserter(files),
-               [&](const std::string& file) { return known.count(file) == 0; });
-  return files;
-}
-
 }  // namespace
 
 const char* toString(DeliveryChange change) {
@@ -177,8 +166,8 @@ std::vector<ResultPair> filesWithoutId(const Job& before, const std::string& old
     return std::filesystem::path(file).lexically_relative(path).string();
   };
   std::map<std::string, ResultPair> pairs;
-  for (std::string& file : lostWithoutId(before)) pairs[nameIn(oldPath, file)].oldFile = std::move(file);
-  for (std::string& file : lostWithoutId(after)) pairs[nameIn(newPath, file)].newFile = std::move(file);
+  for (const std::string& file : before.strays()) pairs[nameIn(oldPath, file)].oldFile = file;
+  for (const std::string& file : after.strays()) pairs[nameIn(newPath, file)].newFile = file;
   std::vector<ResultPair> files;
   for (auto& pair : pairs) files.push_back(std::move(pair.second));
   return files;

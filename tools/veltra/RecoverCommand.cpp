@@ -223,7 +223,7 @@ std::size_t tellOfOthers(const std::vector<std::string>& files, const char* acti
 }
 
 /// Complains of what the copy lacks. @return the exit code
-int codeOf(const Inspect::CopyEnd& end, const RecoverArguments& args, bool hasContainers, int code) {
+int codeOfEnd(const Inspect::CopyEnd& end, const RecoverArguments& args, bool hasContainers, int code) {
   for (const std::string& fault : end.faults) complain(fault);
   for (const std::string& logo : end.lostLogos) complain(logo);
   if (!end.lostLogos.empty()) code = worse(code, EXIT_WITH_LOSS);
@@ -284,7 +284,7 @@ int recoverJob(const RecoverArguments& args, const Options& options) {
   if (totals.untried > 0) {
     complain(fmt::format("{}: {} not tried after that", args.output, counted(totals.untried, "file")));
   }
-  return codeOf(end, args, totals.of(CopyAction::OTHER) < run.files().size(), code);
+  return codeOfEnd(end, args, totals.of(CopyAction::OTHER) < run.files().size(), code);
 }
 
 bool isFolder(const std::string& path) {
