@@ -26,7 +26,8 @@ bool isSettings(const DecodedRecord& record) {
 std::string shortened(const std::string& text, std::size_t most) {
   return text.size() <= most ? text : text.substr(0, cutAt(text, most)) + "...";
 }
-constexpr std::size_t MOST_NAME = 100;  ///< bytes, each value repeats the names of what it is in
+constexpr std::size_t MOST_NAME = 100;  ///< bytes
+constexpr std::size_t MOST_PATH = 200;  ///< bytes of the names of all that a value is in, which each value repeats
 constexpr std::size_t MOST_TEXT_SHOWN = 1000;
 
 std::string textOf(const Json::Value& value) {
@@ -74,8 +75,8 @@ class ValueList {
  private:
   static std::string nameOf(const Json::Value::const_iterator& child, const Json::Value& parent,
                             const std::string& parentName) {
-    if (parent.isArray()) return fmt::format("{}[{}]", parentName, child.index());
-    return parentName + (parentName.empty() ? "" : ".") + shortened(child.name(), MOST_NAME);
+    if (parent.isArray()) return shortened(fmt::format("{}[{}]", parentName, child.index()), MOST_PATH);
+    return shortened(parentName + (parentName.empty() ? "" : ".") + shortened(child.name(), MOST_NAME), MOST_PATH);
   }
 
   bool take(std::size_t count) {

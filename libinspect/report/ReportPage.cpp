@@ -325,11 +325,11 @@ PageData contentsOf(const Report& report, bool hasLinks, bool hasFiles) {
 /// Whether a file begins as every page does. False if it cannot be read.
 bool isReportPage(const std::string& path) {
   const std::string form = REPORT_TEMPLATE;
-  const std::string firstLine = form.substr(0, form.find('\n'));
-  std::string begin(firstLine.size(), '\0'), error;
+  const std::string firstLines = form.substr(0, form.find('\n', form.find("generator")));
+  std::string begin(firstLines.size(), '\0'), error;
   ByteSource source;
   return source.openFile(path, error) && source.readAt(0, begin.data(), begin.size()) == begin.size() &&
-         begin == firstLine;
+         begin == firstLines;
 }
 
 constexpr char EXPLANATION[] =

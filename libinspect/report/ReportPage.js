@@ -1,11 +1,11 @@
 "use strict";
 (() => {
-  // The page is complete without this: it filters and sorts the table of results, and opens blocks where the browser
-  // does not do that by itself.
+  // The page is complete without this: it filters and sorts the table of results, and opens blocks and goes there
+  // where the browser does not do that by itself.
   const openTarget = () => {
     const target = document.getElementById(location.hash.slice(1));
     const block = target && target.closest("details");
-    if (!block || block.open) return;
+    if (!block) return;
     block.open = true;
     target.scrollIntoView();
   };

@@ -23,12 +23,12 @@ constexpr VerdictLook LOOKS[VERDICTS] = {
 };
 
 constexpr StateLook STATES[LINK_STATES] = {
-    {LinkState::PASSED, "Passed", "passed", "passed", "pass", DISC, false},
-    {LinkState::PASSED_WITH_STAR, "Passed with a star", "star", "passed with a star", "pass-star", UP, false},
-    {LinkState::FAILED, "Failed", "failed", "failed", "fail", CROSS, true},
-    {LinkState::NO_VERDICT, "No verdict", "no verdict", "without a verdict", "not-set", DASH, true},
-    {LinkState::DAMAGED, "Could not be read", "unreadable", "could not be read", "damaged", BROKEN, false},
-    {LinkState::MISSING, "Not tested", "not tested", "not tested", "missing", RING, true},
+    {LinkState::PASSED, "Passed", "passed", "pass", DISC, false},
+    {LinkState::PASSED_WITH_STAR, "Passed with a star", "star", "pass-star", UP, false},
+    {LinkState::FAILED, "Failed", "failed", "fail", CROSS, true},
+    {LinkState::NO_VERDICT, "No verdict", "no verdict", "not-set", DASH, true},
+    {LinkState::DAMAGED, "Could not be read", "unreadable", "damaged", BROKEN, false},
+    {LinkState::MISSING, "Not tested", "not tested", "missing", RING, true},
 };
 
 }  // namespace

@@ -30,7 +30,6 @@ struct StateLook {
   LinkState state;
   const char* word;       ///< "Passed"
   const char* shortWord;  ///< "passed", where there is little room
-  const char* clause;     ///< after a number: "passed"
   const char* style;
   const char* shape;
   bool isStroked;
