@@ -112,6 +112,9 @@ stage_report() {
   tests/libinspect/report/render.sh build/release/tools/veltra build/report
 }
 
+# The description of the format for other languages' parsers, compiled and tried on what the library's tests read.
+stage_kaitai() { tests/kaitai/run.sh; }
+
 # Configured apart: one command for each source, and no header that another compiler precompiled.
 stage_tidy() {
   quietly cmake --preset dev -B build/tidy -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON
