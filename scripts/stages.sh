@@ -115,6 +115,15 @@ stage_report() {
 # The description of the format for other languages' parsers, compiled and tried on what the library's tests read.
 stage_kaitai() { tests/kaitai/run.sh; }
 
+# The API reference, in build/reference/html; what is not documented is an error.
+stage_reference() {
+  local version
+  version=$(sed -nE 's/^#define VELTRA_VERSION_(MAJOR|MINOR|PATCH) //p' libcrossplatform/common/Version.h | paste -sd .)
+  rm -rf build/reference && mkdir -p build
+  VELTRA_VERSION=$version quietly doxygen docs/Doxyfile
+  say "$(find build/reference/html -name '*.html' | wc -l) pages"
+}
+
 # Configured apart: one command for each source, and no header that another compiler precompiled.
 stage_tidy() {
   quietly cmake --preset dev -B build/tidy -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON
