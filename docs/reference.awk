@@ -5,7 +5,7 @@ function say(words) { sub(/^ */, "&/** " words " */ ") }
 FILENAME ~ /[.]md$/ { gsub(/\]\([^)]*[.]md[^)]*\)/, ""); gsub(/\[/, ""); print; next }
 NR == 1 { printf "/** @file */ " }   # without it, what is in no namespace is left out
 /^(class|struct) / { for (i = 2; i <= NF && $i ~ /^VELTRA_EXPORT$/; ++i) { } name = $i }
-!/\/\/\// && !own && !within {
+!/\/\/\// && !/= delete/ && !own && !within {
   if (/^  static constexpr uint8_t CLASS_VERSION =/) say("Newest class version: written, and read with all before it.")
   else if (/^  static constexpr .*TOO_NEW_STATUS =/) say("Code of a version byte above CLASS_VERSION.")
   else if (/^  static constexpr uint32_t SERIAL_TYPE_ID =/) say("Combined id of the record on the wire.")
@@ -17,10 +17,10 @@ NR == 1 { printf "/** @file */ " }   # without it, what is in no namespace is le
   else if (name != "" && $0 ~ "^  " name "\\(const " name "&( other)?\\)") say("Copies all of it.")
   else if (name != "" && $0 ~ "^  " name "\\(" name "&&( other)?\\)") say("Takes all of it and leaves the other cleared.")
   else if (name != "" && $0 ~ "^  " name "& operator=\\((const )?" name "(&|&&)?( other)?\\)") say("Replaces all of it.")
-  else if (name != "" && $0 ~ "^  (explicit )?" name "\\([A-Za-z]" && !/= delete/) say("Every member as given.")
+  else if (name != "" && $0 ~ "^  (explicit )?" name "\\([A-Za-z]") say("Every member as given.")
   else if (/^VELTRA_EXPORT gsl::span<const EnumText<[A-Za-z]+>> enumTexts</) say("The texts in the order of their values.")
   else if (/^VELTRA_EXPORT [A-Za-z]+ from[A-Za-z]+String\(const std::string& text\);/) say("The value with exactly this text; -1 without one.")
-  else if (/^VELTRA_EXPORT const char\* toString\([A-Za-z]+ [a-z]+\);/) say("The text of a value.")
+  else if (/^VELTRA_EXPORT const char\* toString\([A-Za-z]+ [a-z]+\);/) say("The text of a value. Outside its list it is empty, or the fallback of the enumeration after an assertion.")
 }
 !/\/\/\// && !own {
   if (/^  VELTRA_ALWAYS_INLINE void (boolean|[iu](8|16|32|64)|f32|i8ReadAsU8)\(/) say("A value in the width of the verb.")

@@ -87,6 +87,13 @@ stage_install() {
   tests/install/run.sh build/dev
 }
 
+# Every code block of every document compiles, runs or is read by another test. From the tree of the dev stage.
+stage_documents() {
+  quietly cmake --preset dev
+  cmake --build --preset dev -j "$jobs" --target veltracommon veltra veltra_pages make_payloads -- --quiet
+  tests/documents.py build/dev
+}
+
 # Secrets and the profile are shared between threads; the command reads many files on several.
 stage_tsan() {
   quietly cmake --preset tsan
