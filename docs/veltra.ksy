@@ -807,7 +807,7 @@ enums:
     0: not_set
     1: dont_show
     2: show
-    4: pass
+    4: passed
     8: pass_star
     16: pass_acceptable
     32: fail_star

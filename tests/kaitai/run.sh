@@ -11,3 +11,4 @@ command -v npm > /dev/null || install_packages browse
   quietly npm install --silent --no-save --no-audit --no-fund --ignore-scripts --prefix "$modules" \
     kaitai-struct-compiler@0.11.0 kaitai-struct@0.11.0 yaml@2.8.2
 node "${0%/*}/check.mjs" "$modules" "$root"
+python3 -m py_compile "$modules/veltra.py"
