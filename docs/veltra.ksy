@@ -15,8 +15,8 @@ doc: |
   byte. A payload is looked at only when it is asked for: `content` of a section refuses a compressed payload that does
   not inflate, `record` a record that is not as its table says. So one damaged section does not hide the others.
 
-  What is not: a wrong CRC-32, which cannot be computed here. Compare `crc_header` of each section with the CRC-32 of its
-  first 16 bytes and `crc_data` with that of `payload.stored`; only then is a file intact.
+  What is not: a wrong CRC-32, which cannot be computed here. Compare `hdr_crc` of each section with the CRC-32 of its
+  first 16 bytes and `data_crc` with that of `payload.stored`; only then is a file intact.
 
   A record on its own, without a container around it, is read by starting at its type.
 doc-ref: format.md
@@ -55,17 +55,17 @@ types:
         valid:
           min: 4
         doc: Written as 4.
-      - id: crc_data
+      - id: data_crc
         type: u4
         doc: CRC-32 of the payload, the total length and what follows it here.
-      - id: crc_header
+      - id: hdr_crc
         type: u4
         doc: CRC-32 of the 16 bytes before it.
       - id: total_length
         type: u4le
         valid:
           min: 20 + data_size
-        doc: Bytes of the whole file, this header included. 20 in a file that was never closed, with a wrong crc_data.
+        doc: Bytes of the whole file, this header included. 20 in a file that was never closed, with a wrong data_crc.
       - id: rest
         size: data_size - 4
 
@@ -94,10 +94,10 @@ types:
         valid:
           min: 1
         doc: Bytes of the payload as stored.
-      - id: crc_data
+      - id: data_crc
         type: u4
         doc: CRC-32 of the payload as stored.
-      - id: crc_header
+      - id: hdr_crc
         type: u4
         doc: CRC-32 of the 16 bytes before it.
       - id: payload
@@ -339,7 +339,7 @@ types:
 
   celsius:
     seq:
-      - id: raw
+      - id: celsius
         type: s2
         doc: Hundredths of a degree; -32768 not set.
 
@@ -494,7 +494,7 @@ types:
     seq:
       - id: count
         type: u2
-      - id: elements
+      - id: folders
         type: folder_metadata
         repeat: expr
         repeat-expr: count

@@ -41,11 +41,11 @@ function readFile(bytes) {
   try {
     const container = new Veltra(stream(bytes));
     const head = container.fileHeader;
-    file.intact = head.crcHeader === crcOf(bytes.subarray(0, 16)) && head.crcData === crcOf(bytes.subarray(20, 20 + head.dataSize));
+    file.intact = head.hdrCrc === crcOf(bytes.subarray(0, 16)) && head.dataCrc === crcOf(bytes.subarray(20, 20 + head.dataSize));
     let at = 20 + head.dataSize;
     for (const section of container.body.sections) {
       file.sections.push({at, section});
-      file.intact &&= section.crcHeader === crcOf(bytes.subarray(at, at + 16)) && section.crcData === crcOf(section.payload.stored);
+      file.intact &&= section.hdrCrc === crcOf(bytes.subarray(at, at + 16)) && section.dataCrc === crcOf(section.payload.stored);
       at += 20 + section.dataSize;
     }
     file.taken = true;
@@ -186,6 +186,43 @@ for (const version of [1, 2]) {
   expect((unit.liaId !== undefined) === version > 1 && unit.moduleFirstUseDate === undefined, 'equipment of version', version);
 }
 
+// The tables of the page have the same fields in the same order, of the same kinds and from the same versions, and their
+// offsets are the sums of what stands before.
+const KINDS = {bool: ['u1'], u8: ['u1'], i8: ['s1', 'u1'], u16: ['u2'], i16: ['s2'], u32: ['u4'], i32: ['s4'], i64: ['s8'], float: ['f4'],
+  string: ['text'], 'counted text': ['text'], '4 counted texts': ['text'], 'counted text with a terminator': ['terminated']};
+const BYTES = {u1: 1, s1: 1, u2: 2, s2: 2, u4: 4, s4: 4, s8: 8, f4: 4, scaled_int: 6, display_meas: 7, record_header: 12, database_version: 20};
+const bare = (type) => String(type ?? '').replace(/\(.*/, '');
+function fieldsOf(type) {
+  const fields = [];
+  for (const {id, type: of, if: condition} of description.types[type].seq) {
+    if (id === 'fields') fields.push(...fieldsOf(bare(of)));
+    else if (of === undefined && fields.at(-1)?.id === id + '_length') Object.assign(fields.at(-1), {id, type: 'terminated'});
+    else if (id !== fields.at(-1)?.id + '_end') fields.push({id, type: bare(of), from: Number(condition?.match(/class_version > (\d)/)?.[1] ?? 0) + 1});
+  }
+  return fields;
+}
+let tables = 0;
+for (const [, heading, text] of read('docs/format.md').toString().matchAll(/^###? (.+)\n([^]*?)(?=^##)/gm)) {
+  const type = heading === 'Section header' ? 'section' : heading.replace(/ /g, '_').replace(/(?<=[a-z])([A-Z])/g, '_$1').toLowerCase();
+  const rows = [...text.matchAll(/^\| *(\d*) *\| *([^|]+?) *\| *([^|]+?) *\|(?: *([^|\n]*?) *\|)?/gm)].map((match) => match.slice(1))
+    .filter(([, field, kind]) => field !== 'Field' && !/^-+$/.test(kind));
+  if (!(type in description.types) || rows.length === 0 || ['orbel_settings', 'file_header'].includes(type)) continue;
+  ++tables;
+  const fields = fieldsOf(type).filter((field) => field.id !== 'payload');
+  expect(fields.length === rows.length, heading, 'has', rows.length, 'rows for', fields.length, 'fields');
+  let at = 0;
+  rows.slice(0, fields.length).forEach(([offset, cell, kind, version], i) => {
+    const {id, type: of, from} = fields[i];
+    const name = cell.match(/[A-Za-z]\w*( \w+)?/)[0].replace(/\d? to$/, '').replace(/DNS1$/, 'DNS').replace(/ (\w)/, (_, c) => c.toUpperCase());
+    expect([id, id.replace(/s$/, '')].some((x) => camel(x) === name), heading, 'row', cell, 'is', id);
+    const link = kind.match(/^\[([^\]]+)\]/)?.[1].replace(/ /g, '_').replace(/(?<=[a-z])([A-Z])/g, '_$1').toLowerCase();
+    expect(link ? link === of : KINDS[kind.replace(/`/g, '')]?.includes(of), heading, 'row', cell, 'of kind', kind, 'is', of);
+    expect(offset === '' || Number(offset) === at, heading, 'row', cell, 'at', offset, 'begins at', at);
+    if (/^\d$/.test(version ?? '')) expect(Number(version) === from, heading, 'row', cell, 'since', version, 'is since', from);
+    at += BYTES[of] ?? NaN;
+  });
+}
+
 // Types and choices are those of the page and the headers.
 const ids = [...read('docs/section-types.md').toString().matchAll(/^\| (\d+) \|/gm)].map((match) => Number(match[1]));
 const named = Object.keys(description.enums.section_type).map(Number).filter((id) => id !== 1);
@@ -203,8 +240,8 @@ for (const [name, body] of [...headers.matchAll(/^enum (\w+) : int32_t \{(.*?)^\
     id.endsWith((ours[value] ?? '?').toUpperCase().replace(/^(AFTER|CLOCK|MAINS)_/, '').replace('PASSED', 'PASS'))), 'choices of', name, ours);
 }
 expect(choices === Object.keys(description.enums).length - 2, 'enumerations without a header', choices);
-expect(records >= 20 && members >= 25 && vectors >= 95, 'too little was compared:', records, members, vectors);
+expect(records >= 20 && members >= 25 && vectors >= 95 && tables >= 18, 'too little was compared:', records, members, vectors, tables);
 
 if (failures > 0) console.log(`${failures} of ${checks} checks failed`);
-else console.log(`${vectors} vectors, ${records} records, ${checks} checks`);
+else console.log(`${vectors} vectors, ${records} records, ${tables} tables, ${checks} checks`);
 process.exit(failures > 0 ? 1 : 0);

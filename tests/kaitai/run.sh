@@ -1,7 +1,7 @@
 #!/bin/bash
 # run.sh
 # Compiles docs/veltra.ksy and reads with it what the library's own tests read: every vector, and every record whole, cut
-# and damaged.
+# and damaged. Compares it with the tables of docs/format.md.
 set -euo pipefail
 . "$(dirname -- "$0")/../../scripts/lib.sh"
 
