@@ -127,7 +127,7 @@ stage_reference() {
   local version
   version=$(sed -nE 's/^#define VELTRA_VERSION_(MAJOR|MINOR|PATCH) //p' libcrossplatform/common/Version.h | paste -sd .)
   rm -rf build/reference && mkdir -p build
-  VELTRA_VERSION=$version quietly doxygen docs/Doxyfile
+  VELTRA_VERSION=$version quietly doxygen scripts/reference.doxyfile
   say "$(find build/reference/html -name '*.html' | wc -l) pages"
 }
 

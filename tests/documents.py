@@ -69,10 +69,10 @@ def in_test(test, needle=None):
 
 
 def compiled(*preamble):
-    """C++ as it stands, or a fragment of a function after what it takes for granted."""
+    """A program as it stands, or a fragment of a function after what it takes for granted."""
     def check(block):
         source = block.text
-        if preamble:
+        if "int main(" not in source:
             *includes, given = preamble
             source = "".join(f"#include <libcrossplatform/common/{x}>\n" for x in includes) + "void f() {\n" + given + source + "}\n"
         run(["c++", "-std=c++17", "-fsyntax-only", "-Wall", "-Wextra", "-Werror", "-Wno-unused", *flags(), "-x", "c++", "-"], input=source)
@@ -84,12 +84,14 @@ def compiled_c(block):
 
 
 def configured(block):
-    """CMake for a caller's program, with the library as it is installed."""
-    folder = scratch / "caller"
-    folder.mkdir(exist_ok=True)
-    (folder / "CMakeLists.txt").write_text("cmake_minimum_required(VERSION 3.25)\nproject(caller CXX)\n"
-                                           "add_executable(program program.cpp)\n" + block.text)
-    (folder / "program.cpp").write_text((ROOT / "examples/save_and_reopen.cpp").read_text())
+    """CMake of a caller, whole or for its program, with the library as it is installed or as a part of its tree."""
+    folder = Path(tempfile.mkdtemp(dir=scratch))
+    text = block.text
+    if "project(" not in text:
+        text = "cmake_minimum_required(VERSION 3.25)\nproject(caller CXX)\nadd_executable(program program.cpp)\n" + text
+    (folder / "CMakeLists.txt").write_text(text)
+    (folder / "program.cpp").symlink_to(scratch / "program.cpp")
+    (folder / "veltracommon").symlink_to(ROOT)
     run(["cmake", "-S", str(folder), "-B", str(folder / "build"), f"-DCMAKE_PREFIX_PATH={PREFIX}"])
 
 
@@ -173,11 +175,11 @@ TEMPORARY = ".0123456789abcdef.tmp"
 # Page, language, beginning: what is done with it. The first row that fits counts.
 RULES = [
     ("README.md", "plain", "$ ", in_test("tests/cli/pages.sh", lambda b: b.lines[0].removeprefix("$ ").split(".")[0])),
-    ("README.md", "cpp", "PFile::SafeFileWriter file;", compiled(
+    ("README.md", "cpp", "", compiled(
         "PFileSafeWriter.h", "ResultFile.h", "PFileSectionTypes.h", "const char* path = \"\"; Veltra::ResultSummary summary; PFile::Section raw;\n"
         "#pragma GCC diagnostic ignored \"-Wunused-result\"\n")),   # the page says that the codes are left out
-    ("README.md", "cmake", "find_package", configured),
-    ("README.md", "indented", "export PKG_CONFIG_PATH", shell(prefix=PREFIX, then="[[ -x a.out ]]")),
+    ("README.md", "cmake", "", configured),
+    ("README.md", "*", "export PKG_CONFIG_PATH", shell(prefix=PREFIX, then="[[ -x a.out || -x program || -x package_builder ]]")),
     ("docs/c-interface.md", "c", "", compiled_c),
     ("docs/c-interface.md", "indented", "cc ", shell(then="./package_builder built.pkg && veltra manifest show built.pkg")),
     ("docs/format.md", "hex *", "", in_test("tests/common/FormatPageTest.cpp", lambda b: f'bytesOnPage("{b.language.split()[1]}")')),
