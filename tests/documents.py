@@ -127,8 +127,7 @@ def shell(**replaced):
     return check
 
 
-CMAKE_FILES = "".join(p.read_text() for p in ROOT.rglob("*") if p.name == "CMakeLists.txt" or p.suffix == ".cmake"
-                      if "build" not in p.relative_to(ROOT).parts)
+CMAKE_FILES = "".join((ROOT / p).read_text() for p in run(["git", "ls-files", "*CMakeLists.txt", "*.cmake"], cwd=ROOT).split())
 PRESETS = {p["name"] for p in json.loads((ROOT / "CMakePresets.json").read_text())["configurePresets"]}
 STAGES = set(re.findall(r'run_stages .*?"([^"]*)" "\$@"', (ROOT / "scripts/check-all").read_text() + (ROOT / "scripts/test").read_text())[0].split())
 
@@ -204,7 +203,7 @@ RULES = [
 
 
 def main():
-    pages = subprocess.run(["git", "ls-files", "*.md"], cwd=ROOT, capture_output=True, text=True, check=True).stdout.split()
+    pages = run(["git", "ls-files", "*.md"], cwd=ROOT).split()
     run(["cmake", "--install", str(BUILD), "--prefix", str(PREFIX)])
     pc = next(PREFIX.rglob("veltracommon.pc")).parent
     if pc != PREFIX / "lib/pkgconfig":
