@@ -87,6 +87,13 @@ stage_install() {
   tests/install/run.sh build/dev
 }
 
+# Every code block of every document compiles, runs or is read by another test. From the tree of the dev stage.
+stage_documents() {
+  quietly cmake --preset dev
+  cmake --build --preset dev -j "$jobs" --target veltracommon veltra veltra_pages make_payloads -- --quiet
+  tests/documents.py build/dev
+}
+
 # Secrets and the profile are shared between threads; the command reads many files on several.
 stage_tsan() {
   quietly cmake --preset tsan
@@ -110,6 +117,18 @@ stage_report() {
   quietly cmake --preset release
   cmake --build --preset release -j "$jobs" --target veltra -- --quiet
   tests/libinspect/report/render.sh build/release/tools/veltra build/report
+}
+
+# The description of the format for other languages' parsers, compiled and tried on what the library's tests read.
+stage_kaitai() { tests/kaitai/run.sh; }
+
+# The API reference, in build/reference/html; what is not documented is an error.
+stage_reference() {
+  local version
+  version=$(sed -nE 's/^#define VELTRA_VERSION_(MAJOR|MINOR|PATCH) //p' libcrossplatform/common/Version.h | paste -sd .)
+  rm -rf build/reference && mkdir -p build
+  VELTRA_VERSION=$version quietly doxygen scripts/reference.doxyfile
+  say "$(find build/reference/html -name '*.html' | wc -l) pages"
 }
 
 # Configured apart: one command for each source, and no header that another compiler precompiled.

@@ -61,8 +61,11 @@ class VELTRA_EXPORT CableIDSeq {
   /// @return the ID taken; empty when none is left
   std::string takeNextID();
 
+  ///@{
+  /// As given to verifyIDSet(); empty when cleared.
   const std::string& getFirstID() const { return _firstID; }
   const std::string& getLastID() const { return _lastID; }
+  ///@}
   uint32_t getTotal() const { return _total; }  ///< how many IDs the set has
   uint32_t getUsed() const { return _used; }    ///< how many of them are taken
 

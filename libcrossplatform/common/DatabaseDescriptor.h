@@ -38,8 +38,8 @@ class VELTRA_EXPORT DatabaseDescriptor : public Marshal::ISerializable, public D
   /// {"DatabaseDescriptor": {"DatabaseVersion": {...}, ...}}, all members at every level.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  DatabaseVersion version;
-  DATABASE_TYPE dbType{};
+  DatabaseVersion version;            ///< of the database
+  DATABASE_TYPE dbType{};             ///< any number that builders and users of packages agree on
   std::string filePath;               ///< within the package
   std::string minReqFirmwareVersion;  ///< oldest instrument firmware that can use the database
 
@@ -59,15 +59,17 @@ class VELTRA_EXPORT DatabaseDescriptorList : public Marshal::ISerializable,
   static constexpr uint8_t CLASS_VERSION = 1;
   static constexpr uint32_t SERIAL_TYPE_ID = 0x51000a;
   static constexpr const char* JSON_ROOT_NAME = "DatabaseDescriptorList";
-  static constexpr uint32_t MAX_ENTRIES = 50;
+  static constexpr uint32_t MAX_ENTRIES = 50;  ///< descriptors that can be read back
 
   /// Appends a descriptor. Null is reported as an assertion, and nothing is added.
   void add(std::unique_ptr<DatabaseDescriptor> p) {
     addChecked(std::move(p), "libcrossplatform/common/DatabaseDescriptor", __LINE__);
   }
+  ///@{
   /// The first descriptor of that type, null when there is none. Owned by the list.
   DatabaseDescriptor* getDatabaseDescriptor(DATABASE_TYPE type);
   const DatabaseDescriptor* getDatabaseDescriptor(DATABASE_TYPE type) const;
+  ///@}
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// A list without entries is refused, although it can be written. Fatal where DatabaseDescriptor::deserialize() is.

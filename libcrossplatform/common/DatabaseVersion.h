@@ -31,10 +31,10 @@ class VELTRA_EXPORT DatabaseVersion : public Marshal::ISerializable, public Dump
   /// {"DatabaseVersion": {...}}, the four numbers at every level.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  uint16_t schema = 0;
-  uint16_t content = 0;
-  uint16_t object = 0;
-  uint16_t build = 0;
+  uint16_t schema = 0;   ///< of the tables
+  uint16_t content = 0;  ///< of what is in them
+  uint16_t object = 0;   ///< of the objects made of it
+  uint16_t build = 0;    ///< counts builds of the same three
 
  private:
   friend class Marshal::FieldAccess;
@@ -79,8 +79,8 @@ class VELTRA_EXPORT CustomerDatabaseVersion : public Marshal::ISerializable,
   /// The same; null is logged, clears the record and gives false.
   [[nodiscard]] bool fromJson(const Json::Value* root);
 
-  uint16_t major = 0;
-  uint16_t minor = 0;
+  uint16_t major = 0;  ///< the number after "V"
+  uint16_t minor = 0;  ///< the number after the dot
   std::string suffix;  ///< may be empty
 
  private:

@@ -17,11 +17,13 @@ class VELTRA_EXPORT EncryptedString {
 
   EncryptedString() = delete;
 
+  ///@{
   /// The text form of a secret, a different one at each call.
   /// @return at least 64 characters in lines of 64, no line break at the end; empty when the secret has more than
   ///         MAX_BYTES or the system has no random numbers
   static std::string Encrypt(const std::string& text);
   static std::string EncryptBlob(const std::vector<uint8_t>& data);
+  ///@}
 
   /// The secret of a text form.
   /// @return the secret. A text of up to 60 characters is not a text form and is returned unchanged: a password stored

@@ -50,13 +50,13 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
   Project::ProjectId project{"", "DEFAULT"};  ///< the current project
-  bool autoSave = false;
-  bool autoIncrement = false;  ///< number results automatically
-  std::string syncUserName;    ///< for the remote service results are synchronised with
-  std::string syncUserPass;    ///< plain text, here and in every rendering of the record
-  Json::Value netProfile;      ///< the network to use, any JSON value
-  bool trackitEnable = false;
-  unsigned int keyPosition = 0;
+  bool autoSave = false;                      ///< store results without asking
+  bool autoIncrement = false;                 ///< number results automatically
+  std::string syncUserName;                   ///< for the remote service results are synchronised with
+  std::string syncUserPass;                   ///< plain text, here and in every rendering of the record
+  Json::Value netProfile;                     ///< the network to use, any JSON value
+  bool trackitEnable = false;    ///< stored for the applications, as keyPosition: the record gives neither a meaning
+  unsigned int keyPosition = 0;  ///< any number
 
  private:
   friend class Marshal::FieldAccess;

@@ -39,8 +39,9 @@ class VELTRA_EXPORT OtdrSpan : public Marshal::ISerializable, public Dump::IJson
   /// Reads the same from a document. @return false, unchanged, when it cannot be parsed or read
   [[nodiscard]] bool fromJsonString(const std::string& text);
 
+  /// The record names no unit: both ends have that of the service that sends them.
   Veltra::ScaledInt spanStart;
-  Veltra::ScaledInt spanEnd;
+  Veltra::ScaledInt spanEnd;  ///< in the unit of spanStart
 
  private:
   friend class Marshal::FieldAccess;

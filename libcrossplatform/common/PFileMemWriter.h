@@ -13,6 +13,7 @@ namespace PFile {
 class VELTRA_EXPORT MemWriter {
  public:
   MemWriter() = default;
+  /// Callbacks for messages; null drops them.
   MemWriter(LogCallback debug, LogCallback warning, LogCallback error);
   ~MemWriter();  ///< close()
   MemWriter(const MemWriter&) = delete;

@@ -18,6 +18,7 @@ namespace PFile {
 class VELTRA_EXPORT FileReader {
  public:
   FileReader() = default;
+  /// Callbacks for messages; null drops them.
   FileReader(LogCallback debug, LogCallback warning, LogCallback error);
   ~FileReader();  ///< close()
   FileReader(const FileReader&) = delete;

@@ -17,6 +17,7 @@ namespace PFile {
 class VELTRA_EXPORT SafeFileWriter {
  public:
   SafeFileWriter() = default;
+  /// Callbacks for messages; null drops them.
   SafeFileWriter(LogCallback debug, LogCallback error);
   ~SafeFileWriter();  ///< without commit(): the temporary file is removed, the old file is unchanged
   SafeFileWriter(const SafeFileWriter&) = delete;

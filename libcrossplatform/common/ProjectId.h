@@ -14,8 +14,8 @@ struct ProjectId {
   bool operator==(const ProjectId& other) const { return id == other.id && name == other.name; }
   bool operator!=(const ProjectId& other) const { return !(*this == other); }
 
-  std::string id;
-  std::string name;
+  std::string id;    ///< for machines
+  std::string name;  ///< for its users
 };
 
 }  // namespace Project

@@ -32,8 +32,11 @@ class VELTRA_EXPORT Settings : public Marshal::ISerializable, public Dump::IDump
 
  protected:
   Settings() = default;
+  ///@{
+  /// Copies nothing: the base has no members.
   Settings(const Settings&) = default;
   Settings& operator=(const Settings&) = default;
+  ///@}
 };
 
 }  // namespace Veltra

@@ -9,7 +9,7 @@
 
 /// Frees memory that the C library allocated.
 struct FreeDeleter {
-  void operator()(char* text) const { std::free(text); }
+  void operator()(char* text) const { std::free(text); }  ///< null is ignored
 };
 
 /// Formats into a newly allocated zero-terminated text.

@@ -9,8 +9,10 @@ namespace Marshal {
 template <class Reader>
 class FixedFields {
  public:
-  static constexpr bool READING = true;
+  static constexpr bool READING = true;  ///< for lists whose directions differ
 
+  ///@{
+  /// A number or enumeration from the width of the verb, widened with its sign; unchanged when the stream ran out.
   VELTRA_ALWAYS_INLINE void boolean(const char* name, bool& v) { self().get(name, v); }
   template <class T>
   VELTRA_ALWAYS_INLINE void u8(const char* name, T& v) {
@@ -45,6 +47,7 @@ class FixedFields {
   VELTRA_ALWAYS_INLINE void i8ReadAsU8(const char* name, T& v) {
     getAs<uint8_t>(name, v);
   }
+  ///@}
 
  private:
   Reader& self() { return static_cast<Reader&>(*this); }

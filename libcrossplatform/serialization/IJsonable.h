@@ -14,6 +14,8 @@ class IFormatter;
 /// A record that can render itself as a JSON value.
 class VELTRA_EXPORT IJsonable {
  public:
+  /// The record as a JSON value, a copy of its own.
+  /// @param flags  how much of it; most records show all of it at every level
   virtual Json::Value toJson(const DumpFlags& flags) const = 0;
   virtual ~IJsonable() = default;
 };

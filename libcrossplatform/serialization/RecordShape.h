@@ -12,6 +12,7 @@ namespace Marshal {
 /// once. The list is private to the record, which has this class as a friend.
 class FieldAccess {
  public:
+  /// Calls the record's fields() with the walker.
   template <class Record, class Fields>
   VELTRA_ALWAYS_INLINE static void walk(Record& record, Fields& f) {
     record.fields(f);
