@@ -51,11 +51,16 @@
       shown += row.hidden ? 0 : 1;
       if (fits && (!verdict || links[i].verdict === verdict)) links[i].isShown = true;
     });
+    // Cells that leave a long grid one after the other would keep a browser busy for a minute.
+    const grids = Array.from(document.querySelectorAll(".ids"));
+    for (const grid of grids) grid.style.display = "none";
+    document.body.getBoundingClientRect();
     let shownLinks = 0;
     for (const link of all) {
       for (const part of link.parts) part.hidden = !link.isShown;
       shownLinks += link.isShown ? 1 : 0;
     }
+    for (const grid of grids) grid.style.display = "";
     groups.forEach(fit);
     document.querySelectorAll(".group").forEach(fit);
     const ofLinks = shownLinks + " of " + all.size + " links shown", ofRows = shown + " of " + rows.length + " rows shown";
