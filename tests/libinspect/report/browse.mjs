@@ -122,7 +122,9 @@ for (const width of [390, 720, 970]) {
       const edge = document.documentElement.clientWidth;
       const isCut = (element) => {
         const box = element.getBoundingClientRect();
-        return box.width > 0 && (box.left < -1 || box.right > edge + 1 || element.scrollWidth > element.clientWidth + 1 && element.clientWidth > 0);
+        const isSqueezed = box.height > 8 * box.width && element.textContent.length > 3;
+        return box.width > 0 && (isSqueezed || box.left < -1 || box.right > edge + 1 ||
+          element.clientWidth > 0 && element.scrollWidth > element.clientWidth + 1);
       };
       return {
         wide: document.documentElement.scrollWidth - edge,
