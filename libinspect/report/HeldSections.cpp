@@ -217,6 +217,10 @@ std::string line(const EquipmentInformation& equipment) {
 HeldSections heldSections(const std::string& file, const TimeZone& zone, HeldBudget& left) {
   HeldSections held;
   ByteSource source;
+  if (file == inputName("-")) {
+    held.error = file + ": can be read only once";
+    return held;
+  }
   if (!source.openFile(file, held.error)) return held;
   SectionReader reader(zone, left, held);
   const bool isIntact = eachSection(source, [&](const SectionInfo& section) { reader.read(source, section); });
