@@ -4,14 +4,15 @@
 #include <array>
 #include <cctype>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <regex>
 #include <vector>
 
 #include <fmt/format.h>
 
 #include <libcrossplatform/serialization/WireBytes.h>
+#include <libinspect/container/ByteSource.h>
 
 namespace Inspect {
 namespace {
@@ -28,18 +29,20 @@ const char* databaseFolder() {
 /// One of the parts of a zone file: numbers of 4 bytes in the first one, of 8 bytes in the second one.
 struct ZoneBlock {
   static constexpr std::size_t HEADER_BYTES = 44;
-  char version = 0;
+  uint8_t version = 0;
   uint32_t leaps = 0;
   uint64_t size = 0;  ///< of all but the header
 };
 
 /// @return false if there is no such part
-bool readBlock(std::ifstream& file, uint64_t numberBytes, ZoneBlock& block) {
+bool readBlock(const ByteSource& file, uint64_t at, uint64_t numberBytes, ZoneBlock& block) {
   constexpr std::size_t COUNTS_AT = 20;
-  std::array<char, ZoneBlock::HEADER_BYTES> header{};
-  if (!file.read(header.data(), header.size()) || std::string(header.data(), 4) != "TZif") return false;
+  std::array<uint8_t, ZoneBlock::HEADER_BYTES> header{};
+  if (file.readAt(at, header.data(), header.size()) != header.size() || std::memcmp(header.data(), "TZif", 4) != 0) {
+    return false;
+  }
   const auto countAt = [&header](std::size_t place) {
-    return Marshal::loadBig<uint32_t>(reinterpret_cast<const uint8_t*>(&header[COUNTS_AT + place * 4]));
+    return Marshal::loadBig<uint32_t>(&header[COUNTS_AT + place * 4]);
   };
   const uint64_t utcMarks = countAt(0), standardMarks = countAt(1), times = countAt(3), types = countAt(4),
                  letters = countAt(5);
@@ -51,20 +54,21 @@ bool readBlock(std::ifstream& file, uint64_t numberBytes, ZoneBlock& block) {
 }
 
 /// What is wrong with a file of a zone; empty if nothing is.
-std::string faultOfFile(const std::filesystem::path& path) {
+std::string faultOfFile(const std::string& path) {
   constexpr char NO_ZONE[] = "which is no time zone file";
   std::error_code unknown;
   if (!std::filesystem::is_regular_file(path, unknown)) return "which this machine does not know";
-  const uint64_t size = std::filesystem::file_size(path, unknown);
-  std::ifstream file(path, std::ios::binary);
+  ByteSource file;
+  std::string error;
+  if (!file.openFile(path, error)) return "which cannot be read: " + error;
   uint64_t end = 0;
   for (const uint64_t numberBytes : {4, 8}) {
     ZoneBlock block;
-    if (!readBlock(file, numberBytes, block)) return NO_ZONE;
+    if (!readBlock(file, end, numberBytes, block)) return NO_ZONE;
     end += ZoneBlock::HEADER_BYTES + block.size;
-    if (end > size) return NO_ZONE;
+    if (end > file.size()) return NO_ZONE;
     if (block.leaps > 0) return "which counts leap seconds, unlike the times of results";
-    if (block.version == '\0' || !file.seekg(static_cast<std::streamoff>(end))) break;
+    if (block.version == 0) break;
   }
   return {};
 }
@@ -78,7 +82,7 @@ std::string faultOfName(const std::string& name) {
   if (name.empty() || name.front() == '/' || !std::all_of(name.begin(), name.end(), isOfName)) {
     return "which is no name of one";
   }
-  return faultOfFile(std::filesystem::path(databaseFolder()) / name);
+  return faultOfFile(std::string(databaseFolder()) + "/" + name);
 }
 
 /// Whether $TZ has rules instead of a name: "CET-1CEST,M3.5.0,M10.5.0/3".
