@@ -213,7 +213,7 @@ std::string TimeZone::nameDuring(time_t first, time_t last) const {
     if (isNew) known.push_back(ahead);
     if (offsets.size() > MOST && !isNew) continue;
     const std::string from =
-        &offset == &offsets.front() || offsets.size() > MOST ? "" : "from " + day(offset.from) + " ";
+        &offset == &offsets.front() || offsets.size() > MOST ? "" : fmt::format("from {} ", day(offset.from));
     text += (text.empty() ? "" : ", ") + from + ahead;
   }
   return offsets.size() > MOST ? text + " in turn" : text;
