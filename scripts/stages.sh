@@ -83,7 +83,7 @@ stage_fuzz() { scripts/fuzz --seconds 600; }
 stage_install() {
   quietly cmake -S . -B build/plain -G Ninja
   quietly cmake --preset dev
-  cmake --build --preset dev -j "$jobs" --target veltracommon veltra veltra_pages -- --quiet
+  cmake --build --preset dev -j "$jobs" --target veltracommon veltracommon_static veltra veltra_pages -- --quiet
   tests/install/run.sh build/dev
 }
 
@@ -102,6 +102,9 @@ stage_valgrind() {
   valgrind --quiet --child-silent-after-fork=yes --leak-check=full --errors-for-leak-kinds=definite,indirect --error-exitcode=1 \
     build/release/tests/veltra_tests --gtest_brief=1 --gtest_filter='-*DeathTest*:*Every*:*Exhaustive*:*All*'
 }
+
+# What callers are compiled against stays as it was promised.
+stage_abi() { scripts/abi; }
 
 stage_coverage() { scripts/coverage; }
 

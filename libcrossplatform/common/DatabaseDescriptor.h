@@ -46,7 +46,7 @@ class VELTRA_EXPORT DatabaseDescriptor : public Marshal::ISerializable, public D
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// The databases of a package, owned by the list, in the order they were added. It accepts more than MAX_ENTRIES, but
@@ -82,7 +82,7 @@ class VELTRA_EXPORT DatabaseDescriptorList : public Marshal::ISerializable,
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

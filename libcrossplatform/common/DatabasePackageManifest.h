@@ -53,7 +53,7 @@ class VELTRA_EXPORT DatabasePackageManifestSummary : public Marshal::ISerializab
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// A package's table of contents, the first section of its file. A default one is empty: it can be written, but only a
@@ -88,7 +88,7 @@ class VELTRA_EXPORT DatabasePackageManifest : public Marshal::ISerializable,
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

@@ -39,7 +39,7 @@ class VELTRA_EXPORT DatabaseVersion : public Marshal::ISerializable, public Dump
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// The version of a package as customers see it: "V3.12 beta".
@@ -86,7 +86,7 @@ class VELTRA_EXPORT CustomerDatabaseVersion : public Marshal::ISerializable,
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

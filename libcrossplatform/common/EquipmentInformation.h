@@ -95,7 +95,7 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 
   int _modelHardwareRevision = 0;
   int _moduleId = 0;
@@ -111,7 +111,7 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
   std::string _moduleSerialNumber;
 
   template <class Self, class Members>
-  static void jsonMembers(Self& self, Members& m);
+  VELTRA_HIDDEN static void jsonMembers(Self& self, Members& m);
 };
 
 }  // namespace Veltra

@@ -34,7 +34,7 @@ class VELTRA_EXPORT FolderMetadata : public Marshal::IDumpSerializable {
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// The folders of a listing, in its order. On the wire: headed record with a 16-bit count, which is not range-checked:
@@ -66,7 +66,7 @@ class VELTRA_EXPORT FolderMetadataList : public Marshal::IDumpSerializable {
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
   std::vector<FolderMetadata> _folders;
 };
 

@@ -69,7 +69,7 @@ class VELTRA_EXPORT InstrumentSettings : public Settings {
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

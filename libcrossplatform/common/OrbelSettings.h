@@ -61,7 +61,7 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

@@ -76,7 +76,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// Summaries in the order they were added. On the wire: headed record with a 16-bit count, which is not range-checked:
@@ -101,7 +101,7 @@ class VELTRA_EXPORT ResultSummaryList : public Marshal::IDumpSerializable, publi
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// The lighter record for a result held as a file. On the wire: versioned inline record,
@@ -138,7 +138,7 @@ class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, publi
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// Path summaries in the order they were added. On the wire: versioned inline record with a 16-bit count.
@@ -167,7 +167,7 @@ class VELTRA_EXPORT ResultPathSummaryList : public Marshal::IDumpSerializable,
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

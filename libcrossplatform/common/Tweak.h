@@ -79,7 +79,7 @@ class VELTRA_EXPORT Tweak final : public TweakBase {
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 
   T _value;
   const T _default;

@@ -7,6 +7,9 @@
 #define VELTRA_EXPORT
 #endif
 
+/// Hides a template member of an exported class that only the library itself calls.
+#define VELTRA_HIDDEN __attribute__((visibility("hidden")))
+
 /// [[nodiscard]] in headers that C reads too.
 #if defined(__cplusplus)
 #define VELTRA_NODISCARD [[nodiscard]]

@@ -41,7 +41,7 @@ class VELTRA_EXPORT ByteStreamReader final : public IObjectReader {
  private:
   [[noreturn]] static void refuse(const uint8_t* p);
   template <class T>
-  bool get(T& value);
+  VELTRA_HIDDEN bool get(T& value);
   bool has(uint32_t size);
 
   const uint8_t* _data;
