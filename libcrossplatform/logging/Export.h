@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: types and constants alone; nothing is shared.
+
 /// Marks what the shared library exports; everything else is hidden.
 #if defined(VELTRA_BUILDING)
 #define VELTRA_EXPORT __attribute__((visibility("default")))
