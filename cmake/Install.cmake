@@ -62,6 +62,7 @@ foreach(target Boost::headers Microsoft.GSL::GSL)
     cmake_path(NORMAL_PATH directory)
     if(directory AND NOT directory IN_LIST CMAKE_CXX_IMPLICIT_INCLUDE_DIRECTORIES AND
         NOT directory STREQUAL "${CMAKE_SYSROOT}/usr/include")
+      string(REPLACE " " "\\ " directory "${directory}")
       string(APPEND VELTRA_PC_CFLAGS " -I${directory}")
     endif()
   endforeach()
