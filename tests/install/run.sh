@@ -105,8 +105,9 @@ quietly cmake --install build --prefix "$scratch/static"
 cd ..
 snippet cmake 3 > CMakeLists.txt
 ln -s "$root" veltracommon
-configure
+configure -DVELTRA_INSTALL=ON
 grep -q 'build program: .*libveltracommon\.so' build/build.ninja || die "FetchContent does not link the library"
+! grep -rq libdeflate --include=veltracommon.pc build || die "the shared library alone asks for what only the static one calls"
 
 # The static library alone, by pkg-config and from C by both.
 caller alone 0
