@@ -275,6 +275,8 @@ void bindFiles(py::module_& module) {
   exported(py::class_<Sections>(module, "Sections", "The sections of an open file, the file header first: a sequence."))
       .def("__len__", [](const Sections& s) { return s.file->sections().size(); })
       .def("__getitem__", &Sections::at)
+      .def("__iter__",
+           [](const py::object& self) { return py::reinterpret_steal<py::object>(PySeqIter_New(self.ptr())); })
       .def("__getitem__", [](const Sections& sections, const py::slice& slice) {
         std::size_t start = 0, stop = 0, step = 0, count = 0;
         if (!slice.compute(sections.file->sections().size(), &start, &stop, &step, &count)) {
