@@ -45,8 +45,12 @@ def _expanded(paths: Paths) -> list[Path] | Path:
     return expanded
 
 
-def _extensions(run: _veltra.Run) -> list[bytes]:
-    return run.extensions()
+def _extensions(part: _veltra.Run) -> list[bytes]:
+    return part.extensions()
+
+
+def _all_of(extensions: list[list[bytes]]) -> list[bytes]:
+    return sorted({extension for some in extensions for extension in some})
 
 
 def _partition(part: _veltra.Run, extensions: list[bytes], threads: int) -> pandas.DataFrame:
@@ -72,7 +76,7 @@ def frame(
         raise ValueError(f"npartitions: expected 1 or more, found {npartitions}")
     npartitions = max(1, min(npartitions, len(run)))
     # Whether a file that is no container may be a lost result is told by the other files, of all partitions.
-    extensions = delayed(_extensions)(run)
-    read = delayed(_partition)
-    parts = [read(part, extensions, threads) for part in run.parts(npartitions)]
-    return cast(DataFrame, from_delayed(parts, meta=_frames.empty_frame(), verify_meta=False))
+    parts = [delayed(part) for part in run.parts(npartitions)]
+    extensions = delayed(_all_of)([delayed(_extensions)(part) for part in parts])
+    frames = [delayed(_partition)(part, extensions, threads) for part in parts]
+    return cast(DataFrame, from_delayed(frames, meta=_frames.empty_frame(), verify_meta=False))
