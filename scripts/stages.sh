@@ -48,6 +48,33 @@ build_and_test() {
 stage_dev() { build_and_test dev -DVELTRA_UNITY=ON -LE long; }
 # What takes too long for every change.
 stage_long() { build_and_test dev -L long; }
+
+# From the tree of the dev stage, whose objects the Python module is made of.
+stage_python() {
+  local tree
+  tree=$(pwd)/build/dev
+  quietly cmake --preset dev -DVELTRA_PYTHON=ON
+  cmake --build --preset dev -j "$jobs" --target veltra veltra_python -- --quiet
+  export VELTRA=$tree/tools/veltra PYTHONPATH=$tree/python PYTHONDONTWRITEBYTECODE=1
+  python_types "$tree/python"
+  /usr/bin/python3 -m pytest -q -p no:cacheprovider tests/python
+}
+
+# python_types DIRECTORY checks the types of the package there and of what uses it.
+python_types() {
+  MYPYPATH=$1 mypy --python-executable /usr/bin/python3 --strict --ignore-missing-imports --cache-dir build/mypy \
+    python/veltra examples/headroom.py bench/fleet.py
+}
+
+# The package as pip installs it, on a cluster of two processes, and what the page about it shows.
+stage_fleet() {
+  local place=build/fleet
+  rm -rf "$place"
+  /usr/bin/python3 -m venv --system-site-packages "$place"
+  quietly "$place/bin/pip" install --no-index --no-build-isolation ./python
+  (cd "$place" && PYTHONDONTWRITEBYTECODE=1 bin/python -m pytest -q -p no:cacheprovider ../../tests/fleet)
+}
+
 # Without what lets every call and byte fail in turn or cuts the power, which takes long under sanitizers:
 # stage_clang_faults.
 stage_clang() { build_and_test clang; }
