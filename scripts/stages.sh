@@ -158,6 +158,9 @@ stage_valgrind() {
 # What callers are compiled against stays as it was promised.
 stage_abi() { scripts/abi; }
 
+# What users of Debian install.
+stage_package() { scripts/package; }
+
 stage_coverage() { scripts/coverage; }
 
 # The page of `veltra report` in a browser; the pictures stay in build/report.
