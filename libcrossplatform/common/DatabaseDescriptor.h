@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -46,7 +48,7 @@ class VELTRA_EXPORT DatabaseDescriptor : public Marshal::ISerializable, public D
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// The databases of a package, owned by the list, in the order they were added. It accepts more than MAX_ENTRIES, but
@@ -84,7 +86,7 @@ class VELTRA_EXPORT DatabaseDescriptorList : public Marshal::ISerializable,
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 
@@ -53,7 +55,7 @@ class VELTRA_EXPORT DatabasePackageManifestSummary : public Marshal::ISerializab
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// A package's table of contents, the first section of its file. A default one is empty: it can be written, but only a
@@ -88,7 +90,7 @@ class VELTRA_EXPORT DatabasePackageManifest : public Marshal::ISerializable,
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 
@@ -39,7 +41,7 @@ class VELTRA_EXPORT DatabaseVersion : public Marshal::ISerializable, public Dump
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// The version of a package as customers see it: "V3.12 beta".
@@ -86,7 +88,7 @@ class VELTRA_EXPORT CustomerDatabaseVersion : public Marshal::ISerializable,
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

@@ -9,8 +9,8 @@
 /// Turns a short secret into printable text for a settings file, and back. The text form hides the secret's length and
 /// protects it with a check value; whoever has this library can read it, see docs/credentials.md.
 ///
-/// Every operation may run on any thread. None throws, and none logs; diagnostics go to standard output only after one
-/// of the flags below was turned on.
+/// Every operation may run on any thread. None throws, but Decrypt and DecryptBlob std::bad_alloc, and none logs;
+/// diagnostics go to standard output only after one of the flags below was turned on.
 class VELTRA_EXPORT EncryptedString {
  public:
   static constexpr std::size_t MAX_BYTES = 65535;  ///< of a secret

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -100,7 +102,7 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 
   int _modelHardwareRevision = 0;
   int _moduleId = 0;
@@ -116,7 +118,7 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
   std::string _moduleSerialNumber;
 
   template <class Self, class Members>
-  static void jsonMembers(Self& self, Members& m);
+  VELTRA_HIDDEN static void jsonMembers(Self& self, Members& m);
 };
 
 }  // namespace Veltra

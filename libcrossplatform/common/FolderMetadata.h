@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -33,7 +35,7 @@ class VELTRA_EXPORT FolderMetadata : public Marshal::IDumpSerializable {
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// The folders of a listing, in its order. On the wire: headed record with a 16-bit count, which is not range-checked:
@@ -73,7 +75,7 @@ class VELTRA_EXPORT FolderMetadataList : public Marshal::IDumpSerializable {
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
   std::vector<FolderMetadata> _folders;
 };
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <libcrossplatform/common/PFileHeader.h>
 #include <libcrossplatform/common/PFilePayload.h>
 #include <libcrossplatform/common/PFileTypes.h>

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: types and constants alone; nothing is shared.
+
 /// The names of the members of a stored network profile, as files carry them.
 namespace Veltra::ProfileNames {
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -82,7 +84,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// Summaries in the order they were added. On the wire: headed record with a 16-bit count, which is not range-checked:
@@ -107,7 +109,7 @@ class VELTRA_EXPORT ResultSummaryList : public Marshal::IDumpSerializable, publi
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// The lighter record for a result held as a file. On the wire: versioned inline record,
@@ -144,7 +146,7 @@ class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, publi
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// Path summaries in the order they were added. On the wire: versioned inline record with a 16-bit count.
@@ -173,7 +175,7 @@ class VELTRA_EXPORT ResultPathSummaryList : public Marshal::IDumpSerializable,
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

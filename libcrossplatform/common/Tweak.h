@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -81,7 +83,7 @@ class VELTRA_EXPORT Tweak final : public TweakBase {
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 
   T _value;
   const T _default;

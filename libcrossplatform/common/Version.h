@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: types and constants alone; nothing is shared.
+
 /// @cond makes a text of a macro's value
 #define VELTRA_TEXT_OF_TOKEN(token) #token
 #define VELTRA_TEXT_OF(number) VELTRA_TEXT_OF_TOKEN(number)

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: types and constants alone; nothing is shared.
+
 #include <cstdint>
 
 namespace Dump {

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <libcrossplatform/logging/Export.h>
 #include <libcrossplatform/serialization/DumpFlags.h>
 #include <libcrossplatform/serialization/IFormatter.h>
