@@ -7,7 +7,6 @@
 #include <fmt/format.h>
 #include <zlib.h>
 
-#include <libcrossplatform/common/internal/Inflate.h>
 #include <libcrossplatform/serialization/ByteStreamReader.h>
 #include <libcrossplatform/serialization/WireBytes.h>
 
@@ -33,9 +32,10 @@ bool inflate(const std::vector<uint8_t>& compressed, std::vector<uint8_t>& bytes
   if (compressed.size() < SIZE_WORD) return false;
   uLongf size = Marshal::loadLittle32(compressed.data());
   if (size > PFile::Section::MAX_UNCOMPRESSED) return false;
+  uint8_t nothing = 0;
   bytes.resize(size);
-  const int code = PFile::inflateWhole(bytes.data(), size, compressed.data() + SIZE_WORD,
-                                       static_cast<uLong>(compressed.size()) - SIZE_WORD);
+  const int code = uncompress(bytes.empty() ? &nothing : bytes.data(), &size, compressed.data() + SIZE_WORD,
+                              static_cast<uLong>(compressed.size()) - SIZE_WORD);
   if (code == Z_MEM_ERROR) throw std::bad_alloc();
   bytes.resize(size);
   return code == Z_OK;

@@ -37,6 +37,7 @@ for component in runtime development tools doc; do
 done
 diff -r "$scratch/made" "$scratch/root/made here" || die "the components are not the whole"
 mv "$scratch/made" "$scratch/prefix"
+strip -g "$scratch/prefix/lib/libveltracommon.a"  # which cmake does not
 if grep -rlF -e "$root/libcrossplatform" -e "$build" -e "$scratch/made" "$scratch/prefix"; then
   die "the installed files above name the place they were built or first installed"
 fi

@@ -25,7 +25,7 @@ namespace {
 
 constexpr std::size_t MIB = std::size_t{1} << 20;
 
-/// Bytes produced by inflate(), checked by libdeflate_crc32(), and read by fread() and pread(). The functions below
+/// Bytes produced by zlib, checked by libdeflate_crc32(), and read by fread() and pread(). The functions below
 /// replace those of the libraries: they count, and call the originals, or zlib for what is linked statically.
 uint64_t inflated = 0, checked = 0, readIn = 0;
 
@@ -42,6 +42,15 @@ void startCounting() {
 }  // namespace
 
 extern "C" {
+
+// It calls zlib's own inflate(), or the one below.
+int uncompress(Bytef* to, uLongf* size, const Bytef* from, uLong length) {
+  static const auto original = next<decltype(uncompress)>("uncompress");
+  const uint64_t before = inflated;
+  const int code = original(to, size, from, length);
+  inflated = before + *size;
+  return code;
+}
 
 int inflate(z_streamp stream, int flush) {
   static const auto original = next<decltype(inflate)>("inflate");
