@@ -10,8 +10,9 @@ stage_format() {
   clang-format-14 --dry-run -Werror "${files[@]}"
 }
 
-# Every text file ends in a newline, nothing names a directory of somebody's machine, and the vectors are as they were
-# made.
+# Every text file ends in a newline, nothing names a directory of somebody's machine, the vectors are as they were made, and
+# the Debian packages are built with what scripts/packages.txt lists: its group [build], a compiler apart, and what CMake
+# needs for the Python module.
 stage_text() {
   local files file bad=0
   mapfile -d '' files < <(git grep -Ilz -e '')
@@ -24,6 +25,9 @@ stage_text() {
     bad=1
   fi
   scripts/vectors --check || bad=1
+  diff --label scripts/packages.txt <({ packages_of build | grep -vx g++; echo pybind11-dev; echo python3-dev; } | sort) \
+    --label debian/control <(sed -n '/^Build-Depends:/,/^$/s/^ \(.*[^,]\),*$/\1/p' debian/control |
+      grep -vxe 'debhelper-compat (.*)' -e dh-python | sort) || bad=1
   return $bad
 }
 
