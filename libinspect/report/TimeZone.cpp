@@ -62,7 +62,7 @@ std::string faultOfFile(const std::string& path) {
   std::string error;
   if (!file.openFile(path, error)) return "which cannot be read: " + error;
   uint64_t end = 0;
-  for (const uint64_t numberBytes : {4, 8}) {
+  for (const uint64_t numberBytes : {uint64_t{4}, uint64_t{8}}) {
     ZoneBlock block;
     if (!readBlock(file, end, numberBytes, block)) return NO_ZONE;
     end += ZoneBlock::HEADER_BYTES + block.size;
