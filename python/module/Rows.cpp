@@ -342,8 +342,9 @@ Rows Run::faultRows() const {
   return rows;
 }
 
-void Run::read(const Inspect::FileRun& run, std::size_t begin, std::size_t end, unsigned threads, Rows& rows) const {
+void Run::read(Inspect::FileRun& run, std::size_t begin, std::size_t end, unsigned threads, Rows& rows) const {
   runLong([&](const IsStopped& isStopped) {
+    const StoppableRun stoppable(run, isStopped);
     const std::vector<std::string> part(files.begin() + static_cast<std::ptrdiff_t>(begin),
                                         files.begin() + static_cast<std::ptrdiff_t>(end));
     readRows(part, run, readingUntil(isStopped, threads), [&](FileRow row) {
@@ -451,7 +452,11 @@ void bindRows(py::module_& module) {
       .def("extensions",
            [](const Run& run) {
              std::vector<std::string> found;
-             runLong([&](const IsStopped&) { found = run.fileRun()->resultExtensions(); });
+             runLong([&](const IsStopped& isStopped) {
+               const std::unique_ptr<Inspect::FileRun> files = run.fileRun();
+               const StoppableRun stoppable(*files, isStopped);
+               found = files->resultExtensions();
+             });
              py::list names;
              for (const std::string& extension : found) names.append(py::bytes(extension));
              return names;
