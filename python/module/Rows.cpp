@@ -270,15 +270,17 @@ class Reading {
     while (_at == _rows.size()) {
       if (_hasBegun && _file == _run->files.size()) throw py::stop_iteration();
       if (!_fileRun) _fileRun = _run->fileRun();
+      Rows rows = _hasBegun ? Rows() : _run->faultRows();
+      const std::size_t most = _unsorted ? std::max(_batch, FIRST) : _run->files.size();
+      const std::size_t end = _file + std::min(most, _run->files.size() - _file);
+      _run->read(*_fileRun, _file, end, _threads, rows);
+      if (!_unsorted) sortRows(rows);
+      // Only now: after Ctrl-C the same files are read once more.
+      _rows = std::move(rows);
       _at = 0;
-      _rows = _hasBegun ? Rows() : _run->faultRows();
-      const std::size_t most =
-          _unsorted ? std::exchange(_batch, std::min(4 * std::max(_batch, FIRST), MOST)) : _run->files.size();
-      const std::size_t end = _file + std::min(std::max(most, FIRST), _run->files.size() - _file);
-      _run->read(*_fileRun, _file, end, _threads, _rows);
       _file = end;
+      _batch = std::min(4 * most, MOST);
       _hasBegun = true;
-      if (!_unsorted) sortRows(_rows);
     }
     return newResult(std::move(_rows[_at++]));
   }
