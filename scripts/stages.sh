@@ -76,7 +76,7 @@ stage_fleet() {
   rm -rf "$place"
   /usr/bin/python3 -m venv --system-site-packages "$place"
   quietly "$place/bin/pip" install --no-index --no-build-isolation ./python
-  (cd "$place" && PYTHONDONTWRITEBYTECODE=1 bin/python -m pytest -q -p no:cacheprovider ../../tests/fleet)
+  (cd "$place" && PYTHONDONTWRITEBYTECODE=1 bin/python -m pytest -q -p no:cacheprovider --show-capture=no ../../tests/fleet)
 }
 
 # Without what lets every call and byte fail in turn or cuts the power, which takes long under sanitizers:

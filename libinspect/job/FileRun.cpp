@@ -61,6 +61,9 @@ bool FileRun::hasResultNamed(const std::string& extension) const {
   std::string error;
   std::error_code unreadable;
   source.setLimit(_maxSize);
+  source.onRead([this](std::size_t) {
+    if (_told) _told();
+  });
   return std::any_of(_files.begin(), _files.end(), [&](const std::string& file) {
     // A pipe can be read only once.
     if (extensionOf(file) != extension || !fs::is_regular_file(file, unreadable) || !source.open(file, error)) {

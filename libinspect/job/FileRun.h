@@ -2,11 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace Inspect {
@@ -31,6 +33,8 @@ class FileRun {
   bool isNamedAsResult(const std::string& file) const;
   /// The extensions, in small letters, that intact results of the run have.
   std::vector<std::string> resultExtensions() const;
+  /// Called after each read from the disk for these questions, from any thread. May throw, which ends what asks.
+  void onRead(std::function<void()> told) { _told = std::move(told); }
   /// For a part of a larger run: those of all of it. No file is read for them then.
   void useResultExtensions(const std::vector<std::string>& extensions);
 
@@ -45,6 +49,7 @@ class FileRun {
   mutable std::mutex _mutex;  // guards what follows
   mutable std::map<std::string, bool> _extensions;
   bool _knowsExtensions = false;
+  std::function<void()> _told;
 };
 
 }  // namespace Inspect

@@ -51,6 +51,7 @@ py::list doctor(const Run& run, const std::string& depth) {
   for (const Inspect::FileRow& fault : run.faultRows()) found.push_back({fault.row.file, {}, fault.error});
   runLong([&](const IsStopped& isStopped) {
     const std::unique_ptr<Inspect::FileRun> files = run.fileRun();
+    const StoppableRun stoppable(*files, isStopped);
     const auto ask = [&](const Inspect::ByteSource& source) {
       return judge(source, examination, [&](const std::string& path) { return files->isNamedAsResult(path); });
     };
@@ -87,8 +88,7 @@ py::dict recover(const py::object& input, const py::object& output, bool force) 
     std::string error;
     Inspect::ByteSource source;
     stopReading(source, isStopped);
-    errno = 0;
-    if (!source.openFile(from, error)) throw Failure(Failure::SYSTEM, error, from, errno != 0 ? errno : EISDIR);
+    if (!source.openFile(from, error)) throw Failure(Failure::SYSTEM, error, from, reasonOf(error, from));
     const std::string refusal = Inspect::refusalToReplace(to, force, {from});
     if (!refusal.empty()) refuse(refusal, to);
     recovery = findSections(source);
@@ -172,7 +172,8 @@ class WholeJob {
   void read(const std::vector<std::string>& named, const IsStopped& isStopped) {
     std::size_t others = 0;
     std::vector<std::string> files = filesOf(_job, named, _faults, others);
-    const Inspect::FileRun run(std::move(files), named, 0, others);
+    Inspect::FileRun run(std::move(files), named, 0, others);
+    const StoppableRun stoppable(run, isStopped);
     const auto tell = [&](const std::string&, const Inspect::ReadOutcome& outcome, const Inspect::JudgedFile*) {
       if (isStopped) throw Stopped();
       if (outcome.state != Inspect::ReadOutcome::WAS_READ) _faults.push_back(outcome.error);

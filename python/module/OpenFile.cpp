@@ -26,10 +26,8 @@ class OpenFile {
     std::string error;
     {
       const py::gil_scoped_release released;
-      errno = 0;
       if (!source->openFile(_path, error)) {
-        const int reason = errno != 0 ? errno : EISDIR;
-        throw Failure(Failure::SYSTEM, error, _path, reason);
+        throw Failure(Failure::SYSTEM, error, _path, reasonOf(error, _path));
       }
     }
     _source = std::move(source);

@@ -270,15 +270,17 @@ class Reading {
     while (_at == _rows.size()) {
       if (_hasBegun && _file == _run->files.size()) throw py::stop_iteration();
       if (!_fileRun) _fileRun = _run->fileRun();
+      Rows rows = _hasBegun ? Rows() : _run->faultRows();
+      const std::size_t most = _unsorted ? std::max(_batch, FIRST) : _run->files.size();
+      const std::size_t end = _file + std::min(most, _run->files.size() - _file);
+      _run->read(*_fileRun, _file, end, _threads, rows);
+      if (!_unsorted) sortRows(rows);
+      // Only now: after Ctrl-C the same files are read once more.
+      _rows = std::move(rows);
       _at = 0;
-      _rows = _hasBegun ? Rows() : _run->faultRows();
-      const std::size_t most =
-          _unsorted ? std::exchange(_batch, std::min(4 * std::max(_batch, FIRST), MOST)) : _run->files.size();
-      const std::size_t end = _file + std::min(std::max(most, FIRST), _run->files.size() - _file);
-      _run->read(*_fileRun, _file, end, _threads, _rows);
       _file = end;
+      _batch = std::min(4 * most, MOST);
       _hasBegun = true;
-      if (!_unsorted) sortRows(_rows);
     }
     return newResult(std::move(_rows[_at++]));
   }
@@ -342,8 +344,9 @@ Rows Run::faultRows() const {
   return rows;
 }
 
-void Run::read(const Inspect::FileRun& run, std::size_t begin, std::size_t end, unsigned threads, Rows& rows) const {
+void Run::read(Inspect::FileRun& run, std::size_t begin, std::size_t end, unsigned threads, Rows& rows) const {
   runLong([&](const IsStopped& isStopped) {
+    const StoppableRun stoppable(run, isStopped);
     const std::vector<std::string> part(files.begin() + static_cast<std::ptrdiff_t>(begin),
                                         files.begin() + static_cast<std::ptrdiff_t>(end));
     readRows(part, run, readingUntil(isStopped, threads), [&](FileRow row) {
@@ -451,7 +454,11 @@ void bindRows(py::module_& module) {
       .def("extensions",
            [](const Run& run) {
              std::vector<std::string> found;
-             runLong([&](const IsStopped&) { found = run.fileRun()->resultExtensions(); });
+             runLong([&](const IsStopped& isStopped) {
+               const std::unique_ptr<Inspect::FileRun> files = run.fileRun();
+               const StoppableRun stoppable(*files, isStopped);
+               found = files->resultExtensions();
+             });
              py::list names;
              for (const std::string& extension : found) names.append(py::bytes(extension));
              return names;

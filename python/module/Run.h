@@ -27,7 +27,7 @@ struct Run {
   std::vector<Inspect::FileRow> faultRows() const;
   /// Appends the rows of the files from `begin` to `end`.
   /// @param run  that of fileRun()
-  void read(const Inspect::FileRun& run, std::size_t begin, std::size_t end, unsigned threads,
+  void read(Inspect::FileRun& run, std::size_t begin, std::size_t end, unsigned threads,
             std::vector<Inspect::FileRow>& rows) const;
 
   std::vector<std::string> files;

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <future>
 #include <system_error>
 #include <thread>
@@ -18,12 +19,27 @@ Failure Failure::damaged(const std::string& text, const std::string& file, Inspe
   return failure;
 }
 
-void Failure::raise(const std::string& text, const std::string& file) {
+namespace {
+
+/// `errno`, if it is what a text ends with; otherwise 0.
+int reasonAtEnd(const std::string& text) {
   const int reason = errno;
   const std::string words = std::string(": ") + std::strerror(reason);
-  const bool isOfSystem =
-      reason != 0 && text.size() >= words.size() && text.compare(text.size() - words.size(), words.size(), words) == 0;
-  if (isOfSystem) throw Failure(SYSTEM, text, file, reason);
+  const bool isAtEnd =
+      text.size() >= words.size() && text.compare(text.size() - words.size(), words.size(), words) == 0;
+  return isAtEnd ? reason : 0;
+}
+
+}  // namespace
+
+int reasonOf(const std::string& error, const std::string& path) {
+  std::error_code unknown;
+  if (const int reason = reasonAtEnd(error); reason != 0) return reason;
+  return std::filesystem::is_directory(path, unknown) ? EISDIR : EINVAL;
+}
+
+void Failure::raise(const std::string& text, const std::string& file) {
+  if (const int reason = reasonAtEnd(text); reason != 0) throw Failure(SYSTEM, text, file, reason);
   throw py::value_error(text);
 }
 
@@ -82,6 +98,12 @@ Inspect::ReadingOptions readingUntil(const IsStopped& isStopped, unsigned thread
 
 void stopReading(Inspect::ByteSource& source, const IsStopped& isStopped) {
   source.onRead([&isStopped](std::size_t) {
+    if (isStopped) throw Stopped();
+  });
+}
+
+StoppableRun::StoppableRun(Inspect::FileRun& run, const IsStopped& isStopped) : _run(run) {
+  run.onRead([&isStopped] {
     if (isStopped) throw Stopped();
   });
 }

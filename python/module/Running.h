@@ -10,6 +10,7 @@
 
 #include <libinspect/container/ByteSource.h>
 #include <libinspect/container/Findings.h>
+#include <libinspect/job/FileRun.h>
 #include <libinspect/job/ManyFiles.h>
 
 namespace Binding {
@@ -62,7 +63,20 @@ void runLong(const std::function<void(const IsStopped& isStopped)>& work);
 
 /// How to read many files, ended by `isStopped`.
 Inspect::ReadingOptions readingUntil(const IsStopped& isStopped, unsigned threads);
-/// The same for one.
+/// The same for one, and for what is asked of a run of files, until then.
 void stopReading(Inspect::ByteSource& source, const IsStopped& isStopped);
+class StoppableRun {
+ public:
+  StoppableRun(Inspect::FileRun& run, const IsStopped& isStopped);
+  ~StoppableRun() { _run.onRead({}); }
+  StoppableRun(const StoppableRun&) = delete;
+  StoppableRun& operator=(const StoppableRun&) = delete;
+
+ private:
+  Inspect::FileRun& _run;
+};
+
+/// The reason, in the manner of errno, of an error that opening a file has just given.
+int reasonOf(const std::string& error, const std::string& path);
 
 }  // namespace Binding

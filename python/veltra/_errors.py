@@ -25,6 +25,9 @@ class Error(Exception):
     def __str__(self) -> str:
         return self.text
 
+    def __repr__(self) -> str:
+        return f"{type(self).__name__}({self.text!r})"
+
     def __reduce__(self) -> tuple[object, ...]:
         return type(self), (self.text, self.file, self.offset, self.code)
 

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import concurrent.futures
+import multiprocessing
 import os
 import signal
 
@@ -59,13 +60,18 @@ def read_in_processes(run: _veltra.Run, unsorted: bool, processes: int, threads:
     threads = threads or max(1, (os.cpu_count() or 1) // processes)
     parts = known.parts(max(1, -(-len(run) // most)))
     rows = _veltra.Rows()
+    others = {process.pid for process in multiprocessing.active_children()}
     with concurrent.futures.ProcessPoolExecutor(processes, initializer=_ignore_interrupts) as pool:
         waiting = [pool.submit(_read_part, part, threads) for part in parts]
+        started = {process.pid for process in multiprocessing.active_children()} - others
         try:
             for part in waiting:
                 rows.extend(part.result())
         except BaseException:
             pool.shutdown(wait=False, cancel_futures=True)
+            for process in multiprocessing.active_children():
+                if process.pid in started:
+                    process.terminate()  # it may be in the middle of a large file
             raise
     if not unsorted:
         rows.sort()

@@ -81,6 +81,11 @@ def test_what_a_slice_cannot_tell(write, tmp_path):
     from veltra import _frames
 
     pandas.testing.assert_frame_equal(_frames.frame_of(rows), whole)
+    for number in range(70):
+        (tmp_path / f"job/more-{number:02}.vres").write_text("no container")
+    whole = veltra.frame(tmp_path / "job")
+    assert len(whole) == 73
+    pandas.testing.assert_frame_equal(veltra.frame(tmp_path / "job", processes=2), whole)
     assert list(veltra.frame([tmp_path / "job/d.txt", tmp_path / "job/a.vres"]).damaged) == [False, True]
 
 

@@ -4,8 +4,9 @@ import datetime
 import decimal
 import json
 import os
+import re
 import resource
-import subprocess
+import shutil
 
 import pytest
 import veltra
@@ -89,3 +90,13 @@ def test_the_old_file_stays(tmp_path):
     for wrong, error in ((tmp_path / "no/such.vres", FileNotFoundError), ("/dev/full", ValueError), (tmp_path, ValueError)):
         with pytest.raises(error):
             veltra.create(wrong, force=True)
+
+
+def test_the_page_runs_as_it_stands(tmp_path, vectors, monkeypatch, capsys):
+    monkeypatch.chdir(tmp_path)
+    shutil.copytree(vectors, "job")
+    shutil.copy(vectors / "fibre.vres", "otdr-pass.vres")
+    shutil.copy(vectors / "cut-in-payload.vres", "bad.vres")
+    (block,) = re.findall(r"^```python\n(.*?)^```$", (vectors.parents[1] / "README.md").read_text(), re.M | re.S)
+    exec(block, {})
+    assert "A-017 Pass 1.3" in capsys.readouterr().out and {"new.vres", "good.vres"} < set(os.listdir())
