@@ -1,5 +1,5 @@
 # What "cmake --install" puts down. Components: runtime (the shared library), development (what callers compile and link
-# with), tools (the command), doc (documents and examples).
+# with), tools (the command), python (the module), doc (documents and examples).
 include(CMakePackageConfigHelpers)
 
 set(VELTRA_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VeltraCommon)

@@ -131,14 +131,14 @@ stage_fuzz() { scripts/fuzz --seconds 600; }
 # From the tree of the dev stage. A build with no option set is configured only: it compiles nothing that others do not.
 stage_install() {
   quietly cmake -S . -B build/plain -G Ninja
-  quietly cmake --preset dev
-  cmake --build --preset dev -j "$jobs" --target veltracommon veltracommon_static veltra veltra_pages -- --quiet
+  quietly cmake --preset dev -DVELTRA_PYTHON=ON
+  cmake --build --preset dev -j "$jobs" --target veltracommon veltracommon_static veltra veltra_pages veltra_python -- --quiet
   tests/install/run.sh build/dev
 }
 
 # Every code block of every document compiles, runs or is read by another test. From the tree of the dev stage.
 stage_documents() {
-  quietly cmake --preset dev
+  quietly cmake --preset dev -DVELTRA_PYTHON=OFF
   cmake --build --preset dev -j "$jobs" --target veltracommon veltracommon_static veltra veltra_pages make_payloads -- --quiet
   tests/documents.py build/dev
 }

@@ -32,7 +32,7 @@ is_shared() { readelf -dW "$1" | grep -q 'NEEDED.*libveltracommon\.so\.1]'; }
 
 # Debug information names the place it was made in; nothing else may. Every file belongs to a component.
 DESTDIR="$scratch/root" quietly cmake --install "$build" --prefix "/made here" --strip
-for component in runtime development tools doc; do
+for component in runtime development tools doc python; do
   quietly cmake --install "$build" --prefix "$scratch/made" --strip --component $component
 done
 diff -r "$scratch/made" "$scratch/root/made here" || die "the components are not the whole"
@@ -47,6 +47,12 @@ for file in doc/VeltraCommon/{README.md,docs/format.md,examples/walk_sections.cp
   [[ -s $scratch/prefix/share/$file ]] || die "share/$file is not installed"
 done
 "$scratch/prefix/bin/veltra" --version > /dev/null
+mkdir "$scratch/python"
+(cd "$scratch/python" && PYTHONPATH="$scratch/prefix/lib/python3/dist-packages" /usr/bin/python3 -B -c '
+import veltra
+with veltra.create("new.vres") as out:
+    out.summary(id="A-01", verdict="Pass")
+assert [result.id for result in veltra.results(".")] == ["A-01"]') || die "the Python module does not work"
 
 # find_package, both kinds; one of them from a project with other flags and another standard.
 caller cmake 1
