@@ -2,6 +2,11 @@
 # with), tools (the command), python (the module), doc (documents and examples).
 include(CMakePackageConfigHelpers)
 
+# The parent's folder is not for ours.
+set(VELTRA_DOCDIR ${CMAKE_INSTALL_DOCDIR})
+if(NOT PROJECT_IS_TOP_LEVEL)
+  set(VELTRA_DOCDIR ${CMAKE_INSTALL_DATAROOTDIR}/doc/${PROJECT_NAME})
+endif()
 set(VELTRA_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/VeltraCommon)
 foreach(target veltracommon veltracommon_static)
   if(TARGET ${target})
@@ -20,19 +25,30 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/libcrossplatform DESTINATION ${CMAKE_INS
   FILES_MATCHING PATTERN "*.h" PATTERN internal EXCLUDE)
 
 # What is compiled in comes under licences whose notices go with it.
-foreach(package libdeflate-dev libpcg-cpp-dev)
-  set(notice ${CMAKE_SYSROOT}/usr/share/doc/${package}/copyright)
-  if(EXISTS ${notice})
-    install(FILES ${notice} DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright-${package} COMPONENT runtime)
-  endif()
-endforeach()
-install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT runtime OPTIONAL)
+function(veltra_notices component)
+  foreach(package ${ARGN})
+    set(notice ${CMAKE_SYSROOT}/usr/share/doc/${package}/copyright)
+    if(EXISTS ${notice})
+      install(FILES ${notice} DESTINATION ${VELTRA_DOCDIR} RENAME copyright-${package} COMPONENT ${component})
+    endif()
+  endforeach()
+endfunction()
+veltra_notices(runtime libdeflate-dev libmsgsl-dev libpcg-cpp-dev)
+if(VELTRA_TOOLS)
+  veltra_notices(tools libcli11-dev libkainjow-mustache-dev)
+endif()
+if(VELTRA_PYTHON)
+  veltra_notices(python pybind11-dev)
+endif()
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${VELTRA_DOCDIR} COMPONENT runtime OPTIONAL)
 
 # As in the tree, so that the links between the documents hold.
-install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR}
-  COMPONENT doc)
-install(FILES ${PROJECT_SOURCE_DIR}/SECURITY.md DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc OPTIONAL)
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${CMAKE_INSTALL_DOCDIR}
+install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${PROJECT_SOURCE_DIR}/CONTRIBUTING.md
+  DESTINATION ${VELTRA_DOCDIR} COMPONENT doc)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/tests/vectors DESTINATION ${VELTRA_DOCDIR}/tests COMPONENT doc
+  PATTERN "*.h" EXCLUDE)
+install(FILES ${PROJECT_SOURCE_DIR}/SECURITY.md DESTINATION ${VELTRA_DOCDIR} COMPONENT doc OPTIONAL)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs ${PROJECT_SOURCE_DIR}/examples DESTINATION ${VELTRA_DOCDIR}
   USE_SOURCE_PERMISSIONS COMPONENT doc)
 
 # The libraries that the compiler of C++ brings along, for callers in C of the static library.

@@ -161,6 +161,14 @@ def names(block):
             raise ValueError(f"{command} is not known here: run it, or say what to compare it with")
 
 
+def build_lines(block):
+    """As names(), but for the last line, which starts an interpreter."""
+    *lines, last = block.lines
+    if not re.fullmatch(r"PYTHONPATH=build/package/python /usr/bin/python3", last):
+        raise ValueError(f"{last} is not known here")
+    names(Block(block.page, block.line, block.language, lines))
+
+
 def rooms(block):
     """Arrows between rooms, as scripts/arrows has them."""
     if block.text.splitlines()[0] != "logging <- serialization <- common <- libinspect <- tools":
@@ -178,6 +186,10 @@ RULES = [
         "PFileSafeWriter.h", "ResultFile.h", "PFileSectionTypes.h", "const char* path = \"\"; Veltra::ResultSummary summary; PFile::Section raw;\n"
         "#pragma GCC diagnostic ignored \"-Wunused-result\"\n")),   # the page says that the codes are left out
     ("README.md", "cmake", "", configured),
+    ("README.md", "python", "", in_test("tests/python/test_writing.py")),
+    ("docs/many-results.md", "python", "", in_test("tests/fleet/test_fleet.py")),
+    ("README.md", "indented", "scripts/install-packages build python", build_lines),
+    ("README.md", "indented", "sudo apt-get install", in_test("scripts/packages.txt", lambda b: b.lines[0].split()[-1])),
     ("README.md", "*", "export PKG_CONFIG_PATH", shell(prefix=PREFIX, then="[[ -x a.out || -x program || -x package_builder ]]")),
     ("docs/c-interface.md", "c", "", compiled_c),
     ("docs/c-interface.md", "indented", "cc ", shell(then="./package_builder built.pkg && veltra manifest show built.pkg")),

@@ -56,6 +56,8 @@ assert [result.id for result in veltra.results(".")] == ["A-01"]') || die "the P
 
 # find_package, both kinds; one of them from a project with other flags and another standard.
 caller cmake 1
+sed 's/^find_package.*/find_package(jsoncpp REQUIRED)\n&\nfind_package(VeltraCommon OPTIONAL_COMPONENTS static odd)/' CMakeLists.txt > changed
+mv changed CMakeLists.txt
 configure -DCMAKE_PREFIX_PATH="$scratch/prefix"
 cmake --build build -- --quiet
 run build/program
@@ -112,8 +114,10 @@ quietly cmake --install build --prefix "$scratch/static"
 cd ..
 snippet cmake 3 > CMakeLists.txt
 ln -s "$root" veltracommon
-configure -DVELTRA_INSTALL=ON
-grep -q 'build program: .*libveltracommon\.so' build/build.ninja || die "FetchContent does not link the library"
+configure -DVELTRA_INSTALL=ON -DVELTRA_UNITY=ON -DCMAKE_CXX_FLAGS=-fno-exceptions
+cmake --build build -j "$jobs" -- --quiet
+run build/program
+is_shared build/program || die "FetchContent does not link the library"
 ! grep -rq libdeflate --include=veltracommon.pc build || die "the shared library alone asks for what only the static one calls"
 
 # The static library alone, by pkg-config and from C by both.
