@@ -13,6 +13,19 @@ namespace Inspect {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+/// Whether a file begins as containers do, whatever its name.
+bool looksLikeContainer(const std::string& file) {
+  ByteSource source;
+  std::string error;
+  char begin[2] = {};
+  return source.openFile(file, error) && source.readAt(0, begin, sizeof begin) == sizeof begin && begin[0] == 'P' &&
+         begin[1] == 'F';
+}
+
+}  // namespace
+
 std::vector<std::string> Job::strays() const {
   std::unordered_set<std::string> known;
   for (const JobLink& link : links) known.insert(link.lostFiles.begin(), link.lostFiles.end());
@@ -55,6 +68,24 @@ std::vector<std::string> descriptionsIn(const std::vector<std::string>& paths) {
     if (!isKnown) found.push_back(file);
   }
   return found;
+}
+
+std::vector<std::string> filesWithoutDescriptions(const std::vector<std::string>& paths, bool recursive,
+                                                  std::vector<std::string>& faults, std::size_t& others) {
+  std::vector<std::string> files = filesOf(paths, recursive, faults, others);
+  for (const std::string& description : descriptionsIn(paths)) {
+    const bool isNamed = std::find(paths.begin(), paths.end(), description) != paths.end();
+    if (!isNamed && !looksLikeContainer(description)) leaveOutDescription(files, description);
+  }
+  return files;
+}
+
+std::vector<std::string> filesOf(const Job& job, const std::vector<std::string>& paths,
+                                 std::vector<std::string>& faults, std::size_t& others) {
+  std::vector<std::string> files = filesWithoutDescriptions(paths, true, faults, others);
+  if (paths.size() > 1) leaveOutDoubles(files);
+  if (!job.descriptionFile.empty()) leaveOutDescription(files, job.descriptionFile);
+  return files;
 }
 
 void leaveOutDoubles(std::vector<std::string>& files) {

@@ -36,6 +36,15 @@ JobDescription guessedDescription(const Job& job, std::vector<std::string>& unus
 /// @param paths  of files and folders
 std::vector<std::string> descriptionsIn(const std::vector<std::string>& paths);
 
+/// The files of paths, as filesOf() has them, but for the descriptions that folders have.
+/// @param faults  receives a line for each path that cannot be examined
+/// @param others  receives how much else is there
+std::vector<std::string> filesWithoutDescriptions(const std::vector<std::string>& paths, bool recursive,
+                                                  std::vector<std::string>& faults, std::size_t& others);
+/// The files that may be results of a job, each once, in folders and below.
+std::vector<std::string> filesOf(const Job& job, const std::vector<std::string>& paths,
+                                 std::vector<std::string>& faults, std::size_t& others);
+
 /// Leaves each file in a list once, by whatever names it is there.
 void leaveOutDoubles(std::vector<std::string>& files);
 

@@ -114,4 +114,132 @@ JobStatus statusOf(const Job& job) {
   return status;
 }
 
+namespace {
+
+// What a row tells of.
+constexpr char KIND[] = "kind";
+constexpr char RANGE[] = "range";
+constexpr char ALL[] = "all";
+constexpr char WORK[] = "work";
+constexpr char HISTORY[] = "history";
+constexpr char FOREIGN[] = "foreign";
+constexpr char NOTE[] = "note";
+
+void addCounts(const LinkCounts& counts, Json::Value& json) {
+  for (const LinkCountColumn& column : linkCountColumns()) {
+    json[column.name] = static_cast<Json::UInt64>(counts.*column.count);
+  }
+}
+
+Json::Value rowOf(const char* kind) {
+  Json::Value row(Json::objectValue);
+  row[KIND] = kind;
+  return row;
+}
+
+Json::Value jsonOf(const LinkResult& result) {
+  const Veltra::ResultSummary& summary = result.row->summary;
+  Json::Value json(Json::objectValue);
+  json["file"] = result.row->file;
+  json["type"] = toString(summary.resultType);
+  json["status"] = toString(summary.status);
+  json["time"] = isoUtc(static_cast<time_t>(summary.timeStamp));
+  json["damaged"] = result.row->isDamaged;
+  json["counts"] = result.counts;
+  json["replacedBy"] = result.replacedBy != nullptr ? Json::Value(result.replacedBy->file) : Json::Value();
+  json["tied"] = result.isTied;
+  json["copyOf"] = result.copyOf != nullptr ? Json::Value(result.copyOf->file) : Json::Value();
+  return json;
+}
+
+}  // namespace
+
+const std::vector<std::string>& statusColumns() {
+  static const std::vector<std::string> COLUMNS = [] {
+    std::vector<std::string> columns = {KIND, RANGE, "id", "why", "status", "file", "time", "replacedBy", NOTE};
+    for (const LinkCountColumn& column : linkCountColumns()) columns.emplace_back(column.name);
+    return columns;
+  }();
+  return COLUMNS;
+}
+
+void forEachStatusRow(const JobStatus& status, const std::function<void(const Json::Value&)>& onRow) {
+  for (const RangeStatus& range : status.ranges) {
+    Json::Value row = rowOf(RANGE);
+    row[RANGE] = range.text;
+    addCounts(range.counts, row);
+    onRow(row);
+  }
+  Json::Value all = rowOf(ALL);
+  addCounts(status.all, all);
+  onRow(all);
+  for (const WorkItem& item : status.work) {
+    Json::Value row = rowOf(WORK);
+    row["id"] = item.link->id;
+    row["why"] = toString(item.why);
+    row["status"] = item.result != nullptr ? Json::Value(toString(item.result->summary.status)) : Json::Value();
+    row["file"] = item.file.empty() ? Json::Value() : Json::Value(item.file);
+    onRow(row);
+  }
+  for (const JobLink* link : status.history) {
+    for (const LinkResult& result : link->results) {
+      if (result.replacedBy == nullptr) continue;
+      Json::Value row = rowOf(HISTORY);
+      row["id"] = link->id;
+      row["status"] = toString(result.row->summary.status);
+      row["file"] = result.row->file;
+      row["time"] = isoUtc(static_cast<time_t>(result.row->summary.timeStamp));
+      row["replacedBy"] = result.replacedBy->file;
+      onRow(row);
+    }
+  }
+  for (const JobLink* link : status.foreign) {
+    for (const LinkResult& result : link->results) {
+      Json::Value row = rowOf(FOREIGN);
+      row["id"] = link->id;
+      row["why"] = toString(link->state);
+      row["status"] = toString(result.row->summary.status);
+      row["file"] = result.row->file;
+      onRow(row);
+    }
+  }
+  for (const std::string& note : status.notes) {
+    Json::Value row = rowOf(NOTE);
+    row[NOTE] = note;
+    onRow(row);
+  }
+}
+
+Json::Value toJson(const JobLink& link) {
+  Json::Value json(Json::objectValue);
+  json["id"] = link.id;
+  json["expected"] = link.isExpected;
+  json["state"] = toString(link.state);
+  json["status"] = toString(link.verdict);
+  Json::Value& results = json["results"] = Json::Value(Json::arrayValue);
+  for (const LinkResult& result : link.results) results.append(jsonOf(result));
+  Json::Value& lost = json["damagedFiles"] = Json::Value(Json::arrayValue);
+  for (const std::string& file : link.lostFiles) lost.append(file);
+  return json;
+}
+
+Json::Value toJson(const Job& job, const JobStatus& status) {
+  Json::Value json(Json::objectValue);
+  json["job"] = job.descriptionFile.empty() ? Json::Value() : Json::Value(job.descriptionFile);
+  json["title"] = job.description.title;
+  json["guessed"] = job.description.isGuessed;
+  json["finished"] = status.isFinished();
+  json["otherFiles"] = static_cast<Json::UInt64>(job.files.others);
+  addCounts(status.all, json["all"] = Json::Value(Json::objectValue));
+  for (const char* list : {"ranges", "work", "notes"}) json[list] = Json::Value(Json::arrayValue);
+  forEachStatusRow(status, [&json](Json::Value row) {
+    const std::string kind = row[KIND].asString();
+    row.removeMember(KIND);
+    if (kind == RANGE) json["ranges"].append(std::move(row));
+    if (kind == WORK) json["work"].append(std::move(row));
+    if (kind == NOTE) json["notes"].append(row[NOTE]);
+  });
+  return json;
+}
+
 }  // namespace Inspect

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -62,5 +63,14 @@ struct JobStatus {
 };
 /// @param job  settled
 JobStatus statusOf(const Job& job);
+
+/// The status as JSON, all but its links.
+Json::Value toJson(const Job& job, const JobStatus& status);
+/// A link with its results as JSON.
+Json::Value toJson(const JobLink& link);
+/// Calls with rows of several kinds, told apart by their member "kind".
+void forEachStatusRow(const JobStatus& status, const std::function<void(const Json::Value&)>& onRow);
+/// The columns of these rows.
+const std::vector<std::string>& statusColumns();
 
 }  // namespace Inspect

@@ -5,7 +5,6 @@
 #include <fmt/format.h>
 
 #include <libinspect/container/Doctor.h>
-#include <libinspect/container/Recover.h>
 #include <libinspect/records/RecordCheck.h>
 
 namespace Inspect {
@@ -129,6 +128,26 @@ JudgedFile judge(const ByteSource& source, Examination examination, const IsName
 NextStep nextStep(const JudgedFile& file, const Finding& finding, OutputPlace place, Charset charset) {
   if (file.hasNothingIntact && asksForRecovery(finding)) return {"", "copy the file from the instrument again"};
   return {nextCommand(file.report.path, finding, place, charset), ""};
+}
+
+Json::Value diagnosisJson(const JudgedFile& file, bool isDeep) {
+  Json::Value json(Json::objectValue);
+  json["file"] = file.report.name;
+  json["damaged"] = file.state == FileState::DAMAGED;
+  if (isDeep) json["deepFindings"] = static_cast<Json::UInt64>(file.deepFindings);
+  json["findingsLeftOut"] = static_cast<Json::UInt64>(file.report.findings.leftOut());
+  return json;
+}
+
+Json::Value toJson(const JudgedFile& file, const Finding& finding, OutputPlace place) {
+  Json::Value json = toJson(finding);
+  const std::string next = nextStep(file, finding, place).command;
+  json["next"] = next.empty() ? Json::Value() : Json::Value(next);
+  return json;
+}
+
+bool hasNothingToRecover(const ByteSource& source, const Recovery& recovery) {
+  return recovery.kept.empty() && !recovery.isContainer && judge(source).state != FileState::INTACT;
 }
 
 std::string noContainerText(const JudgedFile& file) {

@@ -6,6 +6,7 @@
 
 #include <libcrossplatform/common/ResultSummary.h>
 #include <libinspect/container/ContainerWalk.h>
+#include <libinspect/container/Recover.h>
 #include <libinspect/records/RecordView.h>
 
 namespace Inspect {
@@ -50,6 +51,15 @@ struct NextStep {
   std::string advice;
 };
 NextStep nextStep(const JudgedFile& file, const Finding& finding, OutputPlace place, Charset charset = Charset::UTF8);
+
+/// The JSON form of what is wrong with a file, without its findings.
+/// @param isDeep  it was looked at that closely
+Json::Value diagnosisJson(const JudgedFile& file, bool isDeep);
+/// A finding as JSON, with the command to run next.
+Json::Value toJson(const JudgedFile& file, const Finding& finding, OutputPlace place);
+
+/// Whether there is nothing that could be saved of an input: no section, and no container that is empty but whole.
+bool hasNothingToRecover(const ByteSource& source, const Recovery& recovery);
 
 /// "NAME: not a container: expected ..., found ...", of an OTHER file.
 std::string noContainerText(const JudgedFile& file);

@@ -116,4 +116,18 @@ std::string digitsOf(const Json::Value& measurement) {
   return isDecimal(digits) && std::strtod(digits.c_str(), nullptr) == value.asDouble() ? digits : std::string();
 }
 
+std::map<std::string, FlatMember> flatMembers(const Json::Value& row) {
+  std::map<std::string, FlatMember> members;
+  for (const std::string& name : row.getMemberNames()) {
+    const Json::Value& value = row[name];
+    if (isMeasurement(value)) {
+      members[name] = {value["value"], digitsOf(value)};
+      members[name + "Relation"] = {relationBeside(value), {}};
+    } else {
+      members[name] = {value, {}};
+    }
+  }
+  return members;
+}
+
 }  // namespace Inspect

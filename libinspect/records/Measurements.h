@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 
@@ -38,5 +39,14 @@ Json::Value relationBeside(const Json::Value& measurement);
 bool isMeasurement(const Json::Value& value);
 /// The number of such an object with all measured digits, such as 12.50; empty where it has none.
 std::string digitsOf(const Json::Value& measurement);
+
+/// A member of a row.
+struct FlatMember {
+  Json::Value value;
+  std::string digits;  ///< of a measured number
+};
+/// The members of a row, an object, as it is shown: a measurement is two of them, its number, and under its name with
+/// "Relation" after it what stands beside the number.
+std::map<std::string, FlatMember> flatMembers(const Json::Value& row);
 
 }  // namespace Inspect

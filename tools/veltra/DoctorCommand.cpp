@@ -40,18 +40,11 @@ FileAnswer answerOf(const Inspect::JudgedFile& file, bool isDeep, Inspect::Outpu
     if (!options.quiet) answer.text = textOf(file, place);
     return answer;
   }
-  answer.json["file"] = report.name;
-  answer.json["damaged"] = file.state == Inspect::FileState::DAMAGED;
-  if (isDeep) answer.json["deepFindings"] = static_cast<Json::UInt64>(file.deepFindings);
-  answer.json["findingsLeftOut"] = static_cast<Json::UInt64>(report.findings.leftOut());
+  answer.json = diagnosisJson(file, isDeep);
   const auto size = static_cast<std::size_t>(report.findings.end() - report.findings.begin());
   answer.list = LongList{"findings", size, [file, place](std::size_t i) {
                            const Inspect::Findings& findings = file.report.findings;
-                           const Inspect::Finding& finding = *(findings.begin() + static_cast<std::ptrdiff_t>(i));
-                           Json::Value json = toJson(finding);
-                           const std::string next = nextStep(file, finding, place).command;
-                           json["next"] = next.empty() ? Json::Value() : Json::Value(next);
-                           return json;
+                           return toJson(file, *(findings.begin() + static_cast<std::ptrdiff_t>(i)), place);
                          }};
   return answer;
 }

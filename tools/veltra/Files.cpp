@@ -1,6 +1,5 @@
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -46,15 +45,6 @@ int codeOfOther(const Inspect::FileRun& run, const std::string& file, const std:
   return EXIT_DONE;
 }
 
-/// Whether a file begins as containers do, whatever its name.
-bool looksLikeContainer(const std::string& file) {
-  Inspect::ByteSource source;
-  std::string error;
-  char begin[2] = {};
-  return source.openFile(file, error) && source.readAt(0, begin, sizeof begin) == sizeof begin && begin[0] == 'P' &&
-         begin[1] == 'F';
-}
-
 void complainOfFile(const std::string& file, const Inspect::Findings& findings, const Options& options) {
   if (!options.quiet) complainOfEach(Inspect::inputName(file), findings);
 }
@@ -64,11 +54,7 @@ void complainOfFile(const std::string& file, const Inspect::Findings& findings, 
 std::vector<std::string> filesOf(const std::vector<std::string>& paths, const Options& options, int& code,
                                  std::size_t& passedOver) {
   std::vector<std::string> faults;
-  std::vector<std::string> files = Inspect::filesOf(paths, options.recursive, faults, passedOver);
-  for (const std::string& description : Inspect::descriptionsIn(paths)) {
-    const bool isNamed = std::find(paths.begin(), paths.end(), description) != paths.end();
-    if (!isNamed && !looksLikeContainer(description)) Inspect::leaveOutDescription(files, description);
-  }
+  std::vector<std::string> files = Inspect::filesWithoutDescriptions(paths, options.recursive, faults, passedOver);
   for (const std::string& fault : faults) complain(fault);
   if (!faults.empty()) code = worse(code, EXIT_COULD_NOT);
   return files;
@@ -255,13 +241,12 @@ bool describeJob(const JobArguments& args, Inspect::Job& job, int& code) {
 
 bool readWholeJob(const JobArguments& args, const Options& options, Inspect::Job& job, int& code,
                   const std::function<bool(std::vector<std::string>& files)>& choose) {
-  Options recursive = options;
-  recursive.recursive = true;
   std::size_t passedOver = 0;
   int reading = EXIT_DONE;
-  std::vector<std::string> files = filesOf(args.paths, recursive, reading, passedOver);
-  if (args.paths.size() > 1) Inspect::leaveOutDoubles(files);
-  if (!job.descriptionFile.empty()) Inspect::leaveOutDescription(files, job.descriptionFile);
+  std::vector<std::string> faults;
+  std::vector<std::string> files = Inspect::filesOf(job, args.paths, faults, passedOver);
+  for (const std::string& fault : faults) complain(fault);
+  if (!faults.empty()) reading = EXIT_COULD_NOT;
   if (choose && !choose(files)) return false;
   const Inspect::FileRun run(std::move(files), args.paths, options.maxSize, passedOver);
   job.files = readJob(run, options, reading);

@@ -16,15 +16,6 @@ namespace {
 
 using Inspect::JobStatus;
 
-// What a row tells of.
-constexpr char KIND[] = "kind";
-constexpr char RANGE[] = "range";
-constexpr char ALL[] = "all";
-constexpr char WORK[] = "work";
-constexpr char HISTORY[] = "history";
-constexpr char FOREIGN[] = "foreign";
-constexpr char NOTE[] = "note";
-
 Table::Cell verdictCell(Veltra::Status status) {
   return {toString(status), toneOf(status)};
 }
@@ -106,113 +97,6 @@ std::string textOf(const Inspect::Job& job, const JobStatus& status) {
   return text;
 }
 
-void addCounts(const Inspect::LinkCounts& counts, Json::Value& json) {
-  for (const Inspect::LinkCountColumn& column : Inspect::linkCountColumns()) {
-    json[column.name] = static_cast<Json::UInt64>(counts.*column.count);
-  }
-}
-
-Json::Value rowOf(const char* kind) {
-  Json::Value row(Json::objectValue);
-  row[KIND] = kind;
-  return row;
-}
-
-/// Calls with rows of several kinds, told apart by their first column.
-void forEachRow(const JobStatus& status, const LongList::OnElement& onRow) {
-  for (const Inspect::RangeStatus& range : status.ranges) {
-    Json::Value row = rowOf(RANGE);
-    row[RANGE] = range.text;
-    addCounts(range.counts, row);
-    onRow(row);
-  }
-  Json::Value all = rowOf(ALL);
-  addCounts(status.all, all);
-  onRow(all);
-  for (const Inspect::WorkItem& item : status.work) {
-    Json::Value row = rowOf(WORK);
-    row["id"] = item.link->id;
-    row["why"] = toString(item.why);
-    row["status"] = item.result != nullptr ? Json::Value(toString(item.result->summary.status)) : Json::Value();
-    row["file"] = item.file.empty() ? Json::Value() : Json::Value(item.file);
-    onRow(row);
-  }
-  for (const Inspect::JobLink* link : status.history) {
-    for (const Inspect::LinkResult& result : link->results) {
-      if (result.replacedBy == nullptr) continue;
-      Json::Value row = rowOf(HISTORY);
-      row["id"] = link->id;
-      row["status"] = toString(result.row->summary.status);
-      row["file"] = result.row->file;
-      row["time"] = Inspect::isoUtc(static_cast<time_t>(result.row->summary.timeStamp));
-      row["replacedBy"] = result.replacedBy->file;
-      onRow(row);
-    }
-  }
-  for (const Inspect::JobLink* link : status.foreign) {
-    for (const Inspect::LinkResult& result : link->results) {
-      Json::Value row = rowOf(FOREIGN);
-      row["id"] = link->id;
-      row["why"] = toString(link->state);
-      row["status"] = toString(result.row->summary.status);
-      row["file"] = result.row->file;
-      onRow(row);
-    }
-  }
-  for (const std::string& note : status.notes) {
-    Json::Value row = rowOf(NOTE);
-    row[NOTE] = note;
-    onRow(row);
-  }
-}
-
-Json::Value jsonOf(const Inspect::LinkResult& result) {
-  const Veltra::ResultSummary& summary = result.row->summary;
-  Json::Value json(Json::objectValue);
-  json["file"] = result.row->file;
-  json["type"] = toString(summary.resultType);
-  json["status"] = toString(summary.status);
-  json["time"] = Inspect::isoUtc(static_cast<time_t>(summary.timeStamp));
-  json["damaged"] = result.row->isDamaged;
-  json["counts"] = result.counts;
-  json["replacedBy"] = result.replacedBy != nullptr ? Json::Value(result.replacedBy->file) : Json::Value();
-  json["tied"] = result.isTied;
-  json["copyOf"] = result.copyOf != nullptr ? Json::Value(result.copyOf->file) : Json::Value();
-  return json;
-}
-
-Json::Value jsonOf(const Inspect::JobLink& link) {
-  Json::Value json(Json::objectValue);
-  json["id"] = link.id;
-  json["expected"] = link.isExpected;
-  json["state"] = toString(link.state);
-  json["status"] = toString(link.verdict);
-  Json::Value& results = json["results"] = Json::Value(Json::arrayValue);
-  for (const Inspect::LinkResult& result : link.results) results.append(jsonOf(result));
-  Json::Value& lost = json["damagedFiles"] = Json::Value(Json::arrayValue);
-  for (const std::string& file : link.lostFiles) lost.append(file);
-  return json;
-}
-
-Json::Value jsonOf(const Inspect::Job& job, const JobStatus& status) {
-  Json::Value json(Json::objectValue);
-  json["job"] = job.descriptionFile.empty() ? Json::Value() : Json::Value(job.descriptionFile);
-  json["title"] = job.description.title;
-  json["guessed"] = job.description.isGuessed;
-  json["finished"] = status.isFinished();
-  json["otherFiles"] = static_cast<Json::UInt64>(job.files.others);
-  addCounts(status.all, json["all"] = Json::Value(Json::objectValue));
-  for (const char* list : {"ranges", "work", "notes"}) json[list] = Json::Value(Json::arrayValue);
-  forEachRow(status, [&json](Json::Value row) {
-    const std::string kind = row[KIND].asString();
-    row.removeMember(KIND);
-    if (kind == RANGE) json["ranges"].append(std::move(row));
-    if (kind == WORK) json["work"].append(std::move(row));
-    if (kind == NOTE) json["notes"].append(row[NOTE]);
-  });
-  return json;
-}
-
 /// Complains of a job without expected IDs, and says how it gets them. @return the exit code
 int complainOfNoIds(const JobArguments& args, const Inspect::Job& job) {
   namespace fs = std::filesystem;
@@ -252,16 +136,13 @@ int status(const JobArguments& args, const TableOutput& output, const Options& o
   const int answer = status.isFinished() ? EXIT_DONE : EXIT_NO;
   if (!output.path.empty()) return worse(worse(code, answer), saveTables(job, output, options));
   Document document;
-  for (const char* column : {KIND, RANGE, "id", "why", "status", "file", "time", "replacedBy", NOTE}) {
-    document.columns.emplace_back(column);
-  }
-  for (const Inspect::LinkCountColumn& column : Inspect::linkCountColumns()) document.columns.emplace_back(column.name);
+  document.columns = Inspect::statusColumns();
   document.text = [&] { return textOf(job, status); };
-  document.json = [&] { return jsonOf(job, status); };
+  document.json = [&] { return toJson(job, status); };
   if (options.format == FORMAT_JSON) {
-    document.rows = {"links", job.links.size(), [&](std::size_t i) { return jsonOf(job.links[i]); }};
+    document.rows = {"links", job.links.size(), [&](std::size_t i) { return toJson(job.links[i]); }};
   } else {
-    document.rows.all = [&status](const LongList::OnElement& onRow) { forEachRow(status, onRow); };
+    document.rows.all = [&status](const LongList::OnElement& onRow) { forEachStatusRow(status, onRow); };
   }
   printDocument(document, options);
   return worse(code, answer);

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
 #include <memory>
 #include <optional>
 #include <sstream>
@@ -21,28 +20,8 @@ namespace Command {
 namespace {
 
 using Inspect::digitsOf;
+using Inspect::flatMembers;
 using Inspect::isMeasurement;
-
-/// A member of a row.
-struct FlatMember {
-  Json::Value value;
-  std::string digits;  ///< of a measured number
-};
-
-/// The members of a row as they are printed: a measurement is two of them.
-std::map<std::string, FlatMember> flatMembers(const Json::Value& row) {
-  std::map<std::string, FlatMember> members;
-  for (const std::string& name : row.getMemberNames()) {
-    const Json::Value& value = row[name];
-    if (isMeasurement(value)) {
-      members[name] = {value["value"], digitsOf(value)};
-      members[name + "Relation"] = {Inspect::relationBeside(value), {}};
-    } else {
-      members[name] = {value, {}};
-    }
-  }
-  return members;
-}
 
 /// As JsonCpp writes it; a number exactly, also where JsonCpp would round it.
 std::string scalarText(const Json::Value& value) {
