@@ -35,17 +35,6 @@ bool savePage(const std::string& path, const Inspect::Job& job, const Inspect::R
   return false;
 }
 
-/// The files of the results that count.
-std::vector<std::string> countedFiles(const Inspect::Job& job) {
-  std::vector<std::string> files;
-  for (const Inspect::JobLink& link : job.links) {
-    for (const Inspect::LinkResult& result : link.results) {
-      if (result.counts) files.push_back(result.row->file);
-    }
-  }
-  return files;
-}
-
 int report(const ReportArguments& args, const Options& options) {
   Inspect::Job job;
   Inspect::TimeZone zone;
@@ -92,7 +81,7 @@ int report(const ReportArguments& args, const Options& options) {
   }
   Inspect::ReadingOptions reading;
   reading.threads = options.jobs;
-  form.instruments = Inspect::instrumentsOf(countedFiles(job), reading);
+  form.instruments = Inspect::instrumentsOf(countedFiles(job.links), reading);
   if (!savePage(args.output, job, form, zone)) return EXIT_COULD_NOT;
   const auto damaged = std::count_if(job.files.notes.begin(), job.files.notes.end(),
                                      [](const Inspect::FileNote& note) { return note.isDamaged; });
