@@ -26,6 +26,13 @@ constexpr char NUM_PASS_STAR_TESTS[] = "numPassStarTests";
 constexpr char NUM_FAIL_TESTS[] = "numFailTests";
 }  // namespace SummaryNames
 
+/// Seconds since 1970-01-01 UTC: a long, that of a desk also where a module in a browser has a shorter one.
+#ifdef __wasm__
+using ResultTime = long long;
+#else
+using ResultTime = long;
+#endif
+
 /// The small record that stands for one saved test result in result lists.
 /// A plain value: default-constructed cleared, copied freely. On the wire: headed record, docs/format.md#resultsummary.
 class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Dump::IJsonable {
@@ -36,7 +43,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
   static constexpr const char* JSON_ROOT_NAME = "ResultSummary";
 
   ResultSummary() = default;
-  ResultSummary(const char* name, ResultType type, long time, Status verdict, const DisplayMeas& len,
+  ResultSummary(const char* name, ResultType type, ResultTime time, Status verdict, const DisplayMeas& len,
                 const DisplayMeas& room, unsigned int flags, int passed, int passedStar, int failed);
   ResultSummary(const ResultSummary& other);
   ResultSummary& operator=(const ResultSummary& other);
@@ -63,7 +70,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
   ResultType resultType = RESULT_TYPE_NOT_SET;
-  long timeStamp = 0;              ///< when the result was taken, s since 1970-01-01 UTC
+  ResultTime timeStamp = 0;        ///< when the result was taken, s since 1970-01-01 UTC
   Status status = STATUS_NOT_SET;  ///< overall verdict
   DisplayMeas length;
   DisplayMeas headroom;
@@ -113,7 +120,7 @@ class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, publi
   static constexpr const char* JSON_ROOT_NAME = "ResultPathSummary";
 
   ResultPathSummary() = default;
-  ResultPathSummary(std::string name, ResultType type, long time, std::string path, unsigned int bytes);
+  ResultPathSummary(std::string name, ResultType type, ResultTime time, std::string path, unsigned int bytes);
 
   /// The time stamp as UTC in the form 2019-03-04T05:06:07; empty when it cannot be broken down.
   std::string getDateTimeString() const;
@@ -131,7 +138,7 @@ class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, publi
 
   std::string resultName;
   ResultType resultType = RESULT_TYPE_NOT_SET;
-  long timeStamp = 0;  ///< s since 1970-01-01 UTC
+  ResultTime timeStamp = 0;  ///< s since 1970-01-01 UTC
   std::string pathName;
   unsigned int filesize = 0;  ///< bytes
 
