@@ -10,10 +10,10 @@
 #include <vector>
 
 #include <fmt/format.h>
-#include <json/reader.h>
 #include <json/writer.h>
 
 #include <libcrossplatform/serialization/JsonText.h>
+#include <libinspect/container/JsonFaults.h>
 #include <libinspect/container/Recover.h>
 #include <libinspect/job/JobStatus.h>
 #include <libinspect/records/Measurements.h>
@@ -54,9 +54,8 @@ void answerError(const std::string& error) {
 
 Json::Value question() {
   Json::Value json;
-  std::string errors;
-  const Json::CharReaderBuilder builder;
-  builder.newCharReader()->parse(input.data(), input.data() + input.size(), &json, &errors);
+  std::string error;
+  (void)Inspect::parseWholeJson(input, json, error);  // the page's own text
   return json;
 }
 
@@ -167,7 +166,7 @@ VELTRA_ASKED(look) void lookAt(uint32_t number) {
     return judge(source, Inspect::Examination::ORDINARY, isNamedAsResult);
   };
   const auto tell = [&](const std::string& name, const Inspect::ReadOutcome& outcome,
-                           const std::optional<Inspect::JudgedFile>& file) {
+                        const std::optional<Inspect::JudgedFile>& file) {
     session->job.files.add(name, outcome, file ? &*file : nullptr, run);
     Json::Value json = file ? jsonOf(*file, name) : Json::Value(Json::objectValue);
     json["file"] = name;

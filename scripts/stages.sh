@@ -112,6 +112,23 @@ stage_report() {
   tests/libinspect/report/render.sh build/release/tools/veltra build/report
 }
 
+# The page that needs nothing installed: its module against the command, and the page in a browser. The pictures stay in
+# build/browser/tried.
+stage_browser() {
+  quietly cmake --preset release
+  cmake --build --preset release -j "$jobs" --target veltra -- --quiet
+  scripts/browser
+  command -v npm > /dev/null || install_packages browse
+  [[ -d build/browser/node_modules/axe-core && -d build/browser/node_modules/puppeteer-core ]] ||
+    quietly npm install --silent --no-save --no-audit --no-fund --ignore-scripts --prefix build/browser \
+      axe-core@4.14.1 puppeteer-core@25.16.0
+  tests/browser/run.sh build/release/tools/veltra build/browser/tried
+  local size most=1000000
+  size=$(stat -c %s build/browser/veltra.html)
+  say "veltra.html: $size bytes; at most $most"
+  ((size <= most))
+}
+
 # Configured apart: one command for each source, and no header that another compiler precompiled.
 stage_tidy() {
   quietly cmake --preset dev -B build/tidy -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON

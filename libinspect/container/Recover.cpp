@@ -33,6 +33,7 @@ class CrcIndex {
   /// CRC-32 of [begin, end), both within the input.
   uint32_t crcOf(uint64_t begin, uint64_t end) const {
     if (end - begin <= STEP) return extend(0, begin, end);
+    static_assert(sizeof(z_off_t) >= sizeof(uint64_t), "a section may have 4 GiB");
     const auto length = static_cast<z_off_t>(end - begin);
     return prefix(end) ^ static_cast<uint32_t>(crc32_combine(prefix(begin), 0, length));
   }
