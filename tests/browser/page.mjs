@@ -87,6 +87,7 @@ await open({}, async (page) => {
   await page.evaluate(() => {
     const fields = document.getElementById("description").elements;
     document.getElementById("data").open = true;
+    document.getElementById("description").reset();
     fields.title.value = "</script>\u2028typed";
     fields.expected.value = "A-001..A-013";
     fields.logo.value = "";
@@ -112,7 +113,8 @@ await open({}, async (page) => {
 
 // Names that are made to be more than text.
 await open({}, async (page) => {
-  await drop(page, [join(folder, "hostile")]);
+  await (await page.$("#folder")).uploadFile(join(folder, "hostile"));
+  await answered(page);
   const names = readFileSync(join(folder, "names.txt"), "utf8").split("\n").filter(Boolean);
   const found = await page.evaluate(() => ({
     texts: Array.from(document.querySelectorAll("bdi"), (each) => each.textContent),

@@ -57,9 +57,10 @@ printf '%s\n' '<script>foreign1=1</script>' '<img id=foreign2 src=x onerror=fore
   "' onload='foreign4=1" '" onload="foreign5=1' '--><i id=foreign6>' $'\xe2\x80\xa8\xe2\x80\xae<b id=foreign7>' '-' > names.txt
 count=0
 while IFS= read -r name; do
+  count=$((count + 1))
   json=${name//\"/\\\"}
   printf '{"summary": {"resultName": "%s", "resultType": "COPPER", "status": "Fail"}, "sections": []}' "$json" |
-    "$veltra" pack - -o "hostile/$((++count)).vres" > /dev/null
+    "$veltra" pack - -o "hostile/$count.vres" > /dev/null
   head -c 50 job/A-001.vres > "hostile/${name//\//:}"
 done < names.txt
 tr / : < names.txt | sed 's/^/hostile\//' > files.txt
