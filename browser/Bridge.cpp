@@ -67,23 +67,19 @@ Json::Value listOf(const Texts& texts) {
 }
 
 /// The description of the job: what was typed in, or else the job.json among the paths.
-/// @return false, with `error` filled
+/// @return false, with `error` filled: nothing of it is used
 bool describe(const Json::Value& asked, const std::vector<std::string>& paths, std::string& error) {
   Inspect::Job& job = session->job;
   if (asked["description"].isString()) {
     if (!parseJobDescription(asked["description"].asString(), job.description, job.expected, error)) return false;
     job.description.logo = asked["logo"].asString();
-  } else {
-    const std::vector<std::string> found = Inspect::descriptionsIn(paths);
-    if (found.size() > 1) {
-      error = fmt::format("expected one job, found {}", fmt::join(found, " and "));
-      return false;
-    }
-    if (found.empty()) return true;
-    job.descriptionFile = found.front();
-    if (!readJobDescription(job.descriptionFile, job.description, job.expected, error)) return false;
+    return true;
   }
-  return job.description.logo.empty() || readLogo(job.description.logo, session->form.logo, error);
+  const std::vector<std::string> found = Inspect::descriptionsIn(paths);
+  if (found.size() > 1) error = fmt::format("expected one job, found {}", fmt::join(found, " and "));
+  if (found.size() != 1) return found.empty();
+  job.descriptionFile = found.front();
+  return readJobDescription(job.descriptionFile, job.description, job.expected, error);
 }
 
 Json::Value jsonOf(const Inspect::JudgedFile& file, const std::string& name) {
@@ -135,8 +131,14 @@ VELTRA_ASKED(open) void openPaths() {
   for (const Json::Value& path : asked["paths"]) paths.push_back(path.asString());
   Json::Value json(Json::objectValue);
   std::string error;
-  json["error"] = describe(asked, paths, error) ? Json::Value() : Json::Value(error);
   Inspect::Job& job = session->job;
+  if (!describe(asked, paths, error)) {
+    job.description = {};
+    job.expected = {};
+  } else if (!job.description.logo.empty()) {
+    (void)readLogo(job.description.logo, session->form.logo, error);  // a report goes without it
+  }
+  json["error"] = error.empty() ? Json::Value() : Json::Value(error);
   std::size_t others = 0;
   std::vector<std::string> files = Inspect::filesWithoutDescriptions(paths, true, faults, others);
   for (const std::string& known : {job.descriptionFile, job.description.logo}) {

@@ -118,10 +118,7 @@ stage_browser() {
   quietly cmake --preset release
   cmake --build --preset release -j "$jobs" --target veltra -- --quiet
   scripts/browser
-  command -v npm > /dev/null || install_packages browse
-  [[ -d build/browser/node_modules/axe-core && -d build/browser/node_modules/puppeteer-core ]] ||
-    quietly npm install --silent --no-save --no-audit --no-fund --ignore-scripts --prefix build/browser \
-      axe-core@4.14.1 puppeteer-core@25.16.0
+  page_modules build/browser
   tests/browser/run.sh build/release/tools/veltra build/browser/tried
   local size most=1000000
   size=$(stat -c %s build/browser/veltra.html)

@@ -21,8 +21,7 @@ class Files {
     this.next = ROOT + 1;
   }
 
-  // Adds a file under a path like "job/A-001.vres". A name that is there already gets a number.
-  // @return the first name of the path, as it is now
+  // Adds a file under a path like "job/A-001.vres".
   add(path, file) {
     const names = path.split("/").filter((name) => name !== "" && name !== "." && name !== "..");
     let folder = this.root;

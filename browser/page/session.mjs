@@ -16,13 +16,13 @@ class Session {
   // Asks again of a new module, which first gets to where the old one was. @return undefined if that ended, too
   retry(ask) {
     for (let i = 0; i < MOST_ENDS; ++i) {
+      this.files.last = null;
       try {
         return ask();
       } catch (error) {
         if (!(error instanceof WebAssembly.RuntimeError || error instanceof RangeError)) throw error;
         this.inspector = this.make();
         const path = this.files.last;
-        this.files.last = null;
         if (path === null || this.files.failing.has(path)) return undefined;
         this.leaveOut(path);
         this.reopen();
@@ -52,7 +52,6 @@ class Session {
     let hasEnded = false;
     for (let i = 0; i < this.opened.files.length; ++i) {
       const path = this.opened.files[i];
-      this.files.last = null;
       try {
         onFile(i, this.inspector.answer("look", i));
       } catch (error) {
@@ -61,7 +60,7 @@ class Session {
         this.leaveOut(path);
         onFile(i, { file: path, error: TOO_MUCH, findings: [] });
         this.inspector = this.make();
-        this.inspector.ask("open", question);
+        this.inspector.ask("open", this.question);
       }
     }
     if (hasEnded) {  // the last module knows only the files after the last end
