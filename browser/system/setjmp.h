@@ -3,7 +3,11 @@
 
 typedef int jmp_buf[1];
 #define setjmp(at) ((void)(at), 0)
+
 #ifdef __cplusplus
-extern "C"
+extern "C" {
 #endif
 void longjmp(jmp_buf at, int value) __attribute__((noreturn));
+#ifdef __cplusplus
+}
+#endif
