@@ -86,6 +86,16 @@ static_assert(areNamedByCode());
 static_assert(std::size(FINDINGS) == (END_OF_DAMAGE - E01_NEVER_CLOSED) + (END_OF_WARNINGS - W01_NEWER_VERSION),
               "every finding has a row");
 
+constexpr bool areSentences() {
+  for (const FindingRow& row : FINDINGS) {
+    for (const std::string_view text : {row.words, row.advice}) {
+      if (text.empty() || text.back() != '.') return false;
+    }
+  }
+  return true;
+}
+static_assert(areSentences());
+
 const FindingRow& rowOf(FindingCode code) {
   for (const FindingRow& row : FINDINGS) {
     if (row.code == code) return row;
