@@ -228,15 +228,15 @@ VELTRA_ASKED(report) void report() {
   form.edition =
       asked["edition"].asString() == "technician" ? Inspect::Edition::TECHNICIAN : Inspect::Edition::CUSTOMER;
   form.showsDetails = asked["details"].asBool();
-  for (const std::string& title : {job.description.title, asked["title"].asString()}) {
-    if (!title.empty()) form.title = title;
-  }
+  form.title = asked["title"].asString();
   form.instruments = Inspect::instrumentsOf(countedFiles(job.links), {});
   const Inspect::TimeZone zone;
-  (void)writeReport(job, form, zone, [](std::string_view piece) {
+  const auto write = [](std::string_view piece) {
     give(piece.data(), piece.size());
     return true;
-  });
+  };
+  std::vector<Inspect::UnreadAgain> unread;  // the page names them
+  (void)writeReport(job, form, zone, write, unread);
 }
 
 /// What is intact of one of the files: a file header as bytes, and the parts of the file after it; null where nothing

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstddef>
 #include <cstdint>
 #include <string>

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -61,8 +63,11 @@ class VELTRA_EXPORT CableIDSeq {
   /// @return the ID taken; empty when none is left
   std::string takeNextID();
 
+  ///@{
+  /// As given to verifyIDSet(); empty when cleared.
   const std::string& getFirstID() const { return _firstID; }
   const std::string& getLastID() const { return _lastID; }
+  ///@}
   uint32_t getTotal() const { return _total; }  ///< how many IDs the set has
   uint32_t getUsed() const { return _used; }    ///< how many of them are taken
 

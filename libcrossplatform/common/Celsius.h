@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 
@@ -12,10 +14,12 @@ namespace Veltra {
 /// A plain value; default not set. On the wire: plain inline record, docs/format.md#celsius.
 class VELTRA_EXPORT Celsius : public Marshal::IDumpSerializable, public Dump::IJsonable {
  public:
-  static constexpr int16_t SCALED_NOT_SET = -32768;
+  static constexpr int16_t SCALED_NOT_SET = -32768;  ///< getScaled() of a temperature that is not set
 
   Celsius() { clear(); }
+  /// @param value  degrees Celsius, NaN for not set
   explicit Celsius(float value) : degrees(value) {}
+  /// Makes it not set.
   void clear();
 
   /// Hundredths of a degree, rounded half away from zero, within -32767 and 32767; SCALED_NOT_SET when not set.
@@ -42,7 +46,7 @@ class VELTRA_EXPORT Celsius : public Marshal::IDumpSerializable, public Dump::IJ
   /// Reads a document that is one JSON text. @return false, unchanged, when it is not
   [[nodiscard]] bool fromJsonString(const std::string& text);
 
-  float degrees;
+  float degrees;  ///< degrees Celsius; NaN is not set
 };
 
 }  // namespace Veltra

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -38,15 +40,15 @@ class VELTRA_EXPORT DatabaseDescriptor : public Marshal::ISerializable, public D
   /// {"DatabaseDescriptor": {"DatabaseVersion": {...}, ...}}, all members at every level.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  DatabaseVersion version;
-  DATABASE_TYPE dbType{};
+  DatabaseVersion version;            ///< of the database
+  DATABASE_TYPE dbType{};             ///< any number that builders and users of packages agree on
   std::string filePath;               ///< within the package
   std::string minReqFirmwareVersion;  ///< oldest instrument firmware that can use the database
 
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// The databases of a package, owned by the list, in the order they were added. It accepts more than MAX_ENTRIES, but
@@ -59,15 +61,17 @@ class VELTRA_EXPORT DatabaseDescriptorList : public Marshal::ISerializable,
   static constexpr uint8_t CLASS_VERSION = 1;
   static constexpr uint32_t SERIAL_TYPE_ID = 0x51000a;
   static constexpr const char* JSON_ROOT_NAME = "DatabaseDescriptorList";
-  static constexpr uint32_t MAX_ENTRIES = 50;
+  static constexpr uint32_t MAX_ENTRIES = 50;  ///< descriptors that can be read back
 
   /// Appends a descriptor. Null is reported as an assertion, and nothing is added.
   void add(std::unique_ptr<DatabaseDescriptor> p) {
     addChecked(std::move(p), "libcrossplatform/common/DatabaseDescriptor", __LINE__);
   }
+  ///@{
   /// The first descriptor of that type, null when there is none. Owned by the list.
   DatabaseDescriptor* getDatabaseDescriptor(DATABASE_TYPE type);
   const DatabaseDescriptor* getDatabaseDescriptor(DATABASE_TYPE type) const;
+  ///@}
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
   /// A list without entries is refused, although it can be written. Fatal where DatabaseDescriptor::deserialize() is.
@@ -82,7 +86,7 @@ class VELTRA_EXPORT DatabaseDescriptorList : public Marshal::ISerializable,
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: any number may call these functions at once, each with a manifest of its own.
+
 #include <cstdint>
 
 #include <libcrossplatform/common/DatabasePackageManifest.h>

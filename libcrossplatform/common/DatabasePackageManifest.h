@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 
@@ -44,16 +46,16 @@ class VELTRA_EXPORT DatabasePackageManifestSummary : public Marshal::ISerializab
   /// The same; null is logged, clears the record and gives false.
   [[nodiscard]] bool fromJson(const Json::Value* root);
 
-  CustomerDatabaseVersion customerVersion;
-  uint16_t releaseType = 0;
-  uint16_t build = 0;
-  uint16_t type = 0;
-  std::string minReqFirmwareVersion;  ///< oldest instrument firmware that can use the package
+  CustomerDatabaseVersion customerVersion;  ///< as customers see it
+  uint16_t releaseType = 0;                 ///< any number that builders and users of packages agree on
+  uint16_t build = 0;                       ///< shown as the third number of the version
+  uint16_t type = 0;                        ///< as releaseType
+  std::string minReqFirmwareVersion;        ///< oldest instrument firmware that can use the package
 
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// A package's table of contents, the first section of its file. A default one is empty: it can be written, but only a
@@ -82,13 +84,13 @@ class VELTRA_EXPORT DatabasePackageManifest : public Marshal::ISerializable,
   /// {"DatabasePackageManifest": {"DatabasePackageManifestSummary": {...}, "DatabaseDescriptorList": [...]}}
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  DatabasePackageManifestSummary summary;
-  DatabaseDescriptorList descriptors;
+  DatabasePackageManifestSummary summary;  ///< the package as a whole
+  DatabaseDescriptorList descriptors;      ///< one for each of its databases; 1 to 50 can be read back
 
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 
@@ -31,15 +33,15 @@ class VELTRA_EXPORT DatabaseVersion : public Marshal::ISerializable, public Dump
   /// {"DatabaseVersion": {...}}, the four numbers at every level.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  uint16_t schema = 0;
-  uint16_t content = 0;
-  uint16_t object = 0;
-  uint16_t build = 0;
+  uint16_t schema = 0;   ///< of the tables
+  uint16_t content = 0;  ///< of what is in them
+  uint16_t object = 0;   ///< of the objects made of it
+  uint16_t build = 0;    ///< counts builds of the same three
 
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// The version of a package as customers see it: "V3.12 beta".
@@ -79,14 +81,14 @@ class VELTRA_EXPORT CustomerDatabaseVersion : public Marshal::ISerializable,
   /// The same; null is logged, clears the record and gives false.
   [[nodiscard]] bool fromJson(const Json::Value* root);
 
-  uint16_t major = 0;
-  uint16_t minor = 0;
+  uint16_t major = 0;  ///< the number after "V"
+  uint16_t minor = 0;  ///< the number after the dot
   std::string suffix;  ///< may be empty
 
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

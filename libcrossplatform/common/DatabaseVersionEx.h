@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The flat interface of database packages: C when a C compiler reads this, C++ otherwise; exported unmangled.
 ///
 /// Handles  are heap objects. The caller owns what a creating call returns and releases it once by the call of the same
@@ -23,8 +24,8 @@
 namespace Veltra {
 class DatabasePackageManifest;
 }
-using DatabaseVersionExManifest = Veltra::DatabasePackageManifest*;
-using DatabaseVersionExStatus = PFile::PFileReaderStatus;
+using DatabaseVersionExManifest = Veltra::DatabasePackageManifest*;  ///< the handle of a manifest
+using DatabaseVersionExStatus = PFile::PFileReaderStatus;            ///< the status of reading
 extern "C" {
 #else
 #include <stdint.h>
@@ -35,6 +36,7 @@ typedef int DatabaseVersionExStatus;
 
 /// The version of one database file.
 VELTRA_EXPORT void* databaseVersionExDatabaseVersion(int schema, int content, int object, int build);
+/// Destroys it; null is ignored.
 VELTRA_EXPORT void databaseVersionExDeDatabaseVersion(void* version);
 
 /// One database file of a package.
@@ -42,6 +44,7 @@ VELTRA_EXPORT void databaseVersionExDeDatabaseVersion(void* version);
 /// @param filePath  within the package; one of more than 1023 characters is written, but cannot be read back
 VELTRA_EXPORT void* databaseVersionExDatabaseDescriptor(void const* version, int dbType, char const* filePath,
                                                         char const* minReqFirmwareVersion);
+/// Destroys it; null is ignored.
 VELTRA_EXPORT void databaseVersionExDeDatabaseDescriptor(void* descriptor);
 
 /// The databases of a package; empty at first.
@@ -56,12 +59,15 @@ VELTRA_EXPORT void databaseVersionExDeDatabaseDescriptorList(void* list);
 VELTRA_EXPORT void* databaseVersionExDatabasePackageManifestSummary(int major, int minor, char const* suffix,
                                                                     int releaseType, int build, int type,
                                                                     char const* minReqFirmwareVersion);
+/// Destroys it; null is ignored.
 VELTRA_EXPORT void databaseVersionExDeDatabasePackageManifestSummary(void* summary);
 
 /// A manifest with copies of a summary and of a list with all its descriptors.
 VELTRA_EXPORT void* databaseVersionExDatabasePackageManifest(void const* summary, void const* list);
+/// Destroys it; null is ignored.
 VELTRA_EXPORT void databaseVersionExDeDatabasePackageManifest(void* manifest);
 
+///@{
 /// Each of these five copies the text of a record, its JSON, into a buffer: up to `length` characters and no
 /// terminating zero. Ask for the length first, and leave room for your own zero.
 /// @return 0 copied; -1 null handle; without a buffer, or with a length below 1: the length of the whole text
@@ -71,11 +77,14 @@ VELTRA_EXPORT int databaseVersionExDatabaseDescriptorListDumpBuffer(void const* 
 VELTRA_EXPORT int databaseVersionExDatabasePackageManifestSummaryDumpBuffer(void const* summary, char* buffer,
                                                                             int length);
 VELTRA_EXPORT int databaseVersionExDatabasePackageManifestDumpBuffer(void const* manifest, char* buffer, int length);
+///@}
 
 /// Writes a manifest as the one section of a new container file. No failure is reported: read the file back to check.
 /// @param sectionType  101 limit manifest, 102 cable manifest; others are written, but cannot be read back
 VELTRA_EXPORT void databaseVersionExDatabasePackageManifestWrite(void* manifest, int sectionType, char const* path);
+/// The same as a cable manifest.
 VELTRA_EXPORT void databaseVersionExDatabasePackageManifestWriteCable(void* manifest, char const* path);
+/// The same as a limit manifest.
 VELTRA_EXPORT void databaseVersionExDatabasePackageManifestWriteLimit(void* manifest, char const* path);
 
 /// Reads the manifest of a package into an existing one, which a failure may leave partly filled.

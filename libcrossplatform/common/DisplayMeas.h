@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 
@@ -47,8 +49,9 @@ class VELTRA_EXPORT DisplayMeas : public Marshal::IDumpSerializable {
   [[nodiscard]] Marshal::StreamOpStatus deserialize(Marshal::IObjectReader& in) override;
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
+  /// The number, in the unit of whatever holds the measurement: metres for a length, dB for a headroom.
   ScaledInt value;
-  DisplayType type = DISPLAY_TYPE_NOT_AVAILABLE;
+  DisplayType type = DISPLAY_TYPE_NOT_AVAILABLE;  ///< how `value` is meant, and whether there is one
 
  private:
   friend class Marshal::FieldAccess;

@@ -9,19 +9,21 @@
 /// Turns a short secret into printable text for a settings file, and back. The text form hides the secret's length and
 /// protects it with a check value; whoever has this library can read it, see docs/credentials.md.
 ///
-/// Every operation may run on any thread. None throws, and none logs; diagnostics go to standard output only after one
-/// of the flags below was turned on.
+/// Every operation may run on any thread. None throws, but Decrypt and DecryptBlob std::bad_alloc, and none logs;
+/// diagnostics go to standard output only after one of the flags below was turned on.
 class VELTRA_EXPORT EncryptedString {
  public:
   static constexpr std::size_t MAX_BYTES = 65535;  ///< of a secret
 
   EncryptedString() = delete;
 
+  ///@{
   /// The text form of a secret, a different one at each call.
   /// @return at least 64 characters in lines of 64, no line break at the end; empty when the secret has more than
   ///         MAX_BYTES or the system has no random numbers
   static std::string Encrypt(const std::string& text);
   static std::string EncryptBlob(const std::vector<uint8_t>& data);
+  ///@}
 
   /// The secret of a text form.
   /// @return the secret. A text of up to 60 characters is not a text form and is returned unchanged: a password stored

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: any number may call these functions at once.
+
 #include <cstddef>
 #include <string_view>
 
@@ -9,16 +11,16 @@ namespace Veltra {
 
 /// In which directions a row of a text table holds.
 enum TextUse {
-  TEXT_BOTH_WAYS,
+  TEXT_BOTH_WAYS,   ///< printed and parsed
   TEXT_SHOWN_ONLY,  ///< printed, but never parsed
 };
 
 /// One row of a text table: written once, used for printing and for parsing.
 template <class E>
 struct EnumText {
-  E value;
-  const char* text;
-  TextUse use = TEXT_BOTH_WAYS;
+  E value;                       ///< unique in its table
+  const char* text;              ///< unique, too; a literal
+  TextUse use = TEXT_BOTH_WAYS;  ///< whether the text is parsed
 };
 
 /// The table of an enumeration, in the order of its values: what its toString() and its parser read. Each header that

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -39,6 +41,7 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
   ///@}
 
   /// @name Test module
+  /// Texts as of the main unit. Times are s since 1970-01-01 UTC, 0 unknown.
   ///@{
   int getModuleId() const { return _moduleId; }  ///< a ModuleId
   void setModuleId(int id) { _moduleId = id; }
@@ -58,6 +61,7 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
   ///@}
 
   /// @name Link interface adapter
+  /// 0 and empty where the module has none. Times as of the module.
   ///@{
   int getLiaId() const { return _liaId; }  ///< the id of a LinkAdapter, 0 none
   void setLiaId(int id) { _liaId = id; }
@@ -67,8 +71,11 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
   void setLiaCalibrationTime(long time) { _liaCalibrationTime = time; }
   ///@}
 
+  ///@{
+  /// The software version equal; of the main unit also model, hardware revision and serial number.
   bool isSoftwareVersionSameAs(const EquipmentInformation& other) const;
   bool isMainSameAs(const EquipmentInformation& other) const;
+  ///@}
   /// The module and its adapter.
   bool isModuleSameAs(const EquipmentInformation& other) const;
   bool operator==(const EquipmentInformation& other) const { return isMainSameAs(other) && isModuleSameAs(other); }
@@ -95,7 +102,7 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 
   int _modelHardwareRevision = 0;
   int _moduleId = 0;
@@ -111,7 +118,7 @@ class VELTRA_EXPORT EquipmentInformation : public Marshal::IDumpSerializable, pu
   std::string _moduleSerialNumber;
 
   template <class Self, class Members>
-  static void jsonMembers(Self& self, Members& m);
+  VELTRA_HIDDEN static void jsonMembers(Self& self, Members& m);
 };
 
 }  // namespace Veltra

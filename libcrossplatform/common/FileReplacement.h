@@ -19,11 +19,14 @@ struct VELTRA_EXPORT FileStamp {
   bool operator==(const FileStamp& other) const;
   bool operator!=(const FileStamp& other) const { return !(*this == other); }
 
-  bool exists = false;
-  uint64_t device = 0, inode = 0;
-  int64_t bytes = 0;
-  int64_t modifiedSeconds = 0, modifiedNanoseconds = 0;
-  int64_t changedSeconds = 0, changedNanoseconds = 0;  ///< of mode, owner and names, too
+  bool exists = false;              ///< false: all other members are 0
+  uint64_t device = 0;              ///< which file, with the next
+  uint64_t inode = 0;               ///< its number on the device
+  int64_t bytes = 0;                ///< its size
+  int64_t modifiedSeconds = 0;      ///< of its bytes, since 1970-01-01 UTC
+  int64_t modifiedNanoseconds = 0;  ///< after those seconds
+  int64_t changedSeconds = 0;       ///< of mode, owner and names, too
+  int64_t changedNanoseconds = 0;   ///< after those seconds
 };
 
 /// A file that is written next to another and replaces it once it is complete: at any time, also after a kill or a
@@ -64,6 +67,7 @@ class VELTRA_EXPORT FileReplacement {
   ///         a zero in it (EINVAL), with ACCESS_PRIVATE the folder may not be read (EACCES), or the temporary file
   ///         could not be created; nothing remains of it
   [[nodiscard]] bool open(const std::string& path, Access access = ACCESS_AS_BEFORE);
+  /// Whether a temporary file is there: after open(), until commit() or discard().
   bool isOpen() const { return _descriptor >= 0; }
   /// Makes commit() fail unless the file to replace still has this stamp, or is still missing: a default stamp stands
   /// for a file that must not be there, and where the file system can, none is replaced that is made meanwhile. Call it

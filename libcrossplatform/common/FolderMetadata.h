@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -26,15 +28,14 @@ class VELTRA_EXPORT FolderMetadata : public Marshal::IDumpSerializable {
   /// At the full level "_name", "_dirPath" and "_hasSubdir", an empty text as "NULL"; otherwise only the name, as text.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
-  // Texts end at their first zero byte when they are read.
-  std::string _name;
-  std::string _dirPath;
-  bool _hasSubdir = false;
+  std::string _name;        ///< as shown; read up to its first zero byte, as the path
+  std::string _dirPath;     ///< where the folder is
+  bool _hasSubdir = false;  ///< it has folders of its own
 
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// The folders of a listing, in its order. On the wire: headed record with a 16-bit count, which is not range-checked:
@@ -44,13 +45,21 @@ class VELTRA_EXPORT FolderMetadataList : public Marshal::IDumpSerializable {
   static constexpr uint8_t CLASS_VERSION = 1;
   static constexpr uint32_t SERIAL_TYPE_ID = 0x510006;
 
+  ///@{
+  /// How many folders there are.
   std::size_t size() const { return _folders.size(); }
   bool empty() const { return _folders.empty(); }
+  ///@}
   /// @param i  below size()
   FolderMetadata& operator[](std::size_t i) { return _folders[i]; }
+  /// @param i  below size()
   const FolderMetadata& operator[](std::size_t i) const { return _folders[i]; }
+  ///@{
+  /// Iterate over FolderMetadata; adding ends every iterator.
   auto begin() const { return _folders.begin(); }
   auto end() const { return _folders.end(); }
+  ///@}
+  /// Appends; more than 65535 can be written but not read back.
   void add(FolderMetadata folder) { _folders.push_back(std::move(folder)); }
   void clear() { _folders.clear(); }
   bool operator==(const FolderMetadataList& other) const { return _folders == other._folders; }
@@ -66,7 +75,7 @@ class VELTRA_EXPORT FolderMetadataList : public Marshal::IDumpSerializable {
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
   std::vector<FolderMetadata> _folders;
 };
 

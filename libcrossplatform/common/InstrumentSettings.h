@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 
@@ -16,7 +18,7 @@ class VELTRA_EXPORT InstrumentSettings : public Settings {
   static constexpr uint8_t CLASS_VERSION = 3;
   static constexpr uint32_t SERIAL_TYPE_ID = 0x510004;
   static constexpr const char* JSON_ROOT_NAME = "Instrument";
-  static constexpr const char* JSON_LOCALE_NAME = "locale";
+  static constexpr const char* JSON_LOCALE_NAME = "locale";    ///< the JSON member of `locale`
   static constexpr const char* JSON_VERSION_NAME = "version";  ///< reserved: no document of this record has it
 
   /// Restores the factory settings except the locale: clearing instrument settings does not reset it.
@@ -42,6 +44,8 @@ class VELTRA_EXPORT InstrumentSettings : public Settings {
   /// The styled text of toJson() with the same flags.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
+  ///@{
+  /// The choices, with their factory settings. One read from a stream or document may be outside its list, -1 or 255.
   LocaleType locale = LOCALE_EN_US;
   PowerDownTimeout powerDownTimeout = POWER_DOWN_10_MIN;
   bool remoteModeEnabled = false;
@@ -54,7 +58,10 @@ class VELTRA_EXPORT InstrumentSettings : public Settings {
   BacklightTimeout backlightTimeout = BACKLIGHT_5_MIN;
   PowerLineFrequency powerLineFrequency = POWER_LINE_60_HZ;
   bool plotGridEnabled = true;
-  int16_t displayBrightness = 250;  ///< a JSON number keeps its low 16 bits
+  ///@}
+  int16_t displayBrightness = 250;  ///< in steps of the instrument's display; a JSON number keeps its low 16 bits
+  ///@{
+  /// The wired network: dotted IPv4 texts, unchecked, used when the source is IP_ADDRESS_STATIC; empty is not set.
   IPAddressSource ipAddressSource = IP_ADDRESS_DHCP;
   std::string ipAddress;
   std::string ipSubnet;
@@ -63,13 +70,14 @@ class VELTRA_EXPORT InstrumentSettings : public Settings {
   std::string ipDNS2;
   std::string ipDNS3;
   std::string ipDNS4;
+  ///@}
   std::string timeZone;  ///< name as in "Europe/Berlin"; empty is UTC. Since class version 2.
   std::string hostName;  ///< name in the network; empty is the factory name. Since class version 3.
 
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: any number may call these functions at once.
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -24,11 +26,15 @@ VELTRA_EXPORT const char* toString(ModelId model);
 /// Compares exactly. @return false, with `out` unchanged, for an unknown name or null
 [[nodiscard]] VELTRA_EXPORT bool modelIdStrToEnum(const char* name, ModelId& out);
 
+///@{
 /// Either generation of the Quill.
 VELTRA_EXPORT bool isQuill(ModelId model);
 VELTRA_EXPORT bool isQuill(const std::string& modelName);
+///@}
+///@{
 /// The second generation of either model.
 VELTRA_EXPORT bool isModelV2(ModelId model);
 VELTRA_EXPORT bool isModelV2(const std::string& modelName);
+///@}
 
 }  // namespace Veltra

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: any number may call these functions at once.
+
 #include <cstdint>
 
 #include <libcrossplatform/logging/Export.h>
@@ -56,13 +58,16 @@ VELTRA_EXPORT const char* toString(ModuleCategory category);
 VELTRA_EXPORT ModuleId moduleIdSansDfu(ModuleId module);
 /// True for the ids that have a name.
 VELTRA_EXPORT bool isValidModule(ModuleId module);
+/// True for the three copper modules; not for one in update or boot state.
 VELTRA_EXPORT bool isCopperModule(ModuleId module);
 
+///@{
 /// The category of an id, by its range: ids without a name have one too. Never MODULE_CATEGORY_FIBER_DFU.
 VELTRA_EXPORT ModuleCategory getModuleCategory(ModuleId module, IsDfuModuleValid dfuValid);
 inline ModuleCategory getModuleCategory(ModuleId module, bool dfuValid) {
   return getModuleCategory(module, static_cast<IsDfuModuleValid>(dfuValid));
 }
+///@}
 /// True for a valid module that the category, taken as a filter, lets through.
 VELTRA_EXPORT bool isValidModulePerCategory(ModuleId module, ModuleCategory category);
 

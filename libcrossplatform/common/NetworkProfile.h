@@ -41,16 +41,18 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   using Json::Value::operator=;  ///< replaces the whole document
   NetworkProfile& operator=(const Json::Value*) = delete;
 
-  // The interface in use: either the USB Wi-Fi adapter or the wired one. Switching one off switches the other on.
-
+  ///@{
+  /// Either the USB Wi-Fi adapter or the wired interface is in use: switching one off switches the other on.
+  /// @return of a setter, true
   bool getWifiEnabled() const;
   bool getWiredEnabled() const;
   bool setWifiEnabled(bool enabled = true);
   bool setWiredEnabled(bool enabled = true);
+  ///@}
 
-  // Static IPv4 settings in dotted form and DHCP, for the wired interface and the USB Wi-Fi adapter. Addresses are
-  // refused when invalidIPv4 says so, masks when invalidMask does.
-
+  ///@{
+  /// Static IPv4 settings in dotted form, used while DHCP is off, and DHCP, for the wired interface and the USB Wi-Fi
+  /// adapter. @return of a setter, false for an address that invalidIPv4() names, or a mask that invalidMask() does
   std::string getInetAddr() const;
   std::string getMask() const;
   std::string getBroadcast() const;
@@ -72,6 +74,7 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   [[nodiscard]] bool setUsbWifiBroadcast(const std::string& text);
   [[nodiscard]] bool setUsbWifiGateway(const std::string& text);
   bool setUsbWifiDHCP(bool use);
+  ///@}
 
   /// True when the text is not a dotted IPv4 address, or is one that no interface can have: first octet 0, 127 or 255,
   /// multicast (224.0.0.0 to 239.255.255.255) or link-local (169.254.0.0/16).
@@ -83,7 +86,9 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   // DNS servers of either interface, at most MAX_DNS, counted from 0.
 
   std::string getDNS(std::size_t i) const;  ///< empty beyond the end
+  /// Servers the document lists; more than MAX_DNS only in one that was read from a file.
   std::size_t getDNSSize() const;
+  /// Removes them all.
   void clearDNS();
   /// Appends a server. @return false when the list is full or the address invalid
   [[nodiscard]] bool addDNS(const std::string& text);
@@ -91,35 +96,48 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   /// @return false for a larger i, or when the address is invalid
   [[nodiscard]] bool setDNS(std::size_t i, const std::string& text);
 
+  ///@{
+  /// The same for the USB Wi-Fi adapter.
   std::string getUsbWifiDNS(std::size_t i) const;
   std::size_t getUsbWifiDNSSize() const;
   void clearUsbWifiDNS();
   [[nodiscard]] bool addUsbWifiDNS(const std::string& text);
   [[nodiscard]] bool setUsbWifiDNS(std::size_t i, const std::string& text);
+  ///@}
 
   // The wireless network and how it is secured.
 
+  /// Name of the network; empty when none is set.
   std::string getUsbWifiSSID() const;
   /// @return false for a name that is not UTF-8: network names may be any bytes, but JSON cannot hold them
   [[nodiscard]] bool setUsbWifiSSID(const std::string& ssid);
 
+  ///@{
+  /// How it encrypts; of a setter, false for a number that is no Encryption::Type.
   Encryption::Type getEncryption() const;
   [[nodiscard]] bool setEncryption(uint32_t type);
+  ///@}
 
+  /// How it admits its stations.
   UsbWifiSecurity::Type getUsbWifiSecurity() const;
   /// Stores the security type and moves the encryption to one that suits it: "None" for open; for WEP "WEP-64" unless
   /// it is "WEP-128" or "WEP"; for WPA "Auto" unless it is "TKIP" or "AES". Enterprise sets a missing EAP to "PEAP
-  /// MD5".
+  /// MD5". @return false for a number that is no UsbWifiSecurity::Type
   [[nodiscard]] bool setUsbWifiSecurity(uint32_t type);
 
+  ///@{
+  /// How a station proves itself; PEAP MD5 when none is stored. Of a setter, false for a number that is no Eap::Type.
   Eap::Type getEap() const;
   [[nodiscard]] bool setEap(uint32_t type);
+  ///@}
   bool anyEap() const;  ///< whether an EAP type is stored
 
   // WEP keys, numbered 1 to 4.
 
+  /// Key k in the clear; empty for one that is not set, for a k outside 1 to 4 and for one that does not decrypt.
   std::string getWirelessKey(unsigned k) const;
   std::size_t getWirelessKeySize() const;  ///< slots of the stored list, including those without a key
+  /// Removes all keys.
   void clearWirelessKey();
   /// Stores key k and makes it the active one. An empty key removes it, and the lowest key that is still set becomes
   /// active, even when the removed one was not.
@@ -137,6 +155,9 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
 
   // Credentials.
 
+  ///@{
+  /// Secrets in the clear, encrypted where they are stored: the WPA personal pass phrase, and of WPA enterprise user,
+  /// password and outer identity. @return of a setter, false for one that EncryptedString::Encrypt() refuses
   std::string getWirelessPassword() const;
   [[nodiscard]] bool setWirelessPassword(const std::string& password);
   std::string getUser() const;
@@ -145,16 +166,24 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   [[nodiscard]] bool setPassword(const std::string& password);
   std::string getSecurityId() const;
   [[nodiscard]] bool setSecurityId(const std::string& id);
+  ///@}
+  ///@{
+  /// Whether the outer identity is used. @return of the setter, true
   bool getAlternateId() const;
   bool setAlternateId(bool use);
+  ///@}
 
+  ///@{
+  /// The client certificate and its private key, any bytes, encrypted where they are stored; empty is none.
+  /// @return of a setter, false for one that EncryptedString::Encrypt() refuses
   std::vector<uint8_t> getCertificate() const;
   [[nodiscard]] bool setCertificate(const std::vector<uint8_t>& certificate);
   [[nodiscard]] bool setCertificate(const std::string& certificate);
   std::vector<uint8_t> getCertificateKey() const;
   [[nodiscard]] bool setCertificateKey(const std::vector<uint8_t>& key);
   [[nodiscard]] bool setCertificateKey(const std::string& key);
-  std::string getCertificateName() const;
+  ///@}
+  std::string getCertificateName() const;                          ///< as shown, in plain text
   [[nodiscard]] bool setCertificateName(const std::string& name);  ///< false for a name that is not UTF-8
 
   // Recent wireless networks, newest first.
@@ -166,6 +195,7 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   [[nodiscard]] bool addWifiProfile(const WifiProfile& profile);
   /// Puts the current wireless settings first. @return as addWifiProfile
   [[nodiscard]] bool addCurrentWifiProfile();
+  /// Whether there is none.
   bool recentIsEmpty() const;
   /// Removes the recent networks, the current network's name and its security.
   void removeAllStoredWifiData();
@@ -181,10 +211,11 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   /// file can hold, is written with U+FFFD, here and by save; a warning is logged.
   void dump(std::ostream& stream) const;
 
+  ///@{
   /// Replaces FILE_PATH, or a file of the caller's choice, by the document: a reader finds the whole old
   /// file or the whole new one at any time. The file then has mode 0600 and belongs to the caller, whatever it had
   /// before. A symbolic link is followed when it belongs to root or the caller.
-  /// @param expected  stamp of the file, taken before it was read: it is replaced only if nobody has changed it since
+  /// `expected`, a stamp of the file taken before it was read: it is replaced only if nobody has changed it since.
   /// @return false with the reason in `errno`, the old file unchanged: it is not the expected one (ESTALE), not a
   ///         regular file, or a link of somebody else; the system does not let the caller replace it; the text is
   ///         larger than read() accepts (EFBIG); or the new file could not be written or made private. Also false, with
@@ -192,7 +223,9 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   [[nodiscard]] bool save() const;
   [[nodiscard]] bool saveTo(const std::string& path) const;
   [[nodiscard]] bool saveTo(const std::string& path, const Veltra::FileStamp& expected) const;
+  ///@}
 
+  ///@{
   /// Replaces the document by the one in FILE_PATH, or a path of the caller's choice. Comments are kept as
   /// parseJson() keeps them.
   /// @return false, with the document unchanged and the reason in `errno`: the file is missing or cannot be read (as
@@ -202,6 +235,7 @@ class VELTRA_EXPORT NetworkProfile : public Json::Value {
   ///         others can write to (EPERM); readFrom() does not check this.
   [[nodiscard]] bool read();
   [[nodiscard]] bool readFrom(const std::string& path);
+  ///@}
 
  private:
   [[nodiscard]] bool setConfigOfSecurity(const WifiProfile& profile);

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 
@@ -50,18 +52,18 @@ class VELTRA_EXPORT OrbelSettings : public Settings {
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
   Project::ProjectId project{"", "DEFAULT"};  ///< the current project
-  bool autoSave = false;
-  bool autoIncrement = false;  ///< number results automatically
-  std::string syncUserName;    ///< for the remote service results are synchronised with
-  std::string syncUserPass;    ///< plain text, here and in every rendering of the record
-  Json::Value netProfile;      ///< the network to use, any JSON value
-  bool trackitEnable = false;
-  unsigned int keyPosition = 0;
+  bool autoSave = false;                      ///< store results without asking
+  bool autoIncrement = false;                 ///< number results automatically
+  std::string syncUserName;                   ///< for the remote service results are synchronised with
+  std::string syncUserPass;                   ///< plain text, here and in every rendering of the record
+  Json::Value netProfile;                     ///< the network to use, any JSON value
+  bool trackitEnable = false;    ///< stored for the applications, as keyPosition: the record gives neither a meaning
+  unsigned int keyPosition = 0;  ///< any number
 
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 
@@ -39,13 +41,14 @@ class VELTRA_EXPORT OtdrSpan : public Marshal::ISerializable, public Dump::IJson
   /// Reads the same from a document. @return false, unchanged, when it cannot be parsed or read
   [[nodiscard]] bool fromJsonString(const std::string& text);
 
+  /// The record names no unit: both ends have that of the service that sends them.
   Veltra::ScaledInt spanStart;
-  Veltra::ScaledInt spanEnd;
+  Veltra::ScaledInt spanEnd;  ///< in the unit of spanStart
 
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace FibDbus

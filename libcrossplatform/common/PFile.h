@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: as each of these headers says.
+
 /// The whole container family: sections, readers and writers over files and memory, section types.
 #include <libcrossplatform/common/PFileHeader.h>
 #include <libcrossplatform/common/PFileMemReader.h>

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <array>
 #include <cstdint>
 
@@ -11,8 +13,8 @@ namespace PFile {
 /// The 20 bytes before every section. On the wire: plain inline record, docs/format.md#section-header.
 class VELTRA_EXPORT Header : public Marshal::ISerializable, public Dump::IDumpable {
  public:
-  static constexpr uint16_t MAGIC = 0x5046;                     // the letters "PF"
-  static constexpr uint32_t BYTES = 2 + 2 + 2 + 2 + 4 + 4 + 4;  // magic type version flags dataSize dataCrc hdrCrc
+  static constexpr uint16_t MAGIC = 0x5046;                     ///< the letters "PF"
+  static constexpr uint32_t BYTES = 2 + 2 + 2 + 2 + 4 + 4 + 4;  ///< magic type version flags dataSize dataCrc hdrCrc
   static constexpr uint32_t HDR_CRC_BYTES = BYTES - sizeof(uint32_t);  ///< what hdrCrc covers
 
   unsigned serialize(Marshal::IObjectWriter& out) override;
@@ -26,9 +28,10 @@ class VELTRA_EXPORT Header : public Marshal::ISerializable, public Dump::IDumpab
            unsigned char const* data);
   /// Adds a zlib level (0 to 9) to bits 12 to 15 of the flags. Bits already there stay: two levels combine.
   void storeCompLevel(int level);
-  int getCompLevel() const { return flags >> 12; }
+  int getCompLevel() const { return flags >> 12; }  ///< 0 to 9; up to 15 where two levels combined
   /// Takes size and CRC-32 of `data`, then the CRC-32 of this header. `data` may be null when `size` is 0.
   void updateData(unsigned int size, unsigned char const* data);
+  /// Whether hdrCrc is that of the other members.
   bool verifyHdrCrc() const;
   /// The header as stored in a file.
   std::array<uint8_t, BYTES> bytes() const;

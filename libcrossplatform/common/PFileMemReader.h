@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <cstdint>
 #include <optional>
 
@@ -14,6 +16,7 @@ namespace PFile {
 class VELTRA_EXPORT MemReader {
  public:
   MemReader() = default;
+  /// Callbacks for messages; null drops them.
   MemReader(LogCallback debug, LogCallback warning, LogCallback error);
   ~MemReader();  ///< close()
   MemReader(const MemReader&) = delete;
@@ -44,6 +47,7 @@ class VELTRA_EXPORT MemReader {
   [[nodiscard]] int skipNextSection();
   /// Goes `offset` bytes from `whence`. @return the new index; -1, without moving, outside the data
   int seek(int offset, StreamPosition whence);
+  /// Releases the buffer to the caller; sections read from it stay valid as long as it does.
   void close();
 
  private:

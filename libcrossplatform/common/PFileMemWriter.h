@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <array>
 #include <cstdint>
 #include <memory>
@@ -13,6 +15,7 @@ namespace PFile {
 class VELTRA_EXPORT MemWriter {
  public:
   MemWriter() = default;
+  /// Callbacks for messages; null drops them.
   MemWriter(LogCallback debug, LogCallback warning, LogCallback error);
   ~MemWriter();  ///< close()
   MemWriter(const MemWriter&) = delete;

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <cstdint>
 
 #include <libcrossplatform/common/PFileTypes.h>
@@ -21,9 +23,10 @@ class VELTRA_EXPORT Payload : public Dump::IDumpable {
   /// @param owned  true: `data` came from new[] and is released with delete[]; false: borrowed, must stay valid
   void set(unsigned int size, unsigned char const* data, bool owned);
 
-  uint32_t size() const { return _size; }
-  unsigned char const* data() const { return _data; }
-  bool owned() const { return _owned; }
+  uint32_t size() const { return _size; }              ///< bytes
+  unsigned char const* data() const { return _data; }  ///< valid until set() or reset(); null when empty
+  bool owned() const { return _owned; }                ///< released with the payload
+  /// True also for a size without data.
   bool empty() const { return _data == nullptr || _size == 0; }
 
   /// Same size and bytes. Null data equals only null data, whatever the size.

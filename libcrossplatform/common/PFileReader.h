@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -18,6 +20,7 @@ namespace PFile {
 class VELTRA_EXPORT FileReader {
  public:
   FileReader() = default;
+  /// Callbacks for messages; null drops them.
   FileReader(LogCallback debug, LogCallback warning, LogCallback error);
   ~FileReader();  ///< close()
   FileReader(const FileReader&) = delete;

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <optional>
 
 #include <libcrossplatform/common/FileReplacement.h>
@@ -17,6 +19,7 @@ namespace PFile {
 class VELTRA_EXPORT SafeFileWriter {
  public:
   SafeFileWriter() = default;
+  /// Callbacks for messages; null drops them.
   SafeFileWriter(LogCallback debug, LogCallback error);
   ~SafeFileWriter();  ///< without commit(): the temporary file is removed, the old file is unchanged
   SafeFileWriter(const SafeFileWriter&) = delete;

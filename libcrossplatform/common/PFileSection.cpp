@@ -7,6 +7,7 @@
 
 #include <zlib.h>
 
+#include <libcrossplatform/common/internal/Inflate.h>
 #include <libcrossplatform/common/internal/PFileLog.h>
 #include <libcrossplatform/serialization/WireBytes.h>
 
@@ -115,7 +116,7 @@ int Section::uncompressData() {
   }
   std::unique_ptr<unsigned char[]> buffer(new unsigned char[originalSize]);
   uLongf size = originalSize;
-  const int code = uncompress(buffer.get(), &size, payload.data() + SIZE_WORD, payload.size() - SIZE_WORD);
+  const int code = inflateWhole(buffer.get(), size, payload.data() + SIZE_WORD, payload.size() - SIZE_WORD);
   if (code != Z_OK) {
     PFILE_LOG_VALUES(error, "uncompress returned %d", code);
     return PFILE_FAILED;

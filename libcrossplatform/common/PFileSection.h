@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <libcrossplatform/common/PFileHeader.h>
 #include <libcrossplatform/common/PFilePayload.h>
 #include <libcrossplatform/common/PFileTypes.h>
@@ -15,6 +17,7 @@ class VELTRA_EXPORT Section : public Dump::IDumpable {
   static constexpr uint32_t MAX_UNCOMPRESSED = 8 * 1024 * 1024;
 
   Section() = default;
+  /// Callbacks for messages; null drops them.
   Section(LogCallback debug, LogCallback warning, LogCallback error);
 
   /// Takes a payload, compresses it if requested, and describes it in the header.
@@ -46,12 +49,12 @@ class VELTRA_EXPORT Section : public Dump::IDumpable {
   /// The payload only at the full level.
   void dump(Dump::IFormatter& formatter, const Dump::DumpFlags& flags) const override;
 
-  Header header;
-  Payload payload;
-  bool compressed = false;  ///< the payload holds the compressed form
-  LogCallback debug = nullptr;
-  LogCallback warning = nullptr;
-  LogCallback error = nullptr;
+  Header header;                  ///< of the stored form, also where the payload is uncompressed
+  Payload payload;                ///< owned or borrowed as it says itself
+  bool compressed = false;        ///< the payload holds the compressed form
+  LogCallback debug = nullptr;    ///< receives what is done; null drops it
+  LogCallback warning = nullptr;  ///< receives what is odd but done
+  LogCallback error = nullptr;    ///< receives why a call failed
 };
 
 }  // namespace PFile

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: any number may call these functions at once.
+
 #include <cstdint>
 #include <string_view>
 
@@ -9,10 +11,12 @@
 
 namespace PFile {
 
-// Section types this library itself writes and looks for. All the others are in the table of names.
+///@{
+/// Section types this library itself writes and looks for. All the others are in the table of names.
 constexpr uint16_t SECTION_LIMIT_MANIFEST = 101;
 constexpr uint16_t SECTION_CABLE_MANIFEST = 102;
 constexpr uint16_t SECTION_RESULT_SUMMARY = 200;
+///@}
 
 /// Whether sections of a type hold a database package.
 constexpr bool isManifestSection(unsigned int id) {
@@ -22,17 +26,19 @@ constexpr bool isManifestSection(unsigned int id) {
 /// What is known of a section type. Every function below, the versions that result files are checked against and the
 /// lists of the `veltra` command read these rows.
 struct SectionType {
-  static constexpr int32_t UNVERSIONED = -1;
+  static constexpr int32_t UNVERSIONED = -1;  ///< newestVersion of a type whose versions are not compared
 
-  // Bits of `classes`.
+  ///@{
+  /// Bits of `classes`: what isEnd2Section(), isOtdrRawSection() and isOtdrTestSection() answer.
   static constexpr uint8_t CLASS_END_2 = 1;
   static constexpr uint8_t CLASS_OTDR_RAW = 2;
   static constexpr uint8_t CLASS_OTDR_TEST = 4;
+  ///@}
 
-  uint16_t id;
+  uint16_t id;            ///< the number in a section header
   char const* name;       ///< kept exactly as files and logs carry it; null for a type without one
   int32_t newestVersion;  ///< newest content version this library reads, 0 to 65535; or UNVERSIONED
-  uint8_t classes;
+  uint8_t classes;        ///< any of the bits above
 };
 
 /// All known types by ascending id. The file header (1) is not among them.

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <array>
 #include <cstdint>
 #include <cstdio>
@@ -17,6 +19,7 @@ class VELTRA_EXPORT FileWriter {
   static constexpr uint32_t MAX_BYTES = 0xFFFFFFFF;  ///< the largest container
 
   FileWriter() = default;
+  /// Callbacks for messages; null drops them.
   FileWriter(LogCallback debug, LogCallback error);
   ~FileWriter();  ///< close(false)
   FileWriter(const FileWriter&) = delete;
@@ -35,6 +38,7 @@ class VELTRA_EXPORT FileWriter {
   /// @return 0, also when nothing is open; -1 something could not be written or synced, the first reason in `errno`.
   ///         The file is closed either way.
   [[nodiscard]] int close(bool sync);
+  /// Whether a file is open, also after a failed write.
   bool isOpen() const { return _stream != nullptr; }
   /// Bytes written so far, those of earlier files included. A section that takes them beyond MAX_BYTES, its header
   /// included, stops the program.

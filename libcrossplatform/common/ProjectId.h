@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <string>
 #include <utility>
 
@@ -14,8 +16,8 @@ struct ProjectId {
   bool operator==(const ProjectId& other) const { return id == other.id && name == other.name; }
   bool operator!=(const ProjectId& other) const { return !(*this == other); }
 
-  std::string id;
-  std::string name;
+  std::string id;    ///< for machines
+  std::string name;  ///< for its users
 };
 
 }  // namespace Project

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <algorithm>
 #include <cstdint>
 #include <memory>
@@ -18,13 +20,14 @@ class RecordList {
  public:
   static constexpr bool IS_READ_OVER_ELEMENTS = true;  ///< reading starts with the elements that are there
 
-  std::size_t size() const { return _elements.size(); }
-  bool empty() const { return _elements.empty(); }
+  std::size_t size() const { return _elements.size(); }  ///< how many elements there are
+  bool empty() const { return _elements.empty(); }       ///< whether there are none
   /// @param i  below size()
   T& operator[](std::size_t i) { return *_elements[i]; }
+  /// @param i  below size()
   const T& operator[](std::size_t i) const { return *_elements[i]; }
   auto begin() const { return _elements.begin(); }  ///< iterates over std::unique_ptr<T>
-  auto end() const { return _elements.end(); }
+  auto end() const { return _elements.end(); }      ///< adding and reading end every iterator
   void clear() { _elements.clear(); }
 
   /// The same number of elements, each equal to the other list's.
@@ -68,6 +71,7 @@ class RecordList {
   void readElements(Fields& f, std::size_t count, Marshal::StreamOpStatus failure = Marshal::STREAM_OK) {
     f.elements(Marshal::ELEMENT_NAME, _elements, count, failure);
   }
+  /// The elements alone, as they come.
   template <class Fields>
   void writeElements(Fields& f) {
     f.elements(Marshal::ELEMENT_NAME, _elements);

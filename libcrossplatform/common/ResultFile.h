@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <cstdint>
 #include <variant>
 
@@ -14,19 +16,20 @@ namespace Veltra {
 
 /// Outcome of reading a result file.
 enum ResultReaderStatus : int32_t {
-  RESULT_READER_OK = 0,
-  RESULT_READER_WRONG_RESULT_TYPE = 1,
-  RESULT_READER_VERSION_TOO_NEW = 2,
-  RESULT_READER_CORRUPT = 3,
-  RESULT_READER_ERROR = 4,
+  RESULT_READER_OK = 0,                 ///< read
+  RESULT_READER_WRONG_RESULT_TYPE = 1,  ///< never given by this library; for callers that want one type
+  RESULT_READER_VERSION_TOO_NEW = 2,    ///< of a section or a record
+  RESULT_READER_CORRUPT = 3,            ///< a section or a record is damaged
+  RESULT_READER_ERROR = 4,              ///< not opened, or no result file
 };
 
 /// "ok", "wrong result type", "version too new", "corrupt", "error"; empty for any other value.
 VELTRA_EXPORT char const* toString(ResultReaderStatus status);
 
+/// Outcome of writing a section.
 enum ResultWriterStatus : int32_t {
-  RESULT_WRITER_OK = 0,
-  RESULT_WRITER_ERROR = 1,
+  RESULT_WRITER_OK = 0,     ///< written
+  RESULT_WRITER_ERROR = 1,  ///< not written, or not wholly
 };
 
 /// "ok", "error"; empty for any other value.
@@ -44,7 +47,7 @@ VELTRA_EXPORT boost::optional<uint16_t> newestKnownVersion(uint16_t sectionType)
 
 /// How far the check of a result file got.
 struct ResultFileCheck {
-  ResultReaderStatus status;
+  ResultReaderStatus status;  ///< the worst of what was found: damage before a newer version
   /// The section that decided the status, counted from 0, the file header; 1 is the summary. When the status is 0, the
   /// number of sections.
   uint32_t section;
@@ -75,17 +78,21 @@ struct ResultFileCheck {
 [[nodiscard]] VELTRA_EXPORT ResultReaderStatus readResultSummary(ResultSummary& out, unsigned char const* buffer,
                                                                  unsigned int size);
 
+///@{
 /// Reads only the result type. @return as readResultSummary(); unless 0 `out` is unchanged
 [[nodiscard]] VELTRA_EXPORT ResultReaderStatus readResultType(ResultType& out, char const* path);
 [[nodiscard]] VELTRA_EXPORT ResultReaderStatus readResultType(ResultType& out, unsigned char const* buffer,
                                                               unsigned int size);
+///@}
 
 /// Writes records as sections into a container in memory or in a file.
 class VELTRA_EXPORT MemFileWriter {
  public:
+  ///@{
   /// @param target  borrowed, open
   explicit MemFileWriter(PFile::MemWriter* target) : _target(target) {}
   explicit MemFileWriter(PFile::FileWriter* target) : _target(target) {}
+  ///@}
 
   /// Writes a section; the code is the target's own.
   [[nodiscard]] int write(PFile::Section& section);

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -14,6 +16,8 @@ namespace Veltra {
 
 /// The names of a summary's members, in JSON and where its fields are traced.
 namespace SummaryNames {
+///@{
+/// Named after the member of ResultSummary.
 constexpr char RESULT_NAME[] = "resultName";
 constexpr char RESULT_TYPE[] = "resultType";
 constexpr char TIME_STAMP[] = "timeStamp";
@@ -24,6 +28,7 @@ constexpr char TEST_FLAGS[] = "testFlags";
 constexpr char NUM_PASS_TESTS[] = "numPassTests";
 constexpr char NUM_PASS_STAR_TESTS[] = "numPassStarTests";
 constexpr char NUM_FAIL_TESTS[] = "numFailTests";
+///@}
 }  // namespace SummaryNames
 
 /// Seconds since 1970-01-01 UTC: a long, that of a desk also where a module in a browser has a shorter one.
@@ -47,6 +52,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
                 const DisplayMeas& room, unsigned int flags, int passed, int passedStar, int failed);
   ResultSummary(const ResultSummary& other);
   ResultSummary& operator=(const ResultSummary& other);
+  /// Copies all of it, as operator= does; from itself it does nothing.
   void copyMembers(const ResultSummary& other);
 
   /// Every member equal. Measurements compare their values as ScaledInt does: a summary whose length or headroom is not
@@ -54,6 +60,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
   bool operator==(const ResultSummary& other) const;
   bool operator!=(const ResultSummary& other) const { return !(*this == other); }
 
+  /// The member resultName.
   const std::string& getResultName() const { return resultName; }
   /// @param name  null counts as empty
   void setResultName(const char* name);
@@ -69,21 +76,22 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
   /// writes it, with its newline. Fatal where ScaledInt::toString() is.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  ResultType resultType = RESULT_TYPE_NOT_SET;
-  ResultTime timeStamp = 0;        ///< when the result was taken, s since 1970-01-01 UTC
-  Status status = STATUS_NOT_SET;  ///< overall verdict
-  DisplayMeas length;
-  DisplayMeas headroom;
-  unsigned int testFlags = 0;  ///< bit i set: the test with flag value 2^i is contained
-  int numPassTests = 0;        ///< one signed byte on the wire, like the other two counts: 200 comes back as -56
-  int numPassStarTests = 0;
-  int numFailTests = 0;
-  std::string resultName;  ///< as the user sees it
+  ResultType resultType = RESULT_TYPE_NOT_SET;  ///< the medium
+  ResultTime timeStamp = 0;                     ///< when the result was taken, s since 1970-01-01 UTC
+  Status status = STATUS_NOT_SET;               ///< overall verdict
+  DisplayMeas length;                           ///< headline length, m
+  DisplayMeas headroom;                         ///< headline headroom, dB; negative where the limit is missed
+  unsigned int testFlags = 0;                   ///< bit i set: the test with flag value 2^i is contained
+  int numPassTests =
+      0;  ///< tests that passed; one signed byte on the wire, like the other two counts: 200 comes back as -56
+  int numPassStarTests = 0;  ///< tests with the verdict pass star
+  int numFailTests = 0;      ///< tests that failed
+  std::string resultName;    ///< as the user sees it
 
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// Summaries in the order they were added. On the wire: headed record with a 16-bit count, which is not range-checked:
@@ -108,7 +116,7 @@ class VELTRA_EXPORT ResultSummaryList : public Marshal::IDumpSerializable, publi
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// The lighter record for a result held as a file. On the wire: versioned inline record,
@@ -136,16 +144,16 @@ class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, publi
   /// {"ResultPathSummary": {...}}, all members at every level; the time stamp as in ResultSummary.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  std::string resultName;
-  ResultType resultType = RESULT_TYPE_NOT_SET;
-  ResultTime timeStamp = 0;  ///< s since 1970-01-01 UTC
-  std::string pathName;
-  unsigned int filesize = 0;  ///< bytes
+  std::string resultName;                       ///< as the user sees it
+  ResultType resultType = RESULT_TYPE_NOT_SET;  ///< the medium
+  ResultTime timeStamp = 0;                     ///< s since 1970-01-01 UTC
+  std::string pathName;                         ///< of the file, as it was opened
+  unsigned int filesize = 0;                    ///< bytes
 
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 /// Path summaries in the order they were added. On the wire: versioned inline record with a 16-bit count.
@@ -174,7 +182,7 @@ class VELTRA_EXPORT ResultPathSummaryList : public Marshal::IDumpSerializable,
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 };
 
 }  // namespace Veltra

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: any number may call these functions at once.
+
 #include <cstdint>
 #include <string>
 
@@ -29,6 +31,7 @@ VELTRA_EXPORT gsl::span<const EnumText<Status>> enumTexts<Status>();
 [[nodiscard]] VELTRA_EXPORT bool fromStatusString(const std::string& text, Status& out);
 /// "Not set" for an unknown text.
 [[nodiscard]] VELTRA_EXPORT Status fromStatusString(std::string text);
+/// True for the values of the list, not for combinations of them.
 VELTRA_EXPORT bool validateStatus(Status status);
 /// Keeps the more severe verdict. From the least to the most severe: Not set, Don't show, Show, Pass, Pass acceptable,
 /// Pass star, Fail star, Fail, any unknown value.

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 
@@ -25,8 +27,8 @@ class VELTRA_EXPORT ScaledInt : public Marshal::IDumpSerializable {
   };
 
   // Reserved raw values, next to the limits, which no measured value reaches.
-  static constexpr int32_t RAW_NOT_A_NUMBER = -2147483647;  ///< 0x80000001: not set, the default
-  static constexpr int32_t RAW_PLUS_INFINITY = 2147483647;
+  static constexpr int32_t RAW_NOT_A_NUMBER = -2147483647;    ///< 0x80000001: not set, the default
+  static constexpr int32_t RAW_PLUS_INFINITY = 2147483647;    ///< 0x7FFFFFFF
   static constexpr int32_t RAW_MINUS_INFINITY = -2147483646;  ///< 0x80000002
 
   /// Not a number, scale 0.
@@ -34,29 +36,37 @@ class VELTRA_EXPORT ScaledInt : public Marshal::IDumpSerializable {
   /// Rounds half away from zero in one step: a fused multiply-add, so it can differ from fromString() in the last
   /// digit. NaN and infinities become the reserved values; a value too large saturates.
   ScaledInt(float value, ScaledTo scaledTo);
+  /// A value of exactly this raw value, reserved or not, and this scale.
   static ScaledInt fromRaw(int32_t raw, ScaledTo scaledTo);
 
-  int32_t getRaw() const { return _raw; }
-  ScaledTo getScaledTo() const { return _scaledTo; }
+  int32_t getRaw() const { return _raw; }             ///< the value times scalingValue(), or a reserved one
+  ScaledTo getScaledTo() const { return _scaledTo; }  ///< the scale, as read: see hasPrintableScale()
   /// 10 to the power of the scale.
   float scalingValue() const;
+  ///@{
   /// NaN and the infinities for the reserved raw values.
   float toFloat() const;
   double toDouble() const;
+  ///@}
+  ///@{
+  /// By the raw value alone: not set; neither that nor an infinity.
   bool isNotANumber() const { return _raw == RAW_NOT_A_NUMBER; }
   bool isFinite() const { return !isNotANumber() && _raw != RAW_PLUS_INFINITY && _raw != RAW_MINUS_INFINITY; }
+  ///@}
   /// False where toString() would stop the program: a finite value whose scale is not in the list.
   bool hasPrintableScale() const;
 
-  // Values of different scale are aligned by multiplying the raw value of the coarser one: 32-bit arithmetic that
-  // wraps. Scales more than 5 apart raise the assertion "Unexpected ScaledInt exponent" and are compared unaligned.
-  // Anything compared with not-a-number is false.
+  ///@{
+  /// Values of different scale are aligned by multiplying the raw value of the coarser one: 32-bit arithmetic that
+  /// wraps. Scales more than 5 apart raise the assertion "Unexpected ScaledInt exponent" and are compared unaligned.
+  /// Anything compared with not-a-number is false.
   bool operator==(const ScaledInt& other) const;
   bool operator!=(const ScaledInt& other) const { return !(*this == other); }
   bool operator<(const ScaledInt& other) const;
   bool operator<=(const ScaledInt& other) const;
   bool operator>(const ScaledInt& other) const;
   bool operator>=(const ScaledInt& other) const;
+  ///@}
 
   /// The finer of both scales. Not-a-number on the left gives the left operand; on the right only, too.
   ScaledInt operator+(const ScaledInt& other) const;

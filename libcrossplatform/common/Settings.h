@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <memory>
 
 #include <libcrossplatform/serialization/IJsonable.h>
@@ -32,8 +34,11 @@ class VELTRA_EXPORT Settings : public Marshal::ISerializable, public Dump::IDump
 
  protected:
   Settings() = default;
+  ///@{
+  /// Copies nothing: the base has no members.
   Settings(const Settings&) = default;
   Settings& operator=(const Settings&) = default;
+  ///@}
 };
 
 }  // namespace Veltra

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstdint>
 #include <string>
 
@@ -29,8 +31,8 @@ class VELTRA_EXPORT ToleranceMeas : public Marshal::IDumpSerializable, public Du
   /// without a positive one greater than. Not a number is not available, or not applicable if the negative tolerance
   /// is 0, which marks it.
   void calculateDisplayType();
-  DisplayMeas valueToDisplayMeas() const;
-  std::string valueToString() const;
+  DisplayMeas valueToDisplayMeas() const;  ///< value and type, without the tolerances
+  std::string valueToString() const;       ///< the same as text, for example "> 5.0"; fatal as DisplayMeas::toString()
   /// For example "5.0, +tol = 0.3, -tol = nan".
   std::string toString() const;
   /// The raw value negated when negative, a plain integer even where it is reserved: not-a-number becomes plus
@@ -44,10 +46,10 @@ class VELTRA_EXPORT ToleranceMeas : public Marshal::IDumpSerializable, public Du
   /// {"value", "posTolerance", "negTolerance"}, all three as text.
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
-  ScaledInt value;
-  DisplayType type = DISPLAY_TYPE_NOT_AVAILABLE;
-  float posTolerance;
-  float negTolerance;
+  ScaledInt value;  ///< in the unit of whatever holds the measurement, as both tolerances; dB for a loss
+  DisplayType type = DISPLAY_TYPE_NOT_AVAILABLE;  ///< how `value` is meant; see calculateDisplayType()
+  float posTolerance;                             ///< what may be added to the value, 0 or more; NaN without a bound
+  float negTolerance;                             ///< what may be taken from it, 0 or more; NaN without a bound
 
  private:
   friend class Marshal::FieldAccess;

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -29,14 +31,16 @@ class VELTRA_EXPORT TweakBase : public Marshal::ISerializable, public Dump::IDum
   TweakBase(const TweakBase&) = delete;
   TweakBase& operator=(const TweakBase&) = delete;
 
-  const std::string& getName() const { return _name; }
-  const std::string& getHelp() const { return _help; }
-  virtual const char* getTypeName() const = 0;  ///< "int", "unsigned int", "float" or "string"
+  const std::string& getName() const { return _name; }  ///< unique in a TweakList
+  const std::string& getHelp() const { return _help; }  ///< one line for developers
+  virtual const char* getTypeName() const = 0;          ///< "int", "unsigned int", "float" or "string"
 
-  // Texts that setFromText() reads back. Numbers are decimal whatever the locale; a float has the fewest digits that
-  // give it back, or is "NaN", "+inf" or "-inf".
+  ///@{
+  /// Texts that setFromText() reads back. Numbers are decimal whatever the locale; a float has the fewest digits that
+  /// give it back, or is "NaN", "+inf" or "-inf".
   virtual std::string getValueText() const = 0;
   virtual std::string getDefaultText() const = 0;
+  ///@}
 
   /// Sets the value from a whole text: no spaces, no "+" before a number. A string accepts any text.
   /// @return TWEAK_OK, TWEAK_NOT_A_VALUE or TWEAK_OUT_OF_RANGE
@@ -62,9 +66,9 @@ class VELTRA_EXPORT Tweak final : public TweakBase {
   Tweak(std::string name, T defaultValue, std::string help)
       : TweakBase(std::move(name), std::move(help)), _value(defaultValue), _default(std::move(defaultValue)) {}
 
-  const T& get() const { return _value; }
-  void set(T value) { _value = std::move(value); }
-  const T& getDefault() const { return _default; }
+  const T& get() const { return _value; }           ///< in the unit of the algorithm; valid until it is set
+  void set(T value) { _value = std::move(value); }  ///< any value: no range is checked
+  const T& getDefault() const { return _default; }  ///< never changes
 
   const char* getTypeName() const override;
   std::string getValueText() const override;
@@ -79,7 +83,7 @@ class VELTRA_EXPORT Tweak final : public TweakBase {
  private:
   friend class Marshal::FieldAccess;
   template <class Fields>
-  void fields(Fields& f);
+  VELTRA_HIDDEN void fields(Fields& f);
 
   T _value;
   const T _default;
@@ -92,11 +96,11 @@ extern template class Tweak<std::string>;
 
 /// What a listing shows of a tweak, all as text.
 struct TweakInfo {
-  std::string name;
-  std::string type;
-  std::string value;
-  std::string defaultValue;
-  std::string help;
+  std::string name;          ///< TweakBase::getName()
+  std::string type;          ///< TweakBase::getTypeName()
+  std::string value;         ///< TweakBase::getValueText()
+  std::string defaultValue;  ///< TweakBase::getDefaultText()
+  std::string help;          ///< TweakBase::getHelp()
 };
 
 /// Finds tuning values by name. The values belong to the code that uses them: the list borrows them, so each
@@ -105,7 +109,7 @@ class VELTRA_EXPORT TweakList {
  public:
   /// Registers a tweak. @return false, reported as an assertion, when the list has one of that name, which stays
   [[nodiscard]] bool add(TweakBase& tweak);
-  std::size_t size() const { return _tweaks.size(); }
+  std::size_t size() const { return _tweaks.size(); }  ///< tweaks registered
   /// The tweak of exactly that name; null when there is none.
   TweakBase* find(std::string_view name);
 

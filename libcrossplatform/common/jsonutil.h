@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: any number may call these functions at once.
+
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
@@ -15,14 +17,16 @@ namespace Veltra {
 /// The limits of a stored document: docs/reader-behaviour.md, "The bounds of JSON". Values take a hundred times
 /// their size in memory, and a deeply nested document a thousand times its bytes when it is written again.
 namespace JsonBounds {
-constexpr std::size_t VALUES = std::size_t{128} * 1024;
-constexpr std::size_t LEVELS = 1000;  ///< what JsonCpp reads; parseJson() refuses more
-constexpr std::size_t STYLED_BYTES = std::size_t{4} * 1024 * 1024;
+constexpr std::size_t VALUES = std::size_t{128} * 1024;             ///< in one text
+constexpr std::size_t LEVELS = 1000;                                ///< what JsonCpp reads; parseJson() refuses more
+constexpr std::size_t STYLED_BYTES = std::size_t{4} * 1024 * 1024;  ///< of a stored document, or of a record's profile
 }  // namespace JsonBounds
 
+///@{
 /// JSON form of a float: a number, or the texts "NaN", "+inf" and "-inf" that ScaledInt uses too.
 VELTRA_EXPORT Json::Value toJson(float value);
 VELTRA_EXPORT Json::Value toJson(double value);
+///@}
 
 /// JSON form of a 64-bit integer: its decimal text, since JSON numbers lose digits beyond 2^53.
 VELTRA_EXPORT Json::Value toJson(long long value);
@@ -54,16 +58,20 @@ VELTRA_EXPORT const Json::Value* jsonMember(const Json::Value& v, const char* ke
 // Typed readers of the value jsonMember finds. Empty when it is missing or of another kind; none throws.
 
 VELTRA_EXPORT boost::optional<bool> boolFromJson(const Json::Value& v, const char* key);  ///< a JSON boolean only
+///@{
 /// An integral number within the range of the type; a boolean is not a number.
 VELTRA_EXPORT boost::optional<int> intFromJson(const Json::Value& v, const char* key);
 VELTRA_EXPORT boost::optional<unsigned> uintFromJson(const Json::Value& v, const char* key);
+///@}
 /// An integral number within the range of the type, or its whole decimal text.
 VELTRA_EXPORT boost::optional<int64_t> int64FromJson(const Json::Value& v, const char* key);
 /// The same, and the negative text that toJson() makes of values of 2^63 and above.
 VELTRA_EXPORT boost::optional<uint64_t> uint64FromJson(const Json::Value& v, const char* key);
+///@{
 /// A number, or exactly "NaN", "+inf" or "-inf".
 VELTRA_EXPORT boost::optional<float> floatFromJson(const Json::Value& v, const char* key);
 VELTRA_EXPORT boost::optional<double> doubleFromJson(const Json::Value& v, const char* key);
+///@}
 /// A string in the form of sysTimeToStr.
 VELTRA_EXPORT boost::optional<time_t> timeFromJson(const Json::Value& v, const char* key);
 /// A string, a number or a boolean, as text.
@@ -83,13 +91,15 @@ boost::optional<std::string> stringFromJson(const Json::Value*, const char*) = d
 template <class T>
 bool convertJson(const Json::Value*, T&) = delete;
 
-// JsonCpp's own conversions, for the records whose documents were written for them: a null is false, 0 or empty, a
-// number or a boolean is also text, but text is not a number. False, with `out` unchanged, where JsonCpp would throw.
-
+///@{
+/// JsonCpp's own conversions, for the records whose documents were written for them: a null is false, 0 or empty, a
+/// number or a boolean is also text, but text is not a number.
+/// @return false, with `out` unchanged, where JsonCpp would throw
 [[nodiscard]] VELTRA_EXPORT bool convertJson(const Json::Value& v, bool& out);
 [[nodiscard]] VELTRA_EXPORT bool convertJson(const Json::Value& v, int& out);       ///< a fraction is cut off
 [[nodiscard]] VELTRA_EXPORT bool convertJson(const Json::Value& v, unsigned& out);  ///< likewise
 [[nodiscard]] VELTRA_EXPORT bool convertJson(const Json::Value& v, std::string& out);
+///@}
 
 /// An object of one member: a record's JSON under its root name.
 VELTRA_EXPORT Json::Value rootedJson(const char* name, Json::Value value);

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: any number may call these functions at once.
+
 #include <cstdarg>
 #include <cstdlib>
 #include <memory>
@@ -9,7 +11,7 @@
 
 /// Frees memory that the C library allocated.
 struct FreeDeleter {
-  void operator()(char* text) const { std::free(text); }
+  void operator()(char* text) const { std::free(text); }  ///< null is ignored
 };
 
 /// Formats into a newly allocated zero-terminated text.

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: setAssertHandler before the first one calls the library; the rest any number at once.
+
 #include <libcrossplatform/logging/Export.h>
 
 namespace Veltra {

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <libcrossplatform/serialization/ByteStreamEncoder.h>
 
 namespace Marshal {
@@ -13,8 +15,11 @@ class VELTRA_EXPORT ByteStreamBuilder final : public ByteStreamEncoder<ByteStrea
   ByteStreamBuilder(const ByteStreamBuilder&) = delete;
   ByteStreamBuilder& operator=(const ByteStreamBuilder&) = delete;
 
-  uint8_t* data() { return _begin; }  ///< null before the first allocation; moves when the buffer grows
+  ///@{
+  /// Null before the first allocation; moves when the buffer grows.
+  uint8_t* data() { return _begin; }
   const uint8_t* data() const { return _begin; }
+  ///@}
   uint32_t size() const { return static_cast<uint32_t>(_cursor - _begin); }  ///< bytes written
 
   /// Starts over in the same buffer: nothing is allocated for a record that fits.

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <libcrossplatform/serialization/IObjectWriter.h>
 #include <libcrossplatform/serialization/WireBytes.h>
 

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <libcrossplatform/serialization/IObjectReader.h>
 
 namespace Marshal {
@@ -41,7 +43,7 @@ class VELTRA_EXPORT ByteStreamReader final : public IObjectReader {
  private:
   [[noreturn]] static void refuse(const uint8_t* p);
   template <class T>
-  bool get(T& value);
+  VELTRA_HIDDEN bool get(T& value);
   bool has(uint32_t size);
 
   const uint8_t* _data;

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: types and constants alone; nothing is shared.
+
 #include <cstdint>
 
 namespace Dump {
@@ -8,8 +10,8 @@ namespace Dump {
 struct DumpFlags {
   static constexpr int FULL_LEVEL = 2;  ///< several records show their detail at this level only
 
-  int level = FULL_LEVEL;
-  uint32_t options = 0;  ///< for formatters; records ignore it
+  int level = FULL_LEVEL;  ///< any number; only FULL_LEVEL has a meaning of its own
+  uint32_t options = 0;    ///< for formatters; records ignore it
 };
 
 }  // namespace Dump

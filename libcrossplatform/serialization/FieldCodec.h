@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <libcrossplatform/serialization/FieldReader.h>
 #include <libcrossplatform/serialization/FlatRecord.h>
 
@@ -41,6 +43,7 @@ __attribute__((noinline)) unsigned writeHeadedFields(Record& record, IObjectWrit
   return header.serializeLength(out);
 }
 
+/// The reverse of writeHeadedFields(). @return 0; codes of Header, of the fields and of the length unchanged
 template <class Record>
 [[nodiscard]] __attribute__((noinline)) StreamOpStatus readHeadedFields(Record& record, IObjectReader& in) {
   Header header;
@@ -58,8 +61,9 @@ template <class Record>
   return header.checkLength(in, status);
 }
 
-// A flat record goes past the operations of the library's own streams. The other way is a call, which keeps the frame
-// of this one small.
+///@{
+/// A headed record. A flat one goes past the operations of the library's own streams. The other way is a call, which
+/// keeps the frame of this one small.
 template <class Record>
 unsigned writeHeaded(Record& record, IObjectWriter& out) {
   if constexpr (IsFlat<Record>::value) {
@@ -90,7 +94,10 @@ template <class Record>
   }
   return readHeadedFields(record, in);
 }
+///@}
 
+///@{
+/// A versioned inline record. @return bytes written, 0 on a stream without positions; 0 or the code of the fields
 template <class Record>
 unsigned writeInline(Record& record, IObjectWriter& out) {
   const uint32_t start = out.position();
@@ -108,7 +115,10 @@ template <class Record>
   f.walkInline(record);
   return f.status();
 }
+///@}
 
+///@{
+/// A plain inline record. @return as writeInline() and readInline()
 template <class Record>
 unsigned writePlain(Record& record, IObjectWriter& out) {
   const uint32_t start = out.position();
@@ -125,5 +135,6 @@ template <class Record>
   FieldAccess::walk(record, f);
   return f.ok() ? f.streamStatus() : f.status();
 }
+///@}
 
 }  // namespace Marshal

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <memory>
 #include <string>
 #include <utility>
@@ -14,13 +16,17 @@ namespace Marshal {
 /// Stores fields into a stream: straight into its window when it offers one, through its operations otherwise.
 class StreamOut {
  public:
+  /// @param stream  borrowed; what was stored into its window is its own when the walker is destroyed
   explicit StreamOut(IObjectWriter& stream) : _stream(stream), _window(stream.window(0)) {}
   ~StreamOut() { commit(); }
   StreamOut(const StreamOut&) = delete;
   StreamOut& operator=(const StreamOut&) = delete;
 
+  /// False where every field is an operation of the stream.
   bool hasWindow() const { return _window.cursor != nullptr; }
 
+  ///@{
+  /// A number big-endian; bytes as they are; a text with its `u32` byte count before it.
   template <class T>
   VELTRA_ALWAYS_INLINE void put(T value) {
     if (static_cast<std::size_t>(_window.end - _window.cursor) < sizeof(T)) {
@@ -50,6 +56,7 @@ class StreamOut {
     put(static_cast<uint32_t>(value.size()));
     bytes(value.data(), static_cast<uint32_t>(value.size()));
   }
+  ///@}
 
   /// A nested record through its own serialize().
   void record(ISerializable& nested) {
@@ -107,6 +114,8 @@ class StreamOut {
 /// its texts is a constant to the compiler.
 class CountOut {
  public:
+  ///@{
+  /// Counts what the same operation of StreamOut stores.
   template <class T>
   VELTRA_ALWAYS_INLINE void put(T) {
     _fixed += sizeof(T);
@@ -123,10 +132,11 @@ class CountOut {
   }
   template <class Record>
   VELTRA_ALWAYS_INLINE bool flat(Record& nested);
+  ///@}
 
-  std::size_t fixed() const { return _fixed; }  ///< without the bytes of texts and nested records
-  std::size_t size() const { return _fixed + _texts; }
-  uint32_t total() const { return static_cast<uint32_t>(size()); }
+  std::size_t fixed() const { return _fixed; }                      ///< without the bytes of texts and nested records
+  std::size_t size() const { return _fixed + _texts; }              ///< all bytes
+  uint32_t total() const { return static_cast<uint32_t>(size()); }  ///< size() as the wire has it, cut to 32 bits
 
  private:
   std::size_t _fixed = 0;
@@ -136,6 +146,8 @@ class CountOut {
 /// Stores fields into the caller's buffer, which must have room for all of them.
 class FixedOut {
  public:
+  ///@{
+  /// A buffer, and what StreamOut stores, without a look at its end.
   explicit FixedOut(uint8_t* cursor) : _cursor(cursor) {}
   template <class T>
   VELTRA_ALWAYS_INLINE void put(T value) {
@@ -147,6 +159,7 @@ class FixedOut {
     std::memcpy(_cursor, value.data(), value.size());
     _cursor += value.size();
   }
+  ///@}
 
  private:
   uint8_t* _cursor;
@@ -157,14 +170,18 @@ class FixedOut {
 template <class Out>
 class FieldEncoder : public Out {
  public:
+  /// @param classVersion  what the record is written as
+  /// @param args          of the `Out`
   template <class... Args>
   explicit FieldEncoder(uint8_t classVersion, Args&&... args)
       : Out(std::forward<Args>(args)...), _version(classVersion) {}
 
-  static constexpr bool READING = false;
+  static constexpr bool READING = false;        ///< for lists whose directions differ
   uint8_t version() const { return _version; }  ///< class version being written
-  bool ok() const { return true; }
+  bool ok() const { return true; }              ///< as FieldReader::ok(); writing goes on whatever failed
 
+  ///@{
+  /// A number or enumeration in the width of the verb, wider values cut to it.
   VELTRA_ALWAYS_INLINE void boolean(const char*, bool v) { this->put(v); }
   template <class T>
   VELTRA_ALWAYS_INLINE void u8(const char*, const T& v) {
@@ -195,12 +212,14 @@ class FieldEncoder : public Out {
     this->put(static_cast<int64_t>(v));
   }
   VELTRA_ALWAYS_INLINE void f32(const char*, float v) { this->put(v); }
+  ///@}
   /// An enumeration written as `i8` that is read back as `u8` and widened.
   template <class T>
   void i8ReadAsU8(const char* name, const T& v) {
     i8(name, v);
   }
 
+  /// A `string`: `u32` byte count and the bytes.
   VELTRA_ALWAYS_INLINE void text(const char*, const std::string& v) { Out::text(v); }
   /// The counted zero-terminated string: `u32` length plus one, the bytes, a zero byte.
   void terminatedText(const char*, const std::string& v) {
@@ -214,6 +233,7 @@ class FieldEncoder : public Out {
     this->bytes(v.data(), static_cast<uint32_t>(v.size()));
   }
 
+  /// A nested record: walked in place if it is versioned inline, otherwise by its own serialize().
   template <class Record>
   VELTRA_ALWAYS_INLINE void record(const char*, Record& nested) {
     if constexpr (IsWalkedInline<Record>::value) {
@@ -243,7 +263,10 @@ class FieldEncoder : public Out {
   uint8_t _version;
 };
 
+///@{
+/// What a record's list is walked with to write it, and to count its bytes.
 using FieldWriter = FieldEncoder<StreamOut>;
 using FieldCounter = FieldEncoder<CountOut>;
+///@}
 
 }  // namespace Marshal

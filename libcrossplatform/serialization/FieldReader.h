@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,6 +15,7 @@ namespace Marshal {
 /// not kept: it leaves its target as it was and shows in the stream's status.
 class FieldReader : public FixedFields<FieldReader> {
  public:
+  /// @param stream  borrowed; positioned after the last field read when the walker is destroyed
   FieldReader(IObjectReader& stream, uint8_t classVersion)
       : _stream(stream), _window(stream.window()), _version(classVersion) {}
   ~FieldReader() { commit(); }
@@ -20,9 +23,10 @@ class FieldReader : public FixedFields<FieldReader> {
   FieldReader& operator=(const FieldReader&) = delete;
 
   uint8_t version() const { return _version; }  ///< class version being read
+  /// For a version that is known only after the header is read.
   void setVersion(uint8_t classVersion) { _version = classVersion; }
-  StreamOpStatus status() const { return _status; }
-  bool ok() const { return _status == STREAM_OK; }
+  StreamOpStatus status() const { return _status; }  ///< of the first text or record that failed, otherwise 0
+  bool ok() const { return _status == STREAM_OK; }   ///< no text and no record has failed
   /// -3 when the stream has failed, whichever field failed.
   StreamOpStatus streamStatus() const {
     // A stream offers a window only while its status is 0.
@@ -131,6 +135,7 @@ class FieldReader : public FixedFields<FieldReader> {
     if (streamStatus() != STREAM_OK) fail(STREAM_SHORT);
   }
 
+  /// One number of the width of `T`. @return false, with `v` unchanged, when the stream ran out
   template <class T>
   VELTRA_ALWAYS_INLINE bool get(const char* name, T& v) {
     if (remaining() < sizeof(T)) {

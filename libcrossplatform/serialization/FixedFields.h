@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <libcrossplatform/serialization/WireBytes.h>
 
 namespace Marshal {
@@ -9,8 +11,10 @@ namespace Marshal {
 template <class Reader>
 class FixedFields {
  public:
-  static constexpr bool READING = true;
+  static constexpr bool READING = true;  ///< for lists whose directions differ
 
+  ///@{
+  /// A number or enumeration from the width of the verb, widened with its sign; unchanged when the stream ran out.
   VELTRA_ALWAYS_INLINE void boolean(const char* name, bool& v) { self().get(name, v); }
   template <class T>
   VELTRA_ALWAYS_INLINE void u8(const char* name, T& v) {
@@ -45,6 +49,7 @@ class FixedFields {
   VELTRA_ALWAYS_INLINE void i8ReadAsU8(const char* name, T& v) {
     getAs<uint8_t>(name, v);
   }
+  ///@}
 
  private:
   Reader& self() { return static_cast<Reader&>(*this); }

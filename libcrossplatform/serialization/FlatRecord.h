@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <limits>
 #include <string>
 
@@ -59,10 +61,12 @@ class FlatReader : public FixedFields<FlatReader> {
   FlatReader(const uint8_t* cursor, std::size_t texts, uint8_t classVersion)
       : _cursor(cursor), _texts(texts), _version(classVersion) {}
 
-  uint8_t version() const { return _version; }
+  uint8_t version() const { return _version; }  ///< class version being read
   /// Whether the fields were all there and nothing else.
   bool isWhole() const { return _wellFormed && _texts == 0; }
 
+  ///@{
+  /// The verbs of FieldReader.
   template <class T>
   VELTRA_ALWAYS_INLINE bool get(const char*, T& v) {
     v = loadBig<T>(_cursor);
@@ -86,6 +90,7 @@ class FlatReader : public FixedFields<FlatReader> {
     if (*_cursor++ > Record::CLASS_VERSION) _wellFormed = false;
     FieldAccess::walk(nested, *this);
   }
+  ///@}
 
  private:
   const uint8_t* _cursor;

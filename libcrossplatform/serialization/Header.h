@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object, or several that only call its const functions; free functions any number.
+
 #include <libcrossplatform/serialization/ISerializable.h>
 #include <libcrossplatform/serialization/WireBytes.h>
 
@@ -8,9 +10,9 @@ namespace Marshal {
 /// The 12 bytes before a headed record: its id, version and length.
 class VELTRA_EXPORT Header {
  public:
-  static constexpr uint16_t MARKER = 0xABCD;
-  static constexpr uint8_t FORMAT = 1;
-  static constexpr uint32_t BYTES = 2 + 1 + 1 + 2 + 2 + 4;  // marker, format, class version, system, class, length
+  static constexpr uint16_t MARKER = 0xABCD;                ///< the first two bytes of every header
+  static constexpr uint8_t FORMAT = 1;                      ///< version of the header itself
+  static constexpr uint32_t BYTES = 2 + 1 + 1 + 2 + 2 + 4;  ///< marker, format, class version, system, class, length
 
   /// The eight bytes before the length, as one number: what fields() writes for this format.
   static constexpr uint64_t beginning(uint32_t combinedId, uint8_t classVersion) {
@@ -19,13 +21,15 @@ class VELTRA_EXPORT Header {
 
   /// For reading: class version and id 0.
   Header() = default;
+  ///@{
   /// For writing.
   Header(SerialTypeID id, uint8_t classVersion) : _id(id), _classVersion(classVersion) {}
   Header(uint32_t combinedId, uint8_t classVersion) : Header(SerialTypeID::fromCombined(combinedId), classVersion) {}
+  ///@}
 
-  SerialTypeID serialTypeId() const { return _id; }
-  uint8_t classVersion() const { return _classVersion; }
-  uint32_t length() const { return _length; }  ///< bytes of the record after the header
+  SerialTypeID serialTypeId() const { return _id; }       ///< whose record follows
+  uint8_t classVersion() const { return _classVersion; }  ///< of the fields that follow, as read or to be written
+  uint32_t length() const { return _length; }             ///< bytes of the record after the header
 
   /// Writes the header with the length known so far: 0 unless setLength() was called.
   unsigned serialize(IObjectWriter& out);
@@ -61,6 +65,7 @@ class VELTRA_EXPORT Header {
     return in.position() - _bodyAt == _length ? STREAM_OK : STREAM_WRONG_LENGTH;
   }
 
+  ///@{
   /// serialize() and deserialize() through the walker that goes on to the body.
   /// @param at  position of the header in the stream, if it has positions
   template <class Fields>
@@ -76,6 +81,7 @@ class VELTRA_EXPORT Header {
     if (_marker != MARKER || _format == 0) return STREAM_NOT_A_HEADER;
     return _format > FORMAT ? STREAM_TOO_NEW : STREAM_OK;
   }
+  ///@}
 
  private:
   friend class FieldAccess;

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <string>
 
 #include <json/value.h>
@@ -14,6 +16,8 @@ class IFormatter;
 /// A record that can render itself as a JSON value.
 class VELTRA_EXPORT IJsonable {
  public:
+  /// The record as a JSON value, a copy of its own.
+  /// @param flags  how much of it; most records show all of it at every level
   virtual Json::Value toJson(const DumpFlags& flags) const = 0;
   virtual ~IJsonable() = default;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <libcrossplatform/logging/Export.h>
 #include <libcrossplatform/serialization/IDumpable.h>
 #include <libcrossplatform/serialization/IObjectReader.h>

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: any number may call these functions at once.
+
 #include <string>
 
 #include <libcrossplatform/logging/Export.h>

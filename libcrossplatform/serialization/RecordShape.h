@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <type_traits>
 #include <typeinfo>
 
@@ -12,6 +14,7 @@ namespace Marshal {
 /// once. The list is private to the record, which has this class as a friend.
 class FieldAccess {
  public:
+  /// Calls the record's fields() with the walker.
   template <class Record, class Fields>
   VELTRA_ALWAYS_INLINE static void walk(Record& record, Fields& f) {
     record.fields(f);

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: one at a time may use an object; different objects do not disturb each other.
+
 #include <iosfwd>
 
 #include <libcrossplatform/serialization/IFormatter.h>

@@ -1,5 +1,7 @@
 #pragma once
 
+// Threads: any number may call these functions at once.
+
 #include <cstdint>
 #include <cstring>
 #include <type_traits>
@@ -12,6 +14,7 @@ namespace Marshal {
 /// The unsigned integer that carries a wire kind's bits.
 template <std::size_t BYTES>
 struct WireBits;
+/// @cond the four widths
 template <>
 struct WireBits<1> {
   using Type = uint8_t;
@@ -28,6 +31,7 @@ template <>
 struct WireBits<8> {
   using Type = uint64_t;
 };
+/// @endcond
 
 /// Turns the machine's order of bytes into big-endian, and back: one instruction, where g++ compiles a loop to a
 /// load and a shift for each byte.
@@ -68,6 +72,7 @@ VELTRA_ALWAYS_INLINE T loadBig(const uint8_t* from) {
   }
 }
 
+///@{
 /// The little-endian 32-bit words of the container: a compressed payload's original size, a file's total length.
 VELTRA_ALWAYS_INLINE void storeLittle32(uint8_t* to, uint32_t value) {
   for (int i = 0; i < 4; ++i) to[i] = static_cast<uint8_t>(value >> (8 * i));
@@ -78,5 +83,6 @@ VELTRA_ALWAYS_INLINE uint32_t loadLittle32(const uint8_t* from) {
   for (int i = 0; i < 4; ++i) value |= static_cast<uint32_t>(from[i]) << (8 * i);
   return value;
 }
+///@}
 
 }  // namespace Marshal

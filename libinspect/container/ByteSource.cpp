@@ -217,6 +217,7 @@ std::size_t ByteSource::view(uint64_t offset, const uint8_t*& at) const {
   const bool reachesEnd = _windowAt + _windowSize >= _size;
   if (!isInside || (!reachesEnd && _windowSize - skipped < WINDOW / 2)) {
     _windowAt = offset;
+    _windowSize = 0;  // whoever is told of reading may end it
     _windowSize = readFile(offset, _bytes.data(), static_cast<std::size_t>(std::min<uint64_t>(WINDOW, _size - offset)));
     at = _bytes.data();
     return _windowSize;
@@ -250,6 +251,16 @@ bool isSameFile(const std::string& input, const std::string& path) {
   }, b{};
   const bool isKnown = (isStandardInput(input) ? fstat(STDIN_FILENO, &a) : stat(input.c_str(), &a)) == 0;
   return isKnown && stat(path.c_str(), &b) == 0 && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+std::string refusalToReplace(const std::string& path, bool replaces, const std::vector<std::string>& inputs) {
+  struct stat info {};
+  if (stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) return path + ": not a regular file, not replaced";
+  if (!replaces && lstat(path.c_str(), &info) == 0) return EXISTS;
+  for (const std::string& input : inputs) {
+    if (isSameFile(input, path)) return inputName(input) + ": is the input and would be replaced";
+  }
+  return {};
 }
 
 bool haveSameBytes(const ByteSource& a, uint64_t offsetA, const ByteSource& b, uint64_t offsetB, uint64_t size) {

@@ -28,7 +28,7 @@ class ByteSource {
 
   /// Inputs of more bytes are refused from the next open() on; 0 is no limit.
   void setLimit(uint64_t bytes) { _limit = bytes; }
-  /// Called with the number of bytes after each read from the disk.
+  /// Called with the number of bytes after each read from the disk. May throw, which ends what reads.
   void onRead(std::function<void(std::size_t)> told) { _told = std::move(told); }
 
   /// Opens an input in place of the one before. A FIFO that nobody writes to is refused, not waited for.
@@ -85,6 +85,11 @@ std::string inputName(const std::string& path);
 /// Whether an input, "-" for standard input, is the file that a path leads to, whatever its name: by device and inode.
 /// False if one of them cannot be examined.
 bool isSameFile(const std::string& input, const std::string& path);
+
+constexpr char EXISTS[] = "exists";
+/// Why no output may be written to a path: it is no regular file; EXISTS, where nothing is to be replaced; or, to be
+/// replaced or not, it is one of the inputs, whatever its name. Empty if it may.
+std::string refusalToReplace(const std::string& path, bool replaces, const std::vector<std::string>& inputs);
 
 /// Whether two inputs have the same bytes; false if one of them cannot be read to its end.
 bool haveSameBytes(const ByteSource& a, const ByteSource& b);

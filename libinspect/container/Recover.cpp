@@ -242,6 +242,22 @@ bool isWhole(const std::string& written, const std::string& path, std::string& e
 
 }  // namespace
 
+Json::Value toJson(const LostRange& lost) {
+  Json::Value json(Json::objectValue);
+  json["offset"] = static_cast<Json::UInt64>(lost.offset);
+  json["bytes"] = static_cast<Json::UInt64>(lost.bytes);
+  return json;
+}
+
+Json::Value toJson(const Recovery& recovery) {
+  Json::Value json(Json::objectValue);
+  json["wasClosed"] = recovery.wasClosed;
+  json["missing"] = static_cast<Json::UInt64>(recovery.missing);
+  json["summaryLost"] = recovery.isSummaryLost;
+  json["lostSectionsLeftOut"] = static_cast<Json::UInt64>(recovery.lostSectionsLeftOut);
+  return json;
+}
+
 Json::Value toJson(const LostSection& lost) {
   Json::Value json = toJson(lost.why);
   json.removeMember("section");

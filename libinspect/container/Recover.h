@@ -15,6 +15,7 @@ struct LostRange {
   uint64_t offset = 0;
   uint64_t bytes = 0;
 };
+Json::Value toJson(const LostRange& lost);
 
 /// A section that could not be kept.
 struct LostSection {
@@ -36,6 +37,9 @@ struct Recovery {
   bool wasClosed = false;      ///< the input had a file header that verified
   uint64_t missing = 0;        ///< bytes that its recorded length exceeds the input by
 };
+
+/// What is known of a recovery as JSON, without its lists.
+Json::Value toJson(const Recovery& recovery);
 
 /// Finds every section whose header and data verify. After damage it searches for the next header that verifies, from
 /// just after the damaged section's own header, since its length may be wrong. Linear in the size of the input,

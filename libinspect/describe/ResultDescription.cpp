@@ -86,22 +86,6 @@ void count(ObjectReader& in, const char* key, int& out) {
   in.integer(key, out, std::numeric_limits<int8_t>::min(), std::numeric_limits<int8_t>::max());
 }
 
-void parseSummary(const Json::Value& json, const std::string& text, Veltra::ResultSummary& s, std::string& error) {
-  namespace Names = Veltra::SummaryNames;
-  ObjectReader in(json, text, "summary", error);
-  in.text(Names::RESULT_NAME, s.resultName);
-  enumeration(in, Names::RESULT_TYPE, s.resultType);
-  timeStamp(in, Names::TIME_STAMP, s.timeStamp);
-  enumeration(in, Names::STATUS, s.status);
-  measurement(in, Names::LENGTH, s.length);
-  measurement(in, Names::HEADROOM, s.headroom);
-  testFlags(in, Names::TEST_FLAGS, s.testFlags);
-  count(in, Names::NUM_PASS_TESTS, s.numPassTests);
-  count(in, Names::NUM_PASS_STAR_TESTS, s.numPassStarTests);
-  count(in, Names::NUM_FAIL_TESTS, s.numFailTests);
-  in.finish();
-}
-
 void parseSection(const Json::Value& json, const std::string& text, const std::string& path, DescribedSection& section,
                   std::string& error) {
   ObjectReader in(json, text, path, error);
@@ -124,42 +108,19 @@ void parseSection(const Json::Value& json, const std::string& text, const std::s
   in.finish();
 }
 
-bool writeDataSection(const DescribedSection& described, int level, PFile::FileWriter& file, std::string& error) {
+bool writeDataSection(const DescribedSection& described, int level, ResultWriter& file, std::string& error) {
   ByteSource source;
   source.setLimit(described.compress ? PFile::Section::MAX_UNCOMPRESSED : MAX_PAYLOAD);
   const bool isOpen = source.openFile(described.payload, error);
   if (!isOpen && !source.isOverLimit()) return false;
-  if (source.size() == 0 || source.size() > MAX_PAYLOAD) {
-    error = fmt::format("{}: expected a payload of 1 to {} bytes, found {}", source.name(), MAX_PAYLOAD, source.size());
-    return false;
-  }
-  if (described.compress && source.size() > PFile::Section::MAX_UNCOMPRESSED) {
-    error = fmt::format("{}: expected at most {} bytes to compress, found {}: store it uncompressed", source.name(),
-                        PFile::Section::MAX_UNCOMPRESSED, source.size());
-    return false;
-  }
-  if (!isOpen) return false;
+  if (!ResultWriter::isPayload(source.name(), source.size(), described.compress, error) || !isOpen) return false;
   const auto size = static_cast<uint32_t>(source.size());
-  std::unique_ptr<unsigned char[]> bytes(new unsigned char[size]);
+  const std::unique_ptr<uint8_t[]> bytes(new uint8_t[size]);
   if (source.readAt(0, bytes.get(), size) != size) {
     error = fmt::format("{}: read error", source.name());
     return false;
   }
-  PFile::Section section;
-  const PFile::SECTION_FLAGS flags = described.compress ? PFile::SECTION_FLAG_COMPRESS : PFile::SECTION_FLAGS{0};
-  // With bytes to compress and a known level zlib lacks nothing but memory.
-  if (section.set(described.type, described.version, flags, bytes.release(), size, true, level) != 0) {
-    throw std::bad_alloc();
-  }
-  const uint64_t total = uint64_t{file.size()} + PFile::Header::BYTES + section.payload.size();
-  if (total > PFile::FileWriter::MAX_BYTES) {
-    error = fmt::format("{}: expected a container of at most {} bytes, found {} with it", source.name(),
-                        PFile::FileWriter::MAX_BYTES, total);
-    return false;
-  }
-  if (file.write(section) == 0) return true;
-  error = fmt::format("section {}: {}", typeName(described.type), std::strerror(errno));
-  return false;
+  return file.write(described, level, bytes.get(), size, error);
 }
 
 }  // namespace
@@ -172,7 +133,7 @@ bool parseDescription(const std::string& text, const std::string& payloads, Resu
   ObjectReader in(root, text, "description", error);
   const Json::Value* const summary = in.take("summary");
   if (summary != nullptr) {
-    parseSummary(*summary, text, description.summary, error);
+    if (!parseSummary(*summary, text, description.summary, error)) return false;
   } else if (in.ok()) {
     in.fail("summary", Json::Value(), "an object");
   }
@@ -188,28 +149,86 @@ bool parseDescription(const std::string& text, const std::string& payloads, Resu
   return in.ok();
 }
 
+bool parseSummary(const Json::Value& json, const std::string& text, Veltra::ResultSummary& s, std::string& error) {
+  namespace Names = Veltra::SummaryNames;
+  ObjectReader in(json, text, "summary", error);
+  in.text(Names::RESULT_NAME, s.resultName);
+  enumeration(in, Names::RESULT_TYPE, s.resultType);
+  timeStamp(in, Names::TIME_STAMP, s.timeStamp);
+  enumeration(in, Names::STATUS, s.status);
+  measurement(in, Names::LENGTH, s.length);
+  measurement(in, Names::HEADROOM, s.headroom);
+  testFlags(in, Names::TEST_FLAGS, s.testFlags);
+  count(in, Names::NUM_PASS_TESTS, s.numPassTests);
+  count(in, Names::NUM_PASS_STAR_TESTS, s.numPassStarTests);
+  count(in, Names::NUM_FAIL_TESTS, s.numFailTests);
+  in.finish();
+  return in.ok();
+}
+
+bool ResultWriter::open(const std::string& path, std::string& error) {
+  _path = path;
+  if (_file.open(path.c_str()) == 0) return true;
+  error = fmt::format("{}: {}", path, std::strerror(errno));
+  return false;
+}
+
+bool ResultWriter::writeSummary(Veltra::ResultSummary& summary, std::string& error) {
+  Veltra::MemFileWriter writer(&_file.writer());
+  if (writer.writeSection(summary, Veltra::RESULT_SUMMARY_SECTION_VERSION, PFile::SECTION_RESULT_SUMMARY, 0, 0) ==
+      Veltra::RESULT_WRITER_OK) {
+    return true;
+  }
+  error = fmt::format("{}: the summary could not be written: {}", _path, std::strerror(errno));
+  return false;
+}
+
+bool ResultWriter::isPayload(const std::string& name, uint64_t size, bool compresses, std::string& error) {
+  if (size == 0 || size > MAX_PAYLOAD) {
+    error = fmt::format("{}: expected a payload of 1 to {} bytes, found {}", name, MAX_PAYLOAD, size);
+    return false;
+  }
+  if (!compresses || size <= PFile::Section::MAX_UNCOMPRESSED) return true;
+  error = fmt::format("{}: expected at most {} bytes to compress, found {}: store it uncompressed", name,
+                      PFile::Section::MAX_UNCOMPRESSED, size);
+  return false;
+}
+
+bool ResultWriter::write(const DescribedSection& described, int level, const uint8_t* bytes, uint32_t size,
+                         std::string& error) {
+  PFile::Section section;
+  const PFile::SECTION_FLAGS flags = described.compress ? PFile::SECTION_FLAG_COMPRESS : PFile::SECTION_FLAGS{0};
+  // The section reads the bytes alone. With bytes to compress and a known level zlib lacks nothing but memory.
+  if (section.set(described.type, described.version, flags, const_cast<uint8_t*>(bytes), size, false, level) != 0) {
+    throw std::bad_alloc();
+  }
+  const uint64_t total = uint64_t{_file.writer().size()} + PFile::Header::BYTES + section.payload.size();
+  if (total > PFile::FileWriter::MAX_BYTES) {
+    error = fmt::format("{}: expected a container of at most {} bytes, found {} with it",
+                        described.payload.empty() ? _path : described.payload, PFile::FileWriter::MAX_BYTES, total);
+    return false;
+  }
+  if (_file.writer().write(section) == 0) return true;
+  error = fmt::format("section {}: {}", typeName(described.type), std::strerror(errno));
+  return false;
+}
+
+bool ResultWriter::commit(std::string& error) {
+  if (_file.commit() == 0) return true;
+  error = fmt::format("{}: {}", _path, std::strerror(errno));
+  return false;
+}
+
 bool packResult(ResultDescription& description, const std::string& path, int level, PackedFile& packed,
                 std::string& error) {
-  PFile::SafeFileWriter file;
+  ResultWriter file;
   error.clear();
-  if (file.open(path.c_str()) != 0) {
-    error = fmt::format("{}: {}", path, std::strerror(errno));
-    return false;
-  }
-  Veltra::MemFileWriter writer(&file.writer());
-  if (writer.writeSection(description.summary, Veltra::RESULT_SUMMARY_SECTION_VERSION, PFile::SECTION_RESULT_SUMMARY, 0,
-                          0) != Veltra::RESULT_WRITER_OK) {
-    error = fmt::format("{}: the summary could not be written: {}", path, std::strerror(errno));
-    return false;
-  }
+  if (!file.open(path, error) || !file.writeSummary(description.summary, error)) return false;
   for (const DescribedSection& section : description.sections) {
-    if (!writeDataSection(section, level, file.writer(), error)) return false;
+    if (!writeDataSection(section, level, file, error)) return false;
   }
-  packed.bytes = file.writer().size();
-  if (file.commit() != 0) {
-    error = fmt::format("{}: {}", path, std::strerror(errno));
-    return false;
-  }
+  packed.bytes = file.bytes();
+  if (!file.commit(error)) return false;
   packed.sections = static_cast<int>(description.sections.size()) + 2;
   return true;
 }

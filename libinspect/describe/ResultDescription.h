@@ -6,6 +6,7 @@
 
 #include <json/value.h>
 
+#include <libcrossplatform/common/PFile.h>
 #include <libcrossplatform/common/ResultSummary.h>
 
 namespace Inspect {
@@ -29,6 +30,37 @@ struct ResultDescription {
 /// @return false, with `error` naming the key, what was expected and what was found
 [[nodiscard]] bool parseDescription(const std::string& text, const std::string& payloads,
                                     ResultDescription& description, std::string& error);
+
+/// Reads a summary from its description, an object; members that are missing stay as they are.
+/// @param text  that it was parsed from
+/// @return false, with `error` naming the member after "summary."
+[[nodiscard]] bool parseSummary(const Json::Value& json, const std::string& text, Veltra::ResultSummary& summary,
+                                std::string& error);
+
+/// Writes a result file next to its path, and renames it into place: without commit() the file at the path stays as it
+/// is. Functions return false with `error` filled; `errno` is then the reason if the error ends with its text.
+class ResultWriter {
+ public:
+  [[nodiscard]] bool open(const std::string& path, std::string& error);
+  /// Call it once, before anything else.
+  [[nodiscard]] bool writeSummary(Veltra::ResultSummary& summary, std::string& error);
+  /// Whether a payload can be written.
+  /// @param name  what the error calls it
+  static bool isPayload(const std::string& name, uint64_t size, bool compresses, std::string& error);
+  /// Appends a section.
+  /// @param section  what to write; its payload is not read
+  /// @param level    zlib level 0 to 9
+  /// @param bytes    borrowed, of a size that isPayload()
+  /// @throw std::bad_alloc
+  [[nodiscard]] bool write(const DescribedSection& section, int level, const uint8_t* bytes, uint32_t size,
+                           std::string& error);
+  uint32_t bytes() { return _file.writer().size(); }  ///< written so far
+  [[nodiscard]] bool commit(std::string& error);
+
+ private:
+  PFile::SafeFileWriter _file;
+  std::string _path;
+};
 
 /// The result of packing a description.
 struct PackedFile {

@@ -36,8 +36,24 @@ bool FileRun::isNamedAsResult(const std::string& file) const {
   if (extension.empty()) return false;
   const std::lock_guard<std::mutex> lock(_mutex);
   const auto [found, isNew] = _extensions.emplace(extension, false);
-  if (isNew) found->second = hasResultNamed(extension);
+  if (isNew && !_knowsExtensions) found->second = hasResultNamed(extension);
   return found->second;
+}
+
+std::vector<std::string> FileRun::resultExtensions() const {
+  std::vector<std::string> extensions;
+  for (const std::string& file : _files) isNamedAsResult(file);
+  const std::lock_guard<std::mutex> lock(_mutex);
+  for (const auto& [extension, isOfResults] : _extensions) {
+    if (isOfResults) extensions.push_back(extension);
+  }
+  return extensions;
+}
+
+void FileRun::useResultExtensions(const std::vector<std::string>& extensions) {
+  const std::lock_guard<std::mutex> lock(_mutex);
+  _knowsExtensions = true;
+  for (const std::string& extension : extensions) _extensions[extension] = true;
 }
 
 bool FileRun::hasResultNamed(const std::string& extension) const {

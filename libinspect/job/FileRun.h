@@ -29,6 +29,10 @@ class FileRun {
   /// Whether an intact result has the extension of this file, in any case of letters. The first question for an
   /// extension reads files that have it until one is a result. From any thread.
   bool isNamedAsResult(const std::string& file) const;
+  /// The extensions, in small letters, that intact results of the run have.
+  std::vector<std::string> resultExtensions() const;
+  /// For a part of a larger run: those of all of it. No file is read for them then.
+  void useResultExtensions(const std::vector<std::string>& extensions);
 
  private:
   bool hasResultNamed(const std::string& extension) const;
@@ -40,6 +44,7 @@ class FileRun {
   std::size_t _passedOver;
   mutable std::mutex _mutex;  // guards what follows
   mutable std::map<std::string, bool> _extensions;
+  bool _knowsExtensions = false;
 };
 
 }  // namespace Inspect

@@ -25,6 +25,49 @@ FileNote noteOf(const JudgedFile& file, OutputPlace place) {
   return note;
 }
 
+std::string damageOf(const JudgedFile& file) {
+  if (file.state != FileState::DAMAGED) return {};
+  for (const Finding& finding : file.report.findings) {
+    if (isDamage(finding.code)) return describe(file.report.name, finding);
+  }
+  return file.report.name + ": damaged";  // after more findings than are kept
+}
+
+std::optional<FileRow> fileRowOf(const std::string& name, const ReadOutcome& outcome, const JudgedFile* file,
+                                 const FileRun& run) {
+  const bool isRead = outcome.state == ReadOutcome::WAS_READ && file != nullptr;
+  const bool isOther = isRead && file->state == FileState::OTHER;
+  if (isOther && !run.isNamed(name)) return std::nullopt;
+  if (isRead && !file->hasSummary && file->state == FileState::INTACT) return std::nullopt;
+  FileRow found;
+  found.row.file = inputName(name);
+  found.row.isDamaged = !isRead || file->state != FileState::INTACT;
+  found.hasResult = !isOther && file != nullptr && file->hasSummary;
+  if (found.hasResult) found.row.summary = file->summary;
+  if (!isRead) {
+    found.error = outcome.error;
+  } else if (isOther) {
+    found.error = noContainerText(*file);
+  } else {
+    found.error = damageOf(*file);
+  }
+  return found;
+}
+
+void sortRows(std::vector<FileRow>& rows) {
+  std::vector<FileRow*> order;  // moved less often than rows
+  order.reserve(rows.size());
+  for (FileRow& row : rows) order.push_back(&row);
+  std::stable_sort(order.begin(), order.end(), [](const FileRow* a, const FileRow* b) {
+    if (a->hasResult != b->hasResult) return a->hasResult;
+    return a->hasResult ? isBefore(a->row, b->row) : comesBefore(a->row.file, b->row.file);
+  });
+  std::vector<FileRow> sorted;
+  sorted.reserve(rows.size());
+  for (FileRow* const row : order) sorted.push_back(std::move(*row));
+  rows = std::move(sorted);
+}
+
 void JobFiles::add(const std::string& name, const ReadOutcome& outcome, const JudgedFile* file, const FileRun& run) {
   const bool isRead = outcome.state == ReadOutcome::WAS_READ && file != nullptr;
   const bool isOther = isRead && file->state == FileState::OTHER;
@@ -55,12 +98,28 @@ void JobFiles::sort() {
   std::sort(withoutResult.begin(), withoutResult.end(), comesBefore);
 }
 
-JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile, const OnRow& onRow) {
-  JobFiles job;
-  const auto ask = [&run](const ByteSource& source) {
+namespace {
+
+std::function<JudgedFile(const ByteSource&)> judgeIn(const FileRun& run) {
+  return [&run](const ByteSource& source) {
     return judge(source, Examination::ORDINARY, [&run](const std::string& path) { return run.isNamedAsResult(path); });
   };
-  askEach<JudgedFile>(run.files(), options, ask,
+}
+
+}  // namespace
+
+void readRows(const std::vector<std::string>& files, const FileRun& run, const ReadingOptions& options,
+              const std::function<void(FileRow)>& onRow) {
+  askEach<JudgedFile>(files, options, judgeIn(run),
+                      [&](const std::string& name, const ReadOutcome& outcome, const std::optional<JudgedFile>& file) {
+                        std::optional<FileRow> row = fileRowOf(name, outcome, file ? &*file : nullptr, run);
+                        if (row) onRow(std::move(*row));
+                      });
+}
+
+JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile, const OnRow& onRow) {
+  JobFiles job;
+  askEach<JudgedFile>(run.files(), options, judgeIn(run),
                       [&](const std::string& name, const ReadOutcome& outcome, const std::optional<JudgedFile>& file) {
                         const JudgedFile* const judged = file ? &*file : nullptr;
                         onFile(name, outcome, judged);

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,21 @@ struct FileNote {
   std::string advice;    ///< what to do where no command helps
 };
 FileNote noteOf(const JudgedFile& file, OutputPlace place);
+
+/// A file of a job that is a result, or may have been one.
+struct FileRow {
+  ResultRow row;  ///< only its file is known where there is no result
+  bool hasResult = false;
+  std::string error;  ///< what is wrong with the file; empty if it is intact
+};
+/// What is wrong with a damaged file, as its row says it; empty for any other.
+std::string damageOf(const JudgedFile& file);
+/// The row of a file as JobFiles::add() takes it in: it has a result where JobFiles::rows have it.
+/// @return none for what is no result: intact without a summary, or in a folder and no container
+std::optional<FileRow> fileRowOf(const std::string& name, const ReadOutcome& outcome, const JudgedFile* file,
+                                 const FileRun& run);
+/// Puts rows in the order of results, those without one after them by name.
+void sortRows(std::vector<FileRow>& rows);
 
 /// What is known of a job: one row per result file, and the other files worth mentioning.
 struct JobFiles {
@@ -56,5 +72,9 @@ using OnRow = std::function<void(const ResultRow&)>;
 /// @param onRow  if given, receives the results in the order of the files, and is not held: the answer only counts the
 /// others
 JobFiles readJob(const FileRun& run, const ReadingOptions& options, const OnFile& onFile, const OnRow& onRow = {});
+
+/// Reads files of a run, all or some of them, and gives the row of each that has one, in their order.
+void readRows(const std::vector<std::string>& files, const FileRun& run, const ReadingOptions& options,
+              const std::function<void(FileRow)>& onRow);
 
 }  // namespace Inspect

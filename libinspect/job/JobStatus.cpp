@@ -105,12 +105,7 @@ JobStatus statusOf(const Job& job) {
   for (const std::string& file : job.files.leftOut) {
     status.notes.push_back(file + " was not read: it is larger than the limit");
   }
-  if (job.description.isGuessed) {
-    status.notes.emplace_back(
-        "The expected IDs were guessed from results: what is missing before the first and after the last of a range "
-        "cannot "
-        "be told");
-  }
+  if (job.description.isGuessed) status.notes.emplace_back(GUESSED_NOTE);
   return status;
 }
 

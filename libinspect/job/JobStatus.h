@@ -61,6 +61,10 @@ struct JobStatus {
 
   bool isFinished() const { return all.areAllPassed(); }
 };
+/// The note of a job whose expected IDs were guessed.
+constexpr char GUESSED_NOTE[] =
+    "The expected IDs were guessed from results: what is missing before the first and after the last of a range cannot "
+    "be told";
 /// @param job  settled
 JobStatus statusOf(const Job& job);
 

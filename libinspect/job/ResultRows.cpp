@@ -50,13 +50,6 @@ std::string nameOf(const std::string& file) {
   return std::filesystem::path(file).stem().string();
 }
 
-bool isBefore(const ResultRow& a, const ResultRow& b) {
-  if (const int ids = orderAsCounted(a.summary.resultName, b.summary.resultName); ids != 0) return ids < 0;
-  if (a.summary.timeStamp != b.summary.timeStamp) return a.summary.timeStamp < b.summary.timeStamp;
-  const int names = orderAsCounted(nameOf(a.file), nameOf(b.file));
-  return names != 0 ? names < 0 : orderAsCounted(a.file, b.file) < 0;
-}
-
 }  // namespace
 
 bool hasTime(const ResultRow& row) {
@@ -65,6 +58,13 @@ bool hasTime(const ResultRow& row) {
 
 bool comesBefore(const std::string& a, const std::string& b) {
   return compared(a, b) < 0;
+}
+
+bool isBefore(const ResultRow& a, const ResultRow& b) {
+  if (const int ids = orderAsCounted(a.summary.resultName, b.summary.resultName); ids != 0) return ids < 0;
+  if (a.summary.timeStamp != b.summary.timeStamp) return a.summary.timeStamp < b.summary.timeStamp;
+  const int names = orderAsCounted(nameOf(a.file), nameOf(b.file));
+  return names != 0 ? names < 0 : orderAsCounted(a.file, b.file) < 0;
 }
 
 void sortRows(std::vector<ResultRow>& rows) {
@@ -221,6 +221,17 @@ Json::Value toJson(const ResultRow& row) {
   Json::Value json(Json::objectValue);
   for (const RowField& field : rowFields()) json[field.name] = field.json(row);
   return json;
+}
+
+Json::Value rowOf(const JudgedFile& file) {
+  Json::Value row = toJson(file);
+  Json::Value summary;
+  row.removeMember("summary", &summary);
+  if (!file.hasSummary) return row;
+  const Json::Value result = toJson(ResultRow{file.report.name, file.summary, false});
+  for (const std::string& member : result.getMemberNames()) row[member] = result[member];
+  row["testFlags"] = summary["testFlags"];
+  return row;
 }
 
 }  // namespace Inspect

@@ -20,7 +20,10 @@ bool hasTime(const ResultRow& row);
 /// True when `a` comes before `b` with runs of digits compared as numbers: A2 before A10.
 bool comesBefore(const std::string& a, const std::string& b);
 
-/// Puts rows in the numeric order of their IDs; equal IDs by time, then by name of the file, numbers in it counted.
+/// The numeric order of IDs; equal IDs by time, then by name of the file, numbers in it counted.
+bool isBefore(const ResultRow& a, const ResultRow& b);
+
+/// Puts rows in that order.
 void sortRows(std::vector<ResultRow>& rows);
 
 /// A member of a row: its name in every table, CSV and JSON, what rows can be sorted by, and which columns can be
@@ -40,7 +43,9 @@ const std::vector<RowField>& rowFields();
 const RowField* rowField(const std::string& name);
 /// The row as an object with all members.
 Json::Value toJson(const ResultRow& row);
-/// The columns of that object, or of some of its members, in order, with a measurement as a number and a relation.
+/// What is known of a file, with its result as such a row.
+Json::Value rowOf(const JudgedFile& file);
+/// The columns of a row, or of some of its members, in order, with a measurement as a number and a relation.
 std::vector<std::string> rowColumns(const std::vector<const RowField*>& fields);
 const std::vector<std::string>& rowColumns();
 

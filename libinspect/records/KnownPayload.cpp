@@ -9,6 +9,7 @@
 #include <libcrossplatform/common/PFile.h>
 #include <libcrossplatform/common/jsonutil.h>
 #include <libcrossplatform/serialization/WireBytes.h>
+#include <libinspect/container/Secrets.h>
 
 namespace Inspect {
 namespace {
@@ -147,6 +148,25 @@ std::optional<Json::Value> comparedFields(uint16_t type, const Bytes& bytes) {
   }
   if (fields.isNull()) return std::nullopt;
   return fields;
+}
+
+Json::Value takeValues(KnownPayload& payload, bool reveal) {
+  if (payload.kind != PayloadKind::JSON) return payload.record.toJson(reveal);
+  return reveal ? std::move(payload.document) : withoutSecrets(std::move(payload.document));
+}
+
+bool addPayload(const KnownPayload& payload, Json::Value values, Json::Value& section) {
+  section["record"] = Json::Value();
+  if (payload.image) {
+    Json::Value& image = section["image"];
+    image["format"] = payload.image->format;
+    image["width"] = payload.image->width;
+    image["height"] = payload.image->height;
+    return true;
+  }
+  if (values.isNull()) return false;
+  section[payload.kind == PayloadKind::JSON ? "json" : "record"].swap(values);
+  return true;
 }
 
 }  // namespace Inspect

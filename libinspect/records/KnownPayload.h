@@ -41,6 +41,13 @@ struct KnownPayload {
 /// @param bytes  the payload, uncompressed
 KnownPayload knownPayload(uint16_t type, const std::vector<uint8_t>& bytes);
 
+/// The values to show of a record or document, of which they are taken; null where there are none.
+/// @param reveal  give secrets as they are; otherwise they are masked
+Json::Value takeValues(KnownPayload& payload, bool reveal);
+/// Adds what a payload is to the JSON of its section: its values under "record" or "json", or an "image".
+/// @return false if it is none of these: its bytes are to be shown
+bool addPayload(const KnownPayload& payload, Json::Value values, Json::Value& section);
+
 /// What two payloads are compared by, as differencesOf() wants it: the fields of a record, measurements as text, or the
 /// values of a JSON document; of an image what it is, its CRC and size.
 std::optional<Json::Value> comparedFields(uint16_t type, const std::vector<uint8_t>& bytes);

@@ -123,25 +123,34 @@ class SectionReader {
     std::vector<uint8_t> bytes;
     std::string error;
     if (info.header.dataSize <= MOST_SECTION) {
-      if (!loadPayload(source, info, bytes, error)) {
-        section.words = "could not be read";
-        return;
+      if (loadPayload(source, info, bytes, error)) {
+        take(info.header.type, bytes, section);
+      } else if (crcOf(source, info.payloadOffset(), info.header.dataSize) != info.header.dataCrc) {
+        _isChanged = true;
       }
-      take(info.header.type, bytes, section);
     }
     if (!section.words.empty() || section.isShown()) return;
-    section.words = fmt::format("{}, CRC-32 {:08x}", counted(info.header.dataSize, "byte"), info.header.dataCrc);
+    section.kind = HeldKind::OPAQUE;
+    section.words =
+        fmt::format("{}{}, CRC-32 {:08x}", counted(info.header.dataSize, "byte"),
+                    info.originalSize ? fmt::format(", {} uncompressed", *info.originalSize) : "", info.header.dataCrc);
   }
+
+  /// A section was intact before, and is not any more.
+  bool isChanged() const { return _isChanged; }
 
  private:
   void take(uint16_t type, const std::vector<uint8_t>& bytes, HeldSection& section) {
     KnownPayload payload = knownPayload(type, bytes);
+    section.kind = HeldKind::DETAILS;
     if (payload.image) {
+      section.kind = HeldKind::PICTURE;
       takePicture(*payload.image, bytes, section);
     } else if (payload.kind == PayloadKind::RECORD && isSettings(payload.record)) {
+      section.kind = HeldKind::SETTINGS;
       section.words = "settings, not shown";
     } else if (const auto* const equipment = payload.record.as<EquipmentInformation>()) {
-      section.name = "Equipment";
+      section.kind = HeldKind::EQUIPMENT;
       section.values = equipmentValues(*equipment, _zone);
       if (section.values.empty()) section.words = "nothing named";
     } else if (payload.kind == PayloadKind::RECORD) {
@@ -161,13 +170,11 @@ class SectionReader {
   }
 
   void takePicture(const ImageInfo& info, const std::vector<uint8_t>& bytes, HeldSection& section) {
-    std::string error;
     section.words = toString(info);
     Picture picture;
-    if (!makePicture(bytes, Picture::MOST_BYTES, picture, error)) {
-      section.words += ", not shown: " + error;
-    } else if (picture.uri.size() > _left.pictures) {
-      section.words += ", not shown: this link has larger pictures than a page can hold";
+    if (!makePicture(bytes, Picture::MOST_BYTES, picture, section.fault)) return;
+    if (picture.uri.size() > _left.pictures) {
+      section.fault = "this link has larger pictures than a page can hold";
     } else {
       _left.pictures -= picture.uri.size();
       section.picture = std::move(picture);
@@ -177,9 +184,11 @@ class SectionReader {
   const TimeZone& _zone;
   HeldBudget& _left;
   HeldSections& _held;
+  bool _isChanged = false;
 };
 
-/// Calls `take` for each section after the summary. @return false if the file could not be read to its end
+/// Calls `take` for each section after the summary.
+/// @return false if the file could not be read to its end, or is damaged
 template <class Take>
 bool eachSection(const ByteSource& source, Take take) {
   SectionWalk walk(source, WalkDepth::HEADERS);
@@ -187,7 +196,7 @@ bool eachSection(const ByteSource& source, Take take) {
   while (walk.next(section)) {
     if (section.number > 0 && section.header.type != PFile::SECTION_RESULT_SUMMARY) take(section);
   }
-  return !source.hasFailed();
+  return !source.hasFailed() && !walk.report().damaged();
 }
 
 std::string line(const EquipmentInformation& equipment) {
@@ -208,10 +217,18 @@ std::string line(const EquipmentInformation& equipment) {
 HeldSections heldSections(const std::string& file, const TimeZone& zone, HeldBudget& left) {
   HeldSections held;
   ByteSource source;
-  std::string error;
-  if (!source.openFile(file, error)) return held;
+  if (file == inputName("-")) {
+    held.error = file + ": can be read only once";
+    return held;
+  }
+  if (!source.openFile(file, held.error)) return held;
   SectionReader reader(zone, left, held);
-  held.isRead = eachSection(source, [&](const SectionInfo& section) { reader.read(source, section); });
+  const bool isIntact = eachSection(source, [&](const SectionInfo& section) { reader.read(source, section); });
+  if (source.hasFailed()) {
+    held.error = file + ": read error";
+  } else if (!isIntact || reader.isChanged()) {
+    held.error = file + ": changed while the page was made";
+  }
   return held;
 }
 

@@ -24,10 +24,15 @@ struct HeldTable {
   std::vector<std::vector<std::string>> lines;  ///< the name of the object, and its values in the order of the columns
 };
 
+/// What a section of a result is for people.
+enum class HeldKind { DETAILS, PICTURE, EQUIPMENT, SETTINGS, OPAQUE };
+
 /// What a section of a result holds, for people.
 struct HeldSection {
+  HeldKind kind = HeldKind::OPAQUE;
   std::string name;               ///< of its type
   std::string words;              ///< what there is to say of it besides the table or picture
+  std::string fault;              ///< of a picture: why it is not shown
   std::vector<HeldValue> values;  ///< of a known record or of JSON, secrets masked
   std::vector<HeldTable> tables;  ///< what of it is better seen so
   Picture picture;                ///< no uri: there is none
@@ -39,7 +44,7 @@ struct HeldSection {
 struct HeldSections {
   std::vector<HeldSection> sections;
   std::size_t leftOut = 0;  ///< sections
-  bool isRead = false;      ///< the file could be read, to its end
+  std::string error;        ///< the file, and why it could not be read to its end; empty if it could
 };
 
 /// How much may still be shown of a link.
@@ -49,8 +54,8 @@ struct HeldBudget {
   std::size_t pictures = std::size_t{8} * 1024 * 1024;  ///< characters of their addresses
 };
 
-/// Reads the sections of a result after its summary, one at a time; those of more than 8 MiB are not looked into.
-/// Settings are named and not shown; what has no known form is named with its size and CRC.
+/// Reads the sections of an intact result after its summary, one at a time; those of more than 8 MiB are not looked
+/// into. Settings are named and not shown; the words of what has no known form are its size and CRC.
 /// @param left  what is shown is taken from it
 HeldSections heldSections(const std::string& file, const TimeZone& zone, HeldBudget& left);
 

@@ -7,6 +7,7 @@
 
 #include <libinspect/container/PrintableText.h>
 #include <libinspect/report/HeldSections.h>
+#include <libinspect/report/PageText.h>
 
 namespace Inspect {
 namespace {
@@ -20,34 +21,45 @@ std::string testsOf(const Veltra::ResultSummary& summary) {
                      summary.numFailTests);
 }
 
-/// A customer has no use for folders.
-std::string fileOf(const std::string& path, const ReportForm& form) {
-  return form.edition == Edition::CUSTOMER ? std::filesystem::path(path).filename().string() : path;
-}
-
 /// Why a result is not a part of the link's verdict; empty if it is.
-std::string roleOf(const LinkResult& result, const ReportForm& form, const TimeZone& zone) {
+std::string roleOf(const LinkResult& result, const TimeZone& zone) {
   if (result.copyOf != nullptr) return "A copy of another file of this link; it counts once.";
   if (result.row->isDamaged) return "Could not be read to its end; it does not count.";
   if (result.replacedBy == nullptr) return {};
-  const std::string by = form.edition == Edition::TECHNICIAN ? " (" + result.replacedBy->file + ")" : "";
-  return fmt::format("Tested again {}{}: it does not count.", timeOf(*result.replacedBy, zone), by);
+  return fmt::format("Tested again {}: it does not count.", timeOf(*result.replacedBy, zone));
 }
 
 PageData dataOf(const HeldTable& table) {
-  const auto cell = [](const std::string& text) { return pageObject({{"cell", text}}); };
   PageData data = pageObject({{"within", table.name}});
-  data["columns"] = pageList(table.columns, cell);
-  data["lines"] = pageList(table.lines, [&cell](const std::vector<std::string>& line) {
-    PageData row = pageObject({{"head", line.front()}});
-    row["cells"] = pageList(std::vector<std::string>(line.begin() + 1, line.end()), cell);
+  data["columns"] = pageList(table.columns, [](const std::string& name) { return pageObject({{"cell", name}}); });
+  data["lines"] = pageList(table.lines, [&table](const std::vector<std::string>& line) {
+    PageData row = pageObject({{"head", line.front()}}), cells(PageData::type::list);
+    for (std::size_t i = 1; i < line.size(); ++i) {
+      cells << pageObject({{"cell", line[i]}, {"column", table.columns[i - 1]}});
+    }
+    row["cells"] = std::move(cells);
     return row;
   });
   return data;
 }
 
-PageData dataOf(const HeldSection& section) {
-  PageData data = pageObject({{"name", section.name}, {"section", section.name}, {"words", section.words}});
+/// What people call a section who do not know the names of its types, which say of which end it is.
+std::string plainName(const HeldSection& section) {
+  std::string name = section.kind == HeldKind::PICTURE     ? "Picture"
+                     : section.kind == HeldKind::EQUIPMENT ? "Equipment"
+                                                           : "Details";
+  for (const char* const end : {"1", "2"}) {
+    if (section.name.find(std::string("_END_") + end) != std::string::npos) name += std::string(", end ") + end;
+  }
+  return name;
+}
+
+PageData dataOf(const HeldSection& section, Edition edition) {
+  const bool isPlain = edition == Edition::CUSTOMER || section.kind == HeldKind::EQUIPMENT;
+  const std::string name = isPlain ? plainName(section) : section.name;
+  std::string words = section.words;
+  if (!section.fault.empty()) words += ", not shown" + (edition == Edition::CUSTOMER ? "" : ": " + section.fault);
+  PageData data = pageObject({{"name", name}, {"section", name}, {"words", words}});
   data["hasValues"] = PageData(!section.values.empty());
   data["values"] = pageList(section.values, [](const HeldValue& value) {
     return pageObject({{"name", value.name}, {"text", value.text}});
@@ -60,32 +72,52 @@ PageData dataOf(const HeldSection& section) {
   return data;
 }
 
-void addSections(const LinkResult& result, const TimeZone& zone, HeldBudget& left, PageData& data) {
+void addSections(const LinkResult& result, Edition edition, const TimeZone& zone, HeldBudget& left, PageData& data,
+                 std::vector<UnreadAgain>& unread) {
   const HeldSections held = heldSections(result.row->file, zone, left);
+  const bool isTechnical = edition == Edition::TECHNICIAN;
+  std::size_t others = held.leftOut;  // that a customer is only told the number of
   PageData shown(PageData::type::list), named(PageData::type::list);
+  const auto note = [&named](const std::string& words) { named << pageObject({{"words", words}}); };
   for (const HeldSection& section : held.sections) {
-    (section.isShown() ? shown : named) << dataOf(section);
+    if (section.isShown()) {
+      shown << dataOf(section, edition);
+    } else if (isTechnical || section.kind == HeldKind::PICTURE || section.kind == HeldKind::EQUIPMENT) {
+      named << dataOf(section, edition);
+    } else if (section.kind != HeldKind::SETTINGS) {
+      ++others;
+    }
   }
-  if (held.leftOut > 0) named << pageObject({{"name", fmt::format("and {} more", held.leftOut)}, {"words", "-"}});
-  if (!held.isRead) named << pageObject({{"name", "The file"}, {"words", "could not be read again to its end"}});
+  if (isTechnical && held.leftOut > 0) note(fmt::format("and {} more", held.leftOut));
+  if (!isTechnical && others > 0) {
+    note(fmt::format("Not shown here: {} of this result, for the instrument's own programs.",
+                     counted(others, "further part")));
+  }
+  if (!held.error.empty()) {
+    note("What this result holds could not be read again when this page was made.");
+    unread.push_back({result.row->file, held.error});
+  }
   data["shown"] = std::move(shown);
   data["named"] = std::move(named);
 }
 
-PageData dataOf(const LinkResult& result, const ReportForm& form, const TimeZone& zone, HeldBudget& left) {
+PageData dataOf(const LinkResult& result, const ReportForm& form, const TimeZone& zone, HeldBudget& left,
+                std::vector<UnreadAgain>& unread) {
   const ResultRow& row = *result.row;
   const VerdictLook& look = verdictLook(severityOf(row.summary.status));
   std::string facts = timeOf(row, zone) + ", " + mediumOf(row) + ", ";
   const std::string measured = measuredWords(row);
   facts += (measured.empty() ? "" : measured + ", ") + testsOf(row.summary);
-  const std::string role = roleOf(result, form, zone);
   PageData data = pageObject({{"style", look.style},
                               {"word", look.word},
                               {"facts", facts},
-                              {"file", fileOf(row.file, form)},
-                              {"role", role},
+                              {"file", shownFile(row.file, form.edition)},
+                              {"role", roleOf(result, zone)},
                               {"kind", result.counts ? "" : "earlier"}});
-  if (result.counts) addSections(result, zone, left, data);
+  if (result.replacedBy != nullptr && form.edition == Edition::TECHNICIAN) {
+    data["replacedBy"] = PageData(result.replacedBy->file);
+  }
+  if (result.counts) addSections(result, form.edition, zone, left, data, unread);
   return data;
 }
 
@@ -99,21 +131,26 @@ std::string measuredWords(const ResultRow& row) {
   return words;
 }
 
-PageData linkBlock(const JobLink& link, const ReportForm& form, const TimeZone& zone) {
+std::string shownFile(const std::string& path, Edition edition) {
+  return edition == Edition::CUSTOMER ? std::filesystem::path(path).filename().string() : path;
+}
+
+PageData linkBlock(const JobLink& link, const ReportForm& form, const TimeZone& zone,
+                   std::vector<UnreadAgain>& unread) {
   const StateLook& look = stateLook(link.state);
   PageData data =
-      pageObject({{"style", look.style}, {"word", look.word}, {"id", shownId(link)}, {"anchor", anchorOf(link.id)}});
+      pageObject({{"style", look.style}, {"word", look.word}, {"id", shownId(link.id)}, {"anchor", anchorOf(link.id)}});
   data["isOpen"] = PageData(form.showsDetails);
   constexpr std::size_t MOST = 1000;  // results, and files
   HeldBudget left;
   PageData results(PageData::type::list), lost(PageData::type::list);
   for (std::size_t i = 0; i < std::min(MOST, link.results.size()); ++i) {
-    results << dataOf(link.results[i], form, zone, left);
+    results << dataOf(link.results[i], form, zone, left, unread);
   }
   const char* const lostWords = link.state == LinkState::DAMAGED ? "Could not be read; test again"
                                                                  : "Another file could not be read, and does not count";
   for (std::size_t i = 0; i < std::min(MOST, link.lostFiles.size()); ++i) {
-    lost << pageObject({{"words", lostWords}, {"file", fileOf(link.lostFiles[i], form)}});
+    lost << pageObject({{"words", lostWords}, {"file", shownFile(link.lostFiles[i], form.edition)}});
   }
   if (link.results.size() + link.lostFiles.size() > MOST) {
     data["more"] = PageData(fmt::format("{} results and {} files in all, of which at most {} each are shown",

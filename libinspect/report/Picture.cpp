@@ -5,10 +5,12 @@
 #include <algorithm>
 #include <cctype>
 #include <cstring>
+#include <iterator>
 #include <string_view>
 
 #include <fmt/format.h>
 
+#include <libcrossplatform/serialization/WireBytes.h>
 #include <libinspect/container/ByteSource.h>
 #include <libinspect/records/KnownPayload.h>
 
@@ -109,6 +111,71 @@ bool pngOf(const Bytes& pgm, const ImageInfo& info, Bytes& png, std::string& err
   return true;
 }
 
+/// What libpng finds wrong with a PNG, of which it decodes every row; empty if nothing is.
+std::string faultOfPng(const Bytes& bytes, const ImageInfo& info) {
+  constexpr uint8_t END[] = {0, 0, 0, 0, 'I', 'E', 'N', 'D', 0xAE, 0x42, 0x60, 0x82};
+  Bytes pixels(std::size_t{info.width} * info.height);
+  png_image image;
+  std::memset(&image, 0, sizeof image);
+  image.version = PNG_IMAGE_VERSION;
+  std::string fault;
+  if (png_image_begin_read_from_memory(&image, bytes.data(), bytes.size()) != 0) {
+    image.format = PNG_FORMAT_GRAY;  // the least memory: nobody looks at it
+    if (png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr) != 0) {
+      const bool hasEnd = std::search(bytes.begin(), bytes.end(), std::begin(END), std::end(END)) != bytes.end();
+      return hasEnd ? "" : "no end";
+    }
+  }
+  fault = image.message;
+  png_image_free(&image);
+  return fault;
+}
+
+/// What is wrong with the structure of a JPEG as browsers know it: its segments to the end, with a frame before the
+/// first scan. Its pixels are not decoded. Empty if nothing is.
+std::string faultOfJpeg(const Bytes& bytes) {
+  constexpr uint8_t FRAME = 0xC0, PROGRESSIVE = 0xC2, TABLES = 0xC4, ARITHMETIC = 0xCC, LAST_FRAME = 0xCF;
+  constexpr uint8_t RESTART = 0xD0, LAST_RESTART = 0xD7, END = 0xD9, SCAN = 0xDA;
+  constexpr std::size_t FRAME_BYTES = 8, COMPONENT_BYTES = 3;
+  bool hasFrame = false, hasTables = false, hasScan = false;
+  std::size_t at = 2;  // after the mark of its begin
+  const auto skipScan = [&bytes, &at] {
+    for (; at + 1 < bytes.size(); ++at) {
+      const uint8_t next = bytes[at + 1];
+      if (bytes[at] == 0xFF && next != 0 && next != 0xFF && (next < RESTART || next > LAST_RESTART)) return;
+    }
+  };
+  while (bytes.size() - at >= 2) {
+    const uint8_t marker = bytes[at + 1];
+    if (bytes[at] != 0xFF || marker == 0) return fmt::format("no segment at byte {}", at);
+    if (marker == 0xFF) {  // filler
+      ++at;
+      continue;
+    }
+    if (marker == END) return hasScan ? "" : "no pixels";
+    const std::size_t left = bytes.size() - at - 2;
+    const std::size_t length = left < 2 ? 0 : Marshal::loadBig<uint16_t>(&bytes[at + 2]);
+    if (length < 2 || length > left) return fmt::format("a segment without its end at byte {}", at);
+    const bool isFrame = marker >= FRAME && marker <= LAST_FRAME && marker != TABLES && marker != ARITHMETIC;
+    if (isFrame) {
+      const std::size_t components = length >= FRAME_BYTES ? bytes[at + 9] : 0;
+      const bool isKnown = marker <= PROGRESSIVE && length == FRAME_BYTES + COMPONENT_BYTES * components;
+      if (hasFrame || !isKnown || components == 0 || bytes[at + 4] != 8) {
+        return fmt::format("a frame that browsers do not know at byte {}", at);
+      }
+    }
+    hasFrame = hasFrame || isFrame;
+    hasTables = hasTables || marker == TABLES;
+    at += 2 + length;
+    if (marker != SCAN) continue;
+    if (!hasFrame || !hasTables) return "a scan without a frame or tables";
+    const std::size_t begin = at;
+    skipScan();
+    hasScan = hasScan || at > begin;
+  }
+  return "no end";
+}
+
 }  // namespace
 
 bool makePicture(const Bytes& bytes, std::size_t most, Picture& picture, std::string& error) {
@@ -144,7 +211,10 @@ bool readLogo(const std::string& path, Picture& picture, std::string& error) {
   if (!info || std::string_view(info->format) == "PGM") {
     error = "expected a PNG or JPEG picture as the logo, found " + (info ? toString(*info) : "another file");
   } else if (makePicture(bytes, Picture::MOST_LOGO_BYTES, picture, error)) {
-    return true;
+    const std::string_view format = info->format;
+    const std::string fault = format == "PNG" ? faultOfPng(bytes, *info) : faultOfJpeg(bytes);
+    if (fault.empty()) return true;
+    error = fmt::format("expected a whole {} picture as the logo, found {}", format, fault);
   }
   error = fmt::format("{}: {}", path, error);
   return false;

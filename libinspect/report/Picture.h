@@ -22,8 +22,8 @@ struct Picture {
 [[nodiscard]] bool makePicture(const std::vector<uint8_t>& bytes, std::size_t most, Picture& picture,
                                std::string& error);
 
-/// Reads the logo of a job, PNG or JPEG.
-/// @return false, with `error` naming the file
+/// Reads the logo of a job, PNG or JPEG. Every pixel of a PNG is decoded; of a JPEG the structure is checked.
+/// @return false, with `error` naming the file, what was expected and what was found
 [[nodiscard]] bool readLogo(const std::string& path, Picture& picture, std::string& error);
 
 }  // namespace Inspect

@@ -39,15 +39,21 @@ VerdictCounts verdictCounts(const std::vector<ReportRow>& rows) {
   return counts;
 }
 
+std::size_t damagedFiles(const JobFiles& files) {
+  return static_cast<std::size_t>(
+      std::count_if(files.notes.begin(), files.notes.end(), [](const FileNote& note) { return note.isDamaged; }));
+}
+
 Report reportOf(const Job& job) {
   Report report;
   std::vector<ReportRow> rows[std::size(MEDIA)];
   report.status = statusOf(job);
-  report.strays = job.strays().size();
+  report.strays = job.strays();
   for (const JobLink& link : job.links) {
     const std::size_t before = report.table.size();
     for (const LinkResult& result : link.results) {
       if (!result.counts) continue;
+      ++report.counted;
       report.table.push_back({&link, result.row});
       rows[placeOf(*result.row)].push_back({result.row, severityOf(result.row->summary.status)});
       addTime(*result.row, report);
@@ -58,6 +64,10 @@ Report reportOf(const Job& job) {
     report.counts.add(link);
     if (!link.passed()) report.work.push_back(&link);
   }
+  report.grid = report.judged;
+  if (!job.expected.empty()) {
+    report.grid.insert(report.grid.end(), report.status.foreign.begin(), report.status.foreign.end());
+  }
   std::stable_sort(report.work.begin(), report.work.end(),
                    [](const JobLink* a, const JobLink* b) { return a->state < b->state; });
   for (std::size_t i = 0; i < std::size(MEDIA); ++i) {
@@ -67,7 +77,7 @@ Report reportOf(const Job& job) {
 }
 
 std::string verdictSentence(const LinkCounts& counts, bool hasStrays) {
-  if (counts.expected == 0) return "There are no links.";
+  if (counts.expected == 0) return hasStrays ? "No result could be read." : "There are no links.";
   const std::size_t passed = counts.passed + counts.passedStar;
   std::string star;
   if (counts.passedStar > 0) {

@@ -36,17 +36,22 @@ struct TableRow {
   const ResultRow* result;  ///< null if there is none
 };
 
+/// How many files of a job are damaged.
+std::size_t damagedFiles(const JobFiles& files);
+
 /// What the page says of a job, which it borrows.
 struct Report {
   JobStatus status;
   LinkCounts counts;                   ///< of the expected links, or of all where none is expected
   std::vector<const JobLink*> judged;  ///< these links
+  std::vector<const JobLink*> grid;    ///< the same, then those that are not expected where any is
   std::vector<const JobLink*> work;    ///< those of them that did not pass
   std::vector<TableRow> table;         ///< of all links, in their order
   std::vector<MediumReport> media;     ///< copper, fibre, none: those with results
   time_t firstTime = 0;                ///< of the results with a time after 1970, 0 without any
   time_t lastTime = 0;
-  std::size_t strays = 0;  ///< damaged and unreadable files of which nobody knows the link
+  std::size_t counted = 0;          ///< results
+  std::vector<std::string> strays;  ///< damaged and unreadable files of which nobody knows the link
 };
 /// @param job  settled
 Report reportOf(const Job& job);
@@ -54,11 +59,6 @@ Report reportOf(const Job& job);
 /// "All 16 links passed.", or how many are in which state.
 /// @param hasStrays  there are files that could not be read, of which nobody knows the link
 std::string verdictSentence(const LinkCounts& counts, bool hasStrays);
-
-/// The ID as people are shown it: a result may have none.
-inline std::string shownId(const JobLink& link) {
-  return link.id.empty() ? "(no ID)" : link.id;
-}
 
 /// What identifies the block of a link within a page, whatever other links there are: "link-" and its ID, in which what
 /// is not a letter, a digit or "-" is written as "_" and two hexadecimal digits.

@@ -77,14 +77,10 @@ std::string drawing(const std::string& label, const std::string& content) {
                      WIDTH, HEIGHT, htmlText(label), content);
 }
 
-std::string resultsText(std::size_t count) {
-  return fmt::format("{} result{}", count, count == 1 ? "" : "s");
-}
-
 /// The bar of values outside the axis, and a word below it.
 std::string outsideBar(double left, const Scale& y, std::size_t count, const char* word, const std::string& title) {
   const double right = left + OUTSIDE_WIDTH;
-  return bar("bar outside", left, right, y.at(static_cast<double>(count)), title + ": " + resultsText(count)) +
+  return bar("bar outside", left, right, y.at(static_cast<double>(count)), title + ": " + counted(count, "result")) +
          text("middle", (left + right) / 2, BOTTOM + 17, word);
 }
 
@@ -115,10 +111,10 @@ std::string histogramSvg(const Histogram& histogram, const AxisName& name, bool 
     if (histogram.counts[i] == 0) continue;
     const double begin = histogram.beginOf(i), end = histogram.beginOf(i + 1);
     const bool isNegative = begin + end < 0;
-    svg += bar(
-        isNegative ? "bar negative" : "bar", x.at(begin) + 0.5, x.at(end) - 0.5,
-        y.at(static_cast<double>(histogram.counts[i])),
-        fmt::format("{} to {} {}: {}", bins.text(begin), bins.text(end), name.unit, resultsText(histogram.counts[i])));
+    svg += bar(isNegative ? "bar negative" : "bar", x.at(begin) + 0.5, x.at(end) - 0.5,
+               y.at(static_cast<double>(histogram.counts[i])),
+               fmt::format("{} to {} {}: {}", bins.text(begin), bins.text(end), name.unit,
+                           counted(histogram.counts[i], "result")));
   }
   if (histogram.below > 0) {
     svg += outsideBar(LEFT, y, histogram.below, "less", "Less than " + bins.text(bins.low) + " " + name.unit);

@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include <libinspect/container/PrintableText.h>
 #include <libinspect/report/ReportCharts.h>
 
 namespace Inspect {
@@ -30,7 +31,7 @@ struct Tally {
 /// "38 results, 2 of them bounds shown at their values. 1 above 100 m, up to 2000. 3 without a value."
 std::string noteText(const Tally& tally, const char* missing) {
   std::string note;
-  if (tally.shown > 0) note = fmt::format("{} result{}", tally.shown, tally.shown == 1 ? "" : "s");
+  if (tally.shown > 0) note = counted(tally.shown, "result");
   if (tally.bounds > 0) {
     note += fmt::format(", {} of them {}", tally.bounds,
                         tally.bounds == 1 ? "a bound shown at its value" : "bounds shown at their values");

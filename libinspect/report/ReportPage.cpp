@@ -1,6 +1,7 @@
 #include <libinspect/report/ReportPage.h>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include <fmt/format.h>
@@ -8,6 +9,7 @@
 #include <libinspect/container/ByteSource.h>
 #include <libinspect/container/PrintableText.h>
 #include <libinspect/report/LinkBlock.h>
+#include <libinspect/report/PageText.h>
 #include <libinspect/report/ReportFigures.h>
 #include <libinspect/report/ReportTemplate.h>
 
@@ -67,8 +69,16 @@ PageData wordsOf(const std::string& words) {
   return pageObject({{"words", words}});
 }
 
+/// A number with words that are not only another form of one noun.
 std::string countOf(std::size_t count, const char* one, const char* many) {
   return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+std::string titleOf(const Job& job, const ReportForm& form) {
+  for (const std::string& given : {form.title, job.description.title}) {
+    if (std::string title = oneLine(given); !title.empty()) return title;
+  }
+  return "Cable test report";
 }
 
 /// Text as the inside of a CSS string, for a line of a sheet: no ASCII character of it but letters and digits is
@@ -91,10 +101,16 @@ std::string periodOf(const Report& report, const TimeZone& zone) {
   return first == last ? first : first + " to " + last;
 }
 
-/// "Europe/Berlin, UTC+01:00", with both where the clock was changed in between.
-std::string zoneOf(const Report& report, const TimeZone& zone) {
-  const std::string first = zone.nameAt(report.firstTime), last = zone.nameAt(report.lastTime);
-  return first == last ? first : first + " to " + last.substr(std::min(last.rfind("UTC"), last.size()));
+/// The zone, and what it is ahead of UTC at the times of all results, also of those that do not count.
+std::string zoneOf(const Job& job, const TimeZone& zone) {
+  std::optional<std::pair<time_t, time_t>> period;
+  for (const ResultRow& row : job.files.rows) {
+    if (!hasTime(row)) continue;
+    const auto time = static_cast<time_t>(row.summary.timeStamp);
+    if (!period) period = {time, time};
+    period = {std::min(period->first, time), std::max(period->second, time)};
+  }
+  return period ? zone.nameDuring(period->first, period->second) : zone.name();
 }
 
 std::string mediaOf(const Report& report) {
@@ -107,37 +123,39 @@ std::string mediaOf(const Report& report) {
 
 PageData factsOf(const Job& job, const Report& report, const ReportForm& form, const TimeZone& zone) {
   const JobDescription& description = job.description;
-  std::vector<std::pair<const char*, std::string>> facts = {
-      {"Customer", description.customer},      {"Site", description.site},         {"Reference", description.reference},
-      {"Tested by", description.operatorName}, {"Tested", periodOf(report, zone)}, {"Times", zoneOf(report, zone)},
-      {"Results that count", mediaOf(report)}};
-  for (const std::string& instrument : form.instruments) facts.emplace_back("Instrument", instrument);
-  facts.erase(std::remove_if(facts.begin(), facts.end(), [](const auto& fact) { return fact.second.empty(); }),
-              facts.end());
-  return pageList(facts, [](const auto& fact) { return pageObject({{"name", fact.first}, {"text", fact.second}}); });
+  PageData facts(PageData::type::list);
+  const auto add = [&facts](const char* name, const std::vector<std::string>& lines) {
+    if (lines.empty()) return;
+    PageData fact = pageObject({{"name", name}});
+    fact["lines"] = pageList(lines, [](const std::string& line) { return pageObject({{"text", line}}); });
+    facts << fact;
+  };
+  add("Customer", linesOf(description.customer));
+  add("Site", linesOf(description.site));
+  add("Reference", linesOf(description.reference));
+  add("Tested by", linesOf(description.operatorName));
+  add("Tested", linesOf(periodOf(report, zone)));
+  add("Times", linesOf(zoneOf(job, zone)));
+  add("Results that count", linesOf(mediaOf(report)));
+  for (const std::string& instrument : form.instruments) add("Instrument", {instrument});
+  return facts;
 }
 
 /// What a reader of the page must know first.
 std::vector<std::string> alertsOf(const Job& job, const Report& report, Edition edition) {
   std::vector<std::string> alerts;
-  if (job.description.isGuessed) {
-    alerts.emplace_back(
-        "The expected IDs were guessed from the results: what is missing before the first and after the last of a "
-        "range "
-        "cannot be told.");
-  }
+  if (job.description.isGuessed) alerts.push_back(std::string(GUESSED_NOTE) + ".");
   if (report.counts.damaged > 0) {
-    alerts.push_back(countOf(report.counts.damaged, "link", "links") + " could not be read: test again.");
+    alerts.push_back(counted(report.counts.damaged, "link") + " could not be read: test again.");
   }
-  if (report.strays > 0) {
-    alerts.push_back(countOf(report.strays, "file", "files") + " could not be read; nobody knows of which link.");
+  if (!report.strays.empty()) {
+    alerts.push_back(counted(report.strays.size(), "file") + " could not be read; nobody knows of which link.");
   }
   if (!job.expected.empty() && !report.status.foreign.empty()) {
     alerts.push_back(countOf(report.status.foreign.size(), "link has an ID that is", "links have IDs that are") +
                      " not expected.");
   }
-  const auto damaged = static_cast<std::size_t>(std::count_if(job.files.notes.begin(), job.files.notes.end(),
-                                                              [](const FileNote& note) { return note.isDamaged; }));
+  const std::size_t damaged = damagedFiles(job.files);
   if (edition == Edition::TECHNICIAN && damaged > 0) {
     alerts.push_back(countOf(damaged, "file is", "files are") + " damaged.");
   }
@@ -197,7 +215,7 @@ PageData dataOf(const JobLink& link) {
   return pageObject({{"style", look.style},
                      {"word", look.word},
                      {"note", link.state == LinkState::PASSED ? "" : look.shortWord},
-                     {"id", shownId(link)},
+                     {"id", shownId(link.id)},
                      {"anchor", anchorOf(link.id)},
                      {"detail", detail}});
 }
@@ -206,8 +224,25 @@ PageData dataOf(const JobLink& link) {
 std::string widthOf(const std::vector<const JobLink*>& links) {
   constexpr std::size_t LEAST = 4, MOST = 32;
   std::size_t width = LEAST;
-  for (const JobLink* link : links) width = std::max(width, std::min(shownId(*link).size(), MOST));
+  for (const JobLink* link : links) width = std::max(width, std::min(shownId(link->id).size(), MOST));
   return std::to_string(width);
+}
+
+/// The links that are judged, and after a heading those that are not expected.
+void addGrid(const Report& report, Page& out, PageData& page) {
+  constexpr std::size_t MOST_ON_HALF_A_SHEET = 200;  // in print
+  const std::vector<const JobLink*>&judged = report.judged, &foreign = report.status.foreign;
+  page["hasMany"] = PageData(judged.size() > MOST_ON_HALF_A_SHEET);
+  page["gridWidth"] = PageData(widthOf(judged));
+  page["gridLinks"] = PageData(std::to_string(judged.size()));
+  page["grid"] = out.eachOf(report.grid, [&report, foreignWidth = widthOf(foreign)](const JobLink* const& link) {
+    PageData data = dataOf(*link);
+    if (&link == &report.grid[0] + report.judged.size()) {
+      data["foreignWidth"] = PageData(foreignWidth);
+      data["foreignLinks"] = PageData(std::to_string(report.status.foreign.size()));
+    }
+    return data;
+  });
 }
 
 std::string linkFacts(const Job& job, const Report& report) {
@@ -215,7 +250,7 @@ std::string linkFacts(const Job& job, const Report& report) {
   for (const ExpectedIds::Range& range : job.expected.ranges()) text += (text.empty() ? "" : ", ") + range.text;
   if (text.size() > 500) text = text.substr(0, cutAt(text, 500)) + " ...";
   if (!text.empty()) text = "Expected: " + text + ". ";
-  text += countOf(report.counts.expected, "link", "links");
+  text += counted(report.counts.expected, "link");
   if (report.counts.testedAgain > 0) text += fmt::format(", {} of them tested again", report.counts.testedAgain);
   return text + ".";
 }
@@ -235,7 +270,7 @@ PageData dataOf(const TableRow& row, const ReportForm& form, const TimeZone& zon
                               {"rank", std::to_string(rankOf(row))},
                               {"style", state.style},
                               {"word", state.word},
-                              {"id", shownId(link)},
+                              {"id", shownId(link.id)},
                               {"anchor", anchorOf(link.id)}});
   data["isTechnical"] = PageData(form.edition == Edition::TECHNICIAN);
   if (row.result == nullptr) return data;
@@ -275,7 +310,7 @@ PageData dataOf(const Figure& figure) {
 /// "28 results: 3 Fail, 25 Pass"
 std::string factsOf(const MediumReport& medium) {
   const VerdictCounts verdicts = verdictCounts(medium.rows);
-  std::string text = countOf(medium.rows.size(), "result", "results");
+  std::string text = counted(medium.rows.size(), "result");
   const char* separator = ": ";
   for (std::size_t i = 0; i < VERDICTS; ++i) {
     if (verdicts[i] == 0) continue;
@@ -306,20 +341,45 @@ PageData dataOf(const FileNote& note) {
   return data;
 }
 
-PageData contentsOf(const Report& report, bool hasLinks, bool hasFiles) {
+PageData contentsOf(const Report& report, bool hasLinks, const char* filesHeading) {
   PageData list(PageData::type::list);
   const auto add = [&list](const std::string& anchor, const std::string& name, const std::string& detail = {}) {
     list << pageObject({{"anchor", anchor}, {"name", name}, {"detail", detail}});
   };
   if (!report.work.empty()) add("work", "Links that need work", std::to_string(report.work.size()));
   if (hasLinks) add("links", "All links", std::to_string(report.judged.size()));
-  if (hasLinks) add("results", "Results", std::to_string(report.table.size()));
+  if (hasLinks) add("results", "Results", std::to_string(report.counted));
   for (const MediumReport& medium : report.media) {
     add(anchorOf(medium), medium.name, std::to_string(medium.rows.size()));
   }
   if (hasLinks) add("blocks", "Each link");
-  if (hasFiles) add("files", "Files");
+  if (*filesHeading != '\0') add("files", filesHeading);
   return list;
+}
+
+/// The heading of what the page says of files; "" if there is nothing to say.
+const char* filesHeadingOf(const Job& job, const Report& report, const std::vector<std::string>& remarks,
+                           Edition edition) {
+  const JobFiles& files = job.files;
+  if (edition == Edition::CUSTOMER) return report.strays.empty() ? "" : "Files that could not be read";
+  const bool isSilent = remarks.empty() && files.notes.empty() && files.unread.empty() && files.withoutResult.empty() &&
+                        files.others == 0;
+  return isSilent ? "" : "Files";
+}
+
+/// What a technician is told of files.
+void addFiles(const JobFiles& files, const std::vector<std::string>& remarks, Page& out, PageData& page) {
+  page["hasRemarks"] = PageData(!remarks.empty());
+  page["remarks"] = out.eachOf(remarks, wordsOf);
+  page["hasNotes"] = PageData(!files.notes.empty());
+  page["notes"] = out.eachOf(files.notes, [](const FileNote& note) { return dataOf(note); });
+  page["hasUnread"] = PageData(!files.unread.empty());
+  page["unread"] = out.eachOf(files.unread, wordsOf);
+  page["hasWithoutResult"] = PageData(!files.withoutResult.empty());
+  page["withoutResult"] = out.eachOf(files.withoutResult, wordsOf);
+  if (files.others > 0) {
+    page["others"] = PageData(countOf(files.others, "other file is no container", "other files are no containers"));
+  }
 }
 
 /// Whether a file begins as every page does. False if it cannot be read.
@@ -334,26 +394,26 @@ bool isReportPage(const std::string& path) {
 
 constexpr char EXPLANATION[] =
     "A link is all results of one ID. A later result stands for an earlier one of the same medium if it contains all "
-    "tests "
-    "of it; copies count once, and files that could not be read do not count. A link has the worst verdict of the "
-    "results "
-    "that count. > and < say that a value is above or below what is shown; - that there is none.";
+    "tests of it; copies count once, and files that could not be read do not count. A link has the worst verdict of "
+    "the results that count. > and < say that a value is above or below what is shown; - that there is none.";
 
 }  // namespace
 
-bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, const WritePiece& write) {
+bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, const WritePiece& write,
+                 std::vector<UnreadAgain>& unread) {
   const Report report = reportOf(job);
-  const JobFiles& files = job.files;
   const std::vector<std::string> alerts = alertsOf(job, report, form.edition);
-  const bool hasLinks = !job.links.empty();
-  const bool hasFiles = form.edition == Edition::TECHNICIAN &&
-                        (!report.status.notes.empty() || !files.notes.empty() || !files.unread.empty() ||
-                         !files.withoutResult.empty() || files.others > 0);
+  const std::string title = titleOf(job, form);
+  const bool hasLinks = !job.links.empty(), isTechnical = form.edition == Edition::TECHNICIAN;
+  std::vector<std::string> remarks = report.status.notes;
+  remarks.erase(std::remove(remarks.begin(), remarks.end(), GUESSED_NOTE), remarks.end());  // an alert says it
+  const char* const filesHeading = filesHeadingOf(job, report, remarks, form.edition);
   Page out(write);
-  PageData page = pageObject({{"title", form.title},
-                              {"cssTitle", cssText(form.title)},
-                              {"lead", verdictSentence(report.counts, report.strays > 0)},
+  PageData page = pageObject({{"title", title},
+                              {"cssTitle", cssText(title)},
+                              {"lead", verdictSentence(report.counts, !report.strays.empty())},
                               {"linkFacts", linkFacts(job, report)},
+                              {"filesHeading", filesHeading},
                               {"explanation", EXPLANATION},
                               {"hash", REPORT_SCRIPT_HASH},
                               {"script", REPORT_SCRIPT},
@@ -361,51 +421,38 @@ bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, c
                               {"logo", form.logo.uri},
                               {"logoWidth", std::to_string(form.logo.width)},
                               {"logoHeight", std::to_string(form.logo.height)}});
+  page["isTechnical"] = PageData(isTechnical);
   page["marks"] = marks();
   page["hasAlerts"] = PageData(!alerts.empty());
   page["alerts"] = pageList(alerts, wordsOf);
   page["facts"] = factsOf(job, report, form, zone);
-  page["contents"] = contentsOf(report, hasLinks, hasFiles);
+  page["contents"] = contentsOf(report, hasLinks, filesHeading);
+  page["hasContents"] = PageData(!page["contents"].list_value().empty());
+  page["hasTiles"] = PageData(report.counts.expected > 0);
   addStates(report, page);
 
-  constexpr std::size_t MOST_ON_HALF_A_SHEET = 200;  // in print
-  const auto ofLink = [](const JobLink* link) { return dataOf(*link); };
   page["hasWork"] = PageData(!report.work.empty());
-  page["work"] = out.eachOf(report.work, ofLink);
+  page["work"] = out.eachOf(report.work, [](const JobLink* link) { return dataOf(*link); });
   page["hasLinks"] = PageData(hasLinks);
-  page["links"] = out.eachOf(report.judged, ofLink);
-  page["hasMany"] = PageData(report.judged.size() > MOST_ON_HALF_A_SHEET);
-  page["idWidth"] = PageData(widthOf(report.judged));
-  page["foreignWidth"] = PageData(widthOf(report.status.foreign));
-  // What a browser takes them for until they are seen: lines of eight, 32 pixels each.
-  page["gridHeight"] = PageData(std::to_string((report.judged.size() / 8 + 1) * 32));
-  page["hasForeign"] = PageData(!report.status.foreign.empty() && !job.expected.empty());
-  page["foreign"] = out.eachOf(report.status.foreign, ofLink);
-  page["isTechnical"] = PageData(form.edition == Edition::TECHNICIAN);
+  addGrid(report, out, page);
   page["rows"] = out.eachOf(report.table, [&form, &zone, &report](const TableRow& row) {
     PageData data = dataOf(row, form, zone);
     addGroup(row, report.table, data);
     return data;
   });
   page["media"] = pageList(report.media, [](const MediumReport& medium) { return dataOf(medium); });
-  page["blocks"] = out.eachOf(job.links, [&form, &zone, &job](const JobLink& link) {
-    PageData data = linkBlock(link, form, zone);
+  page["blocks"] = out.eachOf(job.links, [&form, &zone, &job, &unread](const JobLink& link) {
+    PageData data = linkBlock(link, form, zone, unread);
     addGroup(link, job.links, data);
     return data;
   });
+  page["unreadAgain"] = out.eachOf(unread, [&form](const UnreadAgain& each) {
+    return pageObject({{"file", shownFile(each.file, form.edition)}});
+  });
 
-  page["hasFiles"] = PageData(hasFiles);
-  page["hasRemarks"] = PageData(!report.status.notes.empty());
-  page["remarks"] = out.eachOf(report.status.notes, wordsOf);
-  page["hasNotes"] = PageData(!files.notes.empty());
-  page["notes"] = out.eachOf(files.notes, [](const FileNote& note) { return dataOf(note); });
-  page["hasUnread"] = PageData(!files.unread.empty());
-  page["unread"] = out.eachOf(files.unread, wordsOf);
-  page["hasWithoutResult"] = PageData(!files.withoutResult.empty());
-  page["withoutResult"] = out.eachOf(files.withoutResult, wordsOf);
-  if (files.others > 0) {
-    page["others"] = PageData(countOf(files.others, "other file is no container", "other files are no containers"));
-  }
+  addFiles(job.files, remarks, out, page);
+  page["strays"] =
+      out.eachOf(report.strays, [](const std::string& file) { return wordsOf(shownFile(file, Edition::CUSTOMER)); });
   out.render(page);
   return out.flush();
 }

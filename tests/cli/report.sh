@@ -42,7 +42,8 @@ truncate -s 30 job/2.vres
 t veltra report -q -r job -o job/page.html
 t veltra report -q -r job missing.vres -o job/page.html --force
 lead job/page.html
-page job/page.html | grep -cE 'E0[1-9]|W0[1-9]|offset|veltra |missing[.]vres'
+page job/page.html | grep -cE 'E0[1-9]|W0[1-9]|offset|veltra '
+from job/page.html 'Files that could'
 t veltra report -q -r job missing.vres -o job/page.html --force --edition technician
 lead job/page.html
 from job/page.html 'What to know'
@@ -65,6 +66,13 @@ t cmp kept.html old.html
 rm empty/notes.txt
 t veltra report -r empty -o empty.html
 t veltra summary -r empty
+# Nothing but damage: the page says what to do. A result that cannot be read again when its sections are due is named.
+mkdir lost && cp job/2.vres lost
+t veltra report -q lost -o lost.html
+page lost.html | sed -n '2,$p'
+from_input() { veltra report - -o input.html < job/1.vres; }
+t from_input
+from input.html 'Each link' | sed '/^ Back/d; /A link is/d'
 # An expected ID is damaged, not missing, when the summary in a damaged file or the name of one tells it. A09 was tested
 # again, and A07 twice more.
 mkdir -p again/old && cp job/1.vres again/1.vres && patch again/1.vres 8 ff
@@ -92,24 +100,39 @@ printf '{"summary": {"resultName": "A-009", "resultType": "COPPER", "status": "P
   {"type": 5, "version": 1, "payload": "equipment_information_v3.bin"}]}' | veltra pack - -o small/A-009.vres > /dev/null
 t veltra report -q small -o small.html --timezone Europe/Berlin
 page small.html | sed -n '1,/^ Contents/p; /^ Passed A-005/,/^ Back/p; /^ Passed A-009/,/^ Back/p'
-grep -oE 'base64,[^"]*" alt="IMAGE[^>]*' small.html
+grep -oE 'base64,[^"]*" alt="Pict[^>]*' small.html
 t grep -c '<details open' small.html
 t veltra report -q small -o small.html --force --details --count all --edition technician
 t grep -c '<details open' small.html
-page small.html | grep '^ Tested again'
+page small.html | grep -E '^ Tested again|_RAW:|, not shown' | sort -u
 # The logo is a picture, or there is no page.
 echo '{"logo": "logo.png"}' > small/job.json
 t veltra report -q small -o logo.html
 cp large.png small/logo.png
 t veltra report -q small -o logo.html
-base64 -d <<< iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAAAAAA6fptVAAAACklEQVR4nGNgAAAAAgABc3UBGAAAAABJRU5ErkJggg== > small/logo.png
+printf '\211PNG\r\n\032\n\0\0\0\rIHDR\0\0\0\200\0\0\0\200\10\0\0\0\0' > small/logo.png
+t veltra report -q small -o logo.html
+base64 -d <<< iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAAAAAA6fptVAAAACklEQVR42mNgAAAAAgAB5Sfe/AAAAABJRU5ErkJggg== > small/logo.png
 t veltra report small -o logo.html
 grep -o '<img class.*' logo.html
 
+# Lines of a site address stay lines, other breaks are spaces, and what cannot be seen is not there or is named.
+mkdir unseen && pack unseen/1.vres '  ' COPPER Pass 1 1
+echo '{"title": " \n ", "customer": "A\nLtd ", "site": "1 Street\r\nTown", "operator": "\u00a0", "guessed": true}' > unseen/job.json
+t veltra report unseen -o unseen.html --title ' ' --edition technician
+page unseen.html | sed -n '1,/^ 1 link/p; /unseen char/p; /^ Files/,$p'
+TZ=Asia/Tokyo veltra report -q unseen -o unseen.html --force --title "$(printf 'Two\nlines')" > /dev/null
+page unseen.html | grep -E 'lines|Asia'
+
 # What it refuses.
+t veltra report unseen -o unseen/job.json --force
+t veltra report unseen -o empty/job.json
 t veltra report small -o small/logo.png --force
 t veltra report small -o zone.html --timezone Mars/Phobos
-t veltra report small -o zone.html --timezone ../zoneinfo/UTC
+for zone in ../zoneinfo/UTC '' leapseconds right/Europe/Berlin; do t veltra report small -o zone.html --timezone "$zone"; done
+for zone in Mars/Phobos right/UTC "$PWD/large.png"; do TZ=$zone veltra report small -o zone.html 2>&1 | sed "s|$PWD|PWD|"; done
+for zone in CET-1CEST,M3.5.0,M10.5.0/3 :Asia/Tokyo ''; do TZ=$zone veltra report -q small -o zone.html --force > /dev/null; page zone.html | grep ' Times'; done
+rm zone.html
 t veltra report job/1.vres -o job/1.vres --force
 t veltra report job/1.vres -o nowhere/page.html
 t veltra report job/1.vres -o x.html --expect A2..A1

@@ -7,6 +7,8 @@
 #include <array>
 #include <cerrno>
 
+#include <libcrossplatform/common/internal/Inflate.h>
+
 #include "PFileTesting.h"
 
 using namespace PFile;
@@ -92,6 +94,33 @@ TEST(PFileSection, Transcript) {
   STEP(uncompress({1, 0, 0, 0}));
   STEP(uncompress({1, 0, 0}));
   transcript.expectGolden("pfile_section");
+}
+
+TEST(PFileSection, InflatesAsZlibDoesWhateverTheDamageAndTheRoom) {
+  const std::string original = "twelve bytes, twelve bytes, twelve bytes and some more of others: 0123456789";
+  std::vector<unsigned char> stored(compressBound(original.size()));
+  uLongf size = stored.size();
+  ASSERT_EQ(compress2(stored.data(), &size, reinterpret_cast<const Bytef*>(original.data()), original.size(), 9), Z_OK);
+  stored.resize(size + 1);
+  const auto compare = [](const std::vector<unsigned char>& bytes, uLong length, uLong room) {
+    std::array<Bytef, 80> expected{}, found{};
+    uLongf expectedSize = room, foundSize = room;
+    const int code = uncompress(expected.data(), &expectedSize, bytes.data(), length);
+    EXPECT_EQ(inflateWhole(room == 0 ? nullptr : found.data(), foundSize, bytes.data(), length), code);
+    EXPECT_EQ(foundSize, expectedSize) << "code " << code;
+    EXPECT_EQ(found, expected) << "code " << code;
+  };
+  for (const uLong room : {uLong{0}, uLong{1}, original.size() - 1, original.size(), original.size() + 1}) {
+    for (uLong length = 0; length <= stored.size(); ++length) compare(stored, length, room);
+    for (std::size_t bit = 0; bit < 8 * size; ++bit) {
+      std::vector<unsigned char> damaged = stored;
+      damaged[bit / 8] = static_cast<unsigned char>(damaged[bit / 8] ^ (1U << bit % 8));
+      compare(damaged, size, room);
+    }
+    std::vector<unsigned char> wantsDictionary = stored;
+    wantsDictionary[1] = 0x20;
+    compare(wantsDictionary, size, room);
+  }
 }
 
 TEST(PFileSection, DumpsItsPayloadAtLevelTwoOnly) {

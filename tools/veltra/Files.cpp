@@ -1,5 +1,3 @@
-#include <sys/stat.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -303,21 +301,10 @@ int complainOfNoSection(const Inspect::ByteSource& source, const Inspect::Contai
 }
 
 bool refusesToReplace(const std::string& path, bool force, const std::vector<std::string>& inputs) {
-  struct stat info {};
-  if (stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) {
-    complain(path + ": not a regular file, not replaced");
-    return true;
-  }
-  if (!force && lstat(path.c_str(), &info) == 0) {
-    complain(path + ": exists; use --force to replace it");
-    return true;
-  }
-  for (const std::string& input : inputs) {
-    if (!Inspect::isSameFile(input, path)) continue;
-    complain(Inspect::inputName(input) + ": is the input and would be replaced");
-    return true;
-  }
-  return false;
+  const std::string refusal = Inspect::refusalToReplace(path, force, inputs);
+  if (refusal.empty()) return false;
+  complain(refusal == Inspect::EXISTS ? fmt::format("{}: {}; use --force to replace it", path, refusal) : refusal);
+  return true;
 }
 
 bool saveOutput(const std::string& path, const void* bytes, std::size_t size) {

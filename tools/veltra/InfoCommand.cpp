@@ -40,18 +40,6 @@ std::string screen(const Inspect::JudgedFile& file) {
          line("state", toString(file.state), file.state == Inspect::FileState::DAMAGED ? Tone::BAD : Tone::PLAIN);
 }
 
-/// What is known of a file, with its result as summary shows it.
-Json::Value rowOf(const Inspect::JudgedFile& file) {
-  Json::Value row = toJson(file);
-  Json::Value summary;
-  row.removeMember("summary", &summary);
-  if (!file.hasSummary) return row;
-  const Json::Value result = toJson(Inspect::ResultRow{file.report.name, file.summary, false});
-  for (const std::string& member : result.getMemberNames()) row[member] = result[member];
-  row["testFlags"] = summary["testFlags"];
-  return row;
-}
-
 int info(const std::vector<std::string>& files, const Options& options) {
   std::vector<std::string> columns = Inspect::fileColumns();
   columns.insert(columns.end(), Inspect::rowColumns().begin() + 1,
@@ -61,7 +49,7 @@ int info(const std::vector<std::string>& files, const Options& options) {
     if (options.format == FORMAT_TABLE) {
       answer.text = screen(file);
     } else {
-      answer.json = rowOf(file);
+      answer.json = Inspect::rowOf(file);
       answer.rows = {answer.json};
     }
     return answer;

@@ -22,28 +22,20 @@ struct RecoverArguments {
 };
 
 void printRecovery(const RecoverArguments& args, const Inspect::Recovery& recovery, const Options& options) {
-  Json::Value json(Json::objectValue);
+  Json::Value json = toJson(recovery);
   json["file"] = args.file;
   json["output"] = args.output;
-  json["wasClosed"] = recovery.wasClosed;
-  json["missing"] = static_cast<Json::UInt64>(recovery.missing);
-  json["summaryLost"] = recovery.isSummaryLost;
   if (options.format == FORMAT_CSV) {  // numbers only: a cell cannot hold a list
     json["kept"] = static_cast<Json::UInt64>(recovery.kept.size());
     json["lost"] = static_cast<Json::UInt64>(recovery.lost.size());
     json["lostSections"] = static_cast<Json::UInt64>(recovery.lostSections.size() + recovery.lostSectionsLeftOut);
+    json.removeMember("lostSectionsLeftOut");
     printDocument({{}, [&] { return json; }, {}, {}}, options);
     return;
   }
   if (options.format == FORMAT_JSON) json["schema"] = SCHEMA;
   const LongList kept = {"kept", recovery.kept.size(), [&](std::size_t i) { return toJson(recovery.kept[i]); }};
-  const LongList lost = {"lost", recovery.lost.size(), [&](std::size_t i) {
-                           Json::Value range(Json::objectValue);
-                           range["offset"] = static_cast<Json::UInt64>(recovery.lost[i].offset);
-                           range["bytes"] = static_cast<Json::UInt64>(recovery.lost[i].bytes);
-                           return range;
-                         }};
-  json["lostSectionsLeftOut"] = static_cast<Json::UInt64>(recovery.lostSectionsLeftOut);
+  const LongList lost = {"lost", recovery.lost.size(), [&](std::size_t i) { return toJson(recovery.lost[i]); }};
   const LongList lostSections = {"lostSections", recovery.lostSections.size(),
                                  [&](std::size_t i) { return toJson(recovery.lostSections[i]); }};
   printWithLists(json, {kept, lost, lostSections}, options.format == FORMAT_JSON);
@@ -88,8 +80,7 @@ int recover(const RecoverArguments& args, const Options& options) {
   progress.expect(PASSES * source.size());
   source.onRead([&progress](std::size_t bytes) { progress.advance(bytes); });
   const Inspect::Recovery recovery = findSections(source);
-  const bool isNothing =
-      recovery.kept.empty() && !recovery.isContainer && Inspect::judge(source).state != Inspect::FileState::INTACT;
+  const bool isNothing = hasNothingToRecover(source, recovery);
   if (source.hasFailed() || isNothing) progress.hold();
   if (source.hasFailed()) return answerAfter(source, EXIT_COULD_NOT);
   if (isNothing) {

@@ -1,13 +1,15 @@
-#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <memory>
+#include <optional>
 
 #include <fmt/format.h>
 
 #include <libcrossplatform/common/FileReplacement.h>
 #include <libinspect/job/JobStatus.h>
 #include <libinspect/report/HeldSections.h>
+#include <libinspect/report/Report.h>
 #include <libinspect/report/ReportPage.h>
 
 #include "Commands.h"
@@ -19,7 +21,7 @@ struct ReportArguments {
   JobArguments job;
   std::string output;
   std::string title;
-  std::string timeZone;
+  std::optional<std::string> timeZone;
   Inspect::Edition edition = Inspect::Edition::CUSTOMER;
   bool details = false;
   bool force = false;
@@ -27,12 +29,19 @@ struct ReportArguments {
 
 /// Writes the page so that the whole old or the whole new one exists at any time. @return false, with a complaint
 bool savePage(const std::string& path, const Inspect::Job& job, const Inspect::ReportForm& form,
-              const Inspect::TimeZone& zone) {
+              const Inspect::TimeZone& zone, std::vector<Inspect::UnreadAgain>& unread) {
   Veltra::FileReplacement file;
   const auto write = [&file](std::string_view piece) { return file.write(piece.data(), piece.size()); };
-  if (file.open(path) && writeReport(job, form, zone, write) && file.commit()) return true;
+  if (file.open(path) && writeReport(job, form, zone, write, unread) && file.commit()) return true;
   complain(fmt::format("{}: {}", path, std::strerror(errno)));
   return false;
+}
+
+/// @return true, with a complaint, for the name of a description: the page would be taken for that of its folder
+bool refusesToBeDescription(const std::string& path) {
+  if (std::filesystem::path(path).filename() != Inspect::JobDescription::FILE_NAME) return false;
+  complain(path + ": expected the name of a page, found that of a job's description");
+  return true;
 }
 
 int report(const ReportArguments& args, const Options& options) {
@@ -42,7 +51,7 @@ int report(const ReportArguments& args, const Options& options) {
   std::string error;
   int code = EXIT_DONE;
   if (!describeJob(args.job, job, code)) return code;
-  if (!args.timeZone.empty() && !zone.use(args.timeZone, error)) {
+  if (args.timeZone ? !zone.use(*args.timeZone, error) : !Inspect::TimeZone::checkMachine(error)) {
     complain(error);
     return EXIT_USAGE;
   }
@@ -51,7 +60,8 @@ int report(const ReportArguments& args, const Options& options) {
     complain(error);
     return EXIT_COULD_NOT;
   }
-  if (refusesToReplace(args.output, args.force, args.job.paths)) return EXIT_COULD_NOT;
+  if (refusesToBeDescription(args.output) || refusesToReplace(args.output, args.force, args.job.paths))
+    return EXIT_COULD_NOT;
   Options recursive = options;
   recursive.recursive = true;
   std::size_t passedOver = 0;
@@ -67,8 +77,8 @@ int report(const ReportArguments& args, const Options& options) {
   if (expectsNone && complainsOfNoFiles(args.job.paths, files)) return EXIT_COULD_NOT;
   const Inspect::FileRun run(std::move(files), args.job.paths, options.maxSize, passedOver);
   job.files = readJob(run, options, code, EXIT_WITH_LOSS);
-  const std::size_t unread = job.files.unread.size();
-  if ((expectsNone || unread > 0) && complainsOfNoResults(args.job.paths, job.files)) return EXIT_COULD_NOT;
+  if ((expectsNone || !job.files.unread.empty()) && complainsOfNoResults(args.job.paths, job.files))
+    return EXIT_COULD_NOT;
   job.settle(args.job.policy);
   const Inspect::JobStatus status = statusOf(job);
   if (status.all.missing + status.all.damaged > 0 || (!expectsNone && !status.foreign.empty()))
@@ -76,25 +86,24 @@ int report(const ReportArguments& args, const Options& options) {
 
   form.edition = args.edition;
   form.showsDetails = args.details;
-  for (const std::string& title : {job.description.title, args.title}) {
-    if (!title.empty()) form.title = title;
-  }
+  form.title = args.title;
   Inspect::ReadingOptions reading;
   reading.threads = options.jobs;
   form.instruments = Inspect::instrumentsOf(countedFiles(job.links), reading);
-  if (!savePage(args.output, job, form, zone)) return EXIT_COULD_NOT;
-  const auto damaged = std::count_if(job.files.notes.begin(), job.files.notes.end(),
-                                     [](const Inspect::FileNote& note) { return note.isDamaged; });
+  std::vector<Inspect::UnreadAgain> unreadAgain;
+  if (!savePage(args.output, job, form, zone, unreadAgain)) return EXIT_COULD_NOT;
+  for (const Inspect::UnreadAgain& each : unreadAgain) complain(each.error);
+  if (!unreadAgain.empty()) code = worse(code, EXIT_WITH_LOSS);
+  const std::size_t damaged = damagedFiles(job.files), unread = job.files.unread.size() + unreadAgain.size();
   Json::Value json(Json::objectValue);
   json["file"] = args.output;
   json["links"] = static_cast<Json::UInt64>(job.links.size());
   json["results"] = static_cast<Json::UInt64>(job.files.rows.size());
-  json["damaged"] = static_cast<Json::Int64>(damaged);
+  json["damaged"] = static_cast<Json::UInt64>(damaged);
   json["unread"] = static_cast<Json::UInt64>(unread);
   json["otherFiles"] = static_cast<Json::UInt64>(job.files.others);
-  std::string text =
-      fmt::format("{}: {}, {} damaged, {} not read\n", printable(args.output), counted(job.files.rows.size(), "result"),
-                  counted(static_cast<std::size_t>(damaged), "file"), unread);
+  std::string text = fmt::format("{}: {}, {} damaged, {} not read\n", printable(args.output),
+                                 counted(job.files.rows.size(), "result"), counted(damaged, "file"), unread);
   printDocument({[&] { return text; }, [&] { return json; }, {}, {}}, options);
   return code;
 }

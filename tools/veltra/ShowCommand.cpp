@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 
 #include <libinspect/container/JsonFaults.h>
-#include <libinspect/container/Secrets.h>
 #include <libinspect/records/KnownPayload.h>
 
 #include "Commands.h"
@@ -28,14 +27,9 @@ int showPayload(uint16_t type, std::vector<uint8_t> bytes, bool reveal, Json::Va
                 const Options& options) {
   Inspect::KnownPayload payload = Inspect::knownPayload(type, bytes);
   const Inspect::DecodedRecord& record = payload.record;
-  const char* member = "record";
-  Json::Value shown = record.toJson(reveal);
-  json["record"] = Json::Value();
-  if (payload.kind == Inspect::PayloadKind::JSON) {
-    member = "json";
-    shown = reveal ? std::move(payload.document) : Inspect::withoutSecrets(std::move(payload.document));
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    if (options.format == FORMAT_TABLE) Inspect::useDigits(shown, text);
+  Json::Value shown = takeValues(payload, reveal);
+  if (payload.kind == Inspect::PayloadKind::JSON && options.format == FORMAT_TABLE) {
+    Inspect::useDigits(shown, std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
   }
   Document document;
   document.print = [&] {
@@ -43,18 +37,14 @@ int showPayload(uint16_t type, std::vector<uint8_t> bytes, bool reveal, Json::Va
     if (shown.isNull()) return printHexDump(bytes);
     fmt::print("{}", indentedText(shown));
   };
-  if (payload.image) {
-    json["image"]["format"] = payload.image->format;
-    json["image"]["width"] = payload.image->width;
-    json["image"]["height"] = payload.image->height;
-  } else if (shown.isNull()) {
+  if (!payload.image && shown.isNull()) {
     if (!reveal) Inspect::maskSecrets(bytes, record);
     document.hex = {"hex", &bytes};
   } else {
     std::vector<uint8_t>().swap(bytes);
   }
   document.json = [&] {
-    if (!shown.isNull()) json[member].swap(shown);
+    addPayload(payload, std::move(shown), json);
     return std::move(json);
   };
   printDocument(document, options);

@@ -7,8 +7,6 @@ set(made ${VELTRA_PAGES}/veltra.bash ${VELTRA_PAGES}/_veltra)
 add_custom_command(OUTPUT ${made} DEPENDS veltra
   COMMAND veltra completion bash > ${VELTRA_PAGES}/veltra.bash
   COMMAND veltra completion zsh > ${VELTRA_PAGES}/_veltra)
-install(FILES ${VELTRA_PAGES}/veltra.bash RENAME veltra DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
-install(FILES ${VELTRA_PAGES}/_veltra DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
 
 # What findings mean is written once, as a page.
 set(page ${VELTRA_PAGES}/veltra-findings.7)
@@ -17,7 +15,6 @@ set(findings ${PROJECT_SOURCE_DIR}/docs/findings.md)
 add_custom_command(OUTPUT ${page} DEPENDS ${make_findings} ${findings} VERBATIM
   COMMAND ${make_findings} "veltra ${PROJECT_VERSION}" ${findings} > ${page})
 list(APPEND made ${page})
-install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
 
 if(HELP2MAN)
   set(page ${VELTRA_PAGES}/veltra.1)
@@ -32,8 +29,17 @@ if(HELP2MAN)
       COMMAND ${make_page} ${HELP2MAN} $<TARGET_FILE:veltra> ${page} ${command} ${text} ${transcript})
     list(APPEND made ${page})
   endforeach()
-  install(DIRECTORY ${VELTRA_PAGES}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 FILES_MATCHING PATTERN "*.1")
 else()
   message(STATUS "help2man was not found: no man pages of commands are made")
 endif()
 add_custom_target(veltra_pages ALL DEPENDS ${made})
+
+if(VELTRA_INSTALL)
+  install(FILES ${VELTRA_PAGES}/veltra.bash RENAME veltra
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+  install(FILES ${VELTRA_PAGES}/_veltra DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
+  install(FILES ${VELTRA_PAGES}/veltra-findings.7 DESTINATION ${CMAKE_INSTALL_MANDIR}/man7)
+  if(HELP2MAN)
+    install(DIRECTORY ${VELTRA_PAGES}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 FILES_MATCHING PATTERN "*.1")
+  endif()
+endif()

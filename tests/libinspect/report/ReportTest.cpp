@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <fstream>
+#include <limits>
 #include <random>
 #include <regex>
 #include <set>
@@ -7,6 +10,7 @@
 
 #include <libinspect/container/PrintableText.h>
 #include <libinspect/report/ChartScale.h>
+#include <libinspect/report/PageText.h>
 #include <libinspect/report/Report.h>
 #include <libinspect/report/ReportCharts.h>
 #include <libinspect/report/ReportPage.h>
@@ -44,14 +48,24 @@ void fillJob(std::size_t count, double lengths, double headrooms, Job& job) {
 
 std::string pageOf(Job& job, const ReportForm& form = {}) {
   std::string page;
+  std::vector<UnreadAgain> unread;
   TimeZone zone;
   std::string error;
   EXPECT_TRUE(zone.use("UTC", error));
   job.settle(CountPolicy::LATEST);
-  EXPECT_TRUE(writeReport(job, form, zone, [&page](std::string_view piece) {
-    page += piece;
-    return true;
-  }));
+  EXPECT_TRUE(writeReport(
+      job, form, zone,
+      [&page](std::string_view piece) {
+        page += piece;
+        return true;
+      },
+      unread));
+  std::size_t counted = 0;  // none of their files exists
+  for (const JobLink& link : job.links) {
+    counted += static_cast<std::size_t>(
+        std::count_if(link.results.begin(), link.results.end(), [](const LinkResult& each) { return each.counts; }));
+  }
+  EXPECT_EQ(unread.size(), counted);
   return page;
 }
 
@@ -152,7 +166,9 @@ TEST(ReportPage, EndsWithTheFirstPieceThatCannotBeWritten) {
   fillJob(700, 90, 5, job);
   job.settle(CountPolicy::LATEST);
   std::size_t pieces = 0;
-  EXPECT_FALSE(writeReport(job, {}, TimeZone(), [&pieces](std::string_view) { return ++pieces < 3; }));
+  std::vector<UnreadAgain> unread;
+  EXPECT_FALSE(writeReport(
+      job, {}, TimeZone(), [&pieces](std::string_view) { return ++pieces < 3; }, unread));
   EXPECT_EQ(pieces, 3u);
 }
 
@@ -178,13 +194,65 @@ TEST(Report, TheZoneOfThePageIsThatOfTheProcessOnlyWhileItIsMade) {
   {
     TimeZone zone;
     EXPECT_FALSE(zone.use("Europe/Nowhere", error));
-    EXPECT_EQ(zone.nameAt(0), "Asia/Tokyo, UTC+09:00");
+    EXPECT_EQ(zone.nameDuring(0, 1774746000), "Asia/Tokyo, UTC+09:00");
     ASSERT_TRUE(zone.use("Europe/Berlin", error));
-    EXPECT_EQ(zone.minute(1774746000), "2026-03-29 03:00");  // the first minute of summer time
+    constexpr time_t SUMMER = 1774746000, YEAR = 31536000;  // the first second of summer time
+    EXPECT_EQ(zone.minute(SUMMER), "2026-03-29 03:00");
+    const std::tuple<time_t, time_t, const char*> periods[] = {
+        {SUMMER - 1, SUMMER - 1, "Europe/Berlin, UTC+01:00"},
+        {SUMMER - 1, SUMMER, "Europe/Berlin, UTC+01:00, from 2026-03-29 UTC+02:00"},
+        {SUMMER - 9, SUMMER + YEAR * 3 / 4,
+         "Europe/Berlin, UTC+01:00, from 2026-03-29 UTC+02:00, from 2026-10-25 UTC+01:00"},
+        {SUMMER, SUMMER + 4 * YEAR, "Europe/Berlin, UTC+02:00, UTC+01:00 in turn"},
+        {1, std::numeric_limits<time_t>::max(), "Europe/Berlin, UTC+01:00, UTC+02:00 in turn"}};
+    for (const auto& [first, last, text] : periods) EXPECT_EQ(zone.nameDuring(first, last), text);
   }
   EXPECT_STREQ(getenv("TZ"), "Asia/Tokyo");
   EXPECT_EQ(TimeZone().minute(0), "1970-01-01 09:00");
   ASSERT_EQ(unsetenv("TZ"), 0);
+}
+
+TEST(Report, TextsOfPeopleAreShownByTheirLines) {
+  const std::tuple<const char*, const char*> rows[] = {
+      {" Sample  Street 12\r\n\n \t Floor\xC2\xA0 2 ", "Sample Street 12|Floor 2"},
+      {"a\xE2\x80\xA8"
+       "b\xC2\x85"
+       "c\xE2\x80\x8B\xE2\x80\xA9\xEF\xBB\xBF",
+       "a|b|c\xE2\x80\x8B"},
+      {" \n\t\xE3\x80\x80\xE2\x80\x8D", ""},
+      {"\xE2\x80\xAE\xFF\xE2\x80", "\xE2\x80\xAE\xFF\xE2\x80"}};
+  for (const auto& [text, lines] : rows) EXPECT_EQ(fmt::format("{}", fmt::join(linesOf(text), "|")), lines);
+  EXPECT_EQ(shownId(" \xE2\x80\x8B"), "(2 unseen characters)");
+  EXPECT_EQ(shownId("\t"), "\t");  // shown as an escape
+  EXPECT_EQ(shownId(""), "(no ID)");
+}
+
+// A logo that is cut anywhere would be a broken picture on every page.
+TEST(Report, ALogoIsWholeOrRefused) {
+  const auto bytesOf = [](const std::string& hex) {
+    std::string bytes;
+    for (std::size_t i = 0; i < hex.size(); i += 2)
+      bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
+    return bytes;
+  };
+  const std::string tables =
+      "FFC40014000100000000000000000000000000000000"
+      "FFC40014100100000000000000000000000000000000";
+  const std::string rows[] = {bytesOf("89504e470d0a1a0a0000000d49484452000000010000000108000000003a7e9b550000"
+                                      "000a4944415478da6360000000020001e527defc0000000049454e44ae426082"),
+                              bytesOf("FFD8FFC0000B080001000101011100" + tables +
+                                      "FFDA0008010100003F00"
+                                      "7FFF00D0FFFFD9")};
+  RecordTesting::TempDir folder;
+  const std::string path = folder.file("logo");
+  for (const std::string& whole : rows) {
+    for (std::size_t size = 0; size <= whole.size(); ++size) {
+      Picture logo;
+      std::string error;
+      std::ofstream(path, std::ios::binary) << whole.substr(0, size);
+      EXPECT_EQ(readLogo(path, logo, error), size == whole.size()) << size << error;
+    }
+  }
 }
 
 // An address that was mailed leads to the same link in the next page, and to no other.

@@ -82,23 +82,65 @@ await open({}, async (page) => {
   }).map(String));
   expect(order.every((value, i) => i === 0 || Number(order[i - 1]) <= Number(value)), "the table is not sorted", order);
   await page.select("select[name=verdict]", "fail");
-  await page.waitForFunction(() => document.getElementById("count").textContent !== "", { timeout: 5000 })
-    .catch(() => expect(false, "the table is not filtered"));
-  const verdicts = await page.evaluate(() => Array.from(document.querySelectorAll("#table tbody tr"), (row) => [row.hidden, row.dataset.verdict]));
-  expect(verdicts.every(([hidden, verdict]) => hidden === (verdict !== "fail")), "other rows are shown than failures", verdicts);
+  await page.waitForFunction(() => document.querySelector("#filter .shown").textContent !== "", { timeout: 5000 })
+    .catch(() => expect(false, "nothing is filtered"));
+  // What is there, whether it is shown, and whether it failed: rows, the grid and the blocks.
+  const parts = () => page.evaluate(() => [
+    ...Array.from(document.querySelectorAll("#table tbody tr"), (row) => ["row", row, row.dataset.verdict === "fail"]),
+    ...Array.from(document.querySelectorAll("#links .ids li"), (cell) => ["cell", cell, cell.firstElementChild.matches(".fail")]),
+    ...Array.from(document.querySelectorAll("#blocks details"), (block) => ["block", block, block.querySelector("i").matches(".fail")]),
+  ].map(([kind, part, hasFailed]) => [kind, part.getClientRects().length > 0, hasFailed]));
+  for (const kind of ["row", "cell", "block"]) {
+    const found = (await parts()).filter(([other]) => other === kind);
+    expect(found.some(([, isShown]) => isShown), "the filter hides every", kind);
+    expect(found.every(([, isShown, hasFailed]) => isShown === hasFailed), "the filter shows another than failures", kind);
+  }
+  await page.emulateMediaType("print");
+  await page.evaluate(() => document.querySelectorAll("details").forEach((block) => (block.open = true)));
+  expect((await parts()).every(([, isShown]) => isShown), "what is filtered is not printed");
+  await page.emulateMediaType("screen");
+  // The address of a link that is hidden leads there all the same.
+  const isThere = await page.evaluate(async () => {
+    location.hash = document.querySelector("#blocks details[hidden] > div").id;
+    await new Promise((resolve) => setTimeout(resolve, 500));
+    return !document.querySelector("#blocks [hidden], #table [hidden]") && document.querySelector(":target").getClientRects().length > 0;
+  });
+  expect(isThere, "the address of a hidden link leads nowhere");
 });
 
-await open({ width: 390 }, async (page) => {
-  const found = await page.evaluate(() => {
-    document.querySelectorAll("details").forEach((block) => (block.open = true));
-    return {
-      wide: document.documentElement.scrollWidth - document.documentElement.clientWidth,
-      isFirst: (document.getElementById("work").compareDocumentPosition(document.getElementById("links")) & 4) !== 0,
-    };
+for (const width of [390, 720, 970]) {
+  await open({ width }, async (page) => {
+    const found = await page.evaluate(() => {
+      const later = Array.from(document.querySelectorAll("*")).filter((e) => getComputedStyle(e).contentVisibility === "auto");
+      const heights = () => later.map((element) => element.getBoundingClientRect().height);
+      const before = heights();
+      const style = document.createElement("style");  // all is laid out, not what is on the screen
+      style.textContent = "* { content-visibility: visible !important; }";
+      document.head.append(style);
+      const after = heights();
+      document.querySelectorAll("details").forEach((block) => (block.open = true));
+      const edge = document.documentElement.clientWidth;
+      const isCut = (element) => {
+        const box = element.getBoundingClientRect();
+        const isSqueezed = box.height > 8 * box.width && element.textContent.length > 3;
+        return box.width > 0 && (isSqueezed || box.left < -1 || box.right > edge + 1 ||
+          element.clientWidth > 0 && element.scrollWidth > element.clientWidth + 1);
+      };
+      return {
+        wide: document.documentElement.scrollWidth - edge,
+        isFirst: (document.getElementById("work").compareDocumentPosition(document.getElementById("links")) & 4) !== 0,
+        cut: Array.from(document.querySelectorAll("main td, main th, main li, main p, dd, summary, caption, img, label"))
+          .filter((e) => !e.closest("svg") && isCut(e)).map((e) => e.outerHTML.slice(0, 120)),
+        placeholders: later.map((e, i) => [e.tagName + "." + e.className, before[i], after[i]])
+          .filter(([, one, other]) => Math.max(one, other) > 3 * Math.min(one, other)),
+      };
+    });
+    expect(found.wide <= 0, "a phone has to scroll sideways", found.wide);
+    expect(found.isFirst, "failures do not come before the grid");
+    expect(found.cut.length === 0, "something is cut off at the edge of the screen", [width, ...found.cut.slice(0, 5)]);
+    expect(found.placeholders.length === 0, "what is laid out later was taken for another height", [width, ...found.placeholders.slice(0, 5)]);
   });
-  expect(found.wide <= 0, "a phone has to scroll sideways", found.wide);
-  expect(found.isFirst, "failures do not come before the grid");
-});
+}
 
 await open({ script: false }, async (page) => {
   const text = await page.$eval("body", (body) => body.innerText);

@@ -55,20 +55,35 @@ for words in 'Links that need work' 'All links' Copper Fibre 'Files that need at
   grep -qF "$words" "$pictures/print.txt" || die "\"$words\" is not in the printed page"
 done
 grep -qF '.vres' <(sed '/^Files$/,$d' "$pictures/print.txt") && die "names of files are printed before the files"
-# The large job of the examples fits forty sheets, its grid two; its table begins each sheet with its header again.
-"$root/examples/make_job" "$veltra" "$pictures/large" > /dev/null
-page=$pictures/large.html
-"$veltra" report -q "$pictures/large" -o "$page" > /dev/null || [[ $? == 1 ]]
-render large.pdf --no-pdf-header-footer --print-to-pdf="$pictures/large.pdf"
-sheets=$(pdfinfo "$pictures/large.pdf" | sed -n 's/^Pages: *//p')
-[[ $sheets -le 40 ]] || die "the large job takes $sheets sheets"
-[[ $(pdftotext -layout "$pictures/large.pdf" - | grep -c 'Verdict  *ID') -gt 5 ]] || die "the table's header is not repeated in print"
-grid=0
-for ((sheet = 1; sheet <= sheets; ++sheet)); do
-  words=$(pdftotext -f $sheet -l $sheet -layout "$pictures/large.pdf" -)
-  grep -qE '(A-[0-9]{3}.*){8}|(FB-[0-9]{3}.*){8}' <<< "$words" && grid=$((grid + 1))
+# print_on SIZE PAGE: the page as it is printed on this paper; what it says goes into PAGE-SIZE.txt, a form feed after
+# each sheet.
+print_on() {
+  page=$2-$1.html
+  sed "s/^@page { margin/@page { size: $1; margin/" "$2.html" > "$page"
+  render "${2##*/}-$1.pdf" --no-pdf-header-footer --print-to-pdf="$2-$1.pdf"
+  pdftotext -layout "$2-$1.pdf" "$2-$1.txt"
+}
+# sheets FILE PATTERN: how many sheets have a line of this pattern.
+sheets() { awk -v RS='\f' -v pattern="$2" '$0 ~ pattern { ++n } END { print n + 0 }' "$1"; }
+
+# The large job of the examples fits forty sheets; its table begins each sheet with its header again. The grid of 500 IDs
+# of 14 letters fits two, and a long ID leaves the other columns of the table as they are.
+cell='NORTHGATEAB[^\n]*' large=$pictures/large wide=$pictures/wide-ids
+"$root/examples/make_job" "$veltra" "$large" > /dev/null
+"$veltra" report -q "$large" -o "$large.html" > /dev/null || [[ $? == 1 ]]
+printf '{"summary": {"resultName": "%s", "resultType": "COPPER", "status": "Pass", "length": "45.1"}}' "$(printf 'W%.0s' {1..90})" |
+  "$veltra" pack - -o "$wide.vres" > /dev/null
+"$veltra" report -q "$wide.vres" --expect NORTHGATEAB001..NORTHGATEAB500 -o "$wide.html" > /dev/null || [[ $? == 1 ]]
+for size in A4 Letter; do
+  print_on $size "$large"
+  count=$(sheets "$large-$size.txt" .)
+  [[ $count -le 40 ]] || die "the large job takes $count sheets of $size"
+  [[ $(sheets "$large-$size.txt" 'Verdict  *ID') -gt 5 ]] || die "the table's header is not repeated in print"
+  print_on $size "$wide"
+  count=$(sheets "$wide-$size.txt" "$cell$cell$cell")
+  [[ $count == [12] ]] || die "the grid of 500 IDs takes $count sheets of $size"
+  grep -q 'W  *Copper  *45[.]1' "$wide-$size.txt" || die "a long ID breaks the columns of the printed table"
 done
-[[ $grid == [12] ]] || die "the grid of the large job takes $grid sheets"
 
 # Names made to be more than text, and how the page shows them; a picture, JSON and a record in the same result.
 printf '%s\n' '<script>foreign1=1</script>' '<img id=foreign2 src=x onerror=foreign2=1>' '{{title}}{{{script}}}{{/rows}}' \
@@ -77,18 +92,20 @@ printf '%s\n' '<script>foreign1=1</script>' '<img id=foreign2 src=x onerror=fore
 printf 'P5 64 48 255\n' > "$pictures/image.pgm"
 head -c 3072 /dev/zero | tr '\0' '\201' >> "$pictures/image.pgm"
 "$root/examples/make_job" "$veltra" "$pictures/hostile-job" 12 4 > /dev/null
+columns=$(printf '"ColumnWithoutSpaces%d": "0.123456789", ' {1..9})
 count=0
 while IFS= read -r name; do
   count=$((count + 1))
   json=$(sed 's/[\\"]/\\&/g' <<< "$name")
-  printf '{"%s": ["%s", {"%s": 1.50}]}' "$json" "$json" "$json" > "$pictures/payload.json"
+  printf '{"%s": ["%s", {"%s": 1.50}], "wide": [{%s "%s": 1}, {%s "%s": 2}]}' "$json" "$json" "$json" "$columns" "$json" "$columns" "$json" \
+    > "$pictures/payload.json"
   printf '{"summary": {"resultName": "%s", "resultType": "COPPER", "status": "Fail", "headroom": "-1.0"}, "sections": [
     {"type": 910, "version": 1, "payload": "%s"}, {"type": 326, "version": 2, "payload": "%s"}]}' \
     "$json" "$pictures/payload.json" "$pictures/image.pgm" |
     "$veltra" pack - -o "$pictures/hostile-job/$count.vres" > /dev/null
 done < "$pictures/names.txt"
 printf '{"title": "%s", "customer": "</script>\\u2028\\u202e<b id=foreign8>"}' "$json" > "$pictures/hostile-job/job.json"
-printf '%s\n' '</script>\xe2\x80\xa8\xe2\x80\xae<b id=foreign8>' >> "$pictures/names.txt"
+printf '%s\n' '</script>' '\xe2\x80\xae<b id=foreign8>' >> "$pictures/names.txt"
 "$veltra" report -q "$pictures/hostile-job" --edition technician -o "$pictures/hostile.html" > /dev/null || [[ $? == 1 ]]
 modules=$root/build/browser
 command -v npm > /dev/null || install_packages browse
