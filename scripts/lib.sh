@@ -56,3 +56,10 @@ install_packages() {
   "${as_root[@]}" install --yes --no-install-recommends $missing < /dev/null > /dev/null ||
     die "could not install; as root that is: apt-get install --no-install-recommends" $missing
 }
+
+# page_modules FOLDER: what drives a page in a browser and looks for what keeps people out, in FOLDER/node_modules.
+page_modules() {
+  command -v npm > /dev/null || install_packages browse
+  [[ -d $1/node_modules/axe-core && -d $1/node_modules/puppeteer-core ]] ||
+    quietly npm install --silent --no-save --no-audit --no-fund --ignore-scripts --prefix "$1" axe-core@4.14.1 puppeteer-core@25.16.0
+}

@@ -174,6 +174,20 @@ stage_report() {
   tests/libinspect/report/render.sh build/release/tools/veltra build/report
 }
 
+# The page that needs nothing installed: its module against the command, and the page in a browser. The pictures stay in
+# build/browser/tried.
+stage_browser() {
+  quietly cmake --preset release
+  cmake --build --preset release -j "$jobs" --target veltra -- --quiet
+  scripts/browser
+  page_modules build/browser
+  tests/browser/run.sh build/release/tools/veltra build/browser/tried
+  local size most=1000000
+  size=$(stat -c %s build/browser/veltra.html)
+  say "veltra.html: $size bytes; at most $most"
+  ((size <= most))
+}
+
 # The description of the format for other languages' parsers, compiled and tried on what the library's tests read.
 stage_kaitai() { tests/kaitai/run.sh; }
 

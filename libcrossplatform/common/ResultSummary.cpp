@@ -12,7 +12,7 @@ namespace Veltra {
 namespace {
 
 /// Local time as ctime() writes it, with its newline; empty for a year of more than four digits.
-std::string localTimeText(long timeStamp) {
+std::string localTimeText(ResultTime timeStamp) {
   constexpr std::size_t CTIME_BYTES = 26;
   char text[CTIME_BYTES];
   const auto time = static_cast<time_t>(timeStamp);
@@ -36,7 +36,7 @@ Json::Value itemsOf(const List& list, const Dump::DumpFlags& flags) {
 
 }  // namespace
 
-ResultSummary::ResultSummary(const char* name, ResultType type, long time, Status verdict, const DisplayMeas& len,
+ResultSummary::ResultSummary(const char* name, ResultType type, ResultTime time, Status verdict, const DisplayMeas& len,
                              const DisplayMeas& room, unsigned int flags, int passed, int passedStar, int failed)
     : resultType(type),
       timeStamp(time),
@@ -146,7 +146,8 @@ Json::Value ResultSummaryList::toJson(const Dump::DumpFlags& flags) const {
   return rootedJson(JSON_ROOT_NAME, std::move(object));
 }
 
-ResultPathSummary::ResultPathSummary(std::string name, ResultType type, long time, std::string path, unsigned int bytes)
+ResultPathSummary::ResultPathSummary(std::string name, ResultType type, ResultTime time, std::string path,
+                                     unsigned int bytes)
     : resultName(std::move(name)), resultType(type), timeStamp(time), pathName(std::move(path)), filesize(bytes) {}
 
 std::string ResultPathSummary::getDateTimeString() const {

@@ -31,6 +31,13 @@ constexpr char NUM_FAIL_TESTS[] = "numFailTests";
 ///@}
 }  // namespace SummaryNames
 
+/// Seconds since 1970-01-01 UTC: a long, that of a desk also where a module in a browser has a shorter one.
+#ifdef __wasm__
+using ResultTime = long long;
+#else
+using ResultTime = long;
+#endif
+
 /// The small record that stands for one saved test result in result lists.
 /// A plain value: default-constructed cleared, copied freely. On the wire: headed record, docs/format.md#resultsummary.
 class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Dump::IJsonable {
@@ -41,7 +48,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
   static constexpr const char* JSON_ROOT_NAME = "ResultSummary";
 
   ResultSummary() = default;
-  ResultSummary(const char* name, ResultType type, long time, Status verdict, const DisplayMeas& len,
+  ResultSummary(const char* name, ResultType type, ResultTime time, Status verdict, const DisplayMeas& len,
                 const DisplayMeas& room, unsigned int flags, int passed, int passedStar, int failed);
   ResultSummary(const ResultSummary& other);
   ResultSummary& operator=(const ResultSummary& other);
@@ -70,7 +77,7 @@ class VELTRA_EXPORT ResultSummary : public Marshal::IDumpSerializable, public Du
   Json::Value toJson(const Dump::DumpFlags& flags) const override;
 
   ResultType resultType = RESULT_TYPE_NOT_SET;  ///< the medium
-  long timeStamp = 0;                           ///< when the result was taken, s since 1970-01-01 UTC
+  ResultTime timeStamp = 0;                     ///< when the result was taken, s since 1970-01-01 UTC
   Status status = STATUS_NOT_SET;               ///< overall verdict
   DisplayMeas length;                           ///< headline length, m
   DisplayMeas headroom;                         ///< headline headroom, dB; negative where the limit is missed
@@ -121,7 +128,7 @@ class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, publi
   static constexpr const char* JSON_ROOT_NAME = "ResultPathSummary";
 
   ResultPathSummary() = default;
-  ResultPathSummary(std::string name, ResultType type, long time, std::string path, unsigned int bytes);
+  ResultPathSummary(std::string name, ResultType type, ResultTime time, std::string path, unsigned int bytes);
 
   /// The time stamp as UTC in the form 2019-03-04T05:06:07; empty when it cannot be broken down.
   std::string getDateTimeString() const;
@@ -139,7 +146,7 @@ class VELTRA_EXPORT ResultPathSummary : public Marshal::IDumpSerializable, publi
 
   std::string resultName;                       ///< as the user sees it
   ResultType resultType = RESULT_TYPE_NOT_SET;  ///< the medium
-  long timeStamp = 0;                           ///< s since 1970-01-01 UTC
+  ResultTime timeStamp = 0;                     ///< s since 1970-01-01 UTC
   std::string pathName;                         ///< of the file, as it was opened
   unsigned int filesize = 0;                    ///< bytes
 

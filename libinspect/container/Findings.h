@@ -38,6 +38,8 @@ enum FindingCode : int {
 const char* toString(FindingCode code);
 /// What the code means in a few words, for example "data CRC differs".
 const char* meaningOf(FindingCode code);
+/// The same as a sentence for people who know results, and nothing of files.
+const char* plainWordsOf(FindingCode code);
 bool isDamage(FindingCode code);
 /// All codes: damage, then warnings.
 std::vector<FindingCode> findingCodes();
@@ -67,6 +69,10 @@ enum class OutputPlace { CURRENT_FOLDER, BESIDE_INPUT };
 
 /// Whether what is intact of a file should be saved to another after this.
 bool asksForRecovery(const Finding& finding);
+
+/// What people do after a finding who have no shell: a sentence or two.
+/// @param hasNothingIntact  of its file: there is nothing to recover
+const char* adviceFor(const Finding& finding, bool hasNothingIntact);
 
 /// The command line to run next for a finding, ready for a shell. It writes to a file that does not exist yet.
 /// @param path     of the file, "-" for standard input

@@ -33,6 +33,7 @@ class CrcIndex {
   /// CRC-32 of [begin, end), both within the input.
   uint32_t crcOf(uint64_t begin, uint64_t end) const {
     if (end - begin <= STEP) return extend(0, begin, end);
+    static_assert(sizeof(z_off_t) >= sizeof(uint64_t), "a section may have 4 GiB");
     const auto length = static_cast<z_off_t>(end - begin);
     return prefix(end) ^ static_cast<uint32_t>(crc32_combine(prefix(begin), 0, length));
   }
@@ -44,7 +45,7 @@ class CrcIndex {
   uint32_t prefix(uint64_t end) const {
     uint8_t bytes[STEP];
     const std::size_t got = _source.readAside(end / STEP * STEP, bytes, static_cast<std::size_t>(end % STEP));
-    return PFile::crc32Of(bytes, static_cast<uint32_t>(got), _prefixes[end / STEP]);
+    return PFile::crc32Of(bytes, static_cast<uint32_t>(got), _prefixes[static_cast<std::size_t>(end / STEP)]);
   }
 
   uint32_t extend(uint32_t crc, uint64_t begin, uint64_t end) const {
@@ -329,24 +330,39 @@ bool writeRecovered(const ByteSource& source, const Recovery& recovery, const st
   return false;
 }
 
-bool isRecovered(const ByteSource& source, const Recovery& recovery, const ByteSource& file) {
-  uint64_t at = PFile::FILE_HEADER_BYTES;
-  const uint64_t total = sizeOf(recovery);
-  if (file.size() != total || total > PFile::FileWriter::MAX_BYTES) return false;
-  uint8_t expected[PFile::FILE_HEADER_BYTES], found[PFile::FILE_HEADER_BYTES];
-  uint8_t* const length = expected + PFile::Header::BYTES;
-  Marshal::storeLittle32(length, static_cast<uint32_t>(total));
+bool layOut(const ByteSource& source, const Recovery& recovery, RecoveredLayout& layout, std::string& error) {
+  if (isTooLarge(source, recovery, error)) return false;
+  layout.parts.clear();
+  uint8_t length[4];
+  Marshal::storeLittle32(length, static_cast<uint32_t>(sizeOf(recovery)));
   PFile::Header header;
-  header.set(PFile::FILE_HEADER_TYPE, PFile::FILE_HEADER_VERSION, 0, 0, sizeof(uint32_t), length);
+  header.set(PFile::FILE_HEADER_TYPE, PFile::FILE_HEADER_VERSION, 0, 0, sizeof length, length);
   const auto bytes = header.bytes();
-  std::copy(bytes.begin(), bytes.end(), expected);
-  if (file.readAt(0, found, sizeof found) != sizeof found || std::memcmp(found, expected, sizeof found) != 0) {
-    return false;
+  static_assert(PFile::Header::BYTES + sizeof length == PFile::FILE_HEADER_BYTES);
+  std::copy(std::begin(length), std::end(length), std::copy(bytes.begin(), bytes.end(), layout.header.begin()));
+  for (const SectionInfo& info : recovery.kept) {
+    const uint64_t size = PFile::Header::BYTES + uint64_t{info.header.dataSize};
+    const bool isNext = !layout.parts.empty() && layout.parts.back().offset + layout.parts.back().bytes == info.offset;
+    if (isNext) {
+      layout.parts.back().bytes += size;
+    } else {
+      layout.parts.push_back({info.offset, size});
+    }
   }
-  return std::all_of(recovery.kept.begin(), recovery.kept.end(), [&](const SectionInfo& info) {
-    const uint64_t begin = at, size = PFile::Header::BYTES + uint64_t{info.header.dataSize};
-    at += size;
-    return haveSameBytes(source, info.offset, file, begin, size);
+  return true;
+}
+
+bool isRecovered(const ByteSource& source, const Recovery& recovery, const ByteSource& file) {
+  RecoveredLayout layout;
+  std::string error;
+  if (file.size() != sizeOf(recovery) || !layOut(source, recovery, layout, error)) return false;
+  std::array<uint8_t, PFile::FILE_HEADER_BYTES> found;
+  if (file.readAt(0, found.data(), found.size()) != found.size() || found != layout.header) return false;
+  uint64_t at = found.size();
+  return std::all_of(layout.parts.begin(), layout.parts.end(), [&](const RecoveredLayout::Part& part) {
+    const uint64_t begin = at;
+    at += part.bytes;
+    return haveSameBytes(source, part.offset, file, begin, part.bytes);
   });
 }
 

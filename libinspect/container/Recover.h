@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -60,6 +61,21 @@ enum class WriteOutcome {
 /// @param path  what the error calls it
 [[nodiscard]] WriteOutcome writeRecovered(const ByteSource& source, const Recovery& recovery,
                                           Veltra::FileReplacement& file, const std::string& path, std::string& error);
+
+/// The container of the sections found: a file header, and parts of the input.
+struct RecoveredLayout {
+  struct Part {
+    uint64_t offset = 0;  ///< in the input
+    uint64_t bytes = 0;
+  };
+
+  std::array<uint8_t, PFile::FILE_HEADER_BYTES> header;
+  std::vector<Part> parts;  ///< in order, as few as can be
+};
+/// What writeRecovered() writes, for those who put it together themselves.
+/// @return false, with `error` naming the input, if it is more than a container can hold
+[[nodiscard]] bool layOut(const ByteSource& source, const Recovery& recovery, RecoveredLayout& layout,
+                          std::string& error);
 
 /// Whether a file has the bytes that writeRecovered() writes.
 bool isRecovered(const ByteSource& source, const Recovery& recovery, const ByteSource& file);

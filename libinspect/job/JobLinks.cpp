@@ -158,6 +158,16 @@ std::vector<JobLink> linksOf(const JobFiles& files, const ExpectedIds& expected,
   return links;
 }
 
+std::vector<std::string> countedFiles(const std::vector<JobLink>& links) {
+  std::vector<std::string> files;
+  for (const JobLink& link : links) {
+    for (const LinkResult& result : link.results) {
+      if (result.counts) files.push_back(result.row->file);
+    }
+  }
+  return files;
+}
+
 Coverage coverageOf(const std::vector<JobLink>& links) {
   Coverage coverage;
   for (const JobLink& link : links) {

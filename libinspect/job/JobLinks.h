@@ -63,6 +63,9 @@ enum class CountPolicy {
 /// @param files  sorted; outlives the links
 std::vector<JobLink> linksOf(const JobFiles& files, const ExpectedIds& expected, CountPolicy policy);
 
+/// The files of the results that count, in the order of their links.
+std::vector<std::string> countedFiles(const std::vector<JobLink>& links);
+
 /// The IDs of links that are not as expected.
 struct Coverage {
   std::vector<std::string> missing;  ///< without a result

@@ -37,17 +37,6 @@ bool savePage(const std::string& path, const Inspect::Job& job, const Inspect::R
   return false;
 }
 
-/// The files of the results that count.
-std::vector<std::string> countedFiles(const Inspect::Job& job) {
-  std::vector<std::string> files;
-  for (const Inspect::JobLink& link : job.links) {
-    for (const Inspect::LinkResult& result : link.results) {
-      if (result.counts) files.push_back(result.row->file);
-    }
-  }
-  return files;
-}
-
 /// @return true, with a complaint, for the name of a description: the page would be taken for that of its folder
 bool refusesToBeDescription(const std::string& path) {
   if (std::filesystem::path(path).filename() != Inspect::JobDescription::FILE_NAME) return false;
@@ -100,7 +89,7 @@ int report(const ReportArguments& args, const Options& options) {
   form.title = args.title;
   Inspect::ReadingOptions reading;
   reading.threads = options.jobs;
-  form.instruments = Inspect::instrumentsOf(countedFiles(job), reading);
+  form.instruments = Inspect::instrumentsOf(countedFiles(job.links), reading);
   std::vector<Inspect::UnreadAgain> unreadAgain;
   if (!savePage(args.output, job, form, zone, unreadAgain)) return EXIT_COULD_NOT;
   for (const Inspect::UnreadAgain& each : unreadAgain) complain(each.error);
