@@ -114,6 +114,8 @@ complete_words() { # WORD...: what may stand for the last one
 t complete_words veltra d
 t complete_words veltra -r doctor --de
 t complete_words veltra doctor -f j
+t complete_words veltra doctor --format = j
+t complete_words veltra doctor --format =
 t complete_words veltra manifest ''
 t complete_words veltra help d
 t complete_words veltra manifest new --ca

@@ -114,8 +114,11 @@ std::string bashScript(const Grammar& grammar) {
   return fmt::format(
       "# bash completion of veltra, made by \"veltra completion bash\"\n"
       "_veltra() {{\n"
-      "  local path= commands= options= current=${{COMP_WORDS[COMP_CWORD]}} i\n"
-      "  case ${{COMP_WORDS[COMP_CWORD - 1]}} in\n"
+      "  local path= commands= options= current=${{COMP_WORDS[COMP_CWORD]}} before=$((COMP_CWORD - 1)) i\n"
+      "  # bash takes the sign of --option=value for a word.\n"
+      "  [[ $current != = ]] || current=\n"
+      "  [[ ${{COMP_WORDS[before]}} != = ]] || ((--before))\n"
+      "  case ${{COMP_WORDS[before]}} in\n"
       "{}"
       "    {}) COMPREPLY=(); return ;;\n"
       "  esac\n"
