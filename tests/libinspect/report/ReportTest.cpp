@@ -196,6 +196,19 @@ TEST(Report, VerdictSentencesAreThoseOfTheTable) {
   RecordTesting::expectGoldenText(table, "report_leads");
 }
 
+TEST(Report, ThePeriodSpansResultsThatWereReplacedAndNoDamagedOnes) {
+  Job job;
+  job.files.rows.assign(3, row("A1", Veltra::STATUS_PASS, "45.0", "1.0"));
+  job.files.rows[0].summary.timeStamp = 1000;
+  job.files.rows[2].summary.timeStamp = 2000000000;
+  job.files.rows[2].isDamaged = true;
+  job.settle(CountPolicy::LATEST);
+  const Report report = reportOf(job);
+  EXPECT_EQ(report.counted, 1u);
+  EXPECT_EQ(report.firstTime, 1000);
+  EXPECT_EQ(report.lastTime, 1706692500);
+}
+
 TEST(Report, TheZoneOfThePageIsThatOfTheProcessOnlyWhileItIsMade) {
   std::string error;
   ASSERT_EQ(setenv("TZ", "Asia/Tokyo", 1), 0);
