@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 
 #include <fmt/format.h>
 
@@ -253,9 +254,41 @@ bool isSameFile(const std::string& input, const std::string& path) {
   return isKnown && stat(path.c_str(), &b) == 0 && a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
+namespace {
+
+/// Whether a path is a link, or leads over links, to a name by which the system gives out open files and devices.
+bool leadsToOpenFile(const std::string& path) {
+  namespace fs = std::filesystem;
+  constexpr int MOST_LINKS = 40;
+  std::error_code error;
+  fs::path at = path;
+  for (int i = 0; i < MOST_LINKS && fs::is_symlink(fs::symlink_status(at, error)); ++i) {
+    const fs::path folder = fs::canonical(at.has_parent_path() ? at.parent_path() : fs::path("."), error);
+    const std::string name = folder.string();
+    if (error) return false;
+    if (name == "/dev" || name.rfind("/proc/", 0) == 0) return true;
+    at = folder / fs::read_symlink(at, error);
+  }
+  return false;
+}
+
+/// Whether a path leads to what this process prints into.
+bool isOutputStream(const std::string& path) {
+  struct stat file {
+  }, stream{};
+  const auto isIt = [&](int descriptor) {
+    return fstat(descriptor, &stream) == 0 && stream.st_dev == file.st_dev && stream.st_ino == file.st_ino;
+  };
+  return stat(path.c_str(), &file) == 0 && (isIt(STDOUT_FILENO) || isIt(STDERR_FILENO));
+}
+
+}  // namespace
+
 std::string refusalToReplace(const std::string& path, bool replaces, const std::vector<std::string>& inputs) {
   struct stat info {};
   if (stat(path.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) return path + ": not a regular file, not replaced";
+  if (isOutputStream(path)) return path + ": is the standard output or error, not replaced; expected another file";
+  if (leadsToOpenFile(path)) return path + ": leads to an open file, not replaced; expected a file by its own name";
   if (!replaces && lstat(path.c_str(), &info) == 0) return EXISTS;
   for (const std::string& input : inputs) {
     if (isSameFile(input, path)) return inputName(input) + ": is the input and would be replaced";

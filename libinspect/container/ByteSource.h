@@ -87,8 +87,9 @@ std::string inputName(const std::string& path);
 bool isSameFile(const std::string& input, const std::string& path);
 
 constexpr char EXISTS[] = "exists";
-/// Why no output may be written to a path: it is no regular file; EXISTS, where nothing is to be replaced; or, to be
-/// replaced or not, it is one of the inputs, whatever its name. Empty if it may.
+/// Why no output may be written to a path: it is no regular file; it is the standard output or error, or leads to a
+/// link of the system to an open file, such as /dev/stdout, which would be replaced instead; EXISTS, where nothing is
+/// to be replaced; or, to be replaced or not, it is one of the inputs, whatever its name. Empty if it may.
 std::string refusalToReplace(const std::string& path, bool replaces, const std::vector<std::string>& inputs);
 
 /// Whether two inputs have the same bytes; false if one of them cannot be read to its end.

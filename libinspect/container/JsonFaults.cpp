@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -110,10 +111,27 @@ class OversightScan {
     }
   }
 
+  static constexpr std::size_t ESCAPE = 6;  // bytes of "\u0041"
+
+  static bool isFirstHalf(unsigned unit) { return unit >= 0xD800 && unit <= 0xDBFF; }
+  static bool isSecondHalf(unsigned unit) { return unit >= 0xDC00 && unit <= 0xDFFF; }
+
+  /// The number of an escape, 0 where there is none.
+  unsigned unitAt(std::size_t at) const {
+    if (_text.compare(at < _text.size() ? at : _text.size(), 2, "\\u") != 0) return 0;
+    return static_cast<unsigned>(std::strtoul(_text.substr(at + 2, ESCAPE - 2).c_str(), nullptr, 16));
+  }
+
   void takeText() {
     const std::size_t begin = _at++;
     while (_at < _text.size() && _text[_at] != '"') {
       if (_text[_at] == '\0') add(JsonOversight::NUL, _at);
+      const unsigned unit = unitAt(_at);
+      if (isFirstHalf(unit) && isSecondHalf(unitAt(_at + ESCAPE))) {
+        _at += 2 * ESCAPE;
+        continue;
+      }
+      if (isFirstHalf(unit) || isSecondHalf(unit)) add(JsonOversight::HALF, _at);
       _at += _text[_at] == '\\' ? 2 : 1;
     }
     _at = std::min(_at + 1, _text.size());
@@ -154,6 +172,8 @@ std::string toString(const JsonOversight& oversight) {
       return oversight.place + ": more after the end of the document";
     case JsonOversight::NUL:
       return oversight.place + ": a zero byte within a text";
+    case JsonOversight::HALF:
+      return oversight.place + ": an escape that is half a character, without its other half";
   }
   return {};
 }

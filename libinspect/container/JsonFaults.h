@@ -15,6 +15,7 @@ struct JsonOversight {
     NAME_TWICE,  ///< a member's name that its object had before; the last one counts
     EXTRA,       ///< more after the end of the document; nothing is looked at after that
     NUL,         ///< a zero byte within a text
+    HALF,        ///< one half of a character that two escapes make, without the other
   };
   Kind kind;
   std::string place;  ///< "line 2, column 8", both from 1, columns in bytes

@@ -12,6 +12,7 @@
 #include <libinspect/container/JsonFaults.h>
 #include <libinspect/container/Secrets.h>
 #include <libinspect/records/KnownPayload.h>
+#include <libinspect/report/PageText.h>
 
 namespace Inspect {
 namespace {
@@ -22,7 +23,7 @@ bool isSettings(const DecodedRecord& record) {
   return record.id == Veltra::InstrumentSettings::SERIAL_TYPE_ID || record.id == Veltra::OrbelSettings::SERIAL_TYPE_ID;
 }
 
-/// A file may hold texts of megabytes.
+/// A name of many values.
 std::string shortened(const std::string& text, std::size_t most) {
   return text.size() <= most ? text : text.substr(0, cutAt(text, most)) + "...";
 }
@@ -33,7 +34,7 @@ constexpr std::size_t MOST_TEXT_SHOWN = 1000;
 std::string textOf(const Json::Value& value) {
   if (value.isNull()) return "-";
   if (value.isObject() || value.isArray()) return "none";
-  return shortened(value.asString(), MOST_TEXT_SHOWN);
+  return shortenedTo(MOST_TEXT_SHOWN, value.asString());
 }
 
 /// What stands in a cell; a measurement counts as one value.
@@ -159,6 +160,7 @@ class SectionReader {
       Json::Value shown = withoutSecrets(std::move(payload.document));
       useDigits(shown, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
       takeTable(shown, section);
+      section.oversights = oversightsIn({bytes.begin(), bytes.end()}).kept;
     }
   }
 
@@ -171,10 +173,19 @@ class SectionReader {
 
   void takePicture(const ImageInfo& info, const std::vector<uint8_t>& bytes, HeldSection& section) {
     section.words = toString(info);
+    constexpr char TOO_MUCH[] = "this link has larger pictures than a page can hold";
     Picture picture;
-    if (!makePicture(bytes, Picture::MOST_BYTES, picture, section.fault)) return;
+    const bool isDecoded = pixelsOf(info) <= Picture::MOST_PIXELS &&
+                           (std::string_view(info.format) == "PGM" || bytes.size() <= Picture::MOST_BYTES);
+    const uint64_t pixels = isDecoded ? pixelsOf(info) : 0;
+    if (pixels > _left.pixels) {
+      section.fault = TOO_MUCH;
+      return;
+    }
+    _left.pixels -= pixels;
+    if (!makePicture(bytes, Picture::MOST_BYTES, "", picture, section.fault)) return;
     if (picture.uri.size() > _left.pictures) {
-      section.fault = "this link has larger pictures than a page can hold";
+      section.fault = TOO_MUCH;
     } else {
       _left.pictures -= picture.uri.size();
       section.picture = std::move(picture);
@@ -209,7 +220,7 @@ std::string line(const EquipmentInformation& equipment) {
   add(", ", "software ", equipment.getSoftwareVersion());
   add("; ", "module ", equipment.getModuleIdStr());
   add(", ", "module serial number ", equipment.getModuleSerialNumber());
-  return shortened(text, MOST_TEXT_SHOWN);
+  return shortenedTo(MOST_TEXT_SHOWN, text);
 }
 
 }  // namespace
@@ -250,7 +261,7 @@ std::vector<HeldValue> equipmentValues(const EquipmentInformation& equipment, co
                                    {"Adapter calibrated", dayOf(equipment.getLiaCalibrationTime())}};
   values.erase(std::remove_if(values.begin(), values.end(), [](const HeldValue& value) { return value.text.empty(); }),
                values.end());
-  for (HeldValue& value : values) value.text = shortened(value.text, MOST_TEXT_SHOWN);
+  for (HeldValue& value : values) value.text = shortenedTo(MOST_TEXT_SHOWN, value.text);
   return values;
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <libcrossplatform/common/EquipmentInformation.h>
+#include <libinspect/container/JsonFaults.h>
 #include <libinspect/job/ManyFiles.h>
 #include <libinspect/report/Picture.h>
 #include <libinspect/report/TimeZone.h>
@@ -30,12 +31,13 @@ enum class HeldKind { DETAILS, PICTURE, EQUIPMENT, SETTINGS, OPAQUE };
 /// What a section of a result holds, for people.
 struct HeldSection {
   HeldKind kind = HeldKind::OPAQUE;
-  std::string name;               ///< of its type
-  std::string words;              ///< what there is to say of it besides the table or picture
-  std::string fault;              ///< of a picture: why it is not shown
-  std::vector<HeldValue> values;  ///< of a known record or of JSON, secrets masked
-  std::vector<HeldTable> tables;  ///< what of it is better seen so
-  Picture picture;                ///< no uri: there is none
+  std::string name;                       ///< of its type
+  std::string words;                      ///< what there is to say of it besides the table or picture
+  std::string fault;                      ///< of a picture: why it is not shown
+  std::vector<HeldValue> values;          ///< of a known record or of JSON, secrets masked
+  std::vector<HeldTable> tables;          ///< what of it is better seen so
+  std::vector<JsonOversight> oversights;  ///< of JSON: what these values do not tell
+  Picture picture;                        ///< no uri: there is none
 
   bool isShown() const { return !values.empty() || !tables.empty() || !picture.uri.empty(); }
 };
@@ -52,6 +54,7 @@ struct HeldBudget {
   std::size_t sections = 100;
   std::size_t values = 2000;                            ///< of tables
   std::size_t pictures = std::size_t{8} * 1024 * 1024;  ///< characters of their addresses
+  uint64_t pixels = uint64_t{32} * 1024 * 1024;         ///< of pictures, shown or decoded in vain
 };
 
 /// Reads the sections of an intact result after its summary, one at a time; those of more than 8 MiB are not looked

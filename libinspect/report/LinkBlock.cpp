@@ -29,11 +29,28 @@ std::string roleOf(const LinkResult& result, const TimeZone& zone) {
   return fmt::format("Tested again {}: it does not count.", timeOf(*result.replacedBy, zone));
 }
 
+/// A name as HTML: a browser may begin a line at its words, "pairs[0].worstCase".
+std::string breakableName(const std::string& name) {
+  const auto isSmall = [](char c) { return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9'); };
+  std::string html;
+  std::size_t begin = 0;
+  for (std::size_t i = 1; i < name.size(); ++i) {
+    const bool isAfterMark = name[i - 1] == '.' || name[i - 1] == '_' || name[i - 1] == '-';
+    const bool beginsWord = isSmall(name[i - 1]) && name[i] >= 'A' && name[i] <= 'Z';
+    if (!isAfterMark && !beginsWord && name[i] != '[') continue;
+    html += htmlText(name.substr(begin, i - begin)) + "<wbr>";
+    begin = i;
+  }
+  return html + htmlText(name.substr(begin));
+}
+
 PageData dataOf(const HeldTable& table) {
   PageData data = pageObject({{"within", table.name}});
-  data["columns"] = pageList(table.columns, [](const std::string& name) { return pageObject({{"cell", name}}); });
+  data["columns"] = pageList(table.columns, [](const std::string& name) {
+    return pageObject({{"cell", breakableName(name)}});
+  });
   data["lines"] = pageList(table.lines, [&table](const std::vector<std::string>& line) {
-    PageData row = pageObject({{"head", line.front()}}), cells(PageData::type::list);
+    PageData row = pageObject({{"head", breakableName(line.front())}}), cells(PageData::type::list);
     for (std::size_t i = 1; i < line.size(); ++i) {
       cells << pageObject({{"cell", line[i]}, {"column", table.columns[i - 1]}});
     }
@@ -54,15 +71,29 @@ std::string plainName(const HeldSection& section) {
   return name;
 }
 
+/// What a section holds besides what is shown of it. Of a name that was given twice the last value is shown.
+std::string wordsOf(const HeldSection& section, Edition edition) {
+  std::string words = section.words;
+  const auto add = [&words](const std::string& what) { words += (words.empty() ? "" : "; ") + what; };
+  bool isNameTwice = false;
+  for (const JsonOversight& oversight : section.oversights) {
+    isNameTwice = isNameTwice || oversight.kind == JsonOversight::NAME_TWICE;
+    if (edition == Edition::TECHNICIAN) add(toString(oversight));
+  }
+  if (isNameTwice) add("a name is given twice: its last value is shown");
+  if (!section.fault.empty()) {
+    add(edition == Edition::CUSTOMER ? "cannot be shown here" : "cannot be shown: " + section.fault);
+  }
+  return words;
+}
+
 PageData dataOf(const HeldSection& section, Edition edition) {
   const bool isPlain = edition == Edition::CUSTOMER || section.kind == HeldKind::EQUIPMENT;
   const std::string name = isPlain ? plainName(section) : section.name;
-  std::string words = section.words;
-  if (!section.fault.empty()) words += ", not shown" + (edition == Edition::CUSTOMER ? "" : ": " + section.fault);
-  PageData data = pageObject({{"name", name}, {"section", name}, {"words", words}});
+  PageData data = pageObject({{"name", name}, {"section", name}, {"words", wordsOf(section, edition)}});
   data["hasValues"] = PageData(!section.values.empty());
   data["values"] = pageList(section.values, [](const HeldValue& value) {
-    return pageObject({{"name", value.name}, {"text", value.text}});
+    return pageObject({{"name", breakableName(value.name)}, {"text", value.text}});
   });
   data["tables"] = pageList(section.tables, [](const HeldTable& table) { return dataOf(table); });
   if (section.picture.uri.empty()) return data;
@@ -158,7 +189,6 @@ PageData linkBlock(const JobLink& link, const ReportForm& form, const TimeZone& 
   }
   data["results"] = std::move(results);
   data["lost"] = std::move(lost);
-  if (link.state == LinkState::MISSING) data["isMissing"] = PageData(true);
   return data;
 }
 

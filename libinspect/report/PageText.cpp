@@ -1,5 +1,6 @@
 #include <libinspect/report/PageText.h>
 
+#include <algorithm>
 #include <string_view>
 
 #include <fmt/format.h>
@@ -46,6 +47,15 @@ Unseen firstOf(std::string_view text) {
   return {text.substr(0, 3), last <= 0x8A ? Kind::SPACE : Kind::WITHOUT_WIDTH};
 }
 
+constexpr char OPEN_BOX[] = "\xE2\x90\xA3";
+
+/// @param bytes  of one character of two or three bytes
+unsigned codePointOf(std::string_view bytes) {
+  unsigned code = static_cast<unsigned char>(bytes[0]) & (bytes.size() == 2 ? 0x1Fu : 0x0Fu);
+  for (const char c : bytes.substr(1)) code = code << 6 | (static_cast<unsigned char>(c) & 0x3Fu);
+  return code;
+}
+
 }  // namespace
 
 std::vector<std::string> linesOf(const std::string& text) {
@@ -86,10 +96,41 @@ std::size_t unseenCharacters(const std::string& text) {
   return characters;
 }
 
+std::string shortenedTo(std::size_t most, const std::string& text) {
+  if (text.size() <= most) return text;
+  return text.substr(0, cutAt(text, most)) + fmt::format("... ({} bytes in all)", text.size());
+}
+
+std::vector<std::string> shownLines(const std::string& text) {
+  constexpr std::size_t MOST = 2000, MOST_LINES = 40;
+  std::vector<std::string> lines = linesOf(text.substr(0, cutAt(text, MOST)));
+  if (text.size() <= MOST && lines.size() <= MOST_LINES) return lines;
+  lines.resize(std::min(lines.size(), MOST_LINES));
+  lines.push_back(fmt::format("... ({} bytes in all)", text.size()));
+  return lines;
+}
+
 std::string shownId(const std::string& id) {
+  constexpr std::size_t MOST = 200;
   if (id.empty()) return "(no ID)";
   const std::size_t unseen = unseenCharacters(id);
-  return unseen > 0 ? fmt::format("({})", counted(unseen, "unseen character")) : id;
+  std::string shown;
+  for (std::string_view rest = id; !rest.empty() && shown.size() <= MOST;) {
+    const Unseen first = firstOf(rest);
+    const std::size_t at = id.size() - rest.size();
+    rest.remove_prefix(first.bytes.size());
+    if (first.bytes == " ") {
+      const bool isBetween = at > 0 && id[at - 1] != ' ' && !rest.empty() && rest.front() != ' ';
+      shown += isBetween ? " " : OPEN_BOX;
+    } else if (first.kind == Kind::SEEN || printable(std::string(first.bytes)) != first.bytes) {
+      shown += first.bytes;  // an escape is seen
+    } else {
+      shown += fmt::format("[U+{:04X}]", codePointOf(first.bytes));
+    }
+  }
+  if (shown.size() > MOST)
+    shown = shown.substr(0, cutAt(shown, MOST)) + fmt::format("... ({} bytes in all)", id.size());
+  return unseen > 0 ? fmt::format("{} ({})", shown, counted(unseen, "unseen character")) : shown;
 }
 
 }  // namespace Inspect

@@ -176,24 +176,32 @@ std::string faultOfJpeg(const Bytes& bytes) {
   return "no end";
 }
 
-}  // namespace
-
-bool makePicture(const Bytes& bytes, std::size_t most, Picture& picture, std::string& error) {
-  const std::optional<ImageInfo> info = imageIn(bytes);
+std::optional<ImageInfo> whatIs(const Bytes& bytes, std::size_t most, std::string& error) {
+  std::optional<ImageInfo> info = imageIn(bytes);
   if (!info) {
     error = "expected a PNG, JPEG or PGM picture, found another file";
-    return false;
-  }
-  if (uint64_t{info->width} * info->height > Picture::MOST_PIXELS) {
+  } else if (pixelsOf(*info) > Picture::MOST_PIXELS) {
     error = fmt::format("expected at most {} pixels, found {} x {}", Picture::MOST_PIXELS, info->width, info->height);
-    return false;
+  } else if (std::string_view(info->format) != "PGM" && bytes.size() > most) {
+    error = fmt::format("expected at most {} bytes, found {}", most, bytes.size());
+  } else {
+    return info;
   }
+  return std::nullopt;
+}
+
+}  // namespace
+
+bool makePicture(const Bytes& bytes, std::size_t most, const char* purpose, Picture& picture, std::string& error) {
+  const std::optional<ImageInfo> info = whatIs(bytes, most, error);
+  if (!info) return false;
   const std::string_view format = info->format;
   Bytes png;
   if (format == "PGM") {
     if (!pngOf(bytes, *info, png, error)) return false;
-  } else if (bytes.size() > most) {
-    error = fmt::format("expected at most {} bytes, found {}", most, bytes.size());
+  } else if (const std::string fault = format == "PNG" ? faultOfPng(bytes, *info) : faultOfJpeg(bytes);
+             !fault.empty()) {
+    error = fmt::format("expected a whole {} picture{}, found {}", format, purpose, fault);
     return false;
   }
   picture.uri = std::string("data:image/") + (format == "JPEG" ? "jpeg" : "png") + ";base64," +
@@ -204,17 +212,15 @@ bool makePicture(const Bytes& bytes, std::size_t most, Picture& picture, std::st
 }
 
 bool readLogo(const std::string& path, Picture& picture, std::string& error) {
+  constexpr char PURPOSE[] = " as the logo";
   std::string text;
   if (!readText(path, Picture::MOST_LOGO_BYTES, text, error)) return false;
   const Bytes bytes(text.begin(), text.end());
   const std::optional<ImageInfo> info = imageIn(bytes);
-  if (!info || std::string_view(info->format) == "PGM") {
-    error = "expected a PNG or JPEG picture as the logo, found " + (info ? toString(*info) : "another file");
-  } else if (makePicture(bytes, Picture::MOST_LOGO_BYTES, picture, error)) {
-    const std::string_view format = info->format;
-    const std::string fault = format == "PNG" ? faultOfPng(bytes, *info) : faultOfJpeg(bytes);
-    if (fault.empty()) return true;
-    error = fmt::format("expected a whole {} picture as the logo, found {}", format, fault);
+  if (info && std::string_view(info->format) != "PGM") {
+    if (makePicture(bytes, Picture::MOST_LOGO_BYTES, PURPOSE, picture, error)) return true;
+  } else {
+    error = fmt::format("expected a PNG or JPEG picture{}, found {}", PURPOSE, info ? toString(*info) : "another file");
   }
   error = fmt::format("{}: {}", path, error);
   return false;

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include <libinspect/records/KnownPayload.h>
+
 namespace Inspect {
 
 /// A picture that is a part of the page.
@@ -16,13 +18,18 @@ struct Picture {
   static constexpr uint64_t MOST_PIXELS = uint64_t{8} * 1024 * 1024;        ///< that a reader's machine has to hold
 };
 
-/// Makes a picture of the bytes of one: PNG and JPEG as they are, if they have at most `most` bytes; PGM becomes PNG.
-/// @return false, with `error` saying what was expected and found; what is wrong within a PNG or JPEG is for the
-/// browser
-[[nodiscard]] bool makePicture(const std::vector<uint8_t>& bytes, std::size_t most, Picture& picture,
-                               std::string& error);
+inline uint64_t pixelsOf(const ImageInfo& info) {
+  return uint64_t{info.width} * info.height;
+}
 
-/// Reads the logo of a job, PNG or JPEG. Every pixel of a PNG is decoded; of a JPEG the structure is checked.
+/// Makes a picture of the bytes of one: PNG and JPEG as they are, if they have at most `most` bytes; PGM becomes PNG.
+/// Every pixel of a PNG is decoded; of a JPEG the structure is checked.
+/// @param purpose  for `error`: " as the logo", or ""
+/// @return false, with `error` saying what was expected and found
+[[nodiscard]] bool makePicture(const std::vector<uint8_t>& bytes, std::size_t most, const char* purpose,
+                               Picture& picture, std::string& error);
+
+/// Reads the logo of a job, PNG or JPEG.
 /// @return false, with `error` naming the file, what was expected and what was found
 [[nodiscard]] bool readLogo(const std::string& path, Picture& picture, std::string& error);
 

@@ -1,10 +1,14 @@
 #include <libinspect/report/Report.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <limits>
+#include <tuple>
 
 #include <fmt/format.h>
 
 #include <libinspect/container/PrintableText.h>
+#include <libinspect/records/Verdict.h>
 
 namespace Inspect {
 namespace {
@@ -25,6 +29,28 @@ void addTime(const ResultRow& row, Report& report) {
   const auto time = static_cast<time_t>(row.summary.timeStamp);
   report.firstTime = report.firstTime == 0 ? time : std::min(report.firstTime, time);
   report.lastTime = std::max(report.lastTime, time);
+}
+
+void addPlaces(std::vector<TableRow>& table) {
+  std::vector<TableRow*> order;
+  order.reserve(table.size());
+  for (TableRow& row : table) order.push_back(&row);
+  std::stable_sort(order.begin(), order.end(),
+                   [](const TableRow* a, const TableRow* b) { return comesBefore(a->link->id, b->link->id); });
+  for (std::size_t i = 0; i < order.size(); ++i) order[i]->place = i;
+}
+
+/// "1 failed, 2 were not tested": the links that did not pass.
+std::string othersOf(const LinkCounts& counts) {
+  std::string others;
+  const auto add = [&others](std::size_t count, const char* one, const char* many) {
+    if (count > 0) others += fmt::format("{}{} {}", others.empty() ? "" : ", ", count, count == 1 ? one : many);
+  };
+  add(counts.failed, "failed", "failed");
+  add(counts.noVerdict, "has no verdict", "have no verdict");
+  add(counts.damaged, "could not be read", "could not be read");
+  add(counts.missing, "was not tested", "were not tested");
+  return others;
 }
 
 }  // namespace
@@ -49,21 +75,28 @@ Report reportOf(const Job& job) {
   std::vector<ReportRow> rows[std::size(MEDIA)];
   report.status = statusOf(job);
   report.strays = job.strays();
+  for (const std::string& file : job.files.leftOut) {
+    report.tooLarge.insert(std::filesystem::path(file).stem().string());
+  }
   for (const JobLink& link : job.links) {
     const std::size_t before = report.table.size();
     for (const LinkResult& result : link.results) {
+      if (!result.row->isDamaged) addTime(*result.row, report);
       if (!result.counts) continue;
       ++report.counted;
       report.table.push_back({&link, result.row});
       rows[placeOf(*result.row)].push_back({result.row, severityOf(result.row->summary.status)});
-      addTime(*result.row, report);
     }
     if (report.table.size() == before) report.table.push_back({&link, nullptr});
-    if (!link.isExpected && !job.expected.empty()) continue;
+    if (!link.passed()) report.work.push_back(&link);
+    if (!link.isExpected && !job.expected.empty()) {
+      report.foreign.add(link);
+      continue;
+    }
     report.judged.push_back(&link);
     report.counts.add(link);
-    if (!link.passed()) report.work.push_back(&link);
   }
+  addPlaces(report.table);
   report.grid = report.judged;
   if (!job.expected.empty()) {
     report.grid.insert(report.grid.end(), report.status.foreign.begin(), report.status.foreign.end());
@@ -76,8 +109,11 @@ Report reportOf(const Job& job) {
   return report;
 }
 
-std::string verdictSentence(const LinkCounts& counts, bool hasStrays) {
-  if (counts.expected == 0) return hasStrays ? "No result could be read." : "There are no links.";
+std::string verdictSentence(const LinkCounts& counts, const LinkCounts& foreign, bool hasUnread) {
+  const std::string unexpected =
+      foreign.areAllPassed() ? "" : " Of the links that are not expected: " + othersOf(foreign) + ".";
+  if (counts.expected == 0) return hasUnread ? "No result could be read." : "There are no links.";
+  const char* const kind = unexpected.empty() ? "link" : "expected link";
   const std::size_t passed = counts.passed + counts.passedStar;
   std::string star;
   if (counts.passedStar > 0) {
@@ -86,19 +122,30 @@ std::string verdictSentence(const LinkCounts& counts, bool hasStrays) {
                                       : ", all with a star";
   }
   if (counts.areAllPassed()) {
-    const char* const readable = hasStrays ? " that could be read" : "";
-    return counts.expected == 1 ? fmt::format("The link{} passed{}.", readable, star)
-                                : fmt::format("All {} links{} passed{}.", counts.expected, readable, star);
+    const char* const readable = hasUnread ? " that could be read" : "";
+    return (counts.expected == 1 ? fmt::format("The {}{} passed{}.", kind, readable, star)
+                                 : fmt::format("All {} {}s{} passed{}.", counts.expected, kind, readable, star)) +
+           unexpected;
   }
-  std::string rest;
-  const auto add = [&rest](std::size_t count, const char* one, const char* many) {
-    if (count > 0) rest += fmt::format("{}{} {}", rest.empty() ? "" : ", ", count, count == 1 ? one : many);
+  return fmt::format("{} of {} passed{}. {}.{}", passed, counted(counts.expected, kind), star, othersOf(counts),
+                     unexpected);
+}
+
+const ResultRow* worstOf(const JobLink& link, std::size_t& others) {
+  const auto rankOf = [](const ResultRow& row) {
+    const Veltra::Status status = row.summary.status;
+    return std::make_tuple(!isFail(status), severityOf(status),
+                           measuredNumber(row.summary.headroom).value_or(std::numeric_limits<double>::infinity()));
   };
-  add(counts.failed, "failed", "failed");
-  add(counts.noVerdict, "has no verdict", "have no verdict");
-  add(counts.damaged, "could not be read", "could not be read");
-  add(counts.missing, "was not tested", "were not tested");
-  return fmt::format("{} of {} passed{}. {}.", passed, counted(counts.expected, "link"), star, rest);
+  const ResultRow* worst = nullptr;
+  std::size_t count = 0;
+  for (const LinkResult& result : link.results) {
+    if (!result.counts || isPass(result.row->summary.status)) continue;
+    if (worst == nullptr || rankOf(*result.row) < rankOf(*worst)) worst = result.row;
+    ++count;
+  }
+  others = count > 0 ? count - 1 : 0;
+  return worst;
 }
 
 std::string anchorOf(const std::string& id) {

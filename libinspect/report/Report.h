@@ -2,6 +2,7 @@
 
 #include <array>
 #include <ctime>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,7 @@ VerdictCounts verdictCounts(const std::vector<ReportRow>& rows);
 struct TableRow {
   const JobLink* link;
   const ResultRow* result;  ///< null if there is none
+  std::size_t place = 0;    ///< of the row when all are sorted by ID, as results are
 };
 
 /// How many files of a job are damaged.
@@ -43,22 +45,31 @@ std::size_t damagedFiles(const JobFiles& files);
 struct Report {
   JobStatus status;
   LinkCounts counts;                   ///< of the expected links, or of all where none is expected
-  std::vector<const JobLink*> judged;  ///< these links
-  std::vector<const JobLink*> grid;    ///< the same, then those that are not expected where any is
-  std::vector<const JobLink*> work;    ///< those of them that did not pass
+  LinkCounts foreign;                  ///< of those that are not expected where any is
+  std::vector<const JobLink*> judged;  ///< the links of `counts`
+  std::vector<const JobLink*> grid;    ///< the same, then those of `foreign`
+  std::vector<const JobLink*> work;    ///< those of them all that did not pass
   std::vector<TableRow> table;         ///< of all links, in their order
   std::vector<MediumReport> media;     ///< copper, fibre, none: those with results
-  time_t firstTime = 0;                ///< of the results with a time after 1970, 0 without any
-  time_t lastTime = 0;
-  std::size_t counted = 0;          ///< results
-  std::vector<std::string> strays;  ///< damaged and unreadable files of which nobody knows the link
+  time_t firstTime = 0;                ///< of the intact results with a time after 1970, 0 without any; also of those
+  time_t lastTime = 0;                 ///< that do not count
+  std::size_t counted = 0;             ///< results
+  std::vector<std::string> strays;     ///< damaged and unreadable files of which nobody knows the link
+  std::set<std::string> tooLarge;      ///< names, without extensions, of files that are larger than the limit
+
+  /// There is a link that is not expected and did not pass.
+  bool hasForeignWork() const { return !foreign.areAllPassed(); }
 };
 /// @param job  settled
 Report reportOf(const Job& job);
 
-/// "All 16 links passed.", or how many are in which state.
-/// @param hasStrays  there are files that could not be read, of which nobody knows the link
-std::string verdictSentence(const LinkCounts& counts, bool hasStrays);
+/// "All 16 links passed.", or how many are in which state; also of links that are not expected if one did not pass.
+/// @param hasUnread  there are files that could not be read, of which nobody knows the link
+std::string verdictSentence(const LinkCounts& counts, const LinkCounts& foreign, bool hasUnread);
+
+/// Of the results of a link that count and did not pass: the one with the worst verdict, of equal ones that with the
+/// least headroom; and how many others there are. @return null if there is none
+const ResultRow* worstOf(const JobLink& link, std::size_t& others);
 
 /// What identifies the block of a link within a page, whatever other links there are: "link-" and its ID, in which what
 /// is not a letter, a digit or "-" is written as "_" and two hexadecimal digits.

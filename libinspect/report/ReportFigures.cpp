@@ -5,6 +5,7 @@
 #include <fmt/format.h>
 
 #include <libinspect/container/PrintableText.h>
+#include <libinspect/report/PageText.h>
 #include <libinspect/report/ReportCharts.h>
 
 namespace Inspect {
@@ -94,7 +95,7 @@ Figure scatterFigure(const MediumReport& medium) {
     if (!length || !headroom) continue;
     std::string title;
     if (hasTitles) {
-      title = fmt::format("{}: {}, {} m, headroom {} dB", s.resultName, verdictLook(row.severity).word,
+      title = fmt::format("{}: {}, {} m, headroom {} dB", shownId(s.resultName), verdictLook(row.severity).word,
                           measurementText(s.length), measurementText(s.headroom));
     }
     points.push_back({*length, *headroom, row.severity, std::move(title)});

@@ -76,7 +76,7 @@ std::string countOf(std::size_t count, const char* one, const char* many) {
 
 std::string titleOf(const Job& job, const ReportForm& form) {
   for (const std::string& given : {form.title, job.description.title}) {
-    if (std::string title = oneLine(given); !title.empty()) return title;
+    if (std::string title = oneLine(given); !title.empty()) return shortenedTo(200, title);
   }
   return "Cable test report";
 }
@@ -130,10 +130,10 @@ PageData factsOf(const Job& job, const Report& report, const ReportForm& form, c
     fact["lines"] = pageList(lines, [](const std::string& line) { return pageObject({{"text", line}}); });
     facts << fact;
   };
-  add("Customer", linesOf(description.customer));
-  add("Site", linesOf(description.site));
-  add("Reference", linesOf(description.reference));
-  add("Tested by", linesOf(description.operatorName));
+  add("Customer", shownLines(description.customer));
+  add("Site", shownLines(description.site));
+  add("Reference", shownLines(description.reference));
+  add("Tested by", shownLines(description.operatorName));
   add("Tested", linesOf(periodOf(report, zone)));
   add("Times", linesOf(zoneOf(job, zone)));
   add("Results that count", linesOf(mediaOf(report)));
@@ -141,19 +141,33 @@ PageData factsOf(const Job& job, const Report& report, const ReportForm& form, c
   return facts;
 }
 
+std::string tooLargeWords(const Job& job) {
+  return countOf(job.files.leftOut.size(), "file was too large to be read here",
+                 "files were too large to be read here");
+}
+
+/// What the page says of a link without a result, of which a file that was not read may have one.
+std::string missingWords(const JobLink& link, const Job& job, const Report& report) {
+  if (link.state != LinkState::MISSING || job.files.leftOut.empty()) return {};
+  return report.tooLarge.count(link.id) > 0 ? "a file of this name was too large to be read here" : tooLargeWords(job);
+}
+
 /// What a reader of the page must know first.
 std::vector<std::string> alertsOf(const Job& job, const Report& report, Edition edition) {
   std::vector<std::string> alerts;
   if (job.description.isGuessed) alerts.push_back(std::string(GUESSED_NOTE) + ".");
-  if (report.counts.damaged > 0) {
-    alerts.push_back(counted(report.counts.damaged, "link") + " could not be read: test again.");
-  }
+  const std::size_t damagedLinks = report.counts.damaged + report.foreign.damaged;
+  if (damagedLinks > 0) alerts.push_back(counted(damagedLinks, "link") + " could not be read: test again.");
   if (!report.strays.empty()) {
     alerts.push_back(counted(report.strays.size(), "file") + " could not be read; nobody knows of which link.");
   }
   if (!job.expected.empty() && !report.status.foreign.empty()) {
     alerts.push_back(countOf(report.status.foreign.size(), "link has an ID that is", "links have IDs that are") +
                      " not expected.");
+  }
+  if (!job.files.leftOut.empty()) {
+    const char* const links = report.counts.missing > 0 ? "; what is not tested may be there." : ".";
+    alerts.push_back(tooLargeWords(job) + links);
   }
   const std::size_t damaged = damagedFiles(job.files);
   if (edition == Edition::TECHNICIAN && damaged > 0) {
@@ -184,19 +198,21 @@ PageData marks() {
 }
 
 void addStates(const Report& report, PageData& page) {
-  const LinkCounts& counts = report.counts;
-  const std::size_t of[LINK_STATES] = {counts.passed,    counts.passedStar, counts.failed,
-                                       counts.noVerdict, counts.damaged,    counts.missing};
+  const LinkCounts &counts = report.counts, &foreign = report.foreign;
+  constexpr std::size_t LinkCounts::*OF[LINK_STATES] = {&LinkCounts::passed,  &LinkCounts::passedStar,
+                                                        &LinkCounts::failed,  &LinkCounts::noVerdict,
+                                                        &LinkCounts::damaged, &LinkCounts::missing};
   PageData tiles(PageData::type::list), states(PageData::type::list);
   for (std::size_t i = 0; i < LINK_STATES; ++i) {
     const StateLook& look = stateLook(i);
+    const std::size_t count = counts.*OF[i], others = foreign.*OF[i];
     const double share =
-        counts.expected == 0 ? 0 : 100.0 * static_cast<double>(of[i]) / static_cast<double>(counts.expected);
-    PageData tile = pageObject({{"style", look.style},
-                                {"word", look.word},
-                                {"count", std::to_string(of[i])},
-                                {"detail", fmt::format("{:.1f} %", share)}});
-    tile["isZero"] = PageData(of[i] == 0);
+        counts.expected == 0 ? 0 : 100.0 * static_cast<double>(count) / static_cast<double>(counts.expected);
+    std::string detail = fmt::format("{:.1f} %", share);
+    if (others > 0) detail += fmt::format(", and {} not expected", others);
+    PageData tile =
+        pageObject({{"style", look.style}, {"word", look.word}, {"count", std::to_string(count)}, {"detail", detail}});
+    tile["isZero"] = PageData(count + others == 0);
     tiles << tile;
     states << pageObject({{"style", look.style}, {"word", look.word}});
   }
@@ -207,17 +223,29 @@ void addStates(const Report& report, PageData& page) {
 /// A link in the grid, or in the list of those that need work.
 PageData dataOf(const JobLink& link) {
   const StateLook& look = stateLook(link.state);
-  std::string detail;
-  for (const LinkResult& result : link.results) {
-    if (result.counts && !isPass(result.row->summary.status)) detail = measuredWords(*result.row);
-  }
-  if (link.state == LinkState::DAMAGED) detail = "test again";
   return pageObject({{"style", look.style},
                      {"word", look.word},
                      {"note", link.state == LinkState::PASSED ? "" : look.shortWord},
                      {"id", shownId(link.id)},
-                     {"anchor", anchorOf(link.id)},
-                     {"detail", detail}});
+                     {"anchor", anchorOf(link.id)}});
+}
+
+/// What is said of a link that needs work: "not expected, Copper, 88.0 m, headroom -0.20 dB, and 2 more".
+std::string workWords(const JobLink& link, const Job& job, const Report& report) {
+  std::string words;
+  const auto add = [&words](const std::string& what) {
+    if (!what.empty()) words += (words.empty() ? "" : ", ") + what;
+  };
+  if (!job.expected.empty() && !link.isExpected) add("not expected");
+  std::size_t others = 0;
+  if (const ResultRow* const worst = worstOf(link, others)) {
+    add(mediumOf(*worst));
+    add(measuredWords(*worst));
+    if (others > 0) add(fmt::format("and {} more", others));
+  }
+  if (link.state == LinkState::DAMAGED) add("test again");
+  add(missingWords(link, job, report));
+  return words;
 }
 
 /// The room that the cells of a grid have for their IDs, in characters.
@@ -248,7 +276,7 @@ void addGrid(const Report& report, Page& out, PageData& page) {
 std::string linkFacts(const Job& job, const Report& report) {
   std::string text;
   for (const ExpectedIds::Range& range : job.expected.ranges()) text += (text.empty() ? "" : ", ") + range.text;
-  if (text.size() > 500) text = text.substr(0, cutAt(text, 500)) + " ...";
+  text = shortenedTo(500, text);
   if (!text.empty()) text = "Expected: " + text + ". ";
   text += counted(report.counts.expected, "link");
   if (report.counts.testedAgain > 0) text += fmt::format(", {} of them tested again", report.counts.testedAgain);
@@ -382,14 +410,14 @@ void addFiles(const JobFiles& files, const std::vector<std::string>& remarks, Pa
   }
 }
 
-/// Whether a file begins as every page does. False if it cannot be read.
+/// Whether a file is a page of any version: HTML that names its maker near its begin. False if it cannot be read.
 bool isReportPage(const std::string& path) {
-  const std::string form = REPORT_TEMPLATE;
-  const std::string firstLines = form.substr(0, form.find('\n', form.find("generator")));
-  std::string begin(firstLines.size(), '\0'), error;
+  constexpr char TYPE[] = "<!DOCTYPE html>", MAKER[] = "<meta name=\"generator\" content=\"veltra report\">";
+  std::string begin(1024, '\0'), error;
   ByteSource source;
-  return source.openFile(path, error) && source.readAt(0, begin.data(), begin.size()) == begin.size() &&
-         begin == firstLines;
+  if (!source.openFile(path, error)) return false;
+  begin.resize(source.readAt(0, begin.data(), begin.size()));
+  return begin.rfind(TYPE, 0) == 0 && begin.find(MAKER) != std::string::npos;
 }
 
 constexpr char EXPLANATION[] =
@@ -404,6 +432,7 @@ bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, c
   const Report report = reportOf(job);
   const std::vector<std::string> alerts = alertsOf(job, report, form.edition);
   const std::string title = titleOf(job, form);
+  const bool hasUnread = !report.strays.empty() || !job.files.leftOut.empty();
   const bool hasLinks = !job.links.empty(), isTechnical = form.edition == Edition::TECHNICIAN;
   std::vector<std::string> remarks = report.status.notes;
   remarks.erase(std::remove(remarks.begin(), remarks.end(), GUESSED_NOTE), remarks.end());  // an alert says it
@@ -411,7 +440,7 @@ bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, c
   Page out(write);
   PageData page = pageObject({{"title", title},
                               {"cssTitle", cssText(title)},
-                              {"lead", verdictSentence(report.counts, !report.strays.empty())},
+                              {"lead", verdictSentence(report.counts, report.foreign, hasUnread)},
                               {"linkFacts", linkFacts(job, report)},
                               {"filesHeading", filesHeading},
                               {"explanation", EXPLANATION},
@@ -432,17 +461,28 @@ bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, c
   addStates(report, page);
 
   page["hasWork"] = PageData(!report.work.empty());
-  page["work"] = out.eachOf(report.work, [](const JobLink* link) { return dataOf(*link); });
+  page["work"] = out.eachOf(report.work, [&job, &report](const JobLink* link) {
+    PageData data = dataOf(*link);
+    if (const std::string words = workWords(*link, job, report); !words.empty()) data["detail"] = PageData(words);
+    return data;
+  });
   page["hasLinks"] = PageData(hasLinks);
   addGrid(report, out, page);
   page["rows"] = out.eachOf(report.table, [&form, &zone, &report](const TableRow& row) {
     PageData data = dataOf(row, form, zone);
+    if (row.place != static_cast<std::size_t>(&row - report.table.data())) {
+      data["order"] = PageData(std::to_string(row.place));
+    }
     addGroup(row, report.table, data);
     return data;
   });
   page["media"] = pageList(report.media, [](const MediumReport& medium) { return dataOf(medium); });
-  page["blocks"] = out.eachOf(job.links, [&form, &zone, &job, &unread](const JobLink& link) {
+  page["blocks"] = out.eachOf(job.links, [&](const JobLink& link) {
     PageData data = linkBlock(link, form, zone, unread);
+    const std::string missing = missingWords(link, job, report);
+    if (link.state == LinkState::MISSING) {
+      data["missing"] = PageData(missing.empty() ? "Not tested." : "No result was found; " + missing + ".");
+    }
     addGroup(link, job.links, data);
     return data;
   });

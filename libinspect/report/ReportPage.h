@@ -43,7 +43,8 @@ using WritePiece = std::function<bool(std::string_view piece)>;
 [[nodiscard]] bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, const WritePiece& write,
                                std::vector<UnreadAgain>& unread);
 
-/// Leaves out of the files of a job the page it is about to replace, under any name, if that begins as every page does.
+/// Leaves out of the files of a job the page it is about to replace, under any name, if that is a page of this or
+/// another version.
 void leaveOutPage(std::vector<std::string>& files, const std::string& page);
 
 }  // namespace Inspect

@@ -16,7 +16,15 @@
 
   const groups = Array.from(table.tBodies), sizes = groups.map((group) => group.rows.length);
   const rows = groups.flatMap((group) => Array.from(group.rows));
-  const texts = rows.map((row) => row.textContent.toLowerCase());
+  let texts = null;  // what is written in each row, and what its verdict is called elsewhere
+  const findTexts = () => {
+    const words = new Map(Array.from(form.elements.verdict.options, (option) => [option.value, option.textContent]));
+    texts = rows.map((row, i) => {
+      const cell = links[i].verdict === row.dataset.verdict ? links[i].parts[0].textContent : "";
+      const parts = [...Array.from(row.cells, (each) => each.textContent), words.get(row.dataset.verdict), cell];
+      return parts.join("\n").toLowerCase();
+    });
+  };
   let links = null;  // what there is of each link, in the order of the rows
   const findLinks = () => {
     const known = new Map();
@@ -40,6 +48,7 @@
   let all = null;
   const filter = () => {
     all = all || findLinks();
+    if (!texts) findTexts();
     const verdict = form.elements.verdict.value, medium = form.elements.medium.value;
     const words = form.elements.text.value.toLowerCase().split(/\s+/);
     const isAny = !verdict && !medium && words.every((word) => !word);
@@ -81,9 +90,9 @@
 
   // Each returns what a row is sorted by, or null for a row without it, which comes last in both directions.
   const keys = {
-    order: (row, i) => i,
+    order: (row, i) => Number(row.dataset.order || i),
     rank: (row) => Number(row.dataset.rank),
-    text: (row, i, column) => row.cells[column].textContent || null,
+    text: (row, i, column) => row.cells[column].textContent.replace(/^-$/, "") || null,
     number: (row, i, column) => {
       const found = /-?\d+(\.\d+)?/.exec(row.cells[column].textContent);
       return found ? Number(found[0]) : null;
@@ -116,5 +125,10 @@
   table.classList.add("sortable");
   form.hidden = false;
   addEventListener("hashchange", openTarget);
+  // The address does not change where it is that already.
+  addEventListener("click", (event) => {
+    const link = event.target.closest("a");
+    if (link && link.hash && link.hash === location.hash) openTarget();
+  });
   openTarget();
 })();

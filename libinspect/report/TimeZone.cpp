@@ -88,8 +88,14 @@ std::string faultOfName(const std::string& name) {
 /// Whether $TZ has rules instead of a name: "CET-1CEST,M3.5.0,M10.5.0/3".
 bool hasRules(const std::string& zone) {
   constexpr std::size_t MOST = 100;
-  static const std::regex RULES(R"((<[A-Za-z0-9+-]{3,}>|[A-Za-z]{3,})[+-]?\d{1,2}(:\d\d){0,2})"
-                                R"(((<[A-Za-z0-9+-]{3,}>|[A-Za-z]{3,})([+-]?\d{1,2}(:\d\d){0,2})?(,[^,]+,[^,]+)?)?)");
+  constexpr char NAME[] = "(<[A-Za-z0-9+-]{3,}>|[A-Za-z]{3,})", MINUTES[] = "(:[0-5]?\\d){0,2}";
+  static const std::regex RULES = [&] {
+    const std::string offset = fmt::format("[+-]?(2[0-4]|[01]?\\d){}", MINUTES);
+    const std::string day = R"((J([1-9]|[1-9]\d|[12]\d\d|3[0-5]\d|36[0-5])|\d|[1-9]\d|[12]\d\d|3[0-5]\d|36[0-5]|)"
+                            R"(M([1-9]|1[0-2])\.[1-5]\.[0-6]))";
+    const std::string date = fmt::format(",{}(/[+-]?(16[0-7]|1[0-5]\\d|\\d?\\d){})?", day, MINUTES);
+    return std::regex(fmt::format("{0}{1}({0}({1})?({2}{2})?)?", NAME, offset, date));
+  }();
   return zone.size() <= MOST && std::regex_match(zone, RULES);
 }
 
@@ -154,7 +160,7 @@ std::vector<Offset> offsetsOf(time_t first, time_t last) {
 std::string formatted(time_t time, const char* form) {
   std::tm parts{};
   char text[64];
-  if (localtime_r(&time, &parts) == nullptr) return {};
+  if (localtime_r(&time, &parts) == nullptr) return std::to_string(time);
   return {text, std::strftime(text, sizeof text, form, &parts)};
 }
 
@@ -207,7 +213,7 @@ std::string TimeZone::nameDuring(time_t first, time_t last) const {
   std::vector<std::string> known;
   for (const Offset& offset : offsets) {
     std::string ahead = formatted(offset.from, "%z");  // +0100
-    if (ahead.size() < 5) continue;
+    if (ahead.size() != 5) continue;
     ahead = "UTC" + ahead.insert(3, ":");
     const bool isNew = std::find(known.begin(), known.end(), ahead) == known.end();
     if (isNew) known.push_back(ahead);

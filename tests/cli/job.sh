@@ -31,7 +31,7 @@ t veltra job status -q job/01.vres job/02b.vres --job job/job.json --spreadsheet
 t veltra job status -q job/01.vres job/02.vres job/02b.vres --expect P1 --expect P2
 # A bad description: the file, the member, what was expected and what was found.
 for bad in '{"expected": "A1..A2"}' '{"expected": ["A1..A2", 7]}' '{"expected": ["A1..A2", "A2..A1"]}' '{"tilte": "x"}' \
-  '{"guessed": 1}' '[]' '{"expected": ["A1..A2"]' '{"title": "a", "title": "b"}' '{"expected": []}'; do
+  '{"guessed": 1}' '[]' '{"expected": ["A1..A2"]' '{"title": "a", "title": "b"}' '{"title": "\ud800\u0041"}' '{"title": "\udc00 \ud83d\udd0c"}' '{"expected": []}'; do
   printf '%s' "$bad" > bad.json
   t veltra job status job --job bad.json
 done

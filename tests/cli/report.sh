@@ -6,7 +6,7 @@ pack() { # FILE ID TYPE STATUS LENGTH HEADROOM
 }
 # page FILE: the words of a page, a line each, without its style sheet, its script and its drawings' texts.
 page() {
-  sed -e '/<style>/,/<\/style>/d' -e '/<script>/,/<\/script>/d' -e 's/<\/*bdi>//g' -e 's/<svg class="chart".*<\/svg>//' -e 's/<\/\(li\|td\|th\)>/|/g; s/<\/p>/\n/g; s/<[^>]*>/ /g; s/  */ /g' "$1" |
+  sed -e '/<style>/,/<\/style>/d' -e '/<script>/,/<\/script>/d' -e 's/<\/*bdi>//g; s/<wbr>//g' -e 's/<svg class="chart".*<\/svg>//' -e 's/<\/\(li\|td\|th\)>/|/g; s/<\/p>/\n/g; s/<[^>]*>/ /g; s/  */ /g' "$1" |
     grep -v '^[ |]*$'
 }
 # lead FILE: the verdict, and what to know first. from FILE HEADING: all from that on.
@@ -31,6 +31,15 @@ veltra report -j 1 -r job -o one-thread.html > /dev/null
 veltra report -j 4 -r job -o four-threads.html > /dev/null
 t cmp one-thread.html four-threads.html
 t veltra report job/1.vres job/2.vres job/sub/5.vres -o foreign.html --expect A01..A02
+# A link that is not expected and failed is told where whoever signs looks; nor is a file passed over that is too large.
+pack foreign1.vres A0l COPPER 'Fail star' 45 -1 && pack foreign2.vres A0l COPPER Fail 46 -2 && pack foreign3.vres A0l FIBER Fail 47 -1
+veltra report -q job/1.vres foreign?.vres -o failed.html --expect A01 --count all > /dev/null
+page failed.html | sed -n '3,11p; /^ Links that need/,/^ All/p'
+mkdir limit && cp job/1.vres limit/A01.vres && cp job/2.vres limit/A02.vres && head -c 1000 /dev/zero >> limit/A02.vres
+t veltra report -q limit -o limit.html --max-size 500 --expect A01..A03
+lead limit.html
+page limit.html | grep -E 'too large|^ Not tested A0|^ No result'
+rm foreign?.vres
 # Names cannot change the order of what stands around them.
 grep -oE '<bdi>[^<]*</bdi>' foreign.html | sort | uniq -c
 t veltra report job/1.vres job/2.vres job/sub/4.vres -o twice.html --expect A01..A02
@@ -104,7 +113,7 @@ grep -oE 'base64,[^"]*" alt="Pict[^>]*' small.html
 t grep -c '<details open' small.html
 t veltra report -q small -o small.html --force --details --count all --edition technician
 t grep -c '<details open' small.html
-page small.html | grep -E '^ Tested again|_RAW:|, not shown' | sort -u
+page small.html | grep -E '^ Tested again|_RAW:|cannot be shown|settings, not' | sort -u
 # The logo is a picture, or there is no page.
 echo '{"logo": "logo.png"}' > small/job.json
 t veltra report -q small -o logo.html
@@ -115,6 +124,26 @@ t veltra report -q small -o logo.html
 base64 -d <<< iVBORw0KGgoAAAANSUhEUgAAAAEAAAABCAAAAAA6fptVAAAACklEQVR42mNgAAAAAgAB5Sfe/AAAAABJRU5ErkJggg== > small/logo.png
 t veltra report small -o logo.html
 grep -o '<img class.*' logo.html
+
+# What cannot be shown, or only in part, is said; a picture that is cut is none.
+head -c 40 small/logo.png > cut.png
+printf '{"a": 1, "b": 2, "a": 3}' > twice.json
+printf 'P5 2896 2896 255\n' > huge.pgm && head -c 8386816 /dev/zero >> huge.pgm
+huge=$(printf ', {"type": 326, "version": 2, "payload": "huge.pgm", "compress": true}%.0s' {1..5})
+printf '{"summary": {"resultName": "H", "resultType": "COPPER", "status": "Pass", "timeStamp": 9223372036854775807}, "sections": [
+  {"type": 920, "version": 1, "payload": "cut.png"}, {"type": 910, "version": 1, "payload": "twice.json"}%s]}' "$huge" |
+  veltra pack - -o huge.vres > /dev/null
+veltra report -q huge.vres -o huge.html > /dev/null
+page huge.html | grep -E '92233|given twice|cannot be'
+veltra report -q huge.vres -o huge.html --force --edition technician > /dev/null
+page huge.html | grep -E 'given twice|cannot be'
+# Long texts are cut where they are shown; the link keeps its address.
+mkdir long && pack long/1.vres "$(printf 'W%.0s' {1..3000})" COPPER Pass 1 1
+printf '{"title": "%s", "customer": "%s", "site": "%s"}' "$(printf 'T%.0s' {1..3000})" "$(printf 'C%.0s' {1..3000})" "$(printf 'line\\n%.0s' {1..90})" > long/job.json
+veltra report -q long -o long.html > /dev/null
+page long.html | grep -oE '[TCW]?[^TCW]*\([0-9]* bytes[^)]*.' | sort | uniq -c
+page long.html | grep -cE '[TCW]{2001}|(line ){41}'
+grep -cE 'id="link-W{3000}"' long.html
 
 # Lines of a site address stay lines, other breaks are spaces, and what cannot be seen is not there or is named.
 mkdir unseen && pack unseen/1.vres '  ' COPPER Pass 1 1
@@ -127,11 +156,26 @@ page unseen.html | grep -E 'lines|Asia'
 # What it refuses.
 t veltra report unseen -o unseen/job.json --force
 t veltra report unseen -o empty/job.json
+# A page of another version is replaced, also in the folder of the job; a link of the system to an open file is not.
+sed -e 2d -e 's/width=device-width/& /' unseen.html > unseen/page.html
+t veltra report -q unseen -o unseen/page.html --force
+ln -s /proc/self/fd/5 stream && ln -s stream over && ln -s unseen/page.html page-link
+for output in stream over /dev/fd/1 /dev/fd/5; do t veltra report -q unseen -o $output --force; done 5> five
+echo '{"summary": {"resultName": "A"}}' > plain.json && exec 5>> five
+t veltra pack plain.json -o over --force
+t veltra recover job/1.vres -o over --force
+t veltra extract job/1.vres --section 1 -o over --force
+t veltra summary job/1.vres -f sqlite -o over --force
+veltra report -q unseen -o out.html > /dev/null && veltra report -q unseen -o out.html --force > out.html
+t veltra report -q unseen -o page-link --force
+exec 5>&- && readlink stream over page-link
+rm stream over page-link
 t veltra report small -o small/logo.png --force
 t veltra report small -o zone.html --timezone Mars/Phobos
 for zone in ../zoneinfo/UTC '' leapseconds right/Europe/Berlin; do t veltra report small -o zone.html --timezone "$zone"; done
 for zone in Mars/Phobos right/UTC "$PWD/large.png"; do TZ=$zone veltra report small -o zone.html 2>&1 | sed "s|$PWD|PWD|"; done
-for zone in CET-1CEST,M3.5.0,M10.5.0/3 :Asia/Tokyo ''; do TZ=$zone veltra report -q small -o zone.html --force > /dev/null; page zone.html | grep ' Times'; done
+for zone in CET-1CEST,foo,bar CET-1CEST,M13.5.0,M10.5.0 CET99 CET-1CEST,M3.5.0; do TZ=$zone t veltra report small -o zone.html; done
+for zone in CET-1CEST,M3.5.0,M10.5.0/3 '<-03>3<-02>,J60/-2:30,364/167' :Asia/Tokyo ''; do TZ=$zone veltra report -q small -o zone.html --force > /dev/null; page zone.html | grep ' Times'; done
 rm zone.html
 t veltra report job/1.vres -o job/1.vres --force
 t veltra report job/1.vres -o nowhere/page.html

@@ -183,9 +183,30 @@ TEST(Report, VerdictSentencesAreThoseOfTheTable) {
     counts.damaged = each / 12 % 3 / 2;
     counts.expected =
         counts.passed + counts.passedStar + counts.failed + counts.noVerdict + counts.missing + counts.damaged;
-    table += verdictSentence(counts, each % 2 == 1) + "\n";
+    table += verdictSentence(counts, {}, each % 2 == 1) + "\n";
   }
+  LinkCounts counts, foreign;
+  counts.expected = counts.passed = foreign.expected = foreign.passed = 1;
+  table += verdictSentence(counts, foreign, false) + "\n";
+  foreign.expected += foreign.failed = foreign.damaged = 1;
+  ++foreign.expected;
+  table += verdictSentence(counts, foreign, false) + "\n";
+  counts.expected += counts.missing = 1;
+  table += verdictSentence(counts, foreign, false) + "\n";
   RecordTesting::expectGoldenText(table, "report_leads");
+}
+
+TEST(Report, ThePeriodSpansResultsThatWereReplacedAndNoDamagedOnes) {
+  Job job;
+  job.files.rows.assign(3, row("A1", Veltra::STATUS_PASS, "45.0", "1.0"));
+  job.files.rows[0].summary.timeStamp = 1000;
+  job.files.rows[2].summary.timeStamp = 2000000000;
+  job.files.rows[2].isDamaged = true;
+  job.settle(CountPolicy::LATEST);
+  const Report report = reportOf(job);
+  EXPECT_EQ(report.counted, 1u);
+  EXPECT_EQ(report.firstTime, 1000);
+  EXPECT_EQ(report.lastTime, 1706692500);
 }
 
 TEST(Report, TheZoneOfThePageIsThatOfTheProcessOnlyWhileItIsMade) {
@@ -222,7 +243,17 @@ TEST(Report, TextsOfPeopleAreShownByTheirLines) {
       {" \n\t\xE3\x80\x80\xE2\x80\x8D", ""},
       {"\xE2\x80\xAE\xFF\xE2\x80", "\xE2\x80\xAE\xFF\xE2\x80"}};
   for (const auto& [text, lines] : rows) EXPECT_EQ(fmt::format("{}", fmt::join(linesOf(text), "|")), lines);
-  EXPECT_EQ(shownId(" \xE2\x80\x8B"), "(2 unseen characters)");
+  // IDs that differ only in what nobody sees.
+  const std::tuple<const char*, const char*> ids[] = {{"A 1", "A 1"},
+                                                      {"A  1 ", "A\u2423\u24231\u2423"},
+                                                      {" A 1", "\u2423A 1"},
+                                                      {"A\xC2\xA0\xE2\x80\x8B"
+                                                       "1",
+                                                       "A[U+00A0][U+200B]1"},
+                                                      {" \xE2\x80\x8B", "\u2423[U+200B] (2 unseen characters)"}};
+  for (const auto& [id, shown] : ids) EXPECT_EQ(shownId(id), shown);
+  EXPECT_EQ(shownId(std::string(300, 'A')), std::string(200, 'A') + "... (300 bytes in all)");
+  EXPECT_EQ(shownLines("a\n" + std::string(2000, '\n')).back(), "... (2002 bytes in all)");
   EXPECT_EQ(shownId("\t"), "\t");  // shown as an escape
   EXPECT_EQ(shownId(""), "(no ID)");
 }

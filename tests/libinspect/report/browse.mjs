@@ -106,7 +106,56 @@ await open({}, async (page) => {
     return !document.querySelector("#blocks [hidden], #table [hidden]") && document.querySelector(":target").getClientRects().length > 0;
   });
   expect(isThere, "the address of a hidden link leads nowhere");
+  // Also when it is the address already.
+  await page.click(".work a");
+  await page.select("select[name=verdict]", "pass");
+  await new Promise((resolve) => setTimeout(resolve, 500));
+  await page.click(".work a");
+  expect(await page.$("#blocks [hidden]") === null, "a second click on a link leads nowhere");
+
+  // The text filter knows the words of verdicts and looks at each cell by itself.
+  const shownBy = (text) => page.evaluate(async (words) => {
+    document.getElementById("filter").elements.text.value = words;
+    document.getElementById("filter").dispatchEvent(new Event("input"));
+    await new Promise((resolve) => setTimeout(resolve, 500));
+    return Array.from(document.querySelectorAll("#table tbody tr:not([hidden])"), (row) => row.dataset.verdict);
+  }, text);
+  const failed = await shownBy("failed");
+  expect(failed.length > 0 && failed.every((verdict) => verdict === "fail"), "the text \"failed\" finds others", failed);
+  const numbers = await page.$$eval("#table tbody tr:not([hidden]) .number", (cells) => cells.slice(0, 5).map((cell) => cell.textContent));
+  expect((await shownBy(numbers.join(""))).length === 0, "the text filter takes several cells for one", numbers);
+  await shownBy("");
+  const times = () => page.evaluate(() => {
+    document.querySelectorAll("#table thead button")[8].click();
+    return Array.from(document.querySelectorAll("td.time"), (cell) => cell.textContent);
+  });
+  for (const sorted of [await times(), await times()]) {
+    const isLast = sorted.indexOf("-") > 0 && sorted.slice(sorted.indexOf("-")).every((time) => time === "-" || time === "");
+    expect(isLast, "rows without a time do not come last", sorted);
+  }
 });
+
+// Names of values stay words, however long the text is that stands beside them.
+for (const [width, media] of [[320, "screen"], [390, "screen"], [1280, "screen"], [700, "print"]]) {
+  await open({ width }, async (page) => {
+    await page.emulateMediaType(media);
+    const found = await page.evaluate(() => {
+      document.querySelectorAll("details").forEach((block) => (block.open = true));
+      return Array.from(document.querySelectorAll(".values th"), (cell) => {
+        const range = document.createRange();
+        range.selectNodeContents(cell);
+        const lines = new Set(Array.from(range.getClientRects(), (box) => Math.round(box.top))).size;
+        return [cell.textContent, cell.getBoundingClientRect().width, lines];
+      }).filter(([name]) => name === "measuredHeadroomOfPair");
+    });
+    const heights = await page.$$eval(".result img", (images) => Promise.all(images.map((image) => {
+      image.loading = "eager";
+      return image.decode().then(() => image.getBoundingClientRect().height);
+    })));
+    expect(media === "screen" || heights.every((height) => height > 0 && height < 720), "a picture with its caption does not fit a sheet", heights);
+    expect(found.length > 0 && found.every(([, , lines]) => lines <= 3), "the name of a value breaks into letters", [width, media, found[0]]);
+  });
+}
 
 for (const width of [390, 720, 970]) {
   await open({ width }, async (page) => {

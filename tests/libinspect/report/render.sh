@@ -89,15 +89,15 @@ done
 printf '%s\n' '<script>foreign1=1</script>' '<img id=foreign2 src=x onerror=foreign2=1>' '{{title}}{{{script}}}{{/rows}}' \
   '</script></style><b id=foreign3>' "' onload='foreign4=1" '" onload="foreign5=1' '--><i id=foreign6>' '#link-A-001' \
   "\\'+foreign7+'" > "$pictures/names.txt"
-printf 'P5 64 48 255\n' > "$pictures/image.pgm"
-head -c 3072 /dev/zero | tr '\0' '\201' >> "$pictures/image.pgm"
+printf 'P5 40 2000 255\n' > "$pictures/image.pgm"
+head -c 80000 /dev/zero | tr '\0' '\201' >> "$pictures/image.pgm"
 "$root/examples/make_job" "$veltra" "$pictures/hostile-job" 12 4 > /dev/null
 columns=$(printf '"ColumnWithoutSpaces%d": "0.123456789", ' {1..9})
 count=0
 while IFS= read -r name; do
   count=$((count + 1))
   json=$(sed 's/[\\"]/\\&/g' <<< "$name")
-  printf '{"%s": ["%s", {"%s": 1.50}], "wide": [{%s "%s": 1}, {%s "%s": 2}]}' "$json" "$json" "$json" "$columns" "$json" "$columns" "$json" \
+  printf '{"measuredHeadroomOfPair": "%s", "%s": ["%s", {"%s": 1.50}], "wide": [{%s "%s": 1}, {%s "%s": 2}]}' "$(printf 'a long text %.0s' {1..70})" "$json" "$json" "$json" "$columns" "$json" "$columns" "$json" \
     > "$pictures/payload.json"
   printf '{"summary": {"resultName": "%s", "resultType": "COPPER", "status": "Fail", "headroom": "-1.0"}, "sections": [
     {"type": 910, "version": 1, "payload": "%s"}, {"type": 326, "version": 2, "payload": "%s"}]}' \
