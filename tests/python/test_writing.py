@@ -8,6 +8,7 @@ import re
 import resource
 import shutil
 
+import numpy
 import pytest
 import veltra
 
@@ -29,8 +30,8 @@ def test_bytes_are_those_of_pack(tmp_path, command):
     for length in (42.5, "42.5", decimal.Decimal("42.5")):
         with veltra.create(tmp_path / "created.vres", force=True) as out:
             out.summary(id="A-01 größe", type="FIBER", verdict="Pass star", headroom="> 12.50", time=time, length=length,
-                        test_flags=[1, 1 << 31], num_pass_tests=12, num_fail_tests=-128)
-            out.add(300, memoryview(TRACE), version=12, compress=9)
+                        test_flags=numpy.array([1, 1 << 31]), num_pass_tests=numpy.int8(12), num_fail_tests=-128)
+            out.add(numpy.uint16(300), memoryview(TRACE), version=12, compress=9)
             out.add("OTDR_END_1_RAW", bytearray(TRACE))
         assert (tmp_path / "created.vres").read_bytes() == (tmp_path / "packed.vres").read_bytes()
     with veltra.open(tmp_path / "created.vres") as file:
