@@ -255,7 +255,7 @@ class Writer(contextlib.AbstractContextManager["Writer"]):
             if time.tzinfo is None:
                 raise ValueError("time: expected a datetime with a time zone, found one without")
             since = time - datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc)
-            if since.microseconds:
+            if since.microseconds or getattr(time, "nanosecond", 0):  # those of pandas have them
                 raise ValueError(f"time: expected whole seconds, found {time}")
             time = since.days * 86400 + since.seconds
         members: dict[str, object] = {

@@ -9,6 +9,7 @@ import resource
 import shutil
 
 import numpy
+import pandas
 import pytest
 import veltra
 
@@ -43,7 +44,7 @@ def test_what_cannot_be_written_is_refused(tmp_path):
     path = tmp_path / "new.vres"
     refused = [{"id": 7}, {"verdict": "Great"}, {"length": 1e-7}, {"headroom": float("nan"), "length": "long"},
                {"time": datetime.datetime(2024, 1, 1)}, {"num_pass_tests": 200}, {"test_flags": [3]}, {"time": 1 << 70},
-               {"time": 1.5}, {"id": "\ud800"}]
+               {"time": 1.5}, {"time": pandas.Timestamp(1, tz="UTC")}, {"id": "\ud800"}]
     with veltra.create(path) as out:
         for members in refused:
             with pytest.raises((ValueError, TypeError)):
