@@ -25,7 +25,7 @@ class OpenFile {
     auto source = std::make_unique<Inspect::ByteSource>();
     std::string error;
     {
-      const py::gil_scoped_release released;
+      const Unlocked unlocked;
       if (!source->openFile(_path, error)) {
         throw Failure(Failure::SYSTEM, error, _path, reasonOf(error, _path));
       }
@@ -44,12 +44,12 @@ class OpenFile {
   uint64_t size() const { return _size; }
 
   bool isClosed() {
-    const py::gil_scoped_release released;
+    const Unlocked unlocked;
     const std::lock_guard<std::mutex> lock(_mutex);
     return _source == nullptr;
   }
   void close() {
-    const py::gil_scoped_release released;
+    const Unlocked unlocked;
     const std::lock_guard<std::mutex> lock(_mutex);
     _source.reset();
   }
@@ -80,7 +80,7 @@ class OpenFile {
       if (_source->hasFailed()) throw Failure(Failure::SYSTEM, _path + ": read error", _path, EIO);
     };
     if (_size > LARGE) return runLong([&locked](const IsStopped& isStopped) { locked(&isStopped); });
-    const py::gil_scoped_release released;
+    const Unlocked unlocked;
     locked(nullptr);
   }
 
@@ -149,7 +149,7 @@ struct Section {
   }
 
   Inspect::KnownPayload known(const std::vector<uint8_t>& bytes) const {
-    const py::gil_scoped_release released;
+    const Unlocked unlocked;
     return Inspect::knownPayload(info.header.type, bytes);
   }
 

@@ -421,7 +421,7 @@ void bindRows(py::module_& module) {
       .def("extend", [](Rows& rows, const Rows& more) { rows.insert(rows.end(), more.begin(), more.end()); })
       .def("sort",
            [](Rows& rows) {
-             const py::gil_scoped_release released;
+             const Unlocked unlocked;
              sortRows(rows);
            })
       .def("columns", &columnsOf)
@@ -475,7 +475,7 @@ void bindRows(py::module_& module) {
             Rows rows = run.faultRows();
             run.read(*run.fileRun(), 0, run.files.size(), threads, rows);
             if (!unsorted) {
-              const py::gil_scoped_release released;
+              const Unlocked unlocked;
               sortRows(rows);
             }
             return rows;

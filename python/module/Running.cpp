@@ -1,5 +1,8 @@
 #include "Running.h"
 
+#include <cxxabi.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <chrono>
 #include <cstring>
@@ -51,6 +54,14 @@ void Failure::toPython() const {
   PyErr_SetObject(py::type::of(error).ptr(), error.ptr());
 }
 
+void Unlocked::lock() noexcept {
+  try {
+    PyEval_RestoreThread(_state);
+  } catch (const abi::__forced_unwind&) {
+    for (;;) ::pause();
+  }
+}
+
 void runLong(const std::function<void(const IsStopped&)>& work) {
   constexpr auto PAUSE = std::chrono::milliseconds(50);
   IsStopped isStopped{false};
@@ -66,7 +77,7 @@ void runLong(const std::function<void(const IsStopped&)>& work) {
     promise.set_value();
   };
   {
-    const py::gil_scoped_release released;
+    Unlocked unlocked;
     std::thread thread;
     try {
       thread = std::thread(attempt);
@@ -74,10 +85,11 @@ void runLong(const std::function<void(const IsStopped&)>& work) {
       attempt();
     }
     while (done.wait_for(PAUSE) != std::future_status::ready) {
-      const py::gil_scoped_acquire acquired;
-      if (interruption != nullptr || PyErr_CheckSignals() == 0) continue;
-      interruption = std::make_exception_ptr(py::error_already_set());
-      isStopped = true;
+      unlocked.locked([&] {
+        if (interruption != nullptr || PyErr_CheckSignals() == 0) return;
+        interruption = std::make_exception_ptr(py::error_already_set());
+        isStopped = true;
+      });
     }
     if (thread.joinable()) thread.join();
   }

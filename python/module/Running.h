@@ -48,6 +48,30 @@ class Failure : public std::exception {
   uint64_t _offset = 0;
 };
 
+/// As long as it lives, other threads have the interpreter's lock.
+class Unlocked {
+ public:
+  Unlocked() : _state(PyEval_SaveThread()) {}
+  ~Unlocked() { lock(); }
+  Unlocked(const Unlocked&) = delete;
+  Unlocked& operator=(const Unlocked&) = delete;
+
+  /// Calls with the lock, for a while.
+  template <class Work>
+  void locked(const Work& work) {
+    lock();
+    work();
+    _state = PyEval_SaveThread();
+  }
+
+ private:
+  /// Never returns once the interpreter ends, which would unwind the thread, through destructors too: it ends with the
+  /// process.
+  void lock() noexcept;
+
+  PyThreadState* _state;
+};
+
 /// Ends what reads, after Ctrl-C.
 struct Stopped : std::exception {
   const char* what() const noexcept override { return "interrupted"; }

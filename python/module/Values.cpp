@@ -100,8 +100,10 @@ py::dict rowToPython(const Json::Value& row) {
 Json::Value toJson(py::handle value) {
   if (value.is_none()) return {};
   if (py::isinstance<py::bool_>(value)) return value.cast<bool>();
-  if (py::isinstance<py::int_>(value)) {
-    const long long number = PyLong_AsLongLong(value.ptr());
+  if (PyIndex_Check(value.ptr()) != 0) {  // those of numpy, too
+    const auto whole = py::reinterpret_steal<py::object>(PyNumber_Index(value.ptr()));
+    if (!whole) throw py::error_already_set();
+    const long long number = PyLong_AsLongLong(whole.ptr());
     if (number == -1 && PyErr_Occurred() != nullptr) {
       PyErr_Clear();
       throw py::value_error("expected a number of at most 64 bits, found " + py::str(value).cast<std::string>());

@@ -35,7 +35,7 @@ class Lent {
 class Writer {
  public:
   Writer(const py::object& path, bool force) : _path(pathOf(path)) {
-    const py::gil_scoped_release released;
+    const Unlocked unlocked;
     const std::string refusal = Inspect::refusalToReplace(_path, force, {});
     if (refusal == Inspect::EXISTS) {
       throw Failure(Failure::SYSTEM, _path + ": exists; use force=True to replace it", _path, EEXIST);
@@ -88,13 +88,13 @@ class Writer {
   }
 
   void discard() {
-    const py::gil_scoped_release released;
+    const Unlocked unlocked;
     const std::lock_guard<std::mutex> lock(_mutex);
     _file.reset();
   }
 
   bool isClosed() {
-    const py::gil_scoped_release released;
+    const Unlocked unlocked;
     const std::lock_guard<std::mutex> lock(_mutex);
     return _file == nullptr;
   }
@@ -103,7 +103,7 @@ class Writer {
 
  private:
   static int numberOf(const char* name, const py::object& number, int least, int most) {
-    if (!py::isinstance<py::int_>(number) || py::isinstance<py::bool_>(number)) {
+    if (PyIndex_Check(number.ptr()) == 0 || py::isinstance<py::bool_>(number)) {
       throw py::type_error(std::string(name) + ": expected an int, found " + py::repr(number).cast<std::string>());
     }
     const Json::Value value = toJson(number);
@@ -124,7 +124,7 @@ class Writer {
   /// Calls with the file. One that a call has failed on is given up: it may end in half of a section.
   /// @param hasSummary  there must be one, or none yet
   void write(bool hasSummary, const std::function<void(Inspect::ResultWriter&)>& work) {
-    const py::gil_scoped_release released;
+    const Unlocked unlocked;
     const std::lock_guard<std::mutex> lock(_mutex);
     if (_file == nullptr)
       throw std::invalid_argument(_path + ": expected a file that is being written, found it closed");

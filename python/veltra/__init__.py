@@ -28,6 +28,7 @@ import contextlib
 import datetime
 import decimal
 import errno
+import operator
 import os
 import warnings
 from collections.abc import Iterable, Iterator, Sequence
@@ -147,8 +148,8 @@ def frame(
     from . import _frames
 
     run = _run(paths, recursive)
-    _count("threads", threads, 0)
-    if _count("processes", processes, 1) == 1:
+    threads, processes = _count("threads", threads, 0), _count("processes", processes, 1)
+    if processes == 1:
         return _frames.frame_of(run.read(unsorted, threads))
     return _frames.frame_of(_frames.read_in_processes(run, unsorted, processes, threads))
 
@@ -254,7 +255,7 @@ class Writer(contextlib.AbstractContextManager["Writer"]):
             if time.tzinfo is None:
                 raise ValueError("time: expected a datetime with a time zone, found one without")
             since = time - datetime.datetime(1970, 1, 1, tzinfo=datetime.timezone.utc)
-            if since.microseconds:
+            if since.microseconds or getattr(time, "nanosecond", 0):  # those of pandas have them
                 raise ValueError(f"time: expected whole seconds, found {time}")
             time = since.days * 86400 + since.seconds
         members: dict[str, object] = {
@@ -307,9 +308,10 @@ class Writer(contextlib.AbstractContextManager["Writer"]):
         return f"<veltra.Writer {self.name!r}{', closed' if self.closed else ''}>"
 
 
-def _count(name: str, value: int, least: int) -> int:
-    if not isinstance(value, int) or isinstance(value, bool):
+def _count(name: str, value: int, least: int, most: int = 1024) -> int:
+    if not hasattr(value, "__index__") or isinstance(value, bool):
         raise TypeError(f"{name}: expected an int, found {value!r}")
-    if not least <= value <= 1024:
-        raise ValueError(f"{name}: expected {least} to 1024, found {value}")
-    return value
+    count = operator.index(value)
+    if not least <= count <= most:
+        raise ValueError(f"{name}: expected {least} to {most}, found {count}")
+    return count

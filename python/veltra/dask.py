@@ -22,9 +22,16 @@ from dask.dataframe.core import DataFrame
 from dask.dataframe.io.io import from_delayed
 from dask.delayed import delayed
 
-from . import Path, Paths, _frames, _missing, _run, _veltra
+from . import Path, Paths, _count, _frames, _missing, _run, _veltra
 
 __all__ = ["frame"]
+
+
+def _matching(pattern: str | bytes) -> list[Path]:
+    """In order. Folders that `**` finds are left out: it finds the files in them as well."""
+    is_deep = "**" in os.fsdecode(pattern)
+    found: list[Path] = sorted(glob.glob(pattern, recursive=True))  # type: ignore[type-var,assignment]
+    return [path for path in found if not (is_deep and os.path.isdir(path))]
 
 
 def _expanded(paths: Paths) -> list[Path] | Path:
@@ -39,7 +46,7 @@ def _expanded(paths: Paths) -> list[Path] | Path:
         if os.path.lexists(name) or not glob.has_magic(name):
             expanded.append(name)
         else:
-            expanded.extend(sorted(glob.glob(name)))  # type: ignore[type-var]
+            expanded.extend(_matching(name))
     if alone and not expanded:
         raise _missing(paths)  # type: ignore[arg-type]
     return expanded
@@ -66,14 +73,14 @@ def frame(
     A partition is a slice of the files, so a partition that is lost with its worker is read once more. A file that is
     damaged, or has gone when its turn comes, is a row that says so.
 
+    In a pattern `**` stands for folders of any depth.
+
     npartitions  how many; None: one for each 2,000 files
     threads      that read a partition; workers have threads of their own
     """
     run = _run(_expanded(paths_or_globs), recursive)
-    if npartitions is None:
-        npartitions = -(-len(run) // 2000)
-    if npartitions < 1 and len(run) > 0:
-        raise ValueError(f"npartitions: expected 1 or more, found {npartitions}")
+    threads = _count("threads", threads, 0)
+    npartitions = -(-len(run) // 2000) if npartitions is None else _count("npartitions", npartitions, 1, 1 << 31)
     npartitions = max(1, min(npartitions, len(run)))
     # Whether a file that is no container may be a lost result is told by the other files, of all partitions.
     parts = [delayed(part) for part in run.parts(npartitions)]

@@ -41,8 +41,15 @@ def test_rows_are_those_of_a_frame(cluster, tmp_path):
     assert wanted.error.str.endswith("No such file or directory").sum() == 1
     by_verdict = veltra.dask.frame(paths, 5).groupby("status").headroom.min().compute()
     pandas.testing.assert_series_equal(by_verdict, wanted.groupby("status").headroom.min())
+    shutil.copytree(VECTORS, tmp_path / "job/again.vres")
+    files = sorted(os.fspath(file) for file in tmp_path.rglob("*.vres") if file.is_file())
+    deep = veltra.dask.frame(tmp_path / "**/*.vres").compute()  # each file once, in whatever folder
+    pandas.testing.assert_frame_equal(deep.reset_index(drop=True), veltra.frame(files, unsorted=True))
     with pytest.raises(FileNotFoundError):
         veltra.dask.frame(tmp_path / "none-*.vres")
+    for wrong in ({"npartitions": 0}, {"npartitions": 2.5}, {"threads": -1}):
+        with pytest.raises((ValueError, TypeError), match=next(iter(wrong))):
+            veltra.dask.frame(VECTORS, **wrong)
 
 
 def test_what_vanishes_is_a_row(cluster, tmp_path):

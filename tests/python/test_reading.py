@@ -172,6 +172,18 @@ def test_memory_of_a_payload_goes_with_its_last_view(write):
     assert part.readonly and part.nbytes == 4096 and bytes(part) == bytes(4096)
 
 
+@pytest.mark.parametrize("work", ["veltra.doctor(sys.argv[1])", "veltra.open(sys.argv[1] + '/fibre.vres').info()"])
+def test_the_interpreter_ends_while_a_thread_reads(vectors, work):
+    script = f"""if True:
+        import sys, threading, time, veltra
+        def read():
+            while True: {work}
+        threading.Thread(target=read, daemon=True).start()
+        time.sleep(0.2)"""
+    answer = subprocess.run([sys.executable, "-c", script, vectors], capture_output=True)
+    assert (answer.returncode, answer.stderr) == (0, b"")
+
+
 def test_threads(vectors):
     def answers(_):
         with veltra.open(vectors / "fibre.vres") as own:
@@ -218,6 +230,10 @@ def test_names_of_files(write, tmp_path):
         for result in found:
             with veltra.open(result.file) as file:
                 assert os.fsencode(file.name) == os.fsencode(result.file) and file.result == result
+            try:
+                file.info()
+            except ValueError as error:
+                assert "closed" in str(error) and str(error).startswith(os.path.dirname(result.file)), error
         frame = veltra.frame(sys.argv[1])
         assert sorted(map(os.fsencode, frame.file)) == sorted(os.fsencode(r.file) for r in found[:-1]), frame.file
         print(len(found), ascii(found[-1].file))"""

@@ -8,6 +8,8 @@ import re
 import resource
 import shutil
 
+import numpy
+import pandas
 import pytest
 import veltra
 
@@ -29,8 +31,8 @@ def test_bytes_are_those_of_pack(tmp_path, command):
     for length in (42.5, "42.5", decimal.Decimal("42.5")):
         with veltra.create(tmp_path / "created.vres", force=True) as out:
             out.summary(id="A-01 größe", type="FIBER", verdict="Pass star", headroom="> 12.50", time=time, length=length,
-                        test_flags=[1, 1 << 31], num_pass_tests=12, num_fail_tests=-128)
-            out.add(300, memoryview(TRACE), version=12, compress=9)
+                        test_flags=numpy.array([1, 1 << 31]), num_pass_tests=numpy.int8(12), num_fail_tests=-128)
+            out.add(numpy.uint16(300), memoryview(TRACE), version=12, compress=9)
             out.add("OTDR_END_1_RAW", bytearray(TRACE))
         assert (tmp_path / "created.vres").read_bytes() == (tmp_path / "packed.vres").read_bytes()
     with veltra.open(tmp_path / "created.vres") as file:
@@ -42,7 +44,7 @@ def test_what_cannot_be_written_is_refused(tmp_path):
     path = tmp_path / "new.vres"
     refused = [{"id": 7}, {"verdict": "Great"}, {"length": 1e-7}, {"headroom": float("nan"), "length": "long"},
                {"time": datetime.datetime(2024, 1, 1)}, {"num_pass_tests": 200}, {"test_flags": [3]}, {"time": 1 << 70},
-               {"time": 1.5}, {"id": "\ud800"}]
+               {"time": 1.5}, {"time": pandas.Timestamp(1, tz="UTC")}, {"id": "\ud800"}]
     with veltra.create(path) as out:
         for members in refused:
             with pytest.raises((ValueError, TypeError)):
