@@ -79,6 +79,7 @@ onmessage = ({ data: { id, question, ...message } }) => {
   try {
     postMessage({ id, answer: handlers[question](message) });
   } catch (error) {
-    postMessage({ id, error: String(error) });
+    const isTooMuch = error instanceof WebAssembly.RuntimeError || error instanceof RangeError;
+    postMessage({ id, error: isTooMuch ? "These files are more than this page has memory for." : String(error) });
   }
 };

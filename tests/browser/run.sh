@@ -52,7 +52,7 @@ for edition in customer technician; do
 done
 printf '{"title": "</script>\\u2028typed", "expected": ["A-001..A-013"]}' > typed.json
 "$veltra" report -q job --job typed.json -o typed.html > /dev/null || [[ $? == 1 ]]
-mkdir hostile
+mkdir hostile empty
 printf '%s\n' '<script>foreign1=1</script>' '<img id=foreign2 src=x onerror=foreign2=1>' '</script></style><b id=foreign3>' \
   "' onload='foreign4=1" '" onload="foreign5=1' '--><i id=foreign6>' $'\xe2\x80\xa8\xe2\x80\xae<b id=foreign7>' '-' > names.txt
 count=0
