@@ -165,6 +165,10 @@ await open({ width: 390 }, async (page) => {
   await page.screenshot({ path: join(folder, "phone.png"), fullPage: true });
   const wide = await page.evaluate(() => document.documentElement.scrollWidth - document.documentElement.clientWidth);
   expect(wide <= 0, "a phone has to scroll sideways", wide);
+  await page.setViewport({ width: 700, height: 900 });  // a sheet of A4
+  await page.emulateMediaType("print");
+  const cut = await page.$$eval(".wide, #drop, #save", (each) => each.filter((one) => one.className === "wide" ? one.scrollWidth > one.clientWidth : one.offsetHeight > 0).length);
+  expect(cut === 0, "on paper columns are cut off, or there are buttons", cut);
 });
 
 for (const settings of [{}, { dark: true }, { width: 390 }]) {
