@@ -17,6 +17,7 @@ let dropped = [];         // {path, blob}
 let unreadable = [];      // what is wrong with things that were dropped and are not among them
 let typed = {};           // the job data in use that were typed in: description and logo
 let isEdited = false;     // the form of job data has something that is not in use
+let givenLogo = null;     // that job.json names: path, and its name there
 let shown = { rows: [], fields: [], order: [], sort: null, most: MOST_ROWS };
 
 // An element with texts and elements in it.
@@ -216,7 +217,8 @@ function showResults(fields, rows) {
 
 async function sort(field) {
   const descending = shown.sort?.field === field && !shown.sort.descending;
-  shown.order = (await ask("order", { field, descending })) ?? shown.order;
+  const order = await ask("order", { field, descending });
+  if (order) shown.order = order;  // of what is shown by now
   shown.sort = { field, descending };
   showRows();
 }
@@ -246,6 +248,10 @@ function showRows() {
 
 function showData(opened, settled) {
   const description = JSON.parse(opened.description), form = get("description");
+  if (opened.job !== null) {
+    const folder = opened.job.slice(0, opened.job.lastIndexOf("/") + 1), path = description.logo;
+    givenLogo = path && path.startsWith(folder) ? { path, name: path.slice(folder.length) } : null;
+  }
   if (isEdited && !opened.error && typedDescription() === typed.description) isEdited = false;
   if (!isEdited) {
     for (const key of ["title", "customer", "site", "operator", "reference"]) form.elements[key].value = description[key];
@@ -262,6 +268,8 @@ function showData(opened, settled) {
 function typedDescription() {
   const fields = get("description").elements, description = {};
   for (const key of ["title", "customer", "site", "operator", "reference"]) description[key] = fields[key].value;
+  const logo = fields.logo.files[0]?.name ?? givenLogo?.name;
+  if (logo) description.logo = logo;
   description.expected = fields.expected.value.split("\n").map((line) => line.trim()).filter(Boolean);
   return JSON.stringify(description, null, 2) + "\n";
 }
@@ -271,7 +279,7 @@ get("description").onsubmit = (event) => {
   event.preventDefault();
   isEdited = true;  // until the data turn out to be without a fault
   const [blob] = get("description").elements.logo.files;
-  typed = { description: typedDescription(), logo: blob && { path: ".logo/" + blob.name, blob } };
+  typed = { description: typedDescription(), logo: blob ? { path: ".logo/" + blob.name, blob } : givenLogo };
   look();
 };
 get("saveJob").onclick = () => save(new Blob([typedDescription()], { type: "application/json" }), "job.json");
@@ -317,6 +325,7 @@ get("clear").onclick = () => {
   unreadable = [];
   typed = {};
   isEdited = false;
+  givenLogo = null;
   for (const id of ["description", "report"]) get(id).reset();  // a logo or a headline is that of one job
   started = startWorker();
   started.catch((error) => showFaults([error.message]));

@@ -36,7 +36,7 @@ const handlers = {
       files.add(path, fileOf(blob));
       blobs.set(path, blob);
     }
-    if (logo) files.add(logo.path, fileOf(logo.blob));
+    if (logo?.blob) files.add(logo.path, fileOf(logo.blob));
     session = new Session(compiled, files, settings);
     looks = [];
     const attention = [], counts = { damaged: 0, doubtful: 0, unread: 0 };

@@ -136,6 +136,19 @@ await open({}, async (page) => {
   expect((await rowsOf(page)).length === 19, "a chosen folder is not shown", (await rowsOf(page)).length);
 });
 
+// Job data that are typed over those of job.json keep its logo.
+await open({}, async (page) => {
+  await drop(page, [join(folder, "logo")]);
+  await page.$eval("#description", (form) => {
+    form.elements.title.value = "typed";
+    form.requestSubmit();
+  });
+  const report = (await savedBy(page, "#save")).bytes.toString();
+  expect(report.includes("typed") && report.includes("data:image/png"), "typed data lose the logo", report.slice(0, 300));
+  const { title, logo } = JSON.parse((await savedBy(page, "#saveJob")).bytes.toString());
+  expect(title === "typed" && logo === "mark.png", "a saved job.json loses the logo", logo);
+});
+
 // Names that are made to be more than text.
 await open({}, async (page) => {
   await (await page.$("#folder")).uploadFile(join(folder, "hostile"));
