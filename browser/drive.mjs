@@ -10,15 +10,15 @@ async function launch(modules) {
   return puppeteer.launch({ executablePath: "/usr/bin/chromium", args: ["--no-sandbox", "--disable-gpu", "--hide-scrollbars"] });
 }
 
-// Drops files and folders on the page, by their paths, and waits for the answers.
-async function drop(page, paths) {
+// Drops files and folders on the page, by their paths, and waits for the answers, or for what a selector finds.
+async function drop(page, paths, selector) {
   const client = await page.createCDPSession();
   const { x, y } = await (await page.$("#drop")).boundingBox();
   const data = { items: [], files: paths.map((path) => resolve(path)), dragOperationsMask: 1 };
   for (const type of ["dragEnter", "dragOver", "drop"]) {
     await client.send("Input.dispatchDragEvent", { type, x: x + 20, y: y + 20, data });
   }
-  await answered(page);
+  await (selector ? page.waitForSelector(selector, { timeout: 60000 }) : answered(page));
 }
 
 async function answered(page) {

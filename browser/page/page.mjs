@@ -14,7 +14,10 @@ const TONES = { Pass: "good", "Pass star": "doubt", "Pass acceptable": "doubt", 
 
 let worker, waiting, last;
 let dropped = [];         // {path, blob}
+let unreadable = [];      // what is wrong with things that were dropped and are not among them
 let typed = {};           // the job data in use that were typed in: description and logo
+let isEdited = false;     // the form of job data has something that is not in use
+let givenLogo = null;     // that job.json names: path, and its name there
 let shown = { rows: [], fields: [], order: [], sort: null, most: MOST_ROWS };
 
 // An element with texts and elements in it.
@@ -35,6 +38,7 @@ function ask(question, message = {}) {
 }
 
 const compiled = (async () => {
+  if (!globalThis.DecompressionStream) throw new Error("This browser is too old for this page. Open it in a browser of 2023 or later.");
   const packed = Uint8Array.from(atob(get("module").textContent), (c) => c.charCodeAt(0));
   const stream = new Blob([packed]).stream().pipeThrough(new DecompressionStream("gzip"));
   return WebAssembly.compile(await new Response(stream).arrayBuffer());
@@ -53,11 +57,15 @@ async function startWorker() {
     if (data.error === undefined) resolve(data.answer);
     else reject(new Error(data.error));
   };
+  worker.onerror = () => {
+    for (const { reject } of waiting.values()) reject(new Error("This page stopped working. Start again, with fewer files."));
+  };
   const settings = { mostBytes: Number(document.body.dataset.memory) * 1024 * 1024, zone: Intl.DateTimeFormat().resolvedOptions().timeZone };
   await ask("start", { compiled: await compiled, settings });
   URL.revokeObjectURL(address);
 }
 let started = startWorker();
+started.catch((error) => showFaults([error.message]));
 
 function showProgress(done, all) {
   const bar = get("progress");
@@ -72,18 +80,22 @@ function showFaults(faults) {
   get("faults").hidden = faults.length === 0;
 }
 
-// Adds what was dropped or chosen. Things of one name stay apart.
-async function add(entries) {
-  if (entries.length === 0) return;
-  const taken = new Set(dropped.map(({ path }) => path.split("/")[0])), names = new Map();
-  for (const { path, blob } of entries) {
-    const top = path.split("/")[0];
-    if (!names.has(top)) {
-      let free = top === "-" ? "- (1)" : top;  // "-" alone is standard input
-      for (let i = 2; taken.has(free); ++i) free = `${top} (${i})`;
-      names.set(top, free);
-    }
-    dropped.push({ path: names.get(top) + path.slice(top.length), blob });
+// Adds what was dropped or chosen, each file or folder a list of {path, blob}. Things of one name stay apart.
+async function add(things, faults = []) {
+  const taken = new Set(dropped.map(({ path }) => path.split("/")[0]));
+  const found = things.filter((entries) => entries.length > 0);
+  unreadable.push(...faults);
+  if (found.length === 0) {
+    showFaults(faults.length > 0 ? faults : ["There are no files in what was dropped or chosen."]);
+    return;
+  }
+  for (const entries of found) {
+    const top = entries[0].path.split("/")[0], dot = entries[0].path === top ? top.lastIndexOf(".") : 0;
+    const [stem, ending] = dot > 0 ? [top.slice(0, dot), top.slice(dot)] : [top, ""];
+    let free = top === "-" ? "- (1)" : top;  // "-" alone is standard input
+    for (let i = 2; taken.has(free); ++i) free = `${stem} (${i})${ending}`;
+    taken.add(free);
+    for (const { path, blob } of entries) dropped.push({ path: free + path.slice(top.length), blob });
   }
   await look();
 }
@@ -99,7 +111,7 @@ async function look() {
     const others = settled.otherFiles > 0 ? ", " + counted(settled.otherFiles, "other file", "other files") : "";
     get("state").textContent = counted(settled.results.length, "result", "results") +
       `; ${counts.damaged} damaged, ${counts.doubtful} with warnings, ${counts.unread} not read${others}`;
-    showFaults([...(opened.error ? [opened.error] : []), ...opened.faults]);
+    showFaults([...(opened.error ? [opened.error] : []), ...opened.faults, ...unreadable]);
     showJob(settled.status);
     showAttention(attention, counts);
     showResults(opened.fields, settled.results);
@@ -111,8 +123,10 @@ async function look() {
   } catch (error) {
     get("progress").hidden = true;
     get("state").textContent = "";
+    get("answers").hidden = true;  // its questions would find nothing
     showFaults([error.message]);
     started = startWorker();
+    started.catch(() => {});  // the next look says why
   }
 }
 
@@ -140,8 +154,8 @@ function cardOf(file) {
   const card = make("article", { className: "card" }, make("h3", {}, name(file.file)));
   if (file.error) card.append(make("p", {}, make("span", { className: "bad" }, "Not read: "), name(file.error)));
   if (words.size > 0) {
-    card.append(make("p", { className: file.isDamaged ? "bad" : "doubt" }, file.isDamaged ? "Damaged" : "Can be used, with a remark"),
-      make("ul", {}, ...Array.from(words, (each) => make("li", {}, each))), make("p", {}, Array.from(advice).join(" ")));
+    if (!file.error) card.append(make("p", { className: file.isDamaged ? "bad" : "doubt" }, file.isDamaged ? "Damaged" : "Can be used, with a remark"));
+    card.append(make("ul", {}, ...Array.from(words, (each) => make("li", {}, each))), make("p", {}, Array.from(advice).join(" ")));
   }
   if (file.canRecover) {
     const told = make("span", { role: "status" });
@@ -166,7 +180,7 @@ function showAttention(attention, counts) {
 }
 
 async function recover(file, told) {
-  const found = await ask("recover", { number: file.number });
+  const found = await ask("recover", { number: file.number }).catch(({ message }) => ({ error: message }));
   if (found.error || found.isNothing) {
     told.textContent = found.error ?? "Nothing of it is intact. Copy the file from the instrument again, or test again.";
     return;
@@ -203,7 +217,8 @@ function showResults(fields, rows) {
 
 async function sort(field) {
   const descending = shown.sort?.field === field && !shown.sort.descending;
-  shown.order = (await ask("order", { field, descending })) ?? shown.order;
+  const order = await ask("order", { field, descending });
+  if (order) shown.order = order;  // of what is shown by now
   shown.sort = { field, descending };
   showRows();
 }
@@ -233,24 +248,38 @@ function showRows() {
 
 function showData(opened, settled) {
   const description = JSON.parse(opened.description), form = get("description");
-  for (const key of ["title", "customer", "site", "operator", "reference"]) form.elements[key].value = description[key];
-  form.elements.expected.value = description.expected.join("\n");
+  if (opened.job !== null) {
+    const folder = opened.job.slice(0, opened.job.lastIndexOf("/") + 1), path = description.logo;
+    givenLogo = path && path.startsWith(folder) ? { path, name: path.slice(folder.length) } : null;
+  }
+  if (isEdited && !opened.error && typedDescription() === typed.description) isEdited = false;
+  if (!isEdited) {
+    for (const key of ["title", "customer", "site", "operator", "reference"]) form.elements[key].value = description[key];
+    form.elements.expected.value = description.expected.join("\n");
+  }
   const guess = settled.guess ?? [];
   get("guess").hidden = guess.length === 0;
-  get("guess").onclick = () => { form.elements.expected.value = guess.join("\n"); };
+  get("guess").onclick = () => {
+    form.elements.expected.value = guess.join("\n");
+    isEdited = true;
+  };
 }
 
 function typedDescription() {
   const fields = get("description").elements, description = {};
   for (const key of ["title", "customer", "site", "operator", "reference"]) description[key] = fields[key].value;
+  const logo = fields.logo.files[0]?.name ?? givenLogo?.name;
+  if (logo) description.logo = logo;
   description.expected = fields.expected.value.split("\n").map((line) => line.trim()).filter(Boolean);
   return JSON.stringify(description, null, 2) + "\n";
 }
 
+get("description").oninput = () => { isEdited = true; };
 get("description").onsubmit = (event) => {
   event.preventDefault();
+  isEdited = true;  // until the data turn out to be without a fault
   const [blob] = get("description").elements.logo.files;
-  typed = { description: typedDescription(), logo: blob && { path: ".logo/" + blob.name, blob } };
+  typed = { description: typedDescription(), logo: blob ? { path: ".logo/" + blob.name, blob } : givenLogo };
   look();
 };
 get("saveJob").onclick = () => save(new Blob([typedDescription()], { type: "application/json" }), "job.json");
@@ -258,8 +287,9 @@ get("saveJob").onclick = () => save(new Blob([typedDescription()], { type: "appl
 async function makeReport() {
   const { title, edition, details } = get("report").elements;
   get("state").textContent = "Making the report";
-  const { blob, ended } = await ask("report", { title: title.value, edition: edition.value, details: details.checked });
-  get("state").textContent = "";
+  const { blob, ended } = await ask("report", { title: title.value, edition: edition.value, details: details.checked })
+    .catch(() => ({ ended: [] }));
+  get("state").textContent = blob ? "The report is made." : "";
   if (ended.length > 0) showFaults(ended.map((file) => file + ": could not be examined, and counts as not read"));
   if (!blob) showFaults(["The report needs more memory than this page has."]);
   return blob;
@@ -287,33 +317,45 @@ for (const id of ["files", "folder"]) {
   get(id).onchange = () => {
     const entries = Array.from(get(id).files, (blob) => ({ path: blob.webkitRelativePath || blob.name, blob }));
     get(id).value = "";
-    add(entries);
+    add(id === "folder" ? [entries] : entries.map((entry) => [entry]));
   };
 }
 get("clear").onclick = () => {
   dropped = [];
+  unreadable = [];
   typed = {};
+  isEdited = false;
+  givenLogo = null;
+  for (const id of ["description", "report"]) get(id).reset();  // a logo or a headline is that of one job
   started = startWorker();
+  started.catch((error) => showFaults([error.message]));
   for (const id of ["clear", "answers", "faults", "progress"]) get(id).hidden = true;
   get("state").textContent = "";
   get("pickFiles").focus();
 };
 
-// The files of what was dropped, with their paths.
-async function entriesOf(handle, path) {
+// The files of what was dropped, with their paths; what cannot be read is a fault, and the rest is there without it.
+const orFault = (path, faults, work) => work().catch((error) => (faults.push(`${path}: cannot be read: ${error.message}`), []));
+async function entriesOf(handle, path, faults) {
   if (handle.kind === "file") return [{ path, blob: await handle.getFile() }];
   const found = [];
-  for await (const [child, inside] of handle.entries()) found.push(...(await entriesOf(inside, path + "/" + child)));
+  for await (const [child, inside] of handle.entries()) {
+    const below = path + "/" + child;
+    found.push(...(await orFault(below, faults, () => entriesOf(inside, below, faults))));
+  }
   return found;
 }
 // The same of browsers without such handles.
-async function olderEntriesOf(entry, path) {
+async function olderEntriesOf(entry, path, faults) {
   if (entry.isFile) return [{ path, blob: await new Promise((resolve, reject) => entry.file(resolve, reject)) }];
   const reader = entry.createReader(), found = [];
   for (;;) {
     const part = await new Promise((resolve, reject) => reader.readEntries(resolve, reject));
     if (part.length === 0) return found;
-    for (const inside of part) found.push(...(await olderEntriesOf(inside, path + "/" + inside.name)));
+    for (const inside of part) {
+      const below = path + "/" + inside.name;
+      found.push(...(await orFault(below, faults, () => olderEntriesOf(inside, below, faults))));
+    }
   }
 }
 
@@ -325,10 +367,15 @@ addEventListener("drop", async (event) => {
   zone.classList.remove("over");
   // All are taken before the first wait: after it the items are gone.
   const items = Array.from(event.dataTransfer.items).filter((item) => item.kind === "file");
-  const taken = items.map((item) => item.getAsFileSystemHandle
-    ? item.getAsFileSystemHandle().then((handle) => entriesOf(handle, handle.name))
-    : ((entry) => olderEntriesOf(entry, entry.name))(item.webkitGetAsEntry()));
-  const outcomes = await Promise.allSettled(taken);
-  showFaults(outcomes.filter(({ reason }) => reason).map(({ reason }) => "Something that was dropped cannot be read: " + reason.message));
-  add(outcomes.flatMap(({ value }) => value ?? []));
+  const faults = [];
+  const taken = items.map((item) => {
+    const { name: top } = item.getAsFile() ?? { name: "dropped" };
+    if (!item.getAsFileSystemHandle) {
+      const entry = item.webkitGetAsEntry();
+      return orFault(top, faults, async () => olderEntriesOf(entry, entry.name, faults));
+    }
+    const handle = item.getAsFileSystemHandle();
+    return orFault(top, faults, async () => entriesOf(await handle, (await handle).name, faults));
+  });
+  if (taken.length > 0) add(await Promise.all(taken), faults);
 });

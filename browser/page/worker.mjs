@@ -36,7 +36,7 @@ const handlers = {
       files.add(path, fileOf(blob));
       blobs.set(path, blob);
     }
-    if (logo) files.add(logo.path, fileOf(logo.blob));
+    if (logo?.blob) files.add(logo.path, fileOf(logo.blob));
     session = new Session(compiled, files, settings);
     looks = [];
     const attention = [], counts = { damaged: 0, doubtful: 0, unread: 0 };
@@ -79,6 +79,7 @@ onmessage = ({ data: { id, question, ...message } }) => {
   try {
     postMessage({ id, answer: handlers[question](message) });
   } catch (error) {
-    postMessage({ id, error: String(error) });
+    const isTooMuch = error instanceof WebAssembly.RuntimeError || error instanceof RangeError;
+    postMessage({ id, error: isTooMuch ? "These files are more than this page has memory for." : String(error) });
   }
 };

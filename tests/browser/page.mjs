@@ -16,7 +16,7 @@ const expect = (isTrue, words, found = "") => {
 };
 const browser = await launch(modules);
 
-async function open({ address = pathToFileURL(file).href, width = 1280, dark = false, bypass = false }, use) {
+async function open({ address = pathToFileURL(file).href, width = 1280, dark = false, bypass = false, isOld = false }, use) {
   const page = await browser.newPage();
   await page.setViewport({ width, height: 900 });
   await page.emulateMediaFeatures([{ name: "prefers-color-scheme", value: dark ? "dark" : "light" }]);
@@ -28,6 +28,7 @@ async function open({ address = pathToFileURL(file).href, width = 1280, dark = f
   });
   page.on("console", (message) => expect(false, "the browser complained", message.text()));
   page.on("pageerror", (error) => expect(false, "the script failed", String(error)));
+  if (isOld) await page.evaluateOnNewDocument(() => { delete window.DecompressionStream; });
   await page.goto(address);
   await use(page);
   await page.close();
@@ -98,7 +99,27 @@ await open({}, async (page) => {
   await page.select("#report select", "customer");
   const typed = await savedBy(page, "#save");
   expect(typed.bytes.equals(readFileSync(join(folder, "typed.html"))), "a report with typed data is not that of the command");
+
+  // A fault in typed data loses nothing of them; the next job begins without them.
+  const fields = () => page.$eval("#description", (form) => [form.elements.title.value, form.elements.expected.value, form.elements.logo.files.length]);
+  await (await page.$("#description [name=logo]")).uploadFile(join(folder, "typed.json"));
+  await page.type("#description textarea", "A-1..A-001\n");
+  const before = JSON.stringify(await fields());
+  await page.$eval("#description", (form) => form.requestSubmit());
+  await page.waitForSelector("#faults:not([hidden])", { timeout: 20000 });
+  expect(JSON.stringify(await fields()) === before && before.includes("A-1.."), "a fault in typed data loses them", await fields());
+  await page.$eval("#clear", (button) => button.click());
+  expect(JSON.stringify(await fields()) === '["","",0]', "job data stay for the next job", await fields());
 });
+
+// Nothing to look at, or no browser to do it in, is said.
+for (const isOld of [false, true]) {
+  await open({ isOld }, async (page) => {
+    if (!isOld) await drop(page, [join(folder, "empty")], "#faults:not([hidden])");
+    await page.waitForSelector("#faults:not([hidden])", { timeout: 20000 });
+    expect((await textOf(page, "#faults")).includes(isOld ? "too old" : "no files"), "nothing is said of what cannot be shown", await textOf(page, "#faults"));
+  });
+}
 
 // Files and a folder are chosen; more files are added to those there are.
 await open({}, async (page) => {
@@ -106,9 +127,26 @@ await open({}, async (page) => {
   await answered(page);
   expect((await rowsOf(page)).length === 2, "chosen files are not shown", await rowsOf(page));
   await page.$eval("#state", (state) => (state.textContent = ""));
+  await (await page.$("#files")).uploadFile(join(folder, "job/A-001.vres"));
+  await answered(page);
+  expect((await rowsOf(page)).map((row) => row[9]).includes("A-001 (2).vres"), "a file of the same name lost its ending", await rowsOf(page));
+  await page.$eval("#state", (state) => (state.textContent = ""));
   await (await page.$("#folder")).uploadFile(join(folder, "job"));
   await answered(page);
-  expect((await rowsOf(page)).length === 18, "a chosen folder is not shown", (await rowsOf(page)).length);
+  expect((await rowsOf(page)).length === 19, "a chosen folder is not shown", (await rowsOf(page)).length);
+});
+
+// Job data that are typed over those of job.json keep its logo.
+await open({}, async (page) => {
+  await drop(page, [join(folder, "logo")]);
+  await page.$eval("#description", (form) => {
+    form.elements.title.value = "typed";
+    form.requestSubmit();
+  });
+  const report = (await savedBy(page, "#save")).bytes.toString();
+  expect(report.includes("typed") && report.includes("data:image/png"), "typed data lose the logo", report.slice(0, 300));
+  const { title, logo } = JSON.parse((await savedBy(page, "#saveJob")).bytes.toString());
+  expect(title === "typed" && logo === "mark.png", "a saved job.json loses the logo", logo);
 });
 
 // Names that are made to be more than text.
@@ -140,6 +178,10 @@ await open({ width: 390 }, async (page) => {
   await page.screenshot({ path: join(folder, "phone.png"), fullPage: true });
   const wide = await page.evaluate(() => document.documentElement.scrollWidth - document.documentElement.clientWidth);
   expect(wide <= 0, "a phone has to scroll sideways", wide);
+  await page.setViewport({ width: 700, height: 900 });  // a sheet of A4
+  await page.emulateMediaType("print");
+  const cut = await page.$$eval(".wide, #drop, #save", (each) => each.filter((one) => one.className === "wide" ? one.scrollWidth > one.clientWidth : one.offsetHeight > 0).length);
+  expect(cut === 0, "on paper columns are cut off, or there are buttons", cut);
 });
 
 for (const settings of [{}, { dark: true }, { width: 390 }]) {

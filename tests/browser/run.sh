@@ -33,12 +33,21 @@ with open("large/large.vres", "wb") as large:  # of a section of 2.5 GiB only it
     large.seek(0, 2)
     large.write(section(302, 1, 0, b"x" * 1000))
     large.truncate(2_700_000_000)
+os.mkdir("logo")
+def chunk(kind, data):
+    return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+with open("logo/mark.png", "wb") as mark:
+    mark.write(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", 1, 1, 8, 0, 0, 0, 0)) +
+               chunk(b"IDAT", zlib.compress(bytes(2))) + chunk(b"IEND", b""))
+with open("logo/job.json", "w") as job:
+    job.write('{"logo": "mark.png", "expected": ["A-001"]}')
 os.mkdir("ending")  # a summary that unpacks to 8 MiB
 packed = struct.pack("<I", 8 << 20) + zlib.compress(bytes(8 << 20), 9)
 with open("ending/B-ends.vres", "wb") as ending:
     ending.write(container(section(200, 1, 1, packed)))
 END
 cp job/A-001.vres job/A-002.vres ending
+cp job/A-001.vres logo
 sed 's/<body data-memory="[0-9]*">/<body data-memory="8">/' "$made/veltra.html" > small.html
 
 TZ=$TZ node "$root/tests/browser/compare.mjs" "$made/cmake/veltra.wasm" "$veltra" "$root/tests/vectors" "$root/tests/data" "$root/fuzz/corpus" \
@@ -52,7 +61,7 @@ for edition in customer technician; do
 done
 printf '{"title": "</script>\\u2028typed", "expected": ["A-001..A-013"]}' > typed.json
 "$veltra" report -q job --job typed.json -o typed.html > /dev/null || [[ $? == 1 ]]
-mkdir hostile
+mkdir hostile empty
 printf '%s\n' '<script>foreign1=1</script>' '<img id=foreign2 src=x onerror=foreign2=1>' '</script></style><b id=foreign3>' \
   "' onload='foreign4=1" '" onload="foreign5=1' '--><i id=foreign6>' $'\xe2\x80\xa8\xe2\x80\xae<b id=foreign7>' '-' > names.txt
 count=0
