@@ -110,7 +110,8 @@ TEST(PFileSection, InflatesAsZlibDoesWhateverTheDamageAndTheRoom) {
     EXPECT_EQ(foundSize, expectedSize) << "code " << code;
     EXPECT_EQ(found, expected) << "code " << code;
   };
-  for (const uLong room : {uLong{0}, uLong{1}, original.size() - 1, original.size(), original.size() + 1}) {
+  const uLong whole = original.size();
+  for (const uLong room : {uLong{0}, uLong{1}, whole - 1, whole, whole + 1}) {
     for (uLong length = 0; length <= stored.size(); ++length) compare(stored, length, room);
     for (std::size_t bit = 0; bit < 8 * size; ++bit) {
       std::vector<unsigned char> damaged = stored;
