@@ -256,19 +256,34 @@ std::string widthOf(const std::vector<const JobLink*>& links) {
   return std::to_string(width);
 }
 
+/// Long lists stand in groups, of which a browser lays out those that are seen.
+void addGroup(std::size_t place, std::size_t count, std::size_t most, PageData& data) {
+  if (place % most == 0) data["group"] = PageData(std::to_string(std::min(most, count - place)));
+  data["isLast"] = PageData(place % most == most - 1 || place + 1 == count);
+}
+
+template <class Item>
+void addGroup(const Item& item, const std::vector<Item>& items, PageData& data) {
+  constexpr std::size_t MOST = 100;
+  addGroup(static_cast<std::size_t>(&item - items.data()), items.size(), MOST, data);
+}
+
 /// The links that are judged, and after a heading those that are not expected.
 void addGrid(const Report& report, Page& out, PageData& page) {
   constexpr std::size_t MOST_ON_HALF_A_SHEET = 200;  // in print
+  constexpr std::size_t MOST_IN_A_LIST = 840;        // whole rows of up to eight cells, and of ten
   const std::vector<const JobLink*>&judged = report.judged, &foreign = report.status.foreign;
   page["hasMany"] = PageData(judged.size() > MOST_ON_HALF_A_SHEET);
   page["gridWidth"] = PageData(widthOf(judged));
-  page["gridLinks"] = PageData(std::to_string(judged.size()));
   page["grid"] = out.eachOf(report.grid, [&report, foreignWidth = widthOf(foreign)](const JobLink* const& link) {
     PageData data = dataOf(*link);
-    if (&link == &report.grid[0] + report.judged.size()) {
-      data["foreignWidth"] = PageData(foreignWidth);
-      data["foreignLinks"] = PageData(std::to_string(report.status.foreign.size()));
-    }
+    const std::size_t judgedLinks = report.judged.size();
+    const auto place = static_cast<std::size_t>(&link - report.grid.data());
+    if (place == judgedLinks) data["foreignWidth"] = PageData(foreignWidth);
+    if (place < judgedLinks)
+      addGroup(place, judgedLinks, MOST_IN_A_LIST, data);
+    else
+      addGroup(place - judgedLinks, report.grid.size() - judgedLinks, MOST_IN_A_LIST, data);
     return data;
   });
 }
@@ -315,15 +330,6 @@ PageData dataOf(const TableRow& row, const ReportForm& form, const TimeZone& zon
   data["time"] = PageData(hasTime(*row.result) ? zone.minute(static_cast<time_t>(s.timeStamp)) : "-");
   data["file"] = PageData(row.result->file);
   return data;
-}
-
-/// Long lists stand in groups, of which a browser lays out those that are seen.
-template <class Item>
-void addGroup(const Item& item, const std::vector<Item>& items, PageData& data) {
-  constexpr std::size_t MOST = 100;
-  const auto place = static_cast<std::size_t>(&item - items.data());
-  if (place % MOST == 0) data["group"] = PageData(std::to_string(std::min(MOST, items.size() - place)));
-  data["isLast"] = PageData(place % MOST == MOST - 1 || place + 1 == items.size());
 }
 
 PageData dataOf(const Figure& figure) {

@@ -61,7 +61,7 @@
       if (fits && (!verdict || links[i].verdict === verdict)) links[i].isShown = true;
     });
     // Cells that leave a long grid one after the other would keep a browser busy for a minute.
-    const grids = Array.from(document.querySelectorAll(".ids"));
+    const grids = Array.from(document.querySelectorAll(".links"));
     for (const grid of grids) grid.style.display = "none";
     document.body.getBoundingClientRect();
     let shownLinks = 0;
@@ -69,6 +69,7 @@
       for (const part of link.parts) part.hidden = !link.isShown;
       shownLinks += link.isShown ? 1 : 0;
     }
+    document.getElementById("links").classList.toggle("filtered", !isAny);
     for (const grid of grids) grid.style.display = "";
     groups.forEach(fit);
     document.querySelectorAll(".group").forEach(fit);

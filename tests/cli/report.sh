@@ -41,7 +41,7 @@ lead limit.html
 page limit.html | grep -E 'too large|^ Not tested A0|^ No result'
 rm foreign?.vres
 # Names cannot change the order of what stands around them.
-grep -oE '<bdi>[^<]*</bdi>' foreign.html | sort | uniq -c
+grep -oE '<bdi( class="file")?>[^<]*</bdi>' foreign.html | sort | uniq -c
 t veltra report job/1.vres job/2.vres job/sub/4.vres -o twice.html --expect A01..A02
 
 # Damage: the page is made all the same, and says so. The page of last time is no file of the job.

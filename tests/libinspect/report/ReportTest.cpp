@@ -154,7 +154,7 @@ TEST(ReportPage, EveryJobGivesAWholePage) {
     fillJob(count, lengths, headrooms, job);
     const std::string page = pageOf(job);
     expectSelfContained(page);
-    EXPECT_EQ(countOf(page, "<td class=\"verdict\">"), count);
+    EXPECT_EQ(countOf(page, "<td class=\"verdict "), count);
     EXPECT_EQ(countOf(page, "<svg class=\"chart\""), count == 0 ? 0u : 3u);
     EXPECT_EQ(countOf(page, "<tbody style"), countOf(page, "</tr></tbody>"));
   }

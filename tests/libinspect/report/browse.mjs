@@ -88,7 +88,7 @@ await open({}, async (page) => {
   const parts = () => page.evaluate(() => [
     ...Array.from(document.querySelectorAll("#table tbody tr"), (row) => ["row", row, row.dataset.verdict === "fail"]),
     ...Array.from(document.querySelectorAll("#links .ids li"), (cell) => ["cell", cell, cell.firstElementChild.matches(".fail")]),
-    ...Array.from(document.querySelectorAll("#blocks details"), (block) => ["block", block, block.querySelector("i").matches(".fail")]),
+    ...Array.from(document.querySelectorAll("#blocks details"), (block) => ["block", block, block.querySelector("summary b").matches(".fail")]),
   ].map(([kind, part, hasFailed]) => [kind, part.getClientRects().length > 0, hasFailed]));
   for (const kind of ["row", "cell", "block"]) {
     const found = (await parts()).filter(([other]) => other === kind);
