@@ -22,11 +22,15 @@ std::string extensionOf(const std::string& file) {
 
 FileRun::FileRun(std::vector<std::string> files, const std::vector<std::string>& named, uint64_t maxSize,
                  std::size_t passedOver)
-    : _files(std::move(files)), _named(named.begin(), named.end()), _maxSize(maxSize), _passedOver(passedOver) {
-  for (const std::string& file : _files) ++_names[fs::path(file).filename().string()];
-}
+    : _files(std::move(files)), _named(named.begin(), named.end()), _maxSize(maxSize), _passedOver(passedOver) {}
 
 bool FileRun::sharesName(const std::string& file) const {
+  const std::lock_guard<std::mutex> lock(_mutex);
+  if (_names.empty()) {
+    std::unordered_map<std::string, unsigned> names;  // all of them, or none where memory ends
+    for (const std::string& each : _files) ++names[fs::path(each).filename().string()];
+    _names = std::move(names);
+  }
   const auto found = _names.find(fs::path(file).filename().string());
   return found != _names.end() && found->second > 1;
 }

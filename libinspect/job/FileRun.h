@@ -26,7 +26,7 @@ class FileRun {
   const std::vector<std::string>& files() const { return _files; }
   std::size_t passedOver() const { return _passedOver; }
   bool isNamed(const std::string& file) const { return _named.count(file) > 0; }
-  /// Whether another file has the same name, in another folder.
+  /// Whether another file has the same name, in another folder. The first question looks at all names. From any thread.
   bool sharesName(const std::string& file) const;
   /// Whether an intact result has the extension of this file, in any case of letters. The first question for an
   /// extension reads files that have it until one is a result. From any thread.
@@ -43,10 +43,10 @@ class FileRun {
 
   std::vector<std::string> _files;
   std::unordered_set<std::string> _named;
-  std::unordered_map<std::string, unsigned> _names;
   uint64_t _maxSize;
   std::size_t _passedOver;
-  mutable std::mutex _mutex;  // guards what follows
+  mutable std::mutex _mutex;                                 // guards what follows
+  mutable std::unordered_map<std::string, unsigned> _names;  // empty until somebody asks
   mutable std::map<std::string, bool> _extensions;
   bool _knowsExtensions = false;
   std::function<void()> _told;

@@ -171,8 +171,9 @@ int answerForJudged(const std::vector<std::string>& paths, const Options& option
       [&](const Inspect::ByteSource& source, const Inspect::FileRun& run) {
         const Inspect::JudgedFile file =
             judge(source, examination, [&run](const std::string& path) { return run.isNamedAsResult(path); });
-        FileAnswer given = answer(file, run.sharesName(source.path()) ? Inspect::OutputPlace::BESIDE_INPUT
-                                                                      : Inspect::OutputPlace::CURRENT_FOLDER);
+        const bool isBeside = !file.report.findings.empty() && run.sharesName(source.path());
+        FileAnswer given =
+            answer(file, isBeside ? Inspect::OutputPlace::BESIDE_INPUT : Inspect::OutputPlace::CURRENT_FOLDER);
         if (file.state == Inspect::FileState::OTHER) {
           given.noContainer = noContainerText(file);
         } else {
