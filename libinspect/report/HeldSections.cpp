@@ -62,7 +62,7 @@ class ValueList {
     if (isMeasurement(value)) return add(value["text"], name);
     if (isValue(value)) {
       if (take(1)) _section.values.push_back({name, textOf(value)});
-    } else if (isTable(value) && std::size_t{value.size()} * value.begin()->size() <= _left) {
+    } else if (isTable(value)) {
       addTable(value, name);
     } else {
       for (auto child = value.begin(); child != value.end(); ++child) {
@@ -89,14 +89,19 @@ class ValueList {
     return true;
   }
 
+  /// Lines for which there is no room are left out at the end.
   void addTable(const Json::Value& value, const std::string& name) {
+    if (value.begin()->size() > _left) {
+      (void)take(std::size_t{value.size()} * value.begin()->size());
+      return;
+    }
     HeldTable& table = _section.tables.emplace_back();
     table.name = name;
     for (const std::string& column : value.begin()->getMemberNames()) {
       table.columns.push_back(shortened(column, MOST_NAME));
     }
     for (auto child = value.begin(); child != value.end(); ++child) {
-      (void)take(child->size());
+      if (!take(child->size())) continue;
       std::vector<std::string>& line = table.lines.emplace_back();
       line.push_back(value.isArray() ? std::to_string(child.index()) : shortened(child.name(), MOST_NAME));
       for (const Json::Value& cell : *child) line.push_back(textOf(isMeasurement(cell) ? cell["text"] : cell));

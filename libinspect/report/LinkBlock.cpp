@@ -93,7 +93,7 @@ PageData dataOf(const HeldSection& section, Edition edition) {
   PageData data = pageObject({{"name", name}, {"section", name}, {"words", wordsOf(section, edition)}});
   data["hasValues"] = PageData(!section.values.empty());
   data["values"] = pageList(section.values, [](const HeldValue& value) {
-    return pageObject({{"name", breakableName(value.name)}, {"text", value.text}});
+    return pageObject({{"label", breakableName(value.name)}, {"text", value.text}});
   });
   data["tables"] = pageList(section.tables, [](const HeldTable& table) { return dataOf(table); });
   if (section.picture.uri.empty()) return data;

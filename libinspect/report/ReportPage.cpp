@@ -176,24 +176,31 @@ std::vector<std::string> alertsOf(const Job& job, const Report& report, Edition 
   return alerts;
 }
 
-PageData markOf(const char* name, const char* shape, bool isStroked) {
-  return pageObject({{"name", name},
-                     {"shape", shape},
-                     {"kind", isStroked ? "drawn" : "filled"},
-                     {"paint", isStroked ? "fill='none' stroke='black' stroke-width='.42'" : ""}});
+/// How the palette has a colour on paper and on a light screen, for an address: "%23b3123a".
+std::string inkOf(const char* colour) {
+  const std::string sheet = REPORT_STYLE, variable = std::string("--") + colour + ": #";
+  const std::size_t at = sheet.find(variable);
+  return at == std::string::npos ? "black" : "%23" + sheet.substr(at + variable.size(), 6);
+}
+
+template <class Look>
+PageData markOf(const Look& look) {
+  const auto paint = [&look](const std::string& ink) {
+    return look.isStroked ? "fill='none' stroke='" + ink + "' stroke-width='.42'" : "fill='" + ink + "'";
+  };
+  return pageObject({{"name", look.style},
+                     {"colour", look.colour},
+                     {"shape", look.shape},
+                     {"kind", look.isStroked ? "drawn" : "filled"},
+                     {"mask", paint("black")},
+                     {"ink", paint(inkOf(look.colour))}});
 }
 
 /// Every mark once: links have those of verdicts where they look alike.
 PageData marks() {
   PageData list(PageData::type::list);
-  for (std::size_t i = 0; i < VERDICTS; ++i) {
-    const VerdictLook& look = verdictLook(i);
-    list << markOf(look.style, look.shape, look.isStroked);
-  }
-  for (const LinkState state : {LinkState::DAMAGED, LinkState::MISSING}) {
-    const StateLook& look = stateLook(state);
-    list << markOf(look.style, look.shape, look.isStroked);
-  }
+  for (std::size_t i = 0; i < VERDICTS; ++i) list << markOf(verdictLook(i));
+  for (const LinkState state : {LinkState::DAMAGED, LinkState::MISSING}) list << markOf(stateLook(state));
   return list;
 }
 
@@ -381,7 +388,7 @@ PageData contentsOf(const Report& report, bool hasLinks, const char* filesHeadin
     list << pageObject({{"anchor", anchor}, {"name", name}, {"detail", detail}});
   };
   if (!report.work.empty()) add("work", "Links that need work", std::to_string(report.work.size()));
-  if (hasLinks) add("links", "All links", std::to_string(report.judged.size()));
+  if (hasLinks) add("links", "All links", std::to_string(report.grid.size()));
   if (hasLinks) add("results", "Results", std::to_string(report.counted));
   for (const MediumReport& medium : report.media) {
     add(anchorOf(medium), medium.name, std::to_string(medium.rows.size()));
@@ -467,8 +474,9 @@ bool writeReport(const Job& job, const ReportForm& form, const TimeZone& zone, c
   addStates(report, page);
 
   page["hasWork"] = PageData(!report.work.empty());
-  page["work"] = out.eachOf(report.work, [&job, &report](const JobLink* link) {
+  page["work"] = out.eachOf(report.work, [&job, &report](const JobLink* const& link) {
     PageData data = dataOf(*link);
+    addGroup(link, report.work, data);
     if (const std::string words = workWords(*link, job, report); !words.empty()) data["detail"] = PageData(words);
     return data;
   });

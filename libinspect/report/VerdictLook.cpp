@@ -11,24 +11,25 @@ constexpr char DASH[] = "M-1 0H1";
 constexpr char BROKEN[] = "M-.9-.9H.5L-.3 .9H-.9ZM.9 .9H.1L.9-.9Z";
 
 constexpr VerdictLook LOOKS[VERDICTS] = {
-    {static_cast<Veltra::Status>(-1), "Unknown", "unknown", "M-1 0H1M0-1V1", true},
-    {Veltra::STATUS_FAIL, "Fail", "fail", CROSS, true},
-    {Veltra::STATUS_FAIL_STAR, "Fail star", "fail-star", "M0 .95-1-.75H1Z", false},
-    {Veltra::STATUS_PASS_STAR, "Pass star", "pass-star", UP, false},
-    {Veltra::STATUS_PASS_ACCEPTABLE, "Pass acceptable", "pass-acceptable", "M0-1 1 0 0 1-1 0Z", false},
-    {Veltra::STATUS_PASS, "Pass", "pass", DISC, false},
-    {Veltra::STATUS_SHOW, "Show", "show", "M-.75-.75H.75V.75H-.75Z", true},
-    {Veltra::STATUS_DONT_SHOW, "Don't show", "dont-show", "M-.75-.75H.75V.75H-.75ZM-.75 .75 .75-.75", true},
-    {Veltra::STATUS_NOT_SET, "Not set", "not-set", DASH, true},
+    {static_cast<Veltra::Status>(-1), "Unknown", "unknown", "unknown", "M-1 0H1M0-1V1", true},
+    {Veltra::STATUS_FAIL, "Fail", "fail", "fail", CROSS, true},
+    {Veltra::STATUS_FAIL_STAR, "Fail star", "fail-star", "fail-star", "M0 .95-1-.75H1Z", false},
+    {Veltra::STATUS_PASS_STAR, "Pass star", "pass-star", "pass-star", UP, false},
+    {Veltra::STATUS_PASS_ACCEPTABLE, "Pass acceptable", "pass-acceptable", "pass-acceptable", "M0-1 1 0 0 1-1 0Z",
+     false},
+    {Veltra::STATUS_PASS, "Pass", "pass", "pass", DISC, false},
+    {Veltra::STATUS_SHOW, "Show", "show", "none", "M-.75-.75H.75V.75H-.75Z", true},
+    {Veltra::STATUS_DONT_SHOW, "Don't show", "dont-show", "none", "M-.75-.75H.75V.75H-.75ZM-.75 .75 .75-.75", true},
+    {Veltra::STATUS_NOT_SET, "Not set", "not-set", "none", DASH, true},
 };
 
 constexpr StateLook STATES[LINK_STATES] = {
-    {LinkState::PASSED, "Passed", "passed", "pass", DISC, false},
-    {LinkState::PASSED_WITH_STAR, "Passed with a star", "star", "pass-star", UP, false},
-    {LinkState::FAILED, "Failed", "failed", "fail", CROSS, true},
-    {LinkState::NO_VERDICT, "No verdict", "no verdict", "not-set", DASH, true},
-    {LinkState::DAMAGED, "Could not be read", "unreadable", "damaged", BROKEN, false},
-    {LinkState::MISSING, "Not tested", "not tested", "missing", RING, true},
+    {LinkState::PASSED, "Passed", "passed", "pass", "pass", DISC, false},
+    {LinkState::PASSED_WITH_STAR, "Passed with a star", "star", "pass-star", "pass-star", UP, false},
+    {LinkState::FAILED, "Failed", "failed", "fail", "fail", CROSS, true},
+    {LinkState::NO_VERDICT, "No verdict", "no verdict", "not-set", "none", DASH, true},
+    {LinkState::DAMAGED, "Could not be read", "unreadable", "damaged", "alert-line", BROKEN, false},
+    {LinkState::MISSING, "Not tested", "not tested", "missing", "alert-line", RING, true},
 };
 
 }  // namespace

@@ -12,9 +12,10 @@ namespace Inspect {
 struct VerdictLook {
   Veltra::Status status;
   const char* word;
-  const char* style;  ///< its CSS class, and the name of its mark
-  const char* shape;  ///< SVG path data, within 1 of the origin
-  bool isStroked;     ///< the shape is drawn by its lines, not filled
+  const char* style;   ///< its CSS class, and the name of its mark
+  const char* colour;  ///< of the palette of the style sheet
+  const char* shape;   ///< SVG path data, within 1 of the origin
+  bool isStroked;      ///< the shape is drawn by its lines, not filled
 };
 
 constexpr std::size_t VERDICTS = 9;
@@ -31,6 +32,7 @@ struct StateLook {
   const char* word;       ///< "Passed"
   const char* shortWord;  ///< "passed", where there is little room
   const char* style;
+  const char* colour;
   const char* shape;
   bool isStroked;
 };

@@ -127,7 +127,7 @@ grep -o '<img class.*' logo.html
 
 # What cannot be shown, or only in part, is said; a picture that is cut is none.
 head -c 40 small/logo.png > cut.png
-printf '{"a": 1, "b": 2, "a": 3}' > twice.json
+printf '{"a": 1, "b": 2, "a": 3, "": 5}' > twice.json
 printf 'P5 2896 2896 255\n' > huge.pgm && head -c 8386816 /dev/zero >> huge.pgm
 huge=$(printf ', {"type": 326, "version": 2, "payload": "huge.pgm", "compress": true}%.0s' {1..5})
 printf '{"summary": {"resultName": "H", "resultType": "COPPER", "status": "Pass", "timeStamp": 9223372036854775807}, "sections": [
@@ -137,6 +137,12 @@ veltra report -q huge.vres -o huge.html > /dev/null
 page huge.html | grep -E '92233|given twice|cannot be'
 veltra report -q huge.vres -o huge.html --force --edition technician > /dev/null
 page huge.html | grep -E 'given twice|cannot be'
+lines=$(printf ', {"f": %d, "limit": 1, "next": 2}' {1..700})
+printf '{"sweep": [%s]}' "${lines:2}" > sweep.json
+echo '{"summary": {"resultName": "S", "resultType": "COPPER"}, "sections": [{"type": 910, "version": 1, "payload": "sweep.json"}]}' |
+  veltra pack - -o sweep.vres > /dev/null
+veltra report -q sweep.vres -o sweep.html > /dev/null
+grep -o 'data-column="f"\|and [0-9]* values not shown' sweep.html | uniq -c
 # Long texts are cut where they are shown; the link keeps its address.
 mkdir long && pack long/1.vres "$(printf 'W%.0s' {1..3000})" COPPER Pass 1 1
 printf '{"title": "%s", "customer": "%s", "site": "%s"}' "$(printf 'T%.0s' {1..3000})" "$(printf 'C%.0s' {1..3000})" "$(printf 'line\\n%.0s' {1..90})" > long/job.json
