@@ -109,6 +109,7 @@ await open({}, async (page) => {
   // Also when it is the address already.
   await page.click(".work a");
   await page.select("select[name=verdict]", "pass");
+  await page.$eval(".work a", (link) => link.scrollIntoView());  // what is not seen cannot be clicked
   await new Promise((resolve) => setTimeout(resolve, 500));
   await page.click(".work a");
   expect(await page.$("#blocks [hidden]") === null, "a second click on a link leads nowhere");
