@@ -165,7 +165,7 @@ bool ByteSource::refuse(uint64_t limit, std::string& error) {
 }
 
 /// Takes in what is there. Only a read tells a FIFO that nobody has open for writing from one that is still empty.
-bool ByteSource::hasWriter(Stream& stream) {
+bool ByteSource::hasWriter(Stream& stream) const {
   struct statfs system {};
   uint8_t first = 0;
   const ssize_t got = Veltra::uninterrupted([&] { return read(_descriptor, &first, 1); });

@@ -58,7 +58,7 @@ class ByteSource {
  private:
   void close();
   [[nodiscard]] bool openInput(const std::string& path, bool isStandardInput, std::string& error);
-  bool hasWriter(Stream& stream);
+  bool hasWriter(Stream& stream) const;
   [[nodiscard]] bool takeIn(Stream& stream, bool isDevice, std::string& error);
   void use(const Taken& taken);
   bool refuse(uint64_t limit, std::string& error);

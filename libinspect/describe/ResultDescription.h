@@ -48,11 +48,11 @@ class ResultWriter {
   /// @param name  what the error calls it
   static bool isPayload(const std::string& name, uint64_t size, bool compresses, std::string& error);
   /// Appends a section.
-  /// @param section  what to write; its payload is not read
-  /// @param level    zlib level 0 to 9
-  /// @param bytes    borrowed, of a size that isPayload()
+  /// @param described  what to write; its payload is not read
+  /// @param level      zlib level 0 to 9
+  /// @param bytes      borrowed, of a size that isPayload()
   /// @throw std::bad_alloc
-  [[nodiscard]] bool write(const DescribedSection& section, int level, const uint8_t* bytes, uint32_t size,
+  [[nodiscard]] bool write(const DescribedSection& described, int level, const uint8_t* bytes, uint32_t size,
                            std::string& error);
   uint32_t bytes() { return _file.writer().size(); }  ///< written so far
   [[nodiscard]] bool commit(std::string& error);

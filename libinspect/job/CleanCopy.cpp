@@ -98,7 +98,7 @@ class Copier {
   std::string pathOf(const std::string& name) const { return withSlash(_copy) + name; }
   const std::vector<std::string>& lostLogos() const { return _lostLogos; }
 
-  bool writeList(const std::string& list, std::string& error) {
+  bool writeList(const std::string& list, std::string& error) const {
     const std::string path = pathOf(CopyOrder::LIST_NAME);
     struct stat info {};
     const bool isThere = lstat(path.c_str(), &info) == 0;

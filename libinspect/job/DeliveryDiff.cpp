@@ -169,6 +169,7 @@ std::vector<ResultPair> filesWithoutId(const Job& before, const std::string& old
   for (const std::string& file : before.strays()) pairs[nameIn(oldPath, file)].oldFile = file;
   for (const std::string& file : after.strays()) pairs[nameIn(newPath, file)].newFile = file;
   std::vector<ResultPair> files;
+  files.reserve(pairs.size());
   for (auto& pair : pairs) files.push_back(std::move(pair.second));
   return files;
 }

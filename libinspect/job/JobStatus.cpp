@@ -230,9 +230,13 @@ Json::Value toJson(const Job& job, const JobStatus& status) {
   forEachStatusRow(status, [&json](Json::Value row) {
     const std::string kind = row[KIND].asString();
     row.removeMember(KIND);
-    if (kind == RANGE) json["ranges"].append(std::move(row));
-    if (kind == WORK) json["work"].append(std::move(row));
-    if (kind == NOTE) json["notes"].append(row[NOTE]);
+    if (kind == RANGE) {
+      json["ranges"].append(std::move(row));
+    } else if (kind == WORK) {
+      json["work"].append(std::move(row));
+    } else if (kind == NOTE) {
+      json["notes"].append(row[NOTE]);
+    }
   });
   return json;
 }

@@ -220,7 +220,9 @@ std::string TimeZone::nameDuring(time_t first, time_t last) const {
     if (offsets.size() > MOST && !isNew) continue;
     const std::string from =
         &offset == &offsets.front() || offsets.size() > MOST ? "" : fmt::format("from {} ", day(offset.from));
-    text += (text.empty() ? "" : ", ") + from + ahead;
+    if (!text.empty()) text += ", ";
+    text += from;
+    text += ahead;
   }
   return offsets.size() > MOST ? text + " in turn" : text;
 }

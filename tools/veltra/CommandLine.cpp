@@ -265,8 +265,9 @@ std::string noSuchOption(const CLI::ParseError& error, const CLI::App& app) {
     if (word == "--") break;
     if (word.size() < 2 || word[0] != '-') continue;
     const bool isFile = access(word.c_str(), F_OK) == 0;
-    const std::string hint = isFile ? "; the file of this name is " + Inspect::shellWord("./" + word, charset()) : "";
-    return word + ": no such option" + hint;
+    const std::string path = fmt::format("./{}", word);
+    const std::string hint = isFile ? "; the file of this name is " + Inspect::shellWord(path, charset()) : "";
+    return fmt::format("{}: no such option{}", word, hint);
   }
   return {};
 }
@@ -280,8 +281,7 @@ std::string explain(const CLI::ParseError& error, const CLI::App& app) {
       command->get_require_subcommand_min() > 0 ? app.remaining(true) : std::vector<std::string>();
   const bool isWord = !unknown.empty() && unknown.front().rfind('-', 0) != 0;
   if (isWord) return noSuchCommand(unknown.front(), *command);
-  const std::string option = noSuchOption(error, app);
-  if (!option.empty()) return option;
+  if (std::string option = noSuchOption(error, app); !option.empty()) return option;
   const bool lacksCommand = command->get_require_subcommand_min() > 0 && command->get_subcommands().empty();
   return lacksCommand && dynamic_cast<const CLI::RequiredError*>(&error) != nullptr ? "A command is required"
                                                                                     : error.what();

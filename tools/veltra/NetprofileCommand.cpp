@@ -82,7 +82,7 @@ int show(const NetprofileArguments& args, const Options& options) {
     }
     return table.text();
   };
-  printDocument({text, [&json] { return json; }, {}, {}}, options);
+  printDocument({text, [&json] { return Json::Value(json); }, {}, {}}, options);
   return EXIT_DONE;
 }
 

@@ -55,11 +55,12 @@ std::string Table::line(const Row& row) const {
     const std::size_t width = widthOf(shown);
     const std::string padding(_widths[i] > width ? _widths[i] - width : 0, ' ');
     if (_columns[i].right) {
-      shown = padding + shown;
+      shown.insert(0, padding);
     } else if (i + 1 < row.size()) {
       shown += padding;
     }
-    text += (i == 0 ? "" : " ") + painted(shown, row[i].tone);
+    if (i > 0) text += ' ';
+    text += painted(shown, row[i].tone);
   }
   return text + "\n";
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <limits>
 #include <string_view>
 
@@ -14,7 +15,7 @@ constexpr char MINUS_INFINITY_TEXT[] = "-inf";
 template <class Float>
 const char* nonFiniteText(Float value) {
   using Limits = std::numeric_limits<Float>;
-  if (value != value) return NAN_TEXT;
+  if (std::isnan(value)) return NAN_TEXT;
   return value > Limits::max() ? PLUS_INFINITY_TEXT : value < Limits::lowest() ? MINUS_INFINITY_TEXT : nullptr;
 }
 
