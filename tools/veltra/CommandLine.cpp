@@ -199,11 +199,11 @@ void addArguments(CLI::App& app, const Subcommand& command) {
   }
 }
 
-using Words = std::set<std::string>;
+using LineWords = std::set<std::string>;
 
 /// @param words   what stands on the line: of the first commands, those not among them get a name and a help line alone
 /// @param chosen  receives the action of the command on the line
-void addCommand(CLI::App& app, const Subcommand& command, const Words& words, Run& chosen) {
+void addCommand(CLI::App& app, const Subcommand& command, const LineWords& words, Run& chosen) {
   if (command.commands.empty()) {
     app.callback([&command, &chosen] { chosen = command.run; });
   } else {
@@ -287,7 +287,7 @@ std::string explain(const CLI::ParseError& error, const CLI::App& app) {
                                                                                     : error.what();
 }
 
-void prepare(CLI::App& app, const Subcommand& root, const std::string& version, const Words& words, Run& chosen) {
+void prepare(CLI::App& app, const Subcommand& root, const std::string& version, const LineWords& words, Run& chosen) {
   app.formatter(std::make_shared<HelpFormatter>());
   app.set_version_flag("--version", version);
   addCommand(app, root, words, chosen);
@@ -310,7 +310,7 @@ std::string replaced(std::string text, const std::string& part, const std::strin
 Run parseCommandLine(const Subcommand& root, const std::string& version, int argc, char** argv, int& code) {
   CLI::App app(root.help, root.name);
   Run chosen;
-  prepare(app, root, version, Words(argv, argv + argc), chosen);
+  prepare(app, root, version, LineWords(argv, argv + argc), chosen);
   try {
     app.parse(argc, argv);
     return chosen;
@@ -326,7 +326,7 @@ Run parseCommandLine(const Subcommand& root, const std::string& version, int arg
 int printHelp(const Subcommand& root, const std::vector<std::string>& words) {
   CLI::App app(root.help, root.name);
   Run chosen;
-  prepare(app, root, "", Words(words.begin(), words.end()), chosen);
+  prepare(app, root, "", LineWords(words.begin(), words.end()), chosen);
   const CLI::App* command = &app;
   for (const std::string& word : words) {
     const auto isNamed = [&word](const CLI::App* c) { return !word.empty() && c->get_name() == word; };
