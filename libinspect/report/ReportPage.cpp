@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include <fmt/format.h>
@@ -178,9 +179,10 @@ std::vector<std::string> alertsOf(const Job& job, const Report& report, Edition 
 
 /// How the palette has a colour on paper and on a light screen, for an address: "%23b3123a".
 std::string inkOf(const char* colour) {
-  const std::string sheet = REPORT_STYLE, variable = std::string("--") + colour + ": #";
+  const std::string_view sheet = REPORT_STYLE;
+  const std::string variable = fmt::format("--{}: #", colour);
   const std::size_t at = sheet.find(variable);
-  return at == std::string::npos ? "black" : "%23" + sheet.substr(at + variable.size(), 6);
+  return at == std::string_view::npos ? "black" : fmt::format("%23{}", sheet.substr(at + variable.size(), 6));
 }
 
 template <class Look>

@@ -82,7 +82,8 @@ void expectSelfContained(std::string page) {
       FORBIDDEN(R"re(<script|<[^>]* (?:on\w*|src)=|<[^>]* href="[^#]|://|url\(|@import|\{\{)re"),
       NO_NUMBER(R"re(<[^>]* (?:x|y|d|width|height)="[^"]*[nfi])re"),
       MARKS(
-          R"re(\n\.[\w-]+ \{ --c: var\(--[\w-]+\);( --\w+: url\("data:image/svg\+xml,%3Csvg xmlns='http://www.w3.org/2000/svg'[^"]*='(black|%23\w{6})'[^"]*"\);){2} \})re");
+          R"re(\n\.[\w-]+ \{ --c: var\(--[\w-]+\); --mark: url\("data:image/svg\+xml,%3Csvg xmlns='http://www.w3.org/2000/svg'[^"]*='black'[^"]*"\);)re"
+          R"re( --printed: url\("data:image/svg\+xml,%3Csvg xmlns='http://www.w3.org/2000/svg'[^"]*='%23[0-9a-f]{6}'[^"]*"\); \})re");
   for (const std::string& own : {std::string(REPORT_STYLE), "<script>" + std::string(REPORT_SCRIPT) + "</script>"}) {
     const std::size_t at = page.find(own);
     ASSERT_NE(at, std::string::npos);
